@@ -1,0 +1,128 @@
+// One chart in memory: its headers, tables and lists of timed objects.
+#pragma once
+
+#include <cstdint>
+
+class CDDraw;
+class CDSound;
+
+constexpr int BMS_SLOTS = 576;          // sounds, images, extended tempos
+constexpr int BMS_BGADEFS = 1296;       // picture definitions
+constexpr int BMS_PATH = 260;           // bytes of a path buffer, its NUL included
+constexpr int BGADEF_CHANNEL_BASE = 3840;  // added to the channel of an object that points at a BgaDef
+constexpr double BMS_LEAD_IN = 1000.0;  // ms: the chart time at which measure 0 begins
+
+// A timed object, in file order.
+struct BmsObject {
+    int32_t nMeasure;
+    double dPos;       // place in the measure, 0 <= dPos < 1
+    int32_t nChannel;  // the two digits of the file read as hexadecimal
+    double dTime;      // chart time in ms; 0.0 until Compile has run
+    union {
+        void* pObject;  // sounds: CDSBuffer or null. Pictures: CDib, or BgaDef with BGADEF_CHANNEL_BASE
+        double dValue;  // tempo list: BPM
+    };
+};
+
+struct BmsLength {  // one channel 2 line
+    int32_t nMeasure;
+    double dLength;  // 1.0 is four beats
+};
+
+struct BmsMeasure {  // of the measure table, indexed by measure number
+    double dLength;
+    double dStart;     // chart time in ms
+    double dDuration;  // ms
+};
+
+struct BgaDef {  // one picture definition
+    int32_t nX1, nY1, nX2, nY2;  // source rectangle, from the picture's top left
+    int32_t nDX, nDY;            // its place in the layer; may be negative
+    int32_t nBmp;                // image number; 0 also means undefined
+};
+
+// The record of the five playback lists.
+struct BmsEvent {
+    int32_t nMeasure;
+    double dPos;
+    int32_t nChannel;  // bars, and tempos that have served as anchor: the scroll line
+    int32_t nTime;     // chart time in whole ms
+    int32_t bDone;     // fired or passed
+    void* pObject;     // borrowed
+    double dValue;     // tempo list: BPM; bar list: measure length
+};
+
+// Loaded once on a fresh object, then compiled once. Owns its arrays and texts; borrows sounds and pictures from the
+// slots of the two devices, which outlive it.
+class CBMS {
+public:
+    CBMS(CDDraw* pDDraw, CDSound* pDSound);
+    ~CBMS();
+    CBMS(const CBMS&) = delete;
+    CBMS& operator=(const CBMS&) = delete;
+
+    void Init();  // every field to its default, the devices to null; frees nothing
+    void Term();  // frees everything and sets all but the devices to the defaults
+
+    // Reads the chart and fills the sound and picture slots. 0 if the file cannot be opened (logged), else m_nMeasure.
+    // nMeasureBase is added to each measure number; callers give 0.
+    int32_t Load(const char* pszPath, int32_t nMeasureBase);
+    int32_t Compile();  // 0, or 1 when no object lies behind measure 0
+
+    // Copies of a list for playback, behind the caller's pointer and count. An empty source changes nothing; otherwise
+    // what was there is freed first. Freed with FreeList.
+    void GetBgmList(BmsEvent** ppList, int32_t* pnCount);
+    void GetBgaList(BmsEvent** ppList, int32_t* pnCount);
+    void GetTempoList(BmsEvent** ppList, int32_t* pnCount);
+    void GetNoteList(BmsEvent** ppList, int32_t* pnCount);
+    void GetBarList(BmsEvent** ppList, int32_t* pnCount);
+    static void FreeList(BmsEvent** ppList, int32_t* pnCount);
+
+    int32_t CountChannel(int32_t nMeasure, int32_t nChannel, const char* pszData);  // objects on the line
+    void ReadChannel(int32_t nMeasure, int32_t nChannel, const char* pszData);
+    int32_t BuildMeasures();
+    void CompileTempo();
+    void CompileObjects(BmsObject** ppList, int32_t nCount);
+
+    BmsObject* m_pBgm;  // file order
+    int32_t m_nBgm;
+    BmsObject** m_ppBgm;  // the sorted view
+    int32_t m_nBgmFill;   // stored so far
+    BmsLength* m_pLength;
+    int32_t m_nLength;
+    int32_t m_nLengthFill;
+    BmsObject* m_pTempo;
+    int32_t m_nTempo;
+    BmsObject** m_ppTempo;
+    int32_t m_nTempoFill;
+    BmsObject* m_pBga;
+    int32_t m_nBga;
+    BmsObject** m_ppBga;
+    int32_t m_nBgaFill;
+    BmsObject* m_pNote;
+    int32_t m_nNote;
+    BmsObject** m_ppNote;
+    int32_t m_nNoteFill;
+    char* m_pszTitle;
+    char* m_pszArtist;
+    char* m_pszGenre;
+    int32_t m_nPlayer;
+    double m_dBPM;  // the tempo at the start
+    int32_t m_nPlayLevel;
+    int32_t m_nRank;
+    int32_t m_nVolWav;
+    int32_t m_nTotal;
+    char m_aszWav[BMS_SLOTS][BMS_PATH];
+    char m_aszBmp[BMS_SLOTS][BMS_PATH];
+    BgaDef m_aBgaDef[BMS_BGADEFS];
+    double m_adBPM[BMS_SLOTS];
+    BmsMeasure* m_pMeasure;
+    int32_t m_nMeasure;  // while counting the highest measure used; then that + 2, the entries of m_pMeasure
+    CDSound* m_pDSound;
+    CDDraw* m_pDDraw;
+};
+
+// Order of two objects: place in the chart, then channel. -1, 0 or 1.
+int CompareObjects(const BmsObject* pA, const BmsObject* pB);
+// Stable, so that of two equal objects the later in the file stays behind.
+void SortObjects(BmsObject** ppList, int32_t nCount);

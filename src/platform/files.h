@@ -1,0 +1,24 @@
+// Reading files by the names that charts and users give them.
+//
+// A name's bytes may be CP932 or UTF-8 and its separators `\` or `/` (a `\` that is the second byte of a
+// two-byte character separates nothing), its letter case may differ from the disk's, and the disk may hold
+// composed or decomposed UTF-8 or raw CP932. The exact name wins over forgiving matches.
+#pragma once
+
+#include "platform/wintypes.h"
+
+struct FileStream;
+
+// Opens a regular file for reading; the only mode is "rb". Null when there is no such file, when it is a folder,
+// a device or a pipe, when it may not be read, or when it has 2^31 bytes or more. Never blocks on a pipe.
+FileStream* FileOpen(const char* pszPath, const char* pszMode);
+
+// As fread, fseek, ftell and fclose of the standard library.
+size_t FileRead(void* pBuffer, size_t nSize, size_t nCount, FileStream* pFile);
+int FileSeek(FileStream* pFile, int64_t nOffset, int nWhence);
+int64_t FileTell(FileStream* pFile);
+int FileClose(FileStream* pFile);
+
+// A listing of a folder is kept between opens, because a chart names hundreds of files of one folder. This drops
+// what is kept; the opening of a chart file calls it, so that each load sees the disk as it is.
+void FileForgetListings();

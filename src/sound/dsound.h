@@ -1,0 +1,33 @@
+// The one sound device with its 576 slots.
+#pragma once
+
+#include "platform/directsound.h"
+
+class CDSBuffer;
+
+constexpr int SOUND_SLOTS = 576;
+
+class CDSound {
+public:
+    CDSound();
+    ~CDSound();  // Term
+    CDSound(const CDSound&) = delete;
+    CDSound& operator=(const CDSound&) = delete;
+
+    // 0, or the failing step 1 to 6: device, cooperative level, primary buffer, its format, silent buffer, its start.
+    int Init(HWND hWnd, int bHighQuality);
+    int CreateSilentBuffer(DWORD nSeconds);  // 0, or 1 (logged)
+    int PlaySilentBuffer();                  // 0, or 1
+    int StopSilentBuffer();                  // 0, or 1
+    int Compact();                           // 0, or 1
+    int Term();                              // destroys the slots' sounds too; 0
+
+    HWND m_hWnd;
+    IDirectSound* m_pDS;
+    IDirectSoundBuffer* m_pPrimary;
+    IDirectSoundBuffer* m_pSilent;  // loops as long as the device lives
+    IDirectSoundBuffer* m_pSilentCreated;
+    WAVEFORMATEX m_wfxPrimary;
+    int m_bHighQuality;
+    CDSBuffer* m_pSlot[SOUND_SLOTS];  // owned; null when empty
+};

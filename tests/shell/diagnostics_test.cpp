@@ -1,0 +1,65 @@
+#include "shell/diagnostics.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "host/headless/headless.h"
+
+namespace {
+
+std::string LogOf(void (*action)()) {
+    headless::Reset();
+    action();
+    return headless::Log();
+}
+
+TEST(Diagnostics, DebugLogAddsNothingAndCutsAtTheBuffer) {
+    EXPECT_EQ(LogOf([] { EXPECT_EQ(DebugLog("a=%d", 7), 1); }), "a=7");
+    EXPECT_EQ(LogOf([] { DebugLog("%s", std::string(400, 'x').c_str()); }), std::string(259, 'x'));
+    EXPECT_EQ(LogOf([] { DebugLog("\x8a\xbf%d\n", 1); }), "\x8a\xbf" "1\n");
+}
+
+TEST(Diagnostics, DSoundNames) {
+    const std::pair<uint32_t, const char*> rows[] = {
+        {0x00000000, "DS_OK"},
+        {0x8878000A, "DSERR_ALLOCATED"},
+        {0x8878001E, "DSERR_CONTROLUNAVAIL"},
+        {0x88780032, "DSERR_INVALIDCALL"},
+        {0x88780064, "DSERR_BADFORMAT"},
+        {0x887800AA, "DSERR_UNINITIALIZED"},
+        {0x887800B4, "DSERR_BUFFERTOOSMALL"},
+        {0x887800BE, "DSERR_DS8_REQUIRED"},
+        {0x80004001, "DSERR_UNSUPPORTED"},
+        {0x8007000E, "DSERR_OUTOFMEMORY"},
+        {0x80040110, "DSERR_NOAGGREGATION"},
+        {0x80070057, "DSERR_INVALIDPARAM"},
+        {0x88780096, "UnknownError"},  // a lost buffer has no name of its own
+        {0x88780078, "UnknownError"},
+        {1, "UnknownError"},
+    };
+    for (const auto& [code, name] : rows) {
+        headless::Reset();
+        EXPECT_EQ(LogDSoundResult(static_cast<HRESULT>(code)), 1);
+        EXPECT_EQ(headless::Log(), "HRESULT->" + std::string(name) + "\n");
+    }
+}
+
+TEST(Diagnostics, DInputNamesAndCode) {
+    const std::pair<uint32_t, const char*> rows[] = {
+        {0x00000000, "HRESULT->DI_OK(00000000)\n"},
+        {0x00000001, "HRESULT->DI_PROPNOEFFECT(00000001)\n"},
+        {0x80004001, "HRESULT->DIERR_UNSUPPORTED(80004001)\n"},
+        {0x80070002, "HRESULT->DIERR_OBJECTNOTFOUND(80070002)\n"},
+        {0x80070015, "HRESULT->DIERR_NOTINITIALIZED(80070015)\n"},
+        {0x80070057, "HRESULT->DIERR_INVALIDPARAM(80070057)\n"},
+        {0x8878000A, "HRESULT->UnknownError(8878000A)\n"},
+    };
+    for (const auto& [code, text] : rows) {
+        headless::Reset();
+        LogDInputResult(static_cast<HRESULT>(code));
+        EXPECT_EQ(headless::Log(), text);
+    }
+}
+
+}  // namespace
