@@ -68,7 +68,9 @@ int ErrorBox(HWND hOwner, const char* pszFormat, ...) {
     return MessageBoxA(hOwner, szText, "ERROR MESSAGE", MB_OK);
 }
 
-int LogDSoundResult(HRESULT hr) { return DebugLog("%s", FindName(kDSoundNames, hr, "HRESULT->UnknownError\n")); }
+int LogDSoundResult(HRESULT hr) {
+    return DebugLog("%s", FindName(kDSoundNames, hr, "HRESULT->UnknownError\n"));
+}
 
 void LogDInputResult(HRESULT hr) {
     DebugLog("%s", FindName(kDInputNames, hr, "HRESULT->UnknownError"));

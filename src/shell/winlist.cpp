@@ -8,7 +8,7 @@
 namespace {
 
 void FreeHandles(HWND** ppHandles, int32_t* pnCount) {
-    delete[] *ppHandles;
+    delete[] * ppHandles;
     *ppHandles = nullptr;
     *pnCount = 0;
 }
@@ -17,12 +17,14 @@ void AppendHandle(HWND** ppHandles, int32_t* pnCount, HWND hWnd) {
     HWND* pNew = new HWND[*pnCount + 1];
     if (*pnCount) std::memcpy(pNew, *ppHandles, sizeof(HWND) * *pnCount);
     pNew[*pnCount] = hWnd;
-    delete[] *ppHandles;
+    delete[] * ppHandles;
     *ppHandles = pNew;
     ++*pnCount;
 }
 
-BOOL AddToList(HWND hWnd, LPARAM lParam) { return reinterpret_cast<CWinList*>(lParam)->Add(hWnd); }
+BOOL AddToList(HWND hWnd, LPARAM lParam) {
+    return reinterpret_cast<CWinList*>(lParam)->Add(hWnd);
+}
 
 }  // namespace
 

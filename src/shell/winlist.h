@@ -12,8 +12,8 @@ public:
     CWinList(const CWinList&) = delete;
     CWinList& operator=(const CWinList&) = delete;
 
-    int EnumAll();      // 0, or 1 when the windows cannot be listed
-    int Add(HWND hWnd);  // 1
+    int EnumAll();                                    // 0, or 1 when the windows cannot be listed
+    int Add(HWND hWnd);                               // 1
     int Update(const char* pszClass, HWND hExclude);  // 0, or 1
 
     HWND* m_pAll;  // every window, in the order of the enumeration

@@ -1,0 +1,115 @@
+#include "shell/startup.h"
+
+#include <new>
+
+#include "chart/bms.h"
+#include "display/ddraw.h"
+#include "platform/dialog.h"
+#include "platform/gdi.h"
+#include "playback/layout.h"
+#include "playback/playback.h"
+#include "shell/diagnostics.h"
+#include "shell/shell.h"
+#include "sound/dsound.h"
+
+namespace {
+
+constexpr int EXIT_FAILED = -1;
+constexpr char WINDOW_TITLE[] = "Lumetra 0.04";
+
+int FailWithBox(const char* pszText, const char* pszCaption) {
+    MessageBoxA(g_hWnd, pszText, pszCaption, MB_ICONEXCLAMATION);
+    return EXIT_FAILED;
+}
+
+int FailForMemory() {
+    return FailWithBox("OutOfMemoryError", "Error!");
+}
+
+int StartSound() {
+    g_pDSound = new (std::nothrow) CDSound;
+    if (!g_pDSound) return FailForMemory();
+    if (g_pDSound->Init(g_hWnd, 1)) return FailWithBox("DirectSoundInitError", "Error!");
+    return START_PLAY;
+}
+
+void LoadSurface(int nBitmap, bool bLogged, int nParts, int nWidth, int nHeight) {
+    const HBITMAP hBitmap = LoadBitmapA(g_hInstance, nBitmap);
+    if (!hBitmap && bLogged) DebugLog("LoadBitmap Error\n");
+    // The box of a failed creation delivers messages, and the window may be closed in there.
+    g_pDDraw->CreateParts(nParts, nWidth, nHeight);
+    if (g_pDDraw) g_pDDraw->LoadParts(hBitmap, nWidth, nHeight, nParts);
+    DeleteObject(hBitmap);
+}
+
+void MakeLayer(int nParts) {
+    if (g_pDDraw) g_pDDraw->CreateParts(nParts, LAYER_SIZE, LAYER_SIZE);
+    if (g_pDDraw) g_pDDraw->ClearParts(nParts, 0);
+}
+
+int StartDisplay(int32_t nWindowX, int32_t nWindowY) {
+    g_pDDraw = new (std::nothrow) CDDraw;
+    if (!g_pDDraw) return FailForMemory();
+    if (g_pDDraw->Init(g_hWnd, nWindowX, nWindowY, SCREEN_WIDTH, SCREEN_HEIGHT)) return EXIT_FAILED;
+    LoadSurface(BITMAP_SPRITES, true, PARTS_SPRITES, SPRITES_WIDTH, SPRITES_HEIGHT);
+    if (g_pDDraw) LoadSurface(BITMAP_SKIN, false, PARTS_SKIN, SCREEN_WIDTH, SCREEN_HEIGHT);
+    MakeLayer(LAYER_BGA);
+    MakeLayer(LAYER_POOR);
+    MakeLayer(LAYER_OVERLAY);
+    return g_pDDraw ? START_PLAY : 0;
+}
+
+int StartChart(const char* szFile) {
+    g_pBMS = new (std::nothrow) CBMS(g_pDDraw, g_pDSound);
+    if (!g_pBMS) return FailForMemory();
+    if (!g_pBMS->Load(szFile, 0)) return FailWithBox(szFile, "FileLoadError!");
+    if (g_pBMS->Compile()) return FailWithBox(szFile, "CompileError!");
+    RememberOpenedFile(szFile);
+    FreePlayLists();
+    InitPlayLists();
+    g_pDSound->Compact();
+    ShowChartTitle();
+    SeekMeasure(g_nStartMeasure, &g_dwSeekTime);
+    return START_PLAY;
+}
+
+void StartClock() {
+    g_TimeCaps = {};
+    timeGetDevCaps(&g_TimeCaps, sizeof(g_TimeCaps));
+    timeBeginPeriod(g_TimeCaps.wPeriodMin);
+    if (g_bPlaying) {
+        g_dwPauseTime = 0;
+        g_bPaused = 0;
+    }
+    g_dwNowTime = g_dwStartTime = timeGetTime();
+}
+
+}  // namespace
+
+int StartUp(const char* szFile, int32_t nWindowX, int32_t nWindowY) {
+    if (!CreateMainWindow(g_hInstance, ICON_MAIN, WINDOW_TITLE, WINDOW_CLASS, nWindowX, nWindowY)) return 0;
+    ShowLoadingTitle();
+    int nResult = StartSound();
+    if (nResult == START_PLAY) nResult = StartDisplay(nWindowX, nWindowY);
+    if (nResult == START_PLAY) nResult = StartChart(szFile);
+    if (nResult == START_PLAY) StartClock();
+    return nResult;
+}
+
+void FreeChart() {
+    FreePlayLists();
+    delete g_pBMS;
+    g_pBMS = nullptr;
+}
+
+void Shutdown() {
+    FreeChart();
+    delete g_pDSound;
+    g_pDSound = nullptr;
+    delete g_pDDraw;
+    g_pDDraw = nullptr;
+    if (g_TimeCaps.wPeriodMin || g_TimeCaps.wPeriodMax) {
+        timeEndPeriod(g_TimeCaps.wPeriodMin);
+        g_TimeCaps = {};
+    }
+}
