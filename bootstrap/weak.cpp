@@ -253,6 +253,7 @@ __attribute__((weak)) void ReloadChart(HWND hWnd) {}
 __attribute__((weak)) BOOL AskChartFile(HWND hOwner, HINSTANCE hInstance, char* szFile) { return {}; }
 __attribute__((weak)) void StripQuotes(char* szFile) {}
 namespace host {
+__attribute__((weak)) bool HasDisplay() { return true; }
 __attribute__((weak)) bool OpenWindow(const WindowRequest& request) { return {}; }
 __attribute__((weak)) void CloseWindow() {}
 __attribute__((weak)) WindowPlace GetWindowPlace() { return {}; }

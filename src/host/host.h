@@ -37,6 +37,8 @@ struct WindowPlace {
     Rect client;  // inside it
 };
 
+// Whether a window could be opened at all. Asks the machine afresh and keeps nothing.
+bool HasDisplay();
 bool OpenWindow(const WindowRequest& request);  // shown at once, black; false when there is no display
 void CloseWindow();
 WindowPlace GetWindowPlace();
