@@ -9,8 +9,9 @@
 
 struct FileStream;
 
-// Opens a regular file for reading; the only mode is "rb". Null when there is no such file, when it is a folder,
-// a device or a pipe, when it may not be read, or when it has 2^31 bytes or more. Never blocks on a pipe.
+// Opens a regular file for reading; the only mode is "rb". Null when there is no such file, when it is a
+// folder, a device or a pipe, when it may not be read, or when it has 2^31 bytes or more. Never blocks on a
+// pipe.
 FileStream* FileOpen(const char* pszPath, const char* pszMode);
 
 // As fread, fseek, ftell and fclose of the standard library.
@@ -19,6 +20,6 @@ int FileSeek(FileStream* pFile, int64_t nOffset, int nWhence);
 int64_t FileTell(FileStream* pFile);
 int FileClose(FileStream* pFile);
 
-// A listing of a folder is kept between opens, because a chart names hundreds of files of one folder. This drops
-// what is kept; the opening of a chart file calls it, so that each load sees the disk as it is.
+// A listing of a folder is kept between opens, because a chart names hundreds of files of one folder. This
+// drops what is kept; the opening of a chart file calls it, so that each load sees the disk as it is.
 void FileForgetListings();

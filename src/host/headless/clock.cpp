@@ -1,15 +1,34 @@
+#include <algorithm>
+#include <vector>
+
 #include "host/headless/headless.h"
 #include "host/host.h"
 
 namespace {
 
-// A program that waits by reading the clock over and over would wait for ever on a clock that only sleeping moves:
-// so many readings without a movement make a millisecond pass.
+// A program that waits by reading the clock over and over would wait for ever on a clock that only sleeping
+// moves: so many readings without a movement make a millisecond pass.
 constexpr int kSpinReadings = 64;
 
 uint64_t g_clock = headless::kClockOrigin;
 int g_readings = 0;
 std::string g_log;
+
+// Function-local, so that a part of the host may add its hook before main.
+std::vector<headless::ClockHook>& ClockHooks() {
+    static std::vector<headless::ClockHook> hooks;
+    return hooks;
+}
+
+std::vector<headless::ResetHook>& ResetHooks() {
+    static std::vector<headless::ResetHook> hooks;
+    return hooks;
+}
+
+template <typename Hook>
+void AddOnce(std::vector<Hook>* hooks, Hook hook) {
+    if (std::find(hooks->begin(), hooks->end(), hook) == hooks->end()) hooks->push_back(hook);
+}
 
 }  // namespace
 
@@ -18,16 +37,36 @@ namespace headless {
 void Reset() {
     SetClock(kClockOrigin);
     g_log.clear();
+    for (const ResetHook hook : ResetHooks()) hook();
 }
 
 void SetClock(uint64_t nanoseconds) {
+    const uint64_t before = g_clock;
     g_clock = nanoseconds;
     g_readings = 0;
+    if (nanoseconds <= before) return;
+    for (const ClockHook hook : ClockHooks()) hook(before, nanoseconds);
 }
 
-void AdvanceClock(uint64_t nanoseconds) { SetClock(g_clock + nanoseconds); }
+void AdvanceClock(uint64_t nanoseconds) {
+    SetClock(g_clock + nanoseconds);
+}
 
-const std::string& Log() { return g_log; }
+uint64_t Clock() {
+    return g_clock;
+}
+
+void OnClock(ClockHook hook) {
+    AddOnce(&ClockHooks(), hook);
+}
+
+void OnReset(ResetHook hook) {
+    AddOnce(&ResetHooks(), hook);
+}
+
+const std::string& Log() {
+    return g_log;
+}
 
 }  // namespace headless
 
@@ -38,8 +77,12 @@ uint64_t Nanoseconds() {
     return g_clock;
 }
 
-void SleepMilliseconds(uint32_t milliseconds) { headless::AdvanceClock(uint64_t{milliseconds} * 1'000'000); }
+void SleepMilliseconds(uint32_t milliseconds) {
+    headless::AdvanceClock(uint64_t{milliseconds} * 1'000'000);
+}
 
-void DebugText(const char* bytes, size_t count) { g_log.append(bytes, count); }
+void DebugText(const char* bytes, size_t count) {
+    g_log.append(bytes, count);
+}
 
 }  // namespace host
