@@ -1,0 +1,260 @@
+#include "sound/xadec.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "sound/xaformat.h"
+
+namespace {
+
+// The two last samples of a channel, after clamping: what the next prediction is made from.
+struct XaHistory {
+    int32_t nLast;
+    int32_t nBefore;
+};
+
+// One decoder. It keeps at most one block on each side: source bytes of a block that has not come whole, and
+// PCM of a block that did not fit the destination.
+struct CXaDecoder {
+    int m_nChannels;
+    int m_nBits;
+    int m_nFrameBytes;  // of PCM
+    int m_nBlockBytes;  // of a whole block
+    DWORD m_nDataLen;   // encoded bytes of one run through the sound
+    bool m_bPadded;     // the last byte of a run has one code that stands for no sample
+    DWORD m_nTaken;     // bytes of this run that have been taken, those held included
+    XaHistory m_aHistory[XA_MAX_CHANNELS];
+    int m_nHeld;  // source bytes waiting
+    BYTE m_aHeld[XA_MAX_BLOCK_BYTES];
+    int m_nReadyAt;  // PCM waiting: from here ...
+    int m_nReady;    // ... to here
+    BYTE m_aReady[XA_BLOCK_FRAMES * XA_MAX_CHANNELS * 2];
+};
+
+// What is left of the caller's two blocks.
+struct XaRoom {
+    const BYTE* pSrc;
+    DWORD nSrc;
+    BYTE* pDst;
+    DWORD nDst;
+};
+
+DWORD ReadDWord(const BYTE* p) {
+    return static_cast<DWORD>(p[0]) | static_cast<DWORD>(p[1]) << 8 | static_cast<DWORD>(p[2]) << 16 |
+           static_cast<DWORD>(p[3]) << 24;
+}
+
+// The frames of a block that is cut after nBytes bytes, 0 to XA_BLOCK_FRAMES.
+int FramesOfBlock(const CXaDecoder& xa, int nBytes) {
+    int nCodes = nBytes - xa.m_nChannels * XA_PARAM_BYTES;
+    return nCodes <= 0 ? 0 : nCodes * 8 / (xa.m_nBits * xa.m_nChannels);
+}
+
+// The frames of nLength bytes of data, its last byte's padding included.
+uint64_t FramesOfData(const CXaDecoder& xa, DWORD nLength) {
+    DWORD nBlock = static_cast<DWORD>(xa.m_nBlockBytes);
+    return static_cast<uint64_t>(nLength / nBlock) * XA_BLOCK_FRAMES +
+           static_cast<uint64_t>(FramesOfBlock(xa, static_cast<int>(nLength % nBlock)));
+}
+
+void BeginRun(CXaDecoder* pXa) {
+    pXa->m_nTaken = 0;
+    memset(pXa->m_aHistory, 0, sizeof pXa->m_aHistory);
+}
+
+// The code with this number among a block's codes, its sign extended.
+template <int BITS>
+int32_t CodeAt(const BYTE* pCodes, int nIndex) {
+    if constexpr (BITS == XA_BITS_FINE) {
+        return static_cast<int8_t>(pCodes[nIndex]);
+    } else {
+        int nShifted = pCodes[nIndex >> 1] << (nIndex & 1 ? 0 : 4);
+        return static_cast<int8_t>(nShifted) >> 4;
+    }
+}
+
+// The channels of a frame do not depend on each other, so that taking them side by side hides half of the
+// wait for the products in which each sample waits for the one before.
+template <int BITS, int CHANNELS>
+void DecodeFrames(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst) {
+    const BYTE* pCodes = pBlock + CHANNELS * XA_PARAM_BYTES;
+    XaFilter aFilter[CHANNELS];
+    XaHistory aHistory[CHANNELS];
+    int32_t anScale[CHANNELS];
+    for (int c = 0; c < CHANNELS; ++c) {
+        aFilter[c] = XA_FILTER[pBlock[c * XA_PARAM_BYTES]];
+        anScale[c] = XaScale(pBlock[c * XA_PARAM_BYTES + 1]);
+        aHistory[c] = pHistory[c];
+    }
+    for (int i = 0; i < nFrames; ++i) {
+        for (int c = 0; c < CHANNELS; ++c) {
+            int32_t nSample = XaPredict(aFilter[c], aHistory[c].nLast, aHistory[c].nBefore) +
+                              XaResidual(CodeAt<BITS>(pCodes, i * CHANNELS + c), anScale[c]);
+            nSample = XaClamp(nSample);
+            aHistory[c] = {nSample, aHistory[c].nLast};
+            pDst[0] = static_cast<BYTE>(nSample);
+            pDst[1] = static_cast<BYTE>(nSample >> 8);
+            pDst += 2;
+        }
+    }
+    for (int c = 0; c < CHANNELS; ++c) pHistory[c] = aHistory[c];
+}
+
+// False when the block is damaged: a filter or a range that does not exist.
+bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
+    if (nFrames <= 0) return true;
+    for (int c = 0; c < pXa->m_nChannels; ++c) {
+        const BYTE* pParam = pBlock + c * XA_PARAM_BYTES;
+        if (pParam[0] >= XA_FILTERS || pParam[1] >= XA_RANGES) return false;
+    }
+    bool bFine = pXa->m_nBits == XA_BITS_FINE;
+    auto pfnDecode = pXa->m_nChannels == 1
+                         ? (bFine ? DecodeFrames<XA_BITS_FINE, 1> : DecodeFrames<XA_BITS_FAST, 1>)
+                         : (bFine ? DecodeFrames<XA_BITS_FINE, 2> : DecodeFrames<XA_BITS_FAST, 2>);
+    pfnDecode(pBlock, nFrames, pXa->m_aHistory, pDst);
+    return true;
+}
+
+// Hands out PCM that is waiting, in whole frames. True when none is left.
+bool DrainReady(CXaDecoder* pXa, XaRoom* pRoom) {
+    DWORD nWaiting = static_cast<DWORD>(pXa->m_nReady - pXa->m_nReadyAt);
+    DWORD nFit = pRoom->nDst - pRoom->nDst % static_cast<DWORD>(pXa->m_nFrameBytes);
+    DWORD nCopy = std::min(nWaiting, nFit);
+    if (nCopy > 0) memcpy(pRoom->pDst, pXa->m_aReady + pXa->m_nReadyAt, nCopy);
+    pRoom->pDst += nCopy;
+    pRoom->nDst -= nCopy;
+    pXa->m_nReadyAt += static_cast<int>(nCopy);
+    return nCopy == nWaiting;
+}
+
+// Decodes a block of nBytes bytes, the last one of its run when bLast is set, to the destination, or past it
+// when that is too small.
+bool TakeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaRoom* pRoom) {
+    int nFrames = FramesOfBlock(*pXa, nBytes);
+    if (bLast && pXa->m_bPadded && nFrames > 0) --nFrames;
+    int nPcm = nFrames * pXa->m_nFrameBytes;
+    bool bFits = static_cast<DWORD>(nPcm) <= pRoom->nDst;
+    if (!DecodeBlock(pXa, pBlock, nFrames, bFits ? pRoom->pDst : pXa->m_aReady)) return false;
+    if (bFits) {
+        pRoom->pDst += nPcm;
+        pRoom->nDst -= static_cast<DWORD>(nPcm);
+    } else {
+        pXa->m_nReadyAt = 0;
+        pXa->m_nReady = nPcm;
+    }
+    return true;
+}
+
+// Moves source bytes in until a block of nWant bytes is held.
+void HoldSource(CXaDecoder* pXa, int nWant, XaRoom* pRoom) {
+    DWORD nCopy = std::min(static_cast<DWORD>(nWant - pXa->m_nHeld), pRoom->nSrc);
+    if (nCopy > 0) memcpy(pXa->m_aHeld + pXa->m_nHeld, pRoom->pSrc, nCopy);
+    pXa->m_nHeld += static_cast<int>(nCopy);
+    pXa->m_nTaken += nCopy;
+    pRoom->pSrc += nCopy;
+    pRoom->nSrc -= nCopy;
+}
+
+// Takes source and gives PCM as far as both go. False on a damaged block.
+bool ConvertBlocks(CXaDecoder* pXa, XaRoom* pRoom) {
+    while (DrainReady(pXa, pRoom) && pRoom->nDst >= static_cast<DWORD>(pXa->m_nFrameBytes) &&
+           pRoom->nSrc > 0) {
+        DWORD nBlockAt = pXa->m_nTaken - static_cast<DWORD>(pXa->m_nHeld);
+        DWORD nLeft = pXa->m_nDataLen - nBlockAt;
+        int nWant = static_cast<int>(std::min(nLeft, static_cast<DWORD>(pXa->m_nBlockBytes)));
+        if (nWant == 0) return true;  // a sound without data
+        const BYTE* pBlock = pXa->m_aHeld;
+        if (pXa->m_nHeld == 0 && pRoom->nSrc >= static_cast<DWORD>(nWant)) {
+            pBlock = pRoom->pSrc;
+            if (!TakeBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pRoom)) return false;
+            pXa->m_nTaken += static_cast<DWORD>(nWant);
+            pRoom->pSrc += nWant;
+            pRoom->nSrc -= static_cast<DWORD>(nWant);
+        } else {
+            HoldSource(pXa, nWant, pRoom);
+            if (pXa->m_nHeld < nWant) return true;
+            if (!TakeBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pRoom)) return false;
+            pXa->m_nHeld = 0;
+        }
+        if (pXa->m_nTaken == pXa->m_nDataLen) BeginRun(pXa);
+    }
+    return true;
+}
+
+// The data has ended early: what is held of a block comes out, and the next byte begins a new run.
+bool Flush(CXaDecoder* pXa, XaRoom* pRoom) {
+    if (!DrainReady(pXa, pRoom) || pXa->m_nHeld == 0) return true;
+    if (pRoom->nDst < static_cast<DWORD>(pXa->m_nFrameBytes)) return true;
+    if (!TakeBlock(pXa, pXa->m_aHeld, pXa->m_nHeld, false, pRoom)) return false;
+    pXa->m_nHeld = 0;
+    BeginRun(pXa);
+    DrainReady(pXa, pRoom);
+    return true;
+}
+
+bool HeaderIsSound(const BYTE* pHeader) {
+    int nBits = pHeader[XA_AT_BITS];
+    int nChannels = pHeader[XA_AT_CHANNELS];
+    DWORD nRate = ReadDWord(pHeader + XA_AT_RATE);
+    return memcmp(pHeader, XA_MAGIC, sizeof XA_MAGIC) == 0 && pHeader[XA_AT_VERSION] == XA_VERSION &&
+           (nBits == XA_BITS_FAST || nBits == XA_BITS_FINE) &&
+           pHeader[XA_AT_BLOCK_FRAMES] == XA_BLOCK_FRAMES && nChannels >= 1 && nChannels <= XA_MAX_CHANNELS &&
+           nRate >= XA_MIN_RATE && nRate <= XA_MAX_RATE;
+}
+
+}  // namespace
+
+void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
+    if (!pHeader || !pFormat || !HeaderIsSound(pHeader)) return nullptr;
+    auto* pXa = new (std::nothrow) CXaDecoder();
+    if (!pXa) return nullptr;
+    pXa->m_nChannels = pHeader[XA_AT_CHANNELS];
+    pXa->m_nBits = pHeader[XA_AT_BITS];
+    pXa->m_nFrameBytes = pXa->m_nChannels * 2;
+    pXa->m_nBlockBytes = XaBlockBytes(pXa->m_nChannels, pXa->m_nBits, XA_BLOCK_FRAMES);
+    pXa->m_nDataLen = ReadDWord(pHeader + XA_AT_DATA_BYTES);
+    uint64_t nFrames = ReadDWord(pHeader + XA_AT_FRAMES);
+    bool bHalfBytes = pXa->m_nBits * pXa->m_nChannels == 4;
+    pXa->m_bPadded = bHalfBytes && FramesOfData(*pXa, pXa->m_nDataLen) == nFrames + 1;
+
+    DWORD nRate = ReadDWord(pHeader + XA_AT_RATE);
+    pFormat->wFormatTag = WAVE_FORMAT_PCM;
+    pFormat->nChannels = static_cast<WORD>(pXa->m_nChannels);
+    pFormat->nSamplesPerSec = nRate;
+    pFormat->nAvgBytesPerSec = nRate * static_cast<DWORD>(pXa->m_nFrameBytes);
+    pFormat->nBlockAlign = static_cast<WORD>(pXa->m_nFrameBytes);
+    pFormat->wBitsPerSample = 16;
+    pFormat->cbSize = 0;
+    return pXa;
+}
+
+int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm) {
+    if (pnPcm) *pnPcm = 0;
+    if (!hXa || !pnPcm) return 0;
+    const auto* pXa = static_cast<const CXaDecoder*>(hXa);
+    uint64_t nFrames = FramesOfData(*pXa, nLength);
+    if (nLength == pXa->m_nDataLen && pXa->m_bPadded) --nFrames;
+    uint64_t nPcm = nFrames * static_cast<uint64_t>(pXa->m_nFrameBytes);
+    if (nPcm > XA_MAX_PCM) return 0;
+    *pnPcm = static_cast<DWORD>(nPcm);
+    return 1;
+}
+
+int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock) {
+    if (!hXa || !pBlock) return 0;
+    pBlock->nSrcUsed = 0;
+    pBlock->nDstUsed = 0;
+    if ((!pBlock->pSrc && pBlock->nSrcLen > 0) || (!pBlock->pDst && pBlock->nDstBufLen > 0)) return 0;
+    auto* pXa = static_cast<CXaDecoder*>(hXa);
+    XaRoom room = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
+    bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &room) : Flush(pXa, &room);
+    pBlock->nSrcUsed = pBlock->nSrcLen - room.nSrc;
+    pBlock->nDstUsed = pBlock->nDstBufLen - room.nDst;
+    return bGood ? 1 : 0;
+}
+
+int xaDecodeClose(void* hXa) {
+    delete static_cast<CXaDecoder*>(hXa);
+    return 1;
+}
