@@ -55,7 +55,6 @@ __attribute__((weak)) HDC CreateCompatibleDC(HDC hDC) { return {}; }
 __attribute__((weak)) BOOL DeleteDC(HDC hDC) { return {}; }
 __attribute__((weak)) HGDIOBJ SelectObject(HDC hDC, HGDIOBJ hObject) { return {}; }
 __attribute__((weak)) BOOL BitBlt(HDC hDest, int x, int y, int nWidth, int nHeight, HDC hSource, int nSourceX, int nSourceY, DWORD dwRop) { return {}; }
-__attribute__((weak)) void RegisterDibMemory(const void* pData, size_t nSize) {}
 __attribute__((weak)) void UnregisterDibMemory(const void* pData) {}
 __attribute__((weak)) int StretchDIBits(HDC hDC, int nDestX, int nDestY, int nDestWidth, int nDestHeight, int nSourceX, int nSourceY, int nSourceWidth, int nSourceHeight, const void* pBits, const BITMAPINFOHEADER* pInfo, UINT nUsage, DWORD dwRop) { return {}; }
 __attribute__((weak)) HRESULT IDirectDrawSurface7::BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSource, const RECT* pSourceRect, DWORD dwFlags) { return {}; }

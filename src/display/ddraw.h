@@ -17,9 +17,10 @@ public:
     CDDraw& operator=(const CDDraw&) = delete;
 
     int Init(HWND hWnd, int x, int y, int nWidth, int nHeight);  // 0, or 1 after a message box
-    // Puts the window on top, at x, y (both -1: where it stands), with that client size. Result of SetWindowPos.
+    // Puts the window on top, at x, y (both -1: where it stands), with that client size. Result of
+    // SetWindowPos.
     int FitWindow(HWND hWnd, int x, int y, int nWidth, int nHeight);
-    int CreateParts(int nParts, int nWidth, int nHeight);  // 0, or 1 after a message box
+    int CreateParts(int nParts, int nWidth, int nHeight);                 // 0, or 1 after a message box
     int LoadParts(HBITMAP hBitmap, int nWidth, int nHeight, int nParts);  // 0, or 1
     HRESULT ClearParts(int nParts, DWORD dwColor);
     // Copies to the back surface; pRect null: the whole parts surface. The second leaves black out.
@@ -45,3 +46,6 @@ public:
     DWORD m_dwThisPresent;
     CDib* m_apDib[DDRAW_SLOTS];  // owned; null when empty
 };
+
+// The size of a surface as it is now. The result of GetSurfaceDesc; a failure leaves both values alone.
+HRESULT ReadSurfaceSize(IDirectDrawSurface7* pSurface, int32_t* pnWidth, int32_t* pnHeight);

@@ -20,6 +20,8 @@ public:
     int Draw(HDC hDC, const RECT* pDest);  // the whole picture
     int Draw(HDC hDC, int x, int y, int nWidth, int nHeight);
 
+    bool SetPointers();  // from m_pData; false when there is no bitmap header
+
     char m_szFile[260];
     BYTE* m_pData;  // the file image, owned
     int32_t m_nDataSize;

@@ -25,9 +25,9 @@ struct Lane {
 // The lane of a note channel 0x11 to 0x19, 0x21 to 0x29; null for any other.
 const Lane* GetLane(int32_t nChannel);
 
-constexpr int LINE_NOW = 265;       // where a record stands at its chart time
-constexpr int LINE_LIMIT = 270;     // marks are drawn on lines 1 to 269
-constexpr int NUMBER_LIMIT = 264;   // bar numbers on rows 1 to 263
+constexpr int LINE_NOW = 265;      // where a record stands at its chart time
+constexpr int LINE_LIMIT = 270;    // marks are drawn on lines 1 to 269
+constexpr int NUMBER_LIMIT = 264;  // bar numbers on rows 1 to 263
 constexpr int TEMPO_MARK_X = 180, BGM_MARK_X = 85, BGA_MARK_X = 97;
 constexpr int BAR_LEFT_X = 20, BAR_RIGHT_X = 114, BAR_NUMBER_X = 1, BAR_NUMBER_UP = 6;
 constexpr int CHAR_STEP = 6;

@@ -1,0 +1,89 @@
+// A picture event: which rectangle of which picture goes where in its layer.
+#include <cstdlib>
+
+#include "display/ddraw.h"
+#include "display/dib.h"
+#include "playback/bga.h"
+#include "playback/layout.h"
+#include "playback/playback.h"
+#include "shell/shell.h"
+
+namespace {
+
+bool IsLayer(int32_t nChannel) {
+    return nChannel == LAYER_BGA || nChannel == LAYER_POOR || nChannel == LAYER_OVERLAY;
+}
+
+bool FitsLong(int64_t n) {
+    return n >= INT32_MIN && n <= INT32_MAX;
+}
+
+// A rectangle that 32 bits cannot hold lies outside every picture.
+bool SetRect(RECT* pRect, int64_t nLeft, int64_t nTop, int64_t nRight, int64_t nBottom) {
+    if (!FitsLong(nLeft) || !FitsLong(nTop) || !FitsLong(nRight) || !FitsLong(nBottom)) return false;
+    if (nLeft >= nRight || nTop >= nBottom) return false;
+    *pRect = {static_cast<LONG>(nLeft), static_cast<LONG>(nTop), static_cast<LONG>(nRight),
+              static_cast<LONG>(nBottom)};
+    return true;
+}
+
+// Rows of a picture. A top-down one has a negative height; here only the count matters.
+int64_t RowsOf(const CDib* pDib) {
+    return pDib ? std::llabs(int64_t{pDib->GetHeight()}) : 0;
+}
+
+// Cuts one axis of a definition at both edges of the layer.
+void CutToLayer(int64_t* pnFirst, int64_t* pnEnd, int64_t* pnPlace) {
+    if (*pnPlace < 0) {
+        *pnFirst -= *pnPlace;
+        *pnPlace = 0;
+    }
+    const int64_t nLength = *pnEnd - *pnFirst;
+    if (*pnPlace + nLength > LAYER_SIZE) *pnEnd += LAYER_SIZE - *pnPlace - nLength;
+}
+
+void FirePicture(CDib* pDib, int nLayer) {
+    BgaRects rects;
+    const bool bSeen = pDib && PlaceWholePicture(pDib->GetWidth(), RowsOf(pDib), &rects);
+    g_pDDraw->DrawDib(bSeen ? pDib : nullptr, &rects.dest, &rects.source, nLayer);
+}
+
+void FireDefinition(const BgaDef* pDef, int nLayer) {
+    BgaRects rects;
+    const bool bSlot = pDef && pDef->nBmp >= 0 && pDef->nBmp < DDRAW_SLOTS;
+    const bool bSeen = bSlot && PlaceDefinition(*pDef, RowsOf(g_pDDraw->m_apDib[pDef->nBmp]), &rects);
+    if (bSeen)
+        g_pDDraw->DrawDibSlot(pDef->nBmp, &rects.dest, &rects.source, nLayer);
+    else
+        g_pDDraw->DrawDib(nullptr, nullptr, nullptr, nLayer);
+}
+
+}  // namespace
+
+bool PlaceWholePicture(int64_t nWidth, int64_t nRows, BgaRects* pRects) {
+    const bool bWide = nWidth > LAYER_SIZE, bTall = nRows > LAYER_SIZE;
+    const int64_t nLeft = bWide ? 0 : LAYER_SIZE / 2 - nWidth / 2;
+    const int64_t nRight = bWide ? LAYER_SIZE : nLeft + nWidth;
+    return SetRect(&pRects->dest, nLeft, 0, nRight, bTall ? LAYER_SIZE : nRows) &&
+           SetRect(&pRects->source, 0, bTall ? nRows - LAYER_SIZE : 0, bWide ? LAYER_SIZE : nWidth, nRows);
+}
+
+bool PlaceDefinition(const BgaDef& def, int64_t nRows, BgaRects* pRects) {
+    if (def.nX2 < def.nX1 || def.nY2 < def.nY1) return false;
+    int64_t nLeft = def.nX1, nTop = def.nY1, nRight = def.nX2, nBottom = def.nY2;
+    int64_t nPlaceX = def.nDX, nPlaceY = def.nDY;
+    CutToLayer(&nLeft, &nRight, &nPlaceX);
+    CutToLayer(&nTop, &nBottom, &nPlaceY);
+    const int64_t nWidth = nRight - nLeft, nHeight = nBottom - nTop;
+    return SetRect(&pRects->dest, nPlaceX, nPlaceY, nPlaceX + nWidth, nPlaceY + nHeight) &&
+           SetRect(&pRects->source, nLeft, nRows - nTop - nHeight, nRight, nRows - nTop);
+}
+
+void FireBga(const BmsEvent* pEvent) {
+    if (!g_pDDraw) return;
+    const int32_t nChannel = pEvent->nChannel;
+    if (IsLayer(nChannel))
+        FirePicture(static_cast<CDib*>(pEvent->pObject), nChannel);
+    else if (nChannel > BGADEF_CHANNEL_BASE && IsLayer(nChannel - BGADEF_CHANNEL_BASE))
+        FireDefinition(static_cast<const BgaDef*>(pEvent->pObject), nChannel - BGADEF_CHANNEL_BASE);
+}
