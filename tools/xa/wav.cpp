@@ -1,0 +1,53 @@
+#include "xa/wav.h"
+
+#include <sndfile.h>
+
+#include <memory>
+
+#include "xa/encoder.h"
+
+namespace xa {
+namespace {
+
+using File = std::unique_ptr<SNDFILE, decltype(&sf_close)>;
+
+bool Fail(std::string* why, const char* what) {
+    *why = what;
+    return false;
+}
+
+}  // namespace
+
+bool ReadWav(const std::string& path, Sound* sound, std::string* why) {
+    SF_INFO info = {};
+    File file(sf_open(path.c_str(), SFM_READ, &info), &sf_close);
+    if (!file) return Fail(why, sf_strerror(nullptr));
+    sf_command(file.get(), SFC_SET_SCALE_FLOAT_INT_READ, nullptr, SF_TRUE);
+    sf_command(file.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    sound->channels = info.channels;
+    sound->rate = info.samplerate < 0 ? 0 : static_cast<uint32_t>(info.samplerate);
+    const char* refusal = Refusal(sound->channels, sound->rate, 0);
+    if (refusal) return Fail(why, refusal);
+    std::vector<int16_t> chunk(65536 * static_cast<size_t>(info.channels));
+    sf_count_t got = 0;
+    while ((got = sf_readf_short(file.get(), chunk.data(), 65536)) > 0) {
+        sound->samples.insert(sound->samples.end(), chunk.begin(), chunk.begin() + got * info.channels);
+        uint64_t frames = sound->samples.size() / static_cast<size_t>(info.channels);
+        if ((refusal = Refusal(sound->channels, sound->rate, frames))) return Fail(why, refusal);
+    }
+    return sf_error(file.get()) == SF_ERR_NO_ERROR ? true : Fail(why, sf_strerror(file.get()));
+}
+
+bool WriteWav(int fd, int channels, uint32_t rate, std::span<const int16_t> samples, std::string* why) {
+    SF_INFO info = {};
+    info.channels = channels;
+    info.samplerate = static_cast<int>(rate);
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    File file(sf_open_fd(fd, SFM_WRITE, &info, SF_FALSE), &sf_close);
+    if (!file) return Fail(why, sf_strerror(nullptr));
+    auto count = static_cast<sf_count_t>(samples.size());
+    if (sf_write_short(file.get(), samples.data(), count) != count) return Fail(why, sf_strerror(file.get()));
+    return sf_close(file.release()) == 0 ? true : Fail(why, "the file could not be finished");
+}
+
+}  // namespace xa
