@@ -6,11 +6,19 @@
 class CDDraw;
 class CDSound;
 
-constexpr int BMS_SLOTS = 576;          // sounds, images, extended tempos
-constexpr int BMS_BGADEFS = 1296;       // picture definitions
-constexpr int BMS_PATH = 260;           // bytes of a path buffer, its NUL included
-constexpr int BGADEF_CHANNEL_BASE = 3840;  // added to the channel of an object that points at a BgaDef
-constexpr double BMS_LEAD_IN = 1000.0;  // ms: the chart time at which measure 0 begins
+constexpr int BMS_SLOTS = 576;               // sounds, images, extended tempos
+constexpr int BMS_BGADEFS = 1296;            // picture definitions
+constexpr int BMS_PATH = 260;                // bytes of a path buffer, its NUL included
+constexpr int BGADEF_CHANNEL_BASE = 3840;    // added to the channel of an object that points at a BgaDef
+constexpr double BMS_LEAD_IN = 1000.0;       // ms: the chart time at which measure 0 begins
+constexpr double BMS_MEASURE_MS = 240000.0;  // a measure of length 1.0 at 1 BPM: four beats of a minute each
+constexpr double BMS_DEFAULT_BPM = 130.0;
+
+// Bounds on what one chart may take. A larger file, or one with more objects, is refused as if it could not
+// be opened.
+constexpr int64_t BMS_FILE_LIMIT = int64_t{256} << 20;  // bytes
+constexpr int64_t BMS_OBJECT_LIMIT = int64_t{8}
+                                     << 20;  // objects and length lines together: about 1 GB of records
 
 // A timed object, in file order.
 struct BmsObject {
@@ -35,7 +43,7 @@ struct BmsMeasure {  // of the measure table, indexed by measure number
     double dDuration;  // ms
 };
 
-struct BgaDef {  // one picture definition
+struct BgaDef {                  // one picture definition
     int32_t nX1, nY1, nX2, nY2;  // source rectangle, from the picture's top left
     int32_t nDX, nDY;            // its place in the layer; may be negative
     int32_t nBmp;                // image number; 0 also means undefined
@@ -52,8 +60,8 @@ struct BmsEvent {
     double dValue;     // tempo list: BPM; bar list: measure length
 };
 
-// Loaded once on a fresh object, then compiled once. Owns its arrays and texts; borrows sounds and pictures from the
-// slots of the two devices, which outlive it.
+// Loaded once on a fresh object, then compiled once. Owns its arrays and texts; borrows sounds and pictures
+// from the slots of the two devices, which outlive it.
 class CBMS {
 public:
     CBMS(CDDraw* pDDraw, CDSound* pDSound);
@@ -64,13 +72,14 @@ public:
     void Init();  // every field to its default, the devices to null; frees nothing
     void Term();  // frees everything and sets all but the devices to the defaults
 
-    // Reads the chart and fills the sound and picture slots. 0 if the file cannot be opened (logged), else m_nMeasure.
-    // nMeasureBase is added to each measure number; callers give 0.
+    // Reads the chart and fills the sound and picture slots. 0 if the file cannot be opened (logged), else
+    // m_nMeasure. nMeasureBase is added to each measure number; callers give 0. Lines that it moves off the
+    // measure table are dropped.
     int32_t Load(const char* pszPath, int32_t nMeasureBase);
     int32_t Compile();  // 0, or 1 when no object lies behind measure 0
 
-    // Copies of a list for playback, behind the caller's pointer and count. An empty source changes nothing; otherwise
-    // what was there is freed first. Freed with FreeList.
+    // Copies of a list for playback, behind the caller's pointer and count. An empty source changes nothing;
+    // otherwise what was there is freed first. Freed with FreeList.
     void GetBgmList(BmsEvent** ppList, int32_t* pnCount);
     void GetBgaList(BmsEvent** ppList, int32_t* pnCount);
     void GetTempoList(BmsEvent** ppList, int32_t* pnCount);
@@ -78,8 +87,12 @@ public:
     void GetBarList(BmsEvent** ppList, int32_t* pnCount);
     static void FreeList(BmsEvent** ppList, int32_t* pnCount);
 
+    // The steps of Load and Compile.
     int32_t CountChannel(int32_t nMeasure, int32_t nChannel, const char* pszData);  // objects on the line
     void ReadChannel(int32_t nMeasure, int32_t nChannel, const char* pszData);
+    int AllocLists();  // 0, or 1 when the memory cannot be had
+    void LoadImages();
+    void LoadSounds();
     int32_t BuildMeasures();
     void CompileTempo();
     void CompileObjects(BmsObject** ppList, int32_t nCount);
@@ -121,6 +134,9 @@ public:
     CDSound* m_pDSound;
     CDDraw* m_pDDraw;
 };
+
+// The tempo after a change to dValue: a value that is no positive finite number leaves the one in force.
+double TempoAfter(double dInForce, double dValue);
 
 // Order of two objects: place in the chart, then channel. -1, 0 or 1.
 int CompareObjects(const BmsObject* pA, const BmsObject* pB);

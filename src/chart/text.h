@@ -1,5 +1,5 @@
-// The reader's small helpers on NUL-terminated byte strings. Bytes are Shift-JIS or ASCII; only the functions that say
-// so look at two-byte characters.
+// The reader's small helpers on NUL-terminated byte strings. Bytes are Shift-JIS or ASCII; only the functions
+// that say so look at two-byte characters.
 #pragma once
 
 #include <cstdint>
@@ -20,20 +20,21 @@ void RemoveUnderscore(char* pszText);  // deletes every `_` and closes the gap
 
 int IsSJisLead(unsigned char c);  // 0x81-0x9F, 0xE0-0xFC
 
-// Joins directory and name with one backslash between them, in the directory's buffer of nDirSize bytes. A backslash
-// that is the second half of a two-byte character does not count as one. What does not fit is cut.
+// Joins directory and name with one backslash between them, in the directory's buffer of nDirSize bytes. A
+// backslash that is the second half of a two-byte character does not count as one. What does not fit is cut.
 void AddFileName(char* pszDir, int nDirSize, const char* pszName);
 
-// The directory part of the path with its closing backslash, the whole path when it has none. The buffer has nDirSize
-// bytes; a longer path is cut first.
+// The directory part of the path with its closing backslash, the whole path when it has none. The buffer has
+// nDirSize bytes; a longer path is cut first.
 void GetDirName(const char* pszPath, char* pszDir, int nDirSize);
 
-int32_t ObjNoToInt(const char* pszText);    // sound and image numbers, 0 to 575
-int32_t Base36ToInt(const char* pszText);   // picture definitions, 0 to 1295
+int32_t ObjNoToInt(const char* pszText);   // sound and image numbers, 0 to 575
+int32_t Base36ToInt(const char* pszText);  // picture definitions, 0 to 1295
 
-// Numbers as the usual library conversions read them, without a locale: leading white space, a sign, digits up to the
-// first other byte. No digits give 0. Results beyond 32 bits are held at the end of the range.
+// Numbers as the usual library conversions read them, without a locale: leading white space, a sign, digits
+// up to the first other byte. No digits give 0. Results beyond 32 bits are held at the end of the range.
 int32_t ReadDecimal(const char* pszText);
 double ReadFloat(const char* pszText);  // decimal digits, `.`, exponent; no `0x`, `inf`, `nan`
-// The hexadecimal number of a pair's two characters: 0 unless the first is a hexadecimal digit, no blank, no sign.
+// The hexadecimal number of a pair's two characters: 0 unless the first is a hexadecimal digit, no blank, no
+// sign.
 int32_t ReadHexPair(const char* pszText);

@@ -1,0 +1,167 @@
+#include <cstring>
+
+#include "chart/bms.h"
+#include "chart/digits.h"
+#include "chart/text.h"
+#include "display/ddraw.h"
+#include "sound/dsound.h"
+
+// Which of the store's lists a channel belongs to.
+enum ChannelKind { KIND_NONE, KIND_BGM, KIND_LENGTH, KIND_TEMPO, KIND_BGA, KIND_NOTE };
+
+static ChannelKind GetKind(int32_t nChannel) {
+    switch (nChannel) {
+        case 1:
+            return KIND_BGM;
+        case 2:
+            return KIND_LENGTH;
+        case 3:
+        case 8:
+            return KIND_TEMPO;
+        case 4:
+        case 6:
+        case 7:
+            return KIND_BGA;
+        default:
+            break;
+    }
+    const int32_t nSide = nChannel >> 4, nLane = nChannel & 15;
+    return nSide >= 1 && nSide <= 4 && nLane >= 1 && nLane <= 9 ? KIND_NOTE : KIND_NONE;
+}
+
+// Calls fnPair(index, pair) for the pairs that are not `00`, the rest: those make no object on any channel.
+// Most of a chart is rests, so four of them are passed at once.
+template <class Function>
+static void ForPairs(const char* pData, int32_t nPairs, Function fnPair) {
+    uint64_t nRests;
+    std::memcpy(&nRests, "00000000", sizeof nRests);
+    int32_t i = 0;
+    while (i < nPairs) {
+        if (i + 4 <= nPairs) {
+            uint64_t nFour;
+            std::memcpy(&nFour, pData + 2 * i, sizeof nFour);
+            if (nFour == nRests) {
+                i += 4;
+                continue;
+            }
+        }
+        const int32_t nStop = i + 4 < nPairs ? i + 4 : nPairs;
+        for (; i < nStop; ++i) {
+            const char* p = pData + 2 * i;
+            if (p[0] != '0' || p[1] != '0') fnPair(i, p);
+        }
+    }
+}
+
+static int32_t CountPairs(const char* pszData) {
+    return static_cast<int32_t>(std::strlen(pszData) / 2);
+}
+
+int32_t CBMS::CountChannel(int32_t nMeasure, int32_t nChannel, const char* pszData) {
+    if (nChannel == 2) {
+        ++m_nLength;
+        return 1;
+    }
+    int32_t nCount = 0;
+    ForPairs(pszData, CountPairs(pszData), [&](int32_t, const char* p) { nCount += PairToBase36(p) > 0; });
+    switch (GetKind(nChannel)) {
+        case KIND_BGM:
+            m_nBgm += nCount;
+            break;
+        case KIND_TEMPO:
+            m_nTempo += nCount;
+            break;
+        case KIND_BGA:
+            m_nBga += nCount;
+            break;
+        case KIND_NOTE:
+            m_nNote += nCount;
+            break;
+        default:
+            break;
+    }
+    return nCount;
+}
+
+// One list as the second pass sees it: records are stored at the fill count, never beyond what was counted.
+struct ListTail {
+    BmsObject* pList;
+    int32_t nCount;
+    int32_t* pnFill;
+
+    BmsObject* Store(int32_t nMeasure, double dPos, int32_t nChannel) {
+        if (*pnFill >= nCount) return nullptr;
+        BmsObject* p = &pList[(*pnFill)++];
+        p->nMeasure = nMeasure;
+        p->dPos = dPos;
+        p->nChannel = nChannel;
+        p->dTime = 0.0;
+        p->pObject = nullptr;
+        return p;
+    }
+};
+
+static double PairPos(int32_t i, int32_t nPairs) {
+    return static_cast<double>(i) / static_cast<double>(nPairs);
+}
+
+static void ReadSounds(CBMS* pBms, ListTail tail, int32_t nMeasure, int32_t nChannel, const char* pszData) {
+    const int32_t nPairs = CountPairs(pszData);
+    ForPairs(pszData, nPairs, [&](int32_t i, const char* p) {
+        const int32_t n = PairToObjNo(p);
+        if (n == 0) return;
+        BmsObject* pObject = tail.Store(nMeasure, PairPos(i, nPairs), nChannel);
+        if (pObject && pBms->m_pDSound) pObject->pObject = pBms->m_pDSound->m_pSlot[n];
+    });
+}
+
+static void ReadTempos(CBMS* pBms, ListTail tail, int32_t nMeasure, int32_t nChannel, const char* pszData) {
+    const int32_t nPairs = CountPairs(pszData);
+    ForPairs(pszData, nPairs, [&](int32_t i, const char* p) {
+        const int32_t nHex = PairToHex(p), nNumber = PairToObjNo(p);
+        if (nHex == 0 && nNumber == 0) return;
+        BmsObject* pObject = tail.Store(nMeasure, PairPos(i, nPairs), nChannel);
+        if (pObject) pObject->dValue = nChannel == 8 ? pBms->m_adBPM[nNumber] : static_cast<double>(nHex);
+    });
+}
+
+static void ReadPictures(CBMS* pBms, ListTail tail, int32_t nMeasure, int32_t nChannel, const char* pszData) {
+    const int32_t nPairs = CountPairs(pszData);
+    ForPairs(pszData, nPairs, [&](int32_t i, const char* p) {
+        const int32_t n = PairToBase36(p);
+        if (n == 0) return;
+        CDib* pDib = nullptr;
+        if (n < DDRAW_SLOTS && pBms->m_aBgaDef[n].nBmp == 0 && pBms->m_pDDraw)
+            pDib = pBms->m_pDDraw->m_apDib[n];
+        BmsObject* pObject =
+            tail.Store(nMeasure, PairPos(i, nPairs), pDib ? nChannel : nChannel + BGADEF_CHANNEL_BASE);
+        if (!pObject) return;
+        if (pDib) {
+            pObject->pObject = pDib;
+        } else {
+            pObject->pObject = &pBms->m_aBgaDef[n];
+        }
+    });
+}
+
+void CBMS::ReadChannel(int32_t nMeasure, int32_t nChannel, const char* pszData) {
+    switch (GetKind(nChannel)) {
+        case KIND_BGM:
+            ReadSounds(this, {m_pBgm, m_nBgm, &m_nBgmFill}, nMeasure, nChannel, pszData);
+            break;
+        case KIND_NOTE:
+            ReadSounds(this, {m_pNote, m_nNote, &m_nNoteFill}, nMeasure, nChannel, pszData);
+            break;
+        case KIND_TEMPO:
+            ReadTempos(this, {m_pTempo, m_nTempo, &m_nTempoFill}, nMeasure, nChannel, pszData);
+            break;
+        case KIND_BGA:
+            ReadPictures(this, {m_pBga, m_nBga, &m_nBgaFill}, nMeasure, nChannel, pszData);
+            break;
+        case KIND_LENGTH:
+            if (m_nLengthFill < m_nLength) m_pLength[m_nLengthFill++] = {nMeasure, ReadFloat(pszData)};
+            break;
+        default:
+            break;
+    }
+}

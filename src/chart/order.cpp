@@ -1,0 +1,87 @@
+// The order of a chart's objects. A chart file is almost in order as it stands: each line is in order in
+// itself, and the lines of a measure stand together. So the sort merges the ascending runs that it finds, and
+// only where they overlap.
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "chart/bms.h"
+
+static double PlaceOf(const BmsObject* p) {
+    return p->nMeasure + p->dPos;
+}
+
+int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
+    const double a = PlaceOf(pA), b = PlaceOf(pB);
+    if (a < b) return -1;
+    if (a > b) return 1;
+    if (pA->nChannel == pB->nChannel) return 0;
+    return pA->nChannel < pB->nChannel ? -1 : 1;
+}
+
+struct SortKey {
+    double dPlace;
+    int32_t nChannel;
+    int32_t nIndex;  // into the list as it was
+};
+
+static bool IsLess(const SortKey& a, const SortKey& b) {
+    return (a.dPlace < b.dPlace) | ((a.dPlace == b.dPlace) & (a.nChannel < b.nChannel));
+}
+
+// Merges [nFirst, nMiddle) and [nMiddle, nEnd), both ascending. pSpare has room for the first.
+static void MergeRuns(SortKey* pKeys, int32_t nFirst, int32_t nMiddle, int32_t nEnd, SortKey* pSpare) {
+    SortKey* pMiddle = pKeys + nMiddle;
+    if (!IsLess(*pMiddle, pMiddle[-1])) return;
+    // What stands before all of the second run, or behind all of the first, is at its place.
+    SortKey* pTo = std::upper_bound(pKeys + nFirst, pMiddle, *pMiddle, IsLess);
+    const SortKey* pEndB = std::lower_bound(pMiddle, pKeys + nEnd, pMiddle[-1], IsLess);
+    const SortKey* pA = pSpare;
+    const SortKey* pEndA = pSpare + (pMiddle - pTo);
+    std::memcpy(pSpare, pTo, static_cast<size_t>(pMiddle - pTo) * sizeof(SortKey));
+    const SortKey* pB = pMiddle;
+    while (pA < pEndA && pB < pEndB) {
+        const bool bSecond = IsLess(*pB, *pA);
+        *pTo++ = bSecond ? *pB : *pA;
+        pB += bSecond;
+        pA += !bSecond;
+    }
+    std::memcpy(pTo, pA, static_cast<size_t>(pEndA - pA) * sizeof(SortKey));
+}
+
+// Merges runs of about equal weight first: of the runs on the stack none weighs as much as the one below it.
+static void SortKeys(SortKey* pKeys, int32_t nCount, SortKey* pSpare) {
+    struct Run {
+        int32_t nFirst, nLevel;
+    } aRun[33];
+    int nRuns = 0;
+    for (int32_t nEnd = 0; nEnd < nCount;) {
+        aRun[nRuns++] = {nEnd, 0};
+        do ++nEnd;
+        while (nEnd < nCount && !IsLess(pKeys[nEnd], pKeys[nEnd - 1]));
+        while (nRuns > 1 && (aRun[nRuns - 2].nLevel == aRun[nRuns - 1].nLevel || nEnd == nCount)) {
+            MergeRuns(pKeys, aRun[nRuns - 2].nFirst, aRun[nRuns - 1].nFirst, nEnd, pSpare);
+            ++aRun[--nRuns - 1].nLevel;
+        }
+    }
+}
+
+void SortObjects(BmsObject** ppList, int32_t nCount) {
+    const auto isLess = [](const BmsObject* pA, const BmsObject* pB) { return CompareObjects(pA, pB) < 0; };
+    if (std::is_sorted(ppList, ppList + nCount, isLess)) return;
+    const size_t n = static_cast<size_t>(nCount);
+    SortKey* pKeys = new (std::nothrow) SortKey[n];
+    SortKey* pSpare = new (std::nothrow) SortKey[n];
+    BmsObject** ppOld = new (std::nothrow) BmsObject*[n];
+    if (pKeys && pSpare && ppOld) {
+        for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PlaceOf(ppList[i]), ppList[i]->nChannel, i};
+        SortKeys(pKeys, nCount, pSpare);
+        std::memcpy(ppOld, ppList, n * sizeof *ppOld);
+        for (int32_t i = 0; i < nCount; ++i) ppList[i] = ppOld[pKeys[i].nIndex];
+    } else {
+        std::stable_sort(ppList, ppList + nCount, isLess);  // does without memory where there is none
+    }
+    delete[] pKeys;
+    delete[] pSpare;
+    delete[] ppOld;
+}

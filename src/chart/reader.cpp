@@ -1,0 +1,158 @@
+#include "chart/reader.h"
+
+#include <cstdio>
+#include <new>
+
+#include "chart/text.h"
+#include "display/ddraw.h"
+#include "platform/files.h"
+#include "shell/diagnostics.h"
+#include "sound/dsbuffer.h"
+#include "sound/dsound.h"
+
+// The whole file with a NUL behind it, to be freed with delete[]; null when it cannot be had or is too large.
+static char* ReadText(const char* pszPath, int64_t* pnSize) {
+    FileForgetListings();
+    FileStream* pFile = FileOpen(pszPath, "rb");
+    if (!pFile) return nullptr;
+    char* pText = nullptr;
+    const int64_t nSize = FileSeek(pFile, 0, SEEK_END) == 0 ? FileTell(pFile) : -1;
+    if (nSize >= 0 && nSize <= BMS_FILE_LIMIT && FileSeek(pFile, 0, SEEK_SET) == 0) {
+        pText = new (std::nothrow) char[static_cast<size_t>(nSize) + 1];
+    }
+    if (pText) {
+        // A file that shrinks meanwhile is as long as what could be read.
+        *pnSize = static_cast<int64_t>(FileRead(pText, 1, static_cast<size_t>(nSize), pFile));
+        pText[*pnSize] = '\0';
+    }
+    FileClose(pFile);
+    return pText;
+}
+
+// Splits `#mmmcc:data`. False for any other line; with a channel of -1 for one that is to be dropped. The
+// underscores of the data are gone afterwards.
+static bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
+    *pnMeasure = GetMeasureNo(szLine + 1);
+    if (*pnMeasure < 0 || szLine[6] != ':') return false;
+    *pnChannel = -1;
+    if (IsDigit(static_cast<unsigned char>(szLine[4])) && IsDigit(static_cast<unsigned char>(szLine[5]))) {
+        *pnChannel = (szLine[4] - '0') * 16 + (szLine[5] - '0');
+        RemoveUnderscore(szLine + 7);
+    }
+    return true;
+}
+
+// A line that can be a command: it has more than 4 characters, the first of which is the `#`.
+static int TakeCommand(LineScan* pScan, char* szLine) {
+    int nLength;
+    do {
+        nLength = TakeLine(pScan, szLine);
+    } while (nLength >= 0 && (nLength <= 4 || szLine[0] != '#'));
+    return nLength;
+}
+
+static void FirstPass(CBMS* pBms, const char* pText, int64_t nSize, char* szDir) {
+    char szLine[LINE_BUFFER];
+    LineScan scan;
+    StartLines(&scan, pText, nSize);
+    for (int nLength; (nLength = TakeCommand(&scan, szLine)) >= 0;) {
+        int32_t nMeasure, nChannel;
+        if (!SplitChannel(szLine, &nMeasure, &nChannel)) {
+            ReadDefinition(pBms, szLine, nLength, szDir);
+        } else if (nChannel >= 0 && pBms->CountChannel(nMeasure, nChannel, szLine + 7) != 0 &&
+                   nMeasure > pBms->m_nMeasure) {
+            pBms->m_nMeasure = nMeasure;
+        }
+    }
+}
+
+static void SecondPass(CBMS* pBms, const char* pText, int64_t nSize, int32_t nMeasureBase) {
+    char szLine[LINE_BUFFER];
+    LineScan scan;
+    StartLines(&scan, pText, nSize);
+    for (int nLength; (nLength = TakeCommand(&scan, szLine)) >= 0;) {
+        int32_t nMeasure, nChannel;
+        if (!SplitChannel(szLine, &nMeasure, &nChannel)) {
+            ReadHeader(pBms, szLine, nLength);
+        } else if (nChannel >= 0) {
+            const int64_t nPlace = int64_t{nMeasure} + nMeasureBase;
+            if (nPlace < 0 || nPlace >= pBms->m_nMeasure) continue;
+            pBms->ReadChannel(static_cast<int32_t>(nPlace), nChannel, szLine + 7);
+        }
+    }
+}
+
+static bool AllocList(BmsObject** ppList, BmsObject*** pppView, int32_t nCount) {
+    if (nCount == 0) return true;
+    *ppList = new (std::nothrow) BmsObject[static_cast<size_t>(nCount)];
+    *pppView = new (std::nothrow) BmsObject*[static_cast<size_t>(nCount)];
+    if (!*ppList || !*pppView) return false;
+    for (int32_t i = 0; i < nCount; ++i) (*pppView)[i] = *ppList + i;
+    return true;
+}
+
+int CBMS::AllocLists() {
+    if (int64_t{m_nBgm} + m_nLength + m_nTempo + m_nBga + m_nNote > BMS_OBJECT_LIMIT) return 1;
+    if (!AllocList(&m_pBgm, &m_ppBgm, m_nBgm)) return 1;
+    if (m_nLength != 0) {
+        m_pLength = new (std::nothrow) BmsLength[static_cast<size_t>(m_nLength)];
+        if (!m_pLength) return 1;
+    }
+    return AllocList(&m_pTempo, &m_ppTempo, m_nTempo) && AllocList(&m_pBga, &m_ppBga, m_nBga) &&
+                   AllocList(&m_pNote, &m_ppNote, m_nNote)
+               ? 0
+               : 1;
+}
+
+void CBMS::LoadImages() {
+    if (!m_pDDraw) return;
+    for (int i = 0; i < BMS_SLOTS; ++i) {
+        if (m_aszBmp[i][0]) m_pDDraw->LoadDib(m_aszBmp[i], i);
+    }
+}
+
+void CBMS::LoadSounds() {
+    if (!m_pDSound) return;
+    for (int i = 0; i < BMS_SLOTS; ++i) {
+        if (!m_aszWav[i][0]) continue;
+        CDSBuffer*& pSlot = m_pDSound->m_pSlot[i];
+        delete pSlot;
+        pSlot = new (std::nothrow) CDSBuffer(m_pDSound->m_pDS);
+        if (!pSlot) continue;
+        pSlot->SetFileName(m_aszWav[i]);
+        pSlot->Load(0);  // whole, never as a stream
+    }
+}
+
+int32_t CBMS::Load(const char* pszPath, int32_t nMeasureBase) {
+    int64_t nSize = 0;
+    char* pText = ReadText(pszPath, &nSize);
+    if (!pText) {
+        DebugLog("CBMS::Load -> LoadError=%s\n", pszPath);
+        return 0;
+    }
+    char szDir[BMS_PATH] = {};
+    GetDirName(pszPath, szDir, BMS_PATH);
+    for (int i = 0; i < BMS_SLOTS; ++i) m_aszWav[i][0] = m_aszBmp[i][0] = '\0';
+
+    FirstPass(this, pText, nSize, szDir);
+    if (AllocLists() != 0) {
+        delete[] pText;
+        Term();
+        DebugLog("CBMS::Load -> LoadError=%s\n", pszPath);
+        return 0;
+    }
+    m_nMeasure += 2;
+    LoadImages();
+    LoadSounds();
+    SecondPass(this, pText, nSize, nMeasureBase);
+
+    // Pairs such as `G0` are counted but make no object.
+    m_nBgm = m_nBgmFill;
+    m_nLength = m_nLengthFill;
+    m_nTempo = m_nTempoFill;
+    m_nBga = m_nBgaFill;
+    m_nNote = m_nNoteFill;
+    delete[] pText;
+    return m_nMeasure;
+}
