@@ -1,0 +1,187 @@
+#include "shell/options.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "host/headless/headless.h"
+#include "shell/shell.h"
+#include "shell/winlist.h"
+
+namespace {
+
+struct Scan {
+    int result;
+    Options options;
+    std::string rest;
+};
+
+void ResetSettings() {
+    headless::Reset();
+    g_bHost = g_bPlaying = 0;
+    g_nStartMeasure = -1;
+    g_fSpeed = 1.0f;
+}
+
+// Both scans of a line, no other copy running.
+Scan ScanAlone(const std::string& line) {
+    ResetSettings();
+    CWinList list;
+    Scan scan{0, {-1, -1, ""}, ""};
+    ScanHostOption(line.c_str(), list);
+    scan.result = ScanOptions(line.c_str(), list, &scan.options);
+    if (scan.result == SCAN_DONE) scan.rest = scan.options.pszRest;
+    return scan;
+}
+
+TEST(Options, TokensAndTheChartsName) {
+    const struct {
+        const char* line;
+        const char* rest;
+    } rows[] = {
+        {"", ""},
+        {" \t ", ""},
+        {"song.bms", "song.bms"},
+        {" \t song.bms", "song.bms"},
+        {"song.bms -P", "song.bms -P"},
+        {"-P song.bms", "song.bms"},
+        {"/p\tsong.bms next.bms", "next.bms"},  // a tab does not end a token
+        {"-P \t song.bms  ", "song.bms  "},
+        {"-M 1.5 song.bms", "1.5 song.bms"},
+        {"-N 7 song.bms", "7 song.bms"},
+        {"- song.bms", "song.bms"},
+        {"/ song.bms", "song.bms"},
+        {"-  - -W song.bms", "song.bms"},
+        {"-", ""},
+        {"-P", ""},
+        {"-z /? --x -WhateverItIs s", "s"},
+        {"\"-P\"", "\"-P\""},
+        {"a\xffz", "a\xffz"},
+        {"-\xff a", "a"},
+    };
+    for (const auto& row : rows) {
+        const Scan scan = ScanAlone(row.line);
+        EXPECT_EQ(scan.result, SCAN_DONE) << row.line;
+        EXPECT_EQ(scan.rest, row.rest) << row.line;
+    }
+}
+
+TEST(Options, Speed) {
+    const struct {
+        const char* line;
+        int hundredths;
+    } rows[] = {
+        {"-M1.5", 150}, {"/m1.5", 150},   {"-M", 50},       {"-M 1.5", 50},  {"-M8", 800},     {"-M8.01", 50},
+        {"-Mabc", 50},  {"-M0.1", 50},    {"-M0.11", 11},   {"-M1.15", 114}, {"-M-1", 50},     {"-M0", 50},
+        {"-Mnan", 50},  {"-Minf", 50},    {"-M1e999", 50},  {"-M1e-1", 50},  {"-M2x", 200},    {"-M.5", 50},
+        {"-M0x2", 50},  {"-M2 -M3", 300}, {"-M7.999", 799}, {"-M1\t5", 100}, {"-M+2.25", 225},
+    };
+    for (const auto& row : rows) {
+        ScanAlone(row.line);
+        EXPECT_EQ(g_fSpeed, static_cast<float>(row.hundredths) * 0.01f) << row.line;
+    }
+    EXPECT_EQ(SpeedFromText("0.1000000015"), 10);  // just above the float 0.1
+    ScanAlone("-M8");
+    EXPECT_EQ(g_fSpeed, 8.0f);
+    ScanAlone(("-M1." + std::string(100000, '0')).c_str());  // longer than a value's room
+    EXPECT_EQ(g_fSpeed, 1.0f);
+}
+
+TEST(Options, MeasureIsReadInPlaceAndLogged) {
+    const struct {
+        const char* line;
+        int measure;
+    } rows[] = {
+        {"-N12", 12},
+        {"-n12", 12},
+        {"-N", 0},
+        {"-N7x", 7},
+        {"-N 7 s", 7},
+        {"-N\t7", 7},
+        {"-N-1", -1},
+        {"-N-5", -1},
+        {"-Nx", 0},
+        {"-N+3", 3},
+        {"-N song", 0},
+        {"-N1 -N2", 2},
+        {"/N5\t-N6", 5},
+        {"-N99999999999999999999", INT32_MAX},
+        {"-N-99999999999999999999", -1},
+    };
+    for (const auto& row : rows) {
+        ScanAlone(row.line);
+        EXPECT_EQ(g_nStartMeasure, row.measure) << row.line;
+        const std::string last = "-N Option = " + std::to_string(row.measure) + "\n";
+        const std::string& log = headless::Log();
+        ASSERT_GE(log.size(), last.size()) << row.line;
+        EXPECT_EQ(log.substr(log.size() - last.size()), last) << row.line;
+    }
+    ScanAlone("-W -X1");
+    EXPECT_EQ(g_nStartMeasure, -1);
+    EXPECT_EQ(headless::Log(), "");
+}
+
+TEST(Options, Place) {
+    const struct {
+        const char* line;
+        int x, y;
+    } rows[] = {
+        {"", -1, -1},          {"-X100", 100, -1},  {"-y-7", -1, -7},
+        {"-X10 -Y20", 10, 20}, {"-X10 -X", -1, -1}, {"-Xabc -Y", 0, -1},
+        {"-X 5", -1, -1},      {"-X1 -X2", 2, -1},  {"-X99999999999", INT32_MAX, -1},
+    };
+    for (const auto& row : rows) {
+        const Scan scan = ScanAlone(row.line);
+        EXPECT_EQ(scan.options.nWindowX, row.x) << row.line;
+        EXPECT_EQ(scan.options.nWindowY, row.y) << row.line;
+    }
+}
+
+TEST(Options, AloneNothingIsForwarded) {
+    EXPECT_EQ(ScanAlone("-P s").result, SCAN_DONE);
+    EXPECT_EQ(g_bPlaying, 1);
+    EXPECT_EQ(headless::Log(), "-P Option ON\n");
+    EXPECT_EQ(ScanAlone("-R -S s").rest, "s");
+    EXPECT_EQ(g_bPlaying, 0);
+    EXPECT_EQ(ScanAlone("-Q -P").result, SCAN_EXIT);
+    EXPECT_EQ(g_bPlaying, 0);  // what stands behind it is not read
+    EXPECT_EQ(ScanAlone("-N3 -Q").result, SCAN_EXIT);
+    EXPECT_EQ(g_nStartMeasure, 3);
+    EXPECT_EQ(ScanAlone("-P -d s").rest, "s");
+    EXPECT_EQ(g_bHost, 1);
+    ScanAlone("s -D");
+    EXPECT_EQ(g_bHost, 0);
+}
+
+TEST(Options, QuotesGoOneAtEachEnd) {
+    const struct {
+        const char* in;
+        const char* out;
+    } rows[] = {
+        {"\"c:\\my charts\\a b.bme\"", "c:\\my charts\\a b.bme"},
+        {"c:\\my charts\\a b.bme", "c:\\my charts\\a b.bme"},
+        {"\"a", "a"},
+        {"a\"", "a"},
+        {"\"\"a\"\"", "\"a\""},
+        {"\"", ""},
+        {"\"\"", ""},
+        {"\"a\" ", "a\" "},
+        {"", ""},
+    };
+    for (const auto& row : rows) {
+        char szFile[FILE_NAME_SIZE] = "";
+        ASSERT_TRUE(row.in[0] == '\0' || TakeFileName(row.in, szFile)) << row.in;
+        if (row.in[0] == '\0') StripQuotes(szFile);
+        EXPECT_STREQ(szFile, row.out) << row.in;
+    }
+    char szFile[FILE_NAME_SIZE];
+    ASSERT_TRUE(TakeFileName(std::string(5000, 'x').c_str(), szFile));
+    EXPECT_EQ(std::string(szFile), std::string(FILE_NAME_SIZE - 1, 'x'));
+}
+
+TEST(Options, SpeedOfAMessage) {
+    const int rows[][2] = {{10, 10}, {800, 800}, {9, 50}, {801, 50}, {-1, 50}, {INT32_MIN, 50}, {150, 150}};
+    for (const auto& row : rows) EXPECT_EQ(SpeedFromMessage(row[0]), row[1]) << row[0];
+}
+
+}  // namespace
