@@ -52,8 +52,8 @@ public:
     HRESULT GetCaps(DSBCAPS* pCaps);
     HRESULT GetCurrentPosition(DWORD* pdwPlay, DWORD* pdwWrite);  // bytes; either may be null
     HRESULT GetStatus(DWORD* pdwStatus);
-    HRESULT Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, DWORD* pdwPart1, void** ppPart2, DWORD* pdwPart2,
-                 DWORD dwFlags);
+    HRESULT Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, DWORD* pdwPart1, void** ppPart2,
+                 DWORD* pdwPart2, DWORD dwFlags);
     HRESULT Unlock(void* pPart1, DWORD dwPart1, void* pPart2, DWORD dwPart2);
     HRESULT Play(DWORD dwReserved1, DWORD dwReserved2, DWORD dwFlags);
     HRESULT Stop();
