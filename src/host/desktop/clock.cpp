@@ -1,0 +1,54 @@
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
+#include <unistd.h>
+
+#include "host/desktop/copies.h"
+#include "host/desktop/log.h"
+#include "host/host.h"
+
+namespace host {
+
+uint64_t Nanoseconds() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1'000'000'000u + static_cast<uint64_t>(now.tv_nsec);
+}
+
+void SleepMilliseconds(uint32_t milliseconds) {
+#ifdef __linux__
+    // The kernel lets sleeps run over by 50 microseconds unless told.
+    static const int told = prctl(PR_SET_TIMERSLACK, 1000UL);
+    (void)told;
+#endif
+    desktop::EndPostedRound();
+    timespec end;
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    end.tv_sec += milliseconds / 1000;
+    end.tv_nsec += static_cast<long>(milliseconds % 1000) * 1'000'000;
+    if (end.tv_nsec >= 1'000'000'000) ++end.tv_sec, end.tv_nsec -= 1'000'000'000;
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
+    }
+}
+
+void DebugText(const char* bytes, size_t count) {
+    static const char* const wanted = std::getenv("LUMETRA_DEBUG");
+    if (!wanted || !*wanted) return;
+    while (count > 0) {
+        const ssize_t written = write(STDERR_FILENO, bytes, count);
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return;
+        bytes += written;
+        count -= static_cast<size_t>(written);
+    }
+}
+
+void desktop::Log(const std::string& line) {
+    DebugText(line.data(), line.size());
+}
+
+}  // namespace host

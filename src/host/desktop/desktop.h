@@ -1,0 +1,27 @@
+// What the files of the desktop host share: the main window, the queue of events, the scale.
+#pragma once
+
+#include "host/host.h"
+
+class Fl_Window;
+
+namespace host::desktop {
+
+bool OpenDisplay();  // false when there is none; cheap once it is open
+bool IsDisplayOpen();
+int Scale();              // device pixels for one of the program's, sideways and down
+Fl_Window* MainWindow();  // null while there is none
+
+void PushEvent(const Event& event);
+bool PumpWindowSystem(
+    double seconds);  // waits at most so long for something to come; false without a display
+
+// From device pixels of the window system to the desktop's logical ones and back.
+int LogicalX(int root_x);
+int LogicalY(int root_y);
+int RootX(int logical_x);
+int RootY(int logical_y);
+
+int VirtualKey(int fltk_key, const char* text);  // 0 for a key that has no code here
+
+}  // namespace host::desktop

@@ -1,0 +1,65 @@
+#include <FL/Fl.H>
+#include <FL/Fl_Window.H>
+
+#include <deque>
+
+#include "host/desktop/copies.h"
+#include "host/desktop/desktop.h"
+
+namespace host {
+namespace desktop {
+namespace {
+
+std::deque<Event> g_events;
+int g_watched = -1;  // the signal that FLTK wakes up for
+
+void OnPosted(int, void*) {
+    ClearPostedSignal();
+}
+
+void WatchPosted() {
+    const int signal = PostedSignal();
+    if (signal == g_watched) return;
+    if (g_watched >= 0) Fl::remove_fd(g_watched);
+    if (signal >= 0) Fl::add_fd(signal, FL_READ, OnPosted);
+    g_watched = signal;
+}
+
+}  // namespace
+
+void PushEvent(const Event& event) {
+    g_events.push_back(event);
+}
+
+bool PumpWindowSystem(double seconds) {
+    if (!IsDisplayOpen()) return false;
+    WatchPosted();
+    Fl::wait(seconds);
+    return true;
+}
+
+}  // namespace desktop
+
+using namespace desktop;
+
+bool PollEvent(Event* event) {
+    if (g_events.empty()) PumpWindowSystem(0);
+    if (g_events.empty()) return TakePosted(event);
+    *event = g_events.front();
+    g_events.pop_front();
+    return true;
+}
+
+void WaitEvent(int milliseconds) {
+    const uint64_t end =
+        Nanoseconds() + static_cast<uint64_t>(milliseconds > 0 ? milliseconds : 0) * 1'000'000;
+    for (;;) {
+        const uint64_t now = Nanoseconds();
+        if (!g_events.empty() || PostedWaits()) return;
+        if (now >= end) return;
+        const double seconds = static_cast<double>(end - now) / 1e9;
+        if (!PumpWindowSystem(seconds)) WaitPosted(static_cast<int>(seconds * 1000) + 1);
+    }
+}
+
+}  // namespace host
