@@ -21,7 +21,7 @@ struct Picture {
     std::vector<uint32_t> pixels;  // 0x00RRGGBB
 };
 
-bool HasDisplay();   // connects, and no more; the connection is kept for OpenDisplay
+bool HasDisplay();   // tries, and keeps nothing
 bool OpenDisplay();  // false when there is none; cheap once it is open
 int DisplayScale();  // 1 on ordinary screens
 

@@ -34,7 +34,6 @@ struct MainWindowState {
 };
 
 MainWindowState g_main;
-Display* g_connection = nullptr;  // open before FLTK knows of it
 Atom g_state, g_above, g_extents, g_check;
 
 void InternAtoms() {
@@ -185,15 +184,17 @@ void PutEnlarged(Window id, const Picture& picture, int x, int y, int width, int
 }  // namespace
 
 bool HasDisplay() {
-    if (!fl_display && !g_connection) g_connection = XOpenDisplay(nullptr);
-    return fl_display || g_connection;
+    Display* display = XOpenDisplay(nullptr);
+    if (display) XCloseDisplay(display);
+    return display != nullptr;
 }
 
 bool OpenDisplay() {
     if (fl_display) return true;
     // FLTK ends the program when it cannot open the display, so it is given an open one.
-    if (!HasDisplay()) return false;
-    fl_open_display(g_connection);
+    Display* display = XOpenDisplay(nullptr);
+    if (!display) return false;
+    fl_open_display(display);
     InternAtoms();
     Fl::add_system_handler(Watch, nullptr);
     return true;
