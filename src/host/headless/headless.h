@@ -1,12 +1,22 @@
 // The headless host's own interface: the script that goes in and the captures that come out.
+//
+// Nothing here waits for real time. The clock is virtual: it moves when the program sleeps or waits, when a
+// modal dialog takes the script's next action, and a little when the program reads it over and over. A
+// program run is thus the same each time, and as fast as its own work. One thread; `ms` counts from
+// kClockOrigin, the start of a run.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
+
+#include "host/host.h"
 
 namespace headless {
 
-// Back to the state of a fresh process: clock at kClockOrigin, no script, no captures.
+// Back to the state of a fresh process: clock at kClockOrigin, no script, no captures, no window, no copies,
+// default desktop, no failures asked for.
 void Reset();
 
 // ---- clock: moved by sleeping, by the script and by a reader that spins ----
@@ -14,6 +24,7 @@ constexpr uint64_t kClockOrigin = 1'000'000'000;  // ns
 void SetClock(uint64_t nanoseconds);
 void AdvanceClock(uint64_t nanoseconds);
 uint64_t Clock();  // without counting as a reading
+uint64_t Now();    // ms since the origin
 
 // Called whenever the clock has moved forward, with its readings before and after; such as to let sound
 // sound. A hook stays for the whole process, also across Reset, and is kept once however often it is given.
@@ -26,7 +37,152 @@ void OnClock(ClockHook hook);
 using ResetHook = void (*)();
 void OnReset(ResetHook hook);
 
-// ---- text for the debugger, as one string ----
-const std::string& Log();
+// ---- script ----
+//
+// Each action happens at the first moment at or after its time at which the program looks for events, or
+// while it is in a modal dialog. A dialog takes the actions in order and jumps the clock to their times,
+// delivering messages after each, until one of them answers it. Keys answer too: Enter, Space and Esc close a
+// box, Esc cancels the file dialog and the menu; other input does not reach the program behind a dialog, as
+// with a real one. When the script ends first, the dialog is dismissed and a fault is recorded. An answer
+// goes to the innermost open dialog of its kind; without one it is a fault.
+enum class ActionKind {
+    kEvent,       // event, as PollEvent gives it: input of the user or a message of another copy
+    kMoveWindow,  // the user moves the window's outer corner to x, y
+    kResize,      // ... or gives the client area the size x, y
+    kAnswerBox,
+    kAnswerFile,  // text: the path chosen, in this machine's form; empty: cancelled
+    kAnswerMenu,  // id; 0: dismissed
+    kCall,        // call, to look at the program's state or change the host's
+};
+
+struct Action {
+    ActionKind kind = ActionKind::kEvent;
+    host::Event event;
+    int x = 0, y = 0, id = 0;
+    std::string text;
+    std::function<void()> call;
+};
+
+Action Key(int key);  // 13 Enter, 27 Esc, 32 Space
+Action DoubleClick(int x = 0, int y = 0);
+Action WantMenu(int x = 0, int y = 0);  // right button, Menu key
+Action Close();
+Action Drop(const std::string& path);
+Action Remote(uint32_t message, int64_t wparam = 0, int64_t lparam = 0);
+Action MoveWindow(int x, int y);
+Action ResizeWindow(int width, int height);
+Action AnswerBox();
+Action ChooseFile(const std::string& path);
+Action CancelFile();
+Action ChooseMenu(int id);
+Action DismissMenu();
+Action Call(std::function<void()> call);
+
+struct Step {
+    uint64_t ms;
+    Action action;
+};
+using Script = std::vector<Step>;
+
+void At(uint64_t ms, Action action);  // behind what is already there for that time
+void AddScript(const Script& script);
+size_t ActionsLeft();
+
+// From this time on the host asks the program to close, once in each second, so that no run goes on for ever;
+// a program that ignores ten of these is aborted. Dialogs that are still open by then are dismissed.
+constexpr uint64_t kDefaultEnd = 120'000;  // ms
+void EndAt(uint64_t ms);
+bool EndReached();  // the host has asked at least once
+
+// What went otherwise than scripted: dialogs left unanswered, answers without a question. Empty in a good
+// run.
+const std::vector<std::string>& Faults();
+
+// ---- captures ----
+
+// A picture shown: a rectangle of the client area, rows stride pixels apart, valid during the call only.
+struct Frame {
+    uint64_t time;  // ns, as Clock()
+    int x, y, width, height;
+    const uint32_t* pixels;  // 0x00RRGGBB
+    int stride;
+};
+using FrameCallback = std::function<void(const Frame&)>;
+void OnFrame(FrameCallback callback);  // each picture as it comes; null for none. Dropped by Reset
+uint64_t FrameCount();
+
+// What the client area shows, as long as KeepPicture is on, as it is after Reset. It costs a copy for each
+// frame.
+struct Picture {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;  // 0x00RRGGBB, top row first
+};
+void KeepPicture(bool keep);
+const Picture& ShownPicture();
+
+struct Box {
+    uint64_t ms;
+    std::string text, caption;
+    host::BoxIcon icon;
+    bool answered;  // by the script; false also while it is open
+};
+const std::vector<Box>& Boxes();
+
+struct FileDialog {
+    uint64_t ms;
+    std::string title, folder;
+    host::FileFilter filter;
+    bool answered;
+    std::string answer;
+};
+const std::vector<FileDialog>& FileDialogs();
+
+struct Menu {
+    uint64_t ms;
+    std::vector<host::MenuItem> items;
+    int x, y;
+    bool answered;
+    int answer;
+};
+const std::vector<Menu>& Menus();
+
+const std::vector<std::string>& Titles();  // each title in turn, that of the opening included
+const std::string& Log();                  // text for the debugger, as one string
+
+// ---- the window and its desktop ----
+
+struct Window {
+    bool open = false, topmost = false, minimized = false;
+    host::Rect client{};
+    host::Icon icon;
+    int placed = 0;  // calls of host::PlaceWindow
+    int raised = 0;  // calls of host::KeepOnTop
+};
+const Window& TheWindow();
+
+struct Extents {
+    int left = 0, top = 0, right = 0, bottom = 0;
+};
+void SetDesktop(int width, int height);      // 1280 by 1024 after Reset
+void SetFrameExtents(const Extents& frame);  // of windows opened later; none after Reset
+void SetDefaultPlace(int x, int y);  // where a window goes that asks for no place; 100, 100 after Reset
+
+// ---- other copies ----
+
+struct PostedMessage {
+    uint64_t ms;
+    uint64_t copy;
+    uint32_t message;
+    int64_t wparam, lparam;
+};
+void AddCopy(uint64_t id, const std::string& class_name);
+void RemoveCopy(uint64_t id);
+const std::vector<PostedMessage>& PostedToCopies();  // in order, to copies that were there
+const std::string& AnnouncedClass();                 // empty: not announced
+
+// ---- failures ----
+
+void FailOpenWindow(bool fail);
+void FailListCopies(bool fail);
 
 }  // namespace headless
