@@ -171,6 +171,9 @@ bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser) {
     if (path.size() >= kMaxPath || path.find('\0') != path.npos) return false;
     const std::vector<PathParts> cuts = CutPath(path);
     Search search(pfnTry, pUser);
+    // Spelled with this machine's separator, so a `\` may belong to a name.
+    if (path.find('/') != path.npos && path.find('\\') != path.npos && search.Try(std::string(path)))
+        return true;
     for (const PathParts& cut : cuts) {
         if (search.Try(JoinPath(cut))) return true;
     }

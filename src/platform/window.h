@@ -9,7 +9,7 @@
 using WNDPROC = LRESULT (*)(HWND, UINT, WPARAM, LPARAM);
 using WNDENUMPROC = BOOL (*)(HWND, LPARAM);
 
-struct MSG {
+struct MSG {  // time and pt stay 0
     HWND hwnd;
     UINT message;
     WPARAM wParam;

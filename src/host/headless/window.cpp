@@ -108,6 +108,10 @@ namespace host {
 
 using headless::g_state;
 
+bool HasDisplay() {
+    return !g_state.fail;
+}
+
 bool OpenWindow(const WindowRequest& request) {
     if (g_state.fail || g_state.window.open) return false;
     const bool given = request.x != kDefaultPlace && request.y != kDefaultPlace;

@@ -1,0 +1,57 @@
+#include "platform/commandline.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/dialog.h"
+#include "platform/filename.h"
+
+namespace {
+
+bool Exists(const std::string& path) {
+    struct stat info;
+    return stat(path.c_str(), &info) == 0;
+}
+
+bool IsOption(const std::string& argument) {
+    if (argument[0] == '-') return true;
+    return argument[0] == '/' && argument.find('/', 1) == argument.npos && !Exists(argument);
+}
+
+// One quote at each end, as a caller writes that quotes for the system itself.
+std::string Unquoted(const std::string& name) {
+    const bool bQuoted = name.size() >= 2 && name.front() == '"' && name.back() == '"';
+    return bQuoted && !Exists(name) ? name.substr(1, name.size() - 2) : name;
+}
+
+std::string Quoted(const std::string& name) {
+    return '"' + name + '"';
+}
+
+std::string FileArgument(const std::string& argument) {
+    std::string name = Unquoted(argument);
+    // With `\` between its parts already.
+    if (!Exists(name) && name.find('/') == name.npos) std::replace(name.begin(), name.end(), '\\', '/');
+    RememberOpenedFile(AbsolutePath(name).c_str());
+    return Quoted(HandOver(name));
+}
+
+}  // namespace
+
+std::string BuildCommandLine(int argc, const char* const* argv) {
+    std::string line;
+    int i = 1;
+    for (; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument.empty()) continue;
+        if (!IsOption(argument)) break;
+        line += argument + ' ';
+    }
+    std::string name;
+    for (int iName = i; iName < argc; ++iName) name += (iName > i ? " " : "") + std::string(argv[iName]);
+    if (!name.empty()) return line + FileArgument(name);
+    if (!line.empty()) line.pop_back();
+    return line;
+}
