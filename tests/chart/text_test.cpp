@@ -1,0 +1,190 @@
+#include "chart/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+namespace {
+
+std::string Edited(void (*edit)(char*), const std::string& text) {
+    std::string buffer = text;
+    edit(buffer.data());
+    return buffer.c_str();
+}
+
+TEST(Text, HeadsFoldTheirCase) {
+    EXPECT_EQ(HasHeadI("wAv01", "WAV"), 1);
+    EXPECT_EQ(HasHeadI("WA", "WAV"), 0);
+    EXPECT_EQ(HasHeadI("", ""), 1);
+    EXPECT_EQ(HasHeadI("x", ""), 1);
+    EXPECT_EQ(HasHeadI("[itle ", "{itle "), 0);  // these two differ by the case bit alone
+    EXPECT_EQ(HasHeadI("title", "TITLE "), 0);
+}
+
+TEST(Text, CutsEndAtTheFirst) {
+    EXPECT_EQ(Edited(CutLF, "a\nb\nc"), "a");
+    EXPECT_EQ(Edited(CutLF, "a\rb"), "a\rb");
+    EXPECT_EQ(Edited(CutTab, "\tx"), "");
+    std::string all = "a\nb\nc";
+    CutLF(all.data());
+    EXPECT_EQ(all, std::string("a\0b\0c", 5));
+}
+
+TEST(Text, Underscores) {
+    EXPECT_EQ(Edited(RemoveUnderscore, "__a_b__"), "ab");
+    EXPECT_EQ(Edited(RemoveUnderscore, "___"), "");
+    EXPECT_EQ(Edited(RemoveUnderscore, "ab"), "ab");
+}
+
+TEST(Text, MeasureNumbers) {
+    const struct {
+        const char* text;
+        int32_t number;
+    } rows[] = {{"000", 0}, {"999:", 999}, {"123456", 123}, {"12a", -1},
+                {"12", -1}, {"", -1},      {" 12", -1},     {"-12", -1}};
+    for (const auto& row : rows) EXPECT_EQ(GetMeasureNo(row.text), row.number) << row.text;
+}
+
+TEST(Text, PairNumbers) {
+    const struct {
+        const char* text;
+        int32_t object, base36, hex;
+    } rows[] = {
+        {"00", 0, 0, 0},       {"01", 1, 1, 1},        {"FZ", 575, 575, 15},  {"fz", 575, 575, 15},
+        {"G1", 1, 577, 0},     {"Z1", 1, 1261, 0},     {"G0", 0, 576, 0},     {"ZZ", 35, 1295, 0},
+        {"ab", 371, 371, 171}, {"AB", 371, 371, 171},  {"-1", 1, 1, 0},       {"1-", 36, 36, 1},
+        {"1", 0, 0, 1},        {"", 0, 0, 0},          {" F", 15, 15, 0},     {"0G", 16, 16, 0},
+        {"0x", 33, 33, 0},     {"FFF", 555, 555, 255}, {"\xFF\x81", 0, 0, 0},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(ObjNoToInt(row.text), row.object) << row.text;
+        EXPECT_EQ(Base36ToInt(row.text), row.base36) << row.text;
+        EXPECT_EQ(ReadHexPair(row.text), row.hex) << row.text;
+    }
+}
+
+TEST(Text, ByteClasses) {
+    std::string leads, digits, base36;
+    for (int c = 0; c < 256; ++c) {
+        if (IsSJisLead(static_cast<unsigned char>(c))) leads += static_cast<char>(c);
+        if (IsDigit(static_cast<unsigned char>(c))) digits += static_cast<char>(c);
+        if (IsBase36(static_cast<unsigned char>(c))) base36 += static_cast<char>(c);
+    }
+    EXPECT_EQ(leads.size(), 31u + 29u);
+    EXPECT_EQ(leads.front(), '\x81');
+    EXPECT_EQ(leads[30], '\x9F');
+    EXPECT_EQ(leads[31], '\xE0');
+    EXPECT_EQ(leads.back(), '\xFC');
+    EXPECT_EQ(digits, "0123456789");
+    EXPECT_EQ(base36, "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+}
+
+TEST(Text, JoinsPaths) {
+    const struct {
+        const char *dir, *name, *joined;
+    } rows[] = {
+        {"abc", "a.wav", "abc\\a.wav"},         {"abc\\", "a.wav", "abc\\a.wav"},
+        {"\x83\\", "a.wav", "\x83\\\\a.wav"},  // the backslash is the second half of a character
+        {"\x83\\\\", "a.wav", "\x83\\\\a.wav"}, {"\\", "a.wav", "\\a.wav"},
+        {"abc\\", "\\x\\y", "abc\\\\x\\y"},     {"abc", "", "abc\\"},
+    };
+    for (const auto& row : rows) {
+        char buffer[32];
+        std::snprintf(buffer, sizeof buffer, "%s", row.dir);
+        AddFileName(buffer, sizeof buffer, row.name);
+        EXPECT_STREQ(buffer, row.joined);
+    }
+}
+
+TEST(Text, CutsPathsThatDoNotFit) {
+    char guarded[12];
+    for (int size = 4; size <= 8; ++size) {
+        std::fill(guarded, guarded + 12, '!');
+        std::snprintf(guarded, 4, "abc");
+        AddFileName(guarded, size, "defgh");
+        EXPECT_EQ(std::string(guarded), std::string("abc\\defgh").substr(0, static_cast<size_t>(size) - 1));
+        EXPECT_EQ(guarded[size], '!');
+        std::fill(guarded, guarded + 12, '!');
+        GetDirName("a\\bcdefghijk", guarded, size);
+        EXPECT_STREQ(guarded, "a\\");
+        EXPECT_EQ(guarded[size], '!');
+    }
+}
+
+TEST(Text, DirectoryOfAPath) {
+    const char* rows[][2] = {
+        {"D:\\a\\b.bme", "D:\\a\\"}, {"a.bme", "a.bme"}, {"\\a", "\\"}, {"", ""}, {"x\\", "x\\"}};
+    for (const auto& row : rows) {
+        char buffer[64];
+        GetDirName(row[0], buffer, sizeof buffer);
+        EXPECT_STREQ(buffer, row[1]);
+    }
+}
+
+TEST(Text, Decimals) {
+    const struct {
+        const char* text;
+        int32_t number;
+    } rows[] = {{"12", 12},
+                {" \v\f\r12x", 12},
+                {"-7", -7},
+                {"+7", 7},
+                {"+-7", 0},
+                {"- 7", 0},
+                {"", 0},
+                {"x1", 0},
+                {"1.9", 1},
+                {"0x10", 0},
+                {"2147483647", 2147483647},
+                {"2147483648", 2147483647},
+                {"-2147483648", INT32_MIN},
+                {"-99999999999999999999999", INT32_MIN},
+                {"99999999999999999999999", INT32_MAX}};
+    for (const auto& row : rows) EXPECT_EQ(ReadDecimal(row.text), row.number) << row.text;
+}
+
+TEST(Text, FloatingPoint) {
+    const double infinity = HUGE_VAL;
+    const std::string zeros(400, '0');
+    const struct {
+        std::string text;
+        double number;
+    } rows[] = {
+        {"180.5", 180.5},
+        {" +0.75x", 0.75},
+        {"-2", -2.0},
+        {".5", 0.5},
+        {"5.", 5.0},
+        {"1e2", 100.0},
+        {"1E+2", 100.0},
+        {"1e", 1.0},
+        {"1e+", 1.0},
+        {"1,5", 1.0},
+        {"", 0.0},
+        {".", 0.0},
+        {"-", 0.0},
+        {"+-1", 0.0},
+        {"--1", 0.0},
+        {"0x10", 0.0},
+        {"inf", 0.0},
+        {"nan", 0.0},
+        {"-inf", 0.0},
+        {"0.1", 0.1},
+        {"1e400", infinity},
+        {"-1e400", -infinity},
+        {"1e-400", 0.0},
+        {"0e999999", 0.0},
+        {"1" + zeros, infinity},
+        {"0." + zeros + "1", 0.0},
+        {"0." + zeros + "1e800", infinity},
+        {"1" + zeros + "e-800", 0.0},
+        {"1e99999999999", infinity},
+        {"1e-99999999999", 0.0},
+        {"4.9e-324", 4.9e-324},
+        {"2.2250738585072011e-308", 2.2250738585072011e-308},
+    };
+    for (const auto& row : rows) EXPECT_EQ(ReadFloat(row.text.c_str()), row.number) << row.text;
+}
+
+}  // namespace

@@ -1,0 +1,255 @@
+#include "support/recorder.h"
+
+#include <cstring>
+#include <sstream>
+
+#include "playback/layout.h"
+
+namespace {
+
+std::string g_lines;
+std::set<std::string> g_pictures;
+char g_aPicture[DDRAW_SLOTS];  // its addresses stand for pictures
+
+std::string NameOfRect(const RECT& rect, int parts) {
+    const auto same = [&](const RECT& other) { return std::memcmp(&rect, &other, sizeof rect) == 0; };
+    for (int i = 0; i < 10; ++i) {
+        if (same(SPRITE_DIGIT[i])) return std::to_string(i);
+    }
+    if (parts != PARTS_SPRITES) return "part";
+    if (same(SPRITE_COLON)) return "colon";
+    if (same(SPRITE_SLASH)) return "slash";
+    if (same(SPRITE_POINT)) return "point";
+    if (same(SPRITE_BAR)) return "bar";
+    if (same(SPRITE_NOTE_WHITE)) return "white";
+    if (same(SPRITE_NOTE_BLUE)) return "blue";
+    if (same(SPRITE_NOTE_RED)) return "red";
+    if (same(SPRITE_NOTE_YELLOW)) return "yellow";
+    return "unknown";
+}
+
+void LogCopy(int x, int y, const RECT* rect, int parts, const char* tail) {
+    const std::string whole = parts == PARTS_SKIN ? "skin" : "layer" + std::to_string(parts);
+    std::ostringstream line;
+    line << (rect ? NameOfRect(*rect, parts) : whole) << ' ' << x << ',' << y << tail << '\n';
+    g_lines += line.str();
+}
+
+void LogDraw(const std::string& what, const RECT* dest, const RECT* source, int parts) {
+    std::ostringstream line;
+    line << "draw " << what << " layer" << parts;
+    for (const RECT* r : {dest, source})
+        line << ' ' << r->left << ',' << r->top << ',' << r->right << ',' << r->bottom;
+    g_lines += line.str() + '\n';
+}
+
+std::string BaseName(const char* path) {
+    const char* last = std::strrchr(path, '\\');
+    return last ? last + 1 : path;
+}
+
+int SlotOf(const CDSBuffer* sound) {
+    for (int i = 0; i < SOUND_SLOTS; ++i) {
+        if (recorder::Sound()->m_pSlot[i] == sound) return i;
+    }
+    return -1;
+}
+
+}  // namespace
+
+namespace recorder {
+
+CDDraw* Display() {
+    static CDDraw display;
+    return &display;
+}
+
+CDSound* Sound() {
+    static CDSound sound;
+    return &sound;
+}
+
+void SetPictures(std::set<std::string> names) {
+    g_pictures = std::move(names);
+}
+
+std::string Take() {
+    return std::move(g_lines);
+}
+
+std::string TakeOnly(const std::string& word) {
+    std::istringstream all(Take());
+    std::string found;
+    for (std::string line; std::getline(all, line);) {
+        if (line.compare(0, word.size() + 1, word + ' ') == 0) found += line + '\n';
+    }
+    return found;
+}
+
+void Clear() {
+    Sound()->Term();
+    for (auto& dib : Display()->m_apDib) dib = nullptr;
+    g_pictures.clear();
+    g_lines.clear();
+}
+
+}  // namespace recorder
+
+// --- the display ---
+
+CDDraw::CDDraw() : m_apDib() {}
+CDDraw::~CDDraw() = default;
+int CDDraw::Init(HWND, int, int, int, int) {
+    return 0;
+}
+int CDDraw::FitWindow(HWND, int, int, int, int) {
+    return 1;
+}
+int CDDraw::CreateParts(int, int, int) {
+    return 0;
+}
+int CDDraw::LoadParts(HBITMAP, int, int, int) {
+    return 0;
+}
+int CDDraw::Present() {
+    return 0;
+}
+int CDDraw::FreeDib(int) {
+    return 0;
+}
+
+HRESULT CDDraw::ClearParts(int nParts, DWORD dwColor) {
+    g_lines += "clear " + std::to_string(nParts) + ' ' + std::to_string(dwColor) + '\n';
+    return 0;
+}
+
+HRESULT CDDraw::BltBack(int x, int y, const RECT* pRect, int nParts) {
+    LogCopy(x, y, pRect, nParts, "");
+    return 0;
+}
+
+HRESULT CDDraw::BltBackKey(int x, int y, const RECT* pRect, int nParts) {
+    LogCopy(x, y, pRect, nParts, " key");
+    return 0;
+}
+
+int CDDraw::LoadDib(const char* pszFile, int nSlot) {
+    g_lines += "image " + std::to_string(nSlot) + ' ' + pszFile + '\n';
+    const bool bFound = g_pictures.count(BaseName(pszFile)) != 0;
+    m_apDib[nSlot] = bFound ? reinterpret_cast<CDib*>(&g_aPicture[nSlot]) : nullptr;
+    return bFound ? 0 : 1;
+}
+
+int CDDraw::DrawDib(CDib* pDib, const RECT* pDest, const RECT* pSource, int nParts) {
+    LogDraw(pDib ? "picture" : "nothing", pDest, pSource, nParts);
+    return 0;
+}
+
+int CDDraw::DrawDibSlot(int nSlot, const RECT* pDest, const RECT* pSource, int nParts) {
+    LogDraw("slot " + std::to_string(nSlot), pDest, pSource, nParts);
+    return 0;
+}
+
+// --- the sound device ---
+
+CDSound::CDSound() : m_pDS(nullptr), m_pSlot() {}
+CDSound::~CDSound() {
+    Term();
+}
+int CDSound::Init(HWND, int) {
+    return 0;
+}
+int CDSound::CreateSilentBuffer(DWORD) {
+    return 0;
+}
+int CDSound::PlaySilentBuffer() {
+    return 0;
+}
+int CDSound::StopSilentBuffer() {
+    return 0;
+}
+int CDSound::Compact() {
+    return 0;
+}
+
+int CDSound::Term() {
+    for (auto& pSlot : m_pSlot) {
+        delete pSlot;
+        pSlot = nullptr;
+    }
+    return 0;
+}
+
+CDSBuffer::CDSBuffer() : CDSBuffer(nullptr) {}
+CDSBuffer::CDSBuffer(IDirectSound*) : m_szName() {
+    g_lines += "new sound\n";
+}
+CDSBuffer::~CDSBuffer() {
+    g_lines += "end sound\n";
+}
+void CDSBuffer::SetFileName(const char* pszName) {
+    std::strncpy(m_szName, pszName, sizeof m_szName - 1);
+    g_lines += "name " + std::to_string(SlotOf(this)) + ' ' + pszName + '\n';
+}
+int CDSBuffer::Load(int bStream) {
+    g_lines += "load " + std::to_string(SlotOf(this)) + " stream=" + std::to_string(bStream) + '\n';
+    return 0;
+}
+int CDSBuffer::Play() {
+    g_lines += "play " + std::to_string(SlotOf(this)) + '\n';
+    return 0;
+}
+void CDSBuffer::SetStreamSeconds(DWORD) {}
+IDirectSoundBuffer* CDSBuffer::GetDSBuffer() {
+    return nullptr;
+}
+int CDSBuffer::LoadWav(int) {
+    return 0;
+}
+int CDSBuffer::LoadXA(int) {
+    return 0;
+}
+int CDSBuffer::CreateDSB(DWORD) {
+    return 0;
+}
+int CDSBuffer::Term() {
+    return 0;
+}
+int CDSBuffer::PlayCurrent(int, int) {
+    return 0;
+}
+int CDSBuffer::Stop() {
+    return 0;
+}
+int CDSBuffer::Rewind() {
+    return 0;
+}
+int CDSBuffer::IsPlaying() {
+    return 0;
+}
+int CDSBuffer::Pause() {
+    return 0;
+}
+void CDSBuffer::Resume() {}
+void CDSBuffer::ClearPaused() {}
+int CDSBuffer::FadeStart() {
+    return 0;
+}
+int CDSBuffer::FadeStep() {
+    return 0;
+}
+int CDSBuffer::StreamPlay() {
+    return 0;
+}
+int CDSBuffer::StreamUpdateWav(DWORD, DWORD) {
+    return 0;
+}
+int CDSBuffer::StreamUpdateResetWav() {
+    return 0;
+}
+int CDSBuffer::StreamUpdateXA(DWORD, DWORD) {
+    return 0;
+}
+int CDSBuffer::StreamUpdateResetXA() {
+    return 0;
+}
