@@ -1,0 +1,104 @@
+#include "platform/acm_decoder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr DWORD kDataBytes = 0x70000000;  // declared to the library; after so much a new file is begun
+
+int16_t ToSample(float f) {
+    if (!(f == f)) return 0;
+    return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768.0f, -32768.0f, 32767.0f)));
+}
+
+}  // namespace
+
+bool AcmDecoder::Decode(const BYTE* pSource, DWORD nBlocks, int16_t* pSamples) {
+    const int64_t nBytes = int64_t{nBlocks} * m_format.nBlockBytes;
+    m_nPieceStart += m_nPieceBytes;
+    if (m_nPieceStart + nBytes > kDataBytes) Close();
+    m_pPiece = pSource;
+    m_nPieceBytes = nBytes;
+    if (m_pFile == nullptr && !Open()) return false;
+    const DWORD nFrames = nBlocks * m_format.nBlockFrames;
+    const bool bDone = m_format.method == AcmMethod::kFloats ? ReadFloatFrames(nFrames, pSamples)
+                                                             : ReadFrames(nFrames, pSamples);
+    m_pPiece = nullptr;
+    return bDone;
+}
+
+// Only when the first piece is there: some codecs decode their first block while they are being opened.
+bool AcmDecoder::Open() {
+    m_nPieceStart = 0;
+    m_nPos = 0;
+    m_nHeader = WriteAcmHeader(m_format, kDataBytes / m_format.nBlockBytes * m_format.nBlockBytes, m_aHeader);
+    SF_VIRTUAL_IO io = {Length, Seek, Read, nullptr, Tell};
+    SF_INFO info = {};
+    m_pFile = sf_open_virtual(&io, SFM_READ, &info, this);
+    if (m_pFile != nullptr && info.channels == m_format.wfxPcm.nChannels) return true;
+    Close();
+    return false;
+}
+
+void AcmDecoder::Close() {
+    if (m_pFile != nullptr) sf_close(m_pFile);
+    m_pFile = nullptr;
+    m_nPieceStart = m_nPieceBytes = 0;
+}
+
+bool AcmDecoder::ReadFrames(DWORD nFrames, int16_t* pSamples) {
+    return sf_readf_short(m_pFile, pSamples, nFrames) == static_cast<sf_count_t>(nFrames);
+}
+
+bool AcmDecoder::ReadFloatFrames(DWORD nFrames, int16_t* pSamples) {
+    float aBlock[2048];
+    const DWORD nChannels = m_format.wfxPcm.nChannels;
+    const DWORD nRoom = static_cast<DWORD>(std::size(aBlock)) / nChannels;
+    while (nFrames > 0) {
+        const DWORD nWanted = std::min(nFrames, nRoom);
+        const sf_count_t nRead = sf_readf_float(m_pFile, aBlock, nWanted);
+        pSamples = std::transform(aBlock, aBlock + nRead * nChannels, pSamples, ToSample);
+        if (nRead != static_cast<sf_count_t>(nWanted)) return false;
+        nFrames -= nWanted;
+    }
+    return true;
+}
+
+sf_count_t AcmDecoder::Length(void* pUser) {
+    const auto* pThis = static_cast<AcmDecoder*>(pUser);
+    return pThis->m_nHeader + kDataBytes / pThis->m_format.nBlockBytes * pThis->m_format.nBlockBytes;
+}
+
+sf_count_t AcmDecoder::Seek(sf_count_t nOffset, int nWhence, void* pUser) {
+    auto* pThis = static_cast<AcmDecoder*>(pUser);
+    if (nWhence == SEEK_CUR) nOffset += pThis->m_nPos;
+    if (nWhence == SEEK_END) nOffset += Length(pUser);
+    if (nOffset < 0) return -1;
+    return pThis->m_nPos = nOffset;
+}
+
+sf_count_t AcmDecoder::Read(void* pBuffer, sf_count_t nBytes, void* pUser) {
+    auto* pThis = static_cast<AcmDecoder*>(pUser);
+    BYTE* pOut = static_cast<BYTE*>(pBuffer);
+    sf_count_t nDone = 0;
+    if (pThis->m_nPos < pThis->m_nHeader) {
+        nDone = std::min<sf_count_t>(nBytes, pThis->m_nHeader - pThis->m_nPos);
+        std::memcpy(pOut, pThis->m_aHeader + pThis->m_nPos, static_cast<size_t>(nDone));
+        pThis->m_nPos += nDone;
+    }
+    const int64_t nInPiece = pThis->m_nPos - pThis->m_nHeader - pThis->m_nPieceStart;
+    if (nDone < nBytes && pThis->m_pPiece != nullptr && nInPiece >= 0 && nInPiece < pThis->m_nPieceBytes) {
+        const sf_count_t nCopied = std::min<sf_count_t>(nBytes - nDone, pThis->m_nPieceBytes - nInPiece);
+        std::memcpy(pOut + nDone, pThis->m_pPiece + nInPiece, static_cast<size_t>(nCopied));
+        pThis->m_nPos += nCopied;
+        nDone += nCopied;
+    }
+    return nDone;
+}
+
+sf_count_t AcmDecoder::Tell(void* pUser) {
+    return static_cast<AcmDecoder*>(pUser)->m_nPos;
+}
