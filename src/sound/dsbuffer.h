@@ -9,8 +9,8 @@
 // m_nKind: how m_hFile and m_hAcm are closed.
 constexpr int SOUND_KIND_NONE = 0, SOUND_KIND_WAV = 1, SOUND_KIND_XA = 2;
 
-// Order of use: construct, SetFileName, Load, then the play operations, then destroy. Results are 0 for success, 1 for
-// failure. One voice: firing it while it plays starts it again.
+// Order of use: construct, SetFileName, Load, then the play operations, then destroy. Results are 0 for
+// success, 1 for failure. One voice: firing it while it plays starts it again.
 class CDSBuffer {
 public:
     explicit CDSBuffer(IDirectSound* pDS);
@@ -19,12 +19,12 @@ public:
     CDSBuffer(const CDSBuffer&) = delete;
     CDSBuffer& operator=(const CDSBuffer&) = delete;
 
-    void SetFileName(const char* pszName);    // at most 259 bytes of it
+    void SetFileName(const char* pszName);  // at most 259 bytes of it
     void SetStreamSeconds(DWORD nSeconds);
     IDirectSoundBuffer* GetDSBuffer();
 
-    // Loads the file whole, or as a stream when bStream is set and it lasts m_nStreamSeconds; XA or WAV by content.
-    // Failures are logged; Term clears what they leave.
+    // Loads the file whole, or as a stream when bStream is set and it lasts m_nStreamSeconds; XA or WAV by
+    // content. Failures are logged; Term clears what they leave.
     int Load(int bStream);
     int LoadWav(int bStream);
     int LoadXA(int bStream);
@@ -81,4 +81,32 @@ public:
     int m_nKind;
     int m_nFade;
     int m_nFadeSteps;
+
+private:
+    // The steps of the loads; each gives 1 when the load ends there.
+    int OpenWav();
+    int ReadWavFormat();
+    int FindWavData();
+    int OpenWavConverter();
+    int LoadWholeWav();
+    int ConvertWholeWav(BYTE* pBlock, DWORD nBlock, DWORD nRead);
+    int StartWavStream();
+    int OpenXA(BYTE* pHeader);
+    int LoadWholeXA(uint64_t nExact);
+    int ConvertWholeXA(BYTE* pBlock, DWORD nBlock, DWORD nRead, uint64_t nExact);
+    int StartXAStream(uint64_t nExact);
+
+    int AllocateStreamBlocks();
+    int RefillStream(DWORD nEndPos, DWORD nMinPos, char cHalf, int nNextHalf);
+
+    void InitFields();
+    void CloseFile();  // by kind, as Term does
+    void CloseConverter();
+    void CloseWavFile();
+    void CloseXAFile();
+    void FreeSrc();
+    void FreeSrcFormat();
+    BYTE GetSilence();
+    int IsStreamWanted(int bStream);
+    HRESULT LockWhole(void** ppBlock, DWORD* pnBlock);
 };
