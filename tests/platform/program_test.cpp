@@ -16,7 +16,7 @@ namespace {
 std::string WriteChart(const TempFolder& folder) {
     folder.Write("a.wav", test::SquareWav(4410));
     return TempFolder::Backslashes(folder.Write(
-        "song.bms", test::Chart({"#TITLE t", "#BPM 120", "#00111:01010101", "#00211:01"})));
+        "song.bms", test::Chart({"#TITLE t", "#BPM 120", "#WAV01 a.wav", "#00111:01010101", "#00211:01"})));
 }
 
 TEST(Program, PlaysAndQuits) {
