@@ -1,0 +1,55 @@
+#include "host/desktop/block_clock.h"
+
+#include <algorithm>
+
+namespace host {
+namespace {
+
+constexpr double kMillisecond = 1e6, kSecond = 1e9;  // ns
+constexpr double kMargin = 1 * kMillisecond;         // from a block's end to its mixing, at the least
+constexpr double kLearning = 100 * kMillisecond, kForgotten = 50 * kMillisecond;
+constexpr double kWindow = 500 * kMillisecond;
+constexpr double kSteering = 0.001;                 // of the pace; clocks of devices are ten times better
+constexpr double kLost = 100 * kMillisecond;        // behind by more: the device stood still, begin anew
+
+}  // namespace
+
+BlockClock::BlockClock(int rate, int frames) : m_length(frames * kSecond / rate) {}
+
+// The first blocks fill the device's buffer in a burst and tell nothing; those after it show its pace.
+void BlockClock::Learn(double now) {
+    const double even = now - m_blocks * m_length;
+    const bool counts = m_blocks * m_length >= kForgotten;
+    m_earliest = counts && m_blocks * m_length - m_length >= kForgotten ? std::min(m_earliest, even) : even;
+    m_end = m_earliest + m_blocks * m_length - kMargin;
+}
+
+// The least slack in a window is to be the margin: jitter makes it only larger. A driver that is ready for more most
+// of the time has no pace of its own and takes that of the clock.
+void BlockClock::Steer(double slack) {
+    m_slack = m_window == 0 ? slack : std::min(m_slack, slack);
+    m_waits = (m_window == 0 ? 0 : m_waits) + (slack < 0 ? 1 : 0);
+    if (++m_window * m_length < kWindow) return;
+    const bool follows = m_waits > m_window / 4;
+    m_pace = follows ? 1 : 1 + std::clamp((m_slack - kMargin) / kWindow, -kSteering, kSteering);
+    m_window = 0;
+}
+
+BlockClock::Block BlockClock::Next(uint64_t reading) {
+    if (m_blocks == 0) m_base = reading;
+    const double now = static_cast<double>(reading - m_base);
+    const bool learning = m_blocks * m_length < kLearning;
+    if (learning) {
+        Learn(now);
+        ++m_blocks;
+        return {true, 0, 0};
+    }
+    ++m_blocks;
+    m_end += m_length * m_pace;
+    if (now - m_end > kLost || m_end - now > m_length + kLost) m_end = now - kMargin;
+    Steer(now - m_end);
+    const double wait = std::clamp(m_end - now, 0.0, m_length);
+    return {false, m_base + static_cast<uint64_t>(std::max(0.0, m_end - m_length)), static_cast<uint64_t>(wait)};
+}
+
+}  // namespace host

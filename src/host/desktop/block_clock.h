@@ -1,0 +1,39 @@
+// Which clock reading each block of a sound device stands for.
+#pragma once
+
+#include <cstdint>
+
+namespace host {
+
+// A device asks for blocks with jitter, in bursts, at a pace that is not quite the nominal one; some drivers ask as
+// fast as they are served. The blocks' times advance evenly all the same, and no block ends after the moment of
+// its mixing, so that everything that has happened until its end is known.
+class BlockClock {
+public:
+    BlockClock(int rate, int frames);
+
+    struct Block {
+        bool silent;    // the device is still filling up: give silence, mix nothing
+        uint64_t time;  // of the first frame
+        uint64_t wait;  // ns to wait before mixing, at most a block's length
+    };
+    Block Next(uint64_t now);
+
+    double Length() const { return m_length; }  // of a block, ns
+
+private:
+    void Learn(double now);
+    void Steer(double slack);
+
+    double m_length;      // ns
+    int m_blocks = 0;     // so far
+    uint64_t m_base = 0;  // readings below are relative to the first
+    double m_end = 0;     // of the latest block
+    double m_earliest = 0;  // while learning: the earliest that a block was asked for, against an even pace
+    double m_slack = 0;     // the least time between a block's end and its mixing in this window
+    int m_window = 0;       // blocks in it
+    int m_waits = 0;        // of them, those that were asked for before they had ended
+    double m_pace = 1;      // of the times, against the nominal one
+};
+
+}  // namespace host

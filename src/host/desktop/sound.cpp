@@ -1,0 +1,122 @@
+// Sound output through SDL's audio subsystem, and a silent device where that has none.
+#define SDL_MAIN_HANDLED
+#include <SDL.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <system_error>
+#include <thread>
+
+#include "host/desktop/block_clock.h"
+#include "host/host.h"
+
+namespace {
+
+constexpr int kFrames = 256;  // of a block: 5.8 ms at 44,100 Hz
+
+struct Output {
+    Output(int rate_, host::MixCallback callback_, void* user_)
+        : rate(rate_), callback(callback_), user(user_), clock(rate_, kFrames) {}
+
+    const int rate;
+    const host::MixCallback callback;
+    void* const user;
+    host::BlockClock clock;
+    SDL_AudioDeviceID device = 0;
+    std::atomic<bool> stop = false;
+    std::thread opener;
+};
+
+Output* g_output = nullptr;  // left alone at the end of a process that does not close it
+
+void Pause(uint64_t nanoseconds) { std::this_thread::sleep_for(std::chrono::nanoseconds(nanoseconds)); }
+
+// On SDL's thread. The size is always that of a block.
+void Fill(void* user, Uint8* bytes, int size) {
+    auto& output = *static_cast<Output*>(user);
+    const host::BlockClock::Block block = output.clock.Next(host::Nanoseconds());
+    if (block.silent || output.stop) {
+        SDL_memset(bytes, 0, static_cast<size_t>(size));
+        return;
+    }
+    if (block.wait > 0) Pause(block.wait);
+    const int frames = size / static_cast<int>(2 * sizeof(float));
+    output.callback(output.user, reinterpret_cast<float*>(bytes), frames, block.time);
+}
+
+bool OpenDevice(Output* output) {
+    SDL_SetMainReady();
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Lumetra");
+    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return false;
+    SDL_AudioSpec want = {};
+    want.freq = output->rate;
+    want.format = AUDIO_F32SYS;
+    want.channels = 2;
+    want.samples = kFrames;
+    want.callback = Fill;
+    want.userdata = output;
+    output->device = SDL_OpenAudioDevice(nullptr, 0, &want, nullptr, 0);
+    if (output->device == 0) {
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        return false;
+    }
+    SDL_PauseAudioDevice(output->device, 0);
+    return true;
+}
+
+// Mixes as a device would ask for it, to nobody's ears.
+void RunSilent(Output* output) {
+    std::array<float, 2 * kFrames> block;
+    const double length = output->clock.Length();
+    double time = static_cast<double>(host::Nanoseconds());
+    for (; !output->stop; time += length) {
+        const double ahead = time + length - static_cast<double>(host::Nanoseconds());
+        if (ahead > 0) Pause(static_cast<uint64_t>(ahead));
+        output->callback(output->user, block.data(), kFrames, static_cast<uint64_t>(time));
+    }
+}
+
+// Looking for a device takes longer than the rest of the start-up, so it has a thread of its own; what is started
+// meanwhile sounds once the device runs.
+void OpenAndRun(Output* output) {
+    if (OpenDevice(output)) return;
+    char line[256];
+    const int length = std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n", SDL_GetError());
+    host::DebugText(line, std::min(static_cast<size_t>(length), sizeof line - 1));
+    RunSilent(output);
+}
+
+}  // namespace
+
+namespace host {
+
+bool OpenSound(int rate, MixCallback callback, void* user) {
+    if (g_output != nullptr || rate <= 0) return false;
+    auto output = std::make_unique<Output>(rate, callback, user);
+    try {
+        output->opener = std::thread(OpenAndRun, output.get());
+    } catch (const std::system_error&) {
+        return false;
+    }
+    g_output = output.release();
+    return true;
+}
+
+void CloseSound() {
+    if (g_output == nullptr) return;
+    g_output->stop = true;
+    g_output->opener.join();
+    if (g_output->device != 0) {
+        SDL_CloseAudioDevice(g_output->device);
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    }
+    delete g_output;
+    g_output = nullptr;
+}
+
+}  // namespace host
