@@ -7,10 +7,12 @@ namespace {
 
 constexpr double kMillisecond = 1e6, kSecond = 1e9;  // ns
 constexpr double kMargin = 1 * kMillisecond;         // from a block's end to its mixing, at the least
+constexpr double kLeastSlack = 0.3 * kMillisecond, kMostSlack = 4 * kMillisecond;  // no steering between them
+constexpr int kPatience = 8;                                                       // windows
 constexpr double kLearning = 100 * kMillisecond, kForgotten = 50 * kMillisecond;
 constexpr double kWindow = 500 * kMillisecond;
-constexpr double kSteering = 0.001;                 // of the pace; clocks of devices are ten times better
-constexpr double kLost = 100 * kMillisecond;        // behind by more: the device stood still, begin anew
+constexpr double kSteering = 0.001;           // of the pace; clocks of devices are ten times better
+constexpr double kLost = 100 * kMillisecond;  // behind by more: the device stood still, begin anew
 
 }  // namespace
 
@@ -24,14 +26,17 @@ void BlockClock::Learn(double now) {
     m_end = m_earliest + m_blocks * m_length - kMargin;
 }
 
-// The least slack in a window is to be the margin: jitter makes it only larger. A driver that is ready for more most
+// The least slack in a window is to be about the margin: jitter makes it only larger. Too little is mended at
+// once, too much only when it lasts: a busy machine is late for a while. A driver that is ready for more most
 // of the time has no pace of its own and takes that of the clock.
 void BlockClock::Steer(double slack) {
     m_slack = m_window == 0 ? slack : std::min(m_slack, slack);
     m_waits = (m_window == 0 ? 0 : m_waits) + (slack < 0 ? 1 : 0);
     if (++m_window * m_length < kWindow) return;
-    const bool follows = m_waits > m_window / 4;
-    m_pace = follows ? 1 : 1 + std::clamp((m_slack - kMargin) / kWindow, -kSteering, kSteering);
+    m_late_windows = m_slack > kMostSlack ? m_late_windows + 1 : 0;
+    const bool early = m_slack < kLeastSlack && m_waits <= m_window / 4;
+    const bool steer = early || m_late_windows >= kPatience;
+    m_pace = steer ? 1 + std::clamp((m_slack - kMargin) / kWindow, -kSteering, kSteering) : 1;
     m_window = 0;
 }
 
@@ -49,7 +54,8 @@ BlockClock::Block BlockClock::Next(uint64_t reading) {
     if (now - m_end > kLost || m_end - now > m_length + kLost) m_end = now - kMargin;
     Steer(now - m_end);
     const double wait = std::clamp(m_end - now, 0.0, m_length);
-    return {false, m_base + static_cast<uint64_t>(std::max(0.0, m_end - m_length)), static_cast<uint64_t>(wait)};
+    return {false, m_base + static_cast<uint64_t>(std::max(0.0, m_end - m_length)),
+            static_cast<uint64_t>(wait)};
 }
 
 }  // namespace host

@@ -5,9 +5,9 @@
 
 namespace host {
 
-// A device asks for blocks with jitter, in bursts, at a pace that is not quite the nominal one; some drivers ask as
-// fast as they are served. The blocks' times advance evenly all the same, and no block ends after the moment of
-// its mixing, so that everything that has happened until its end is known.
+// A device asks for blocks with jitter, in bursts, at a pace that is not quite the nominal one; some drivers
+// ask as fast as they are served. The blocks' times advance evenly all the same, and no block ends after the
+// moment of its mixing, so that everything that has happened until its end is known.
 class BlockClock {
 public:
     BlockClock(int rate, int frames);
@@ -25,15 +25,16 @@ private:
     void Learn(double now);
     void Steer(double slack);
 
-    double m_length;      // ns
-    int m_blocks = 0;     // so far
-    uint64_t m_base = 0;  // readings below are relative to the first
-    double m_end = 0;     // of the latest block
-    double m_earliest = 0;  // while learning: the earliest that a block was asked for, against an even pace
-    double m_slack = 0;     // the least time between a block's end and its mixing in this window
-    int m_window = 0;       // blocks in it
-    int m_waits = 0;        // of them, those that were asked for before they had ended
-    double m_pace = 1;      // of the times, against the nominal one
+    double m_length;         // ns
+    int m_blocks = 0;        // so far
+    uint64_t m_base = 0;     // readings below are relative to the first
+    double m_end = 0;        // of the latest block
+    double m_earliest = 0;   // while learning: the earliest that a block was asked for, against an even pace
+    double m_slack = 0;      // the least time between a block's end and its mixing in this window
+    int m_window = 0;        // blocks in it
+    int m_waits = 0;         // of them, those that were asked for before they had ended
+    int m_late_windows = 0;  // in a row
+    double m_pace = 1;       // of the times, against the nominal one
 };
 
 }  // namespace host

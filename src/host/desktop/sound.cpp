@@ -14,6 +14,12 @@
 #include "host/desktop/block_clock.h"
 #include "host/host.h"
 
+#if defined(__linux__)
+// There when SDL brings ALSA's library in.
+extern "C" int snd_lib_error_set_handler(void (*)(const char*, int, const char*, int, const char*, ...))
+    __attribute__((weak));
+#endif
+
 namespace {
 
 constexpr int kFrames = 256;  // of a block: 5.8 ms at 44,100 Hz
@@ -33,7 +39,9 @@ struct Output {
 
 Output* g_output = nullptr;  // left alone at the end of a process that does not close it
 
-void Pause(uint64_t nanoseconds) { std::this_thread::sleep_for(std::chrono::nanoseconds(nanoseconds)); }
+void Pause(uint64_t nanoseconds) {
+    std::this_thread::sleep_for(std::chrono::nanoseconds(nanoseconds));
+}
 
 // On SDL's thread. The size is always that of a block.
 void Fill(void* user, Uint8* bytes, int size) {
@@ -48,7 +56,17 @@ void Fill(void* user, Uint8* bytes, int size) {
     output.callback(output.user, reinterpret_cast<float*>(bytes), frames, block.time);
 }
 
+[[maybe_unused]] void Ignore(const char*, int, const char*, int, const char*, ...) {}
+
+// ALSA complains on standard error about a machine without a sound card; one line of ours says it.
+void QuietAlsa() {
+#if defined(__linux__)
+    if (snd_lib_error_set_handler != nullptr) snd_lib_error_set_handler(Ignore);
+#endif
+}
+
 bool OpenDevice(Output* output) {
+    QuietAlsa();
     SDL_SetMainReady();
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Lumetra");
@@ -81,12 +99,13 @@ void RunSilent(Output* output) {
     }
 }
 
-// Looking for a device takes longer than the rest of the start-up, so it has a thread of its own; what is started
-// meanwhile sounds once the device runs.
+// Looking for a device takes longer than the rest of the start-up, so it has a thread of its own; what is
+// started meanwhile sounds once the device runs.
 void OpenAndRun(Output* output) {
     if (OpenDevice(output)) return;
     char line[256];
-    const int length = std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n", SDL_GetError());
+    const int length =
+        std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n", SDL_GetError());
     host::DebugText(line, std::min(static_cast<size_t>(length), sizeof line - 1));
     RunSilent(output);
 }
