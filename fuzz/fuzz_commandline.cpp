@@ -1,0 +1,53 @@
+// Any bytes as a command line: as an argument vector where they hold line feeds, and as the one string that
+// the scans read. One and several other copies stand in the list without windows behind them.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "platform/commandline.h"
+#include "shell/options.h"
+#include "shell/shell.h"
+#include "shell/winlist.h"
+
+namespace {
+
+void ScanLine(const std::string& line, int32_t nCopies) {
+    g_bHost = 0;
+    CWinList list;
+    for (int32_t i = 0; i < nCopies; ++i) list.Add(nullptr);
+    std::swap(list.m_pAll, list.m_pSame);
+    std::swap(list.m_nAll, list.m_nSame);
+    Options options{-1, -1, ""};
+    ScanHostOption(line.c_str(), list);
+    if (ScanOptions(line.c_str(), list, &options) != SCAN_DONE) return;
+    const char* pszRest = options.pszRest;
+    if (pszRest < line.c_str() || pszRest > line.c_str() + line.size()) std::abort();
+    if (g_nStartMeasure < -1 || !(g_fSpeed > 0.05f && g_fSpeed <= 8.0f)) std::abort();
+    char szFile[FILE_NAME_SIZE];
+    if (*pszRest) TakeFileName(pszRest, szFile);
+}
+
+std::string LineOfArguments(const std::string& text) {
+    std::vector<std::string> words{"lumetra"};
+    for (size_t at = 0; at <= text.size();) {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        words.push_back(text.substr(at, end - at));
+        at = end + 1;
+    }
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    return BuildCommandLine(static_cast<int>(words.size()), argv.data());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(std::string(reinterpret_cast<const char*>(data), size).c_str());  // no NUL inside
+    for (const int32_t nCopies : {0, 1, 3}) ScanLine(text, nCopies);
+    ScanLine(LineOfArguments(text), 0);
+    return 0;
+}

@@ -1,0 +1,73 @@
+// lumetra: the player on a user's desktop.
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "host/host.h"
+#include "platform/commandline.h"
+#include "playback/layout.h"
+#include "shell/shell.h"
+
+namespace {
+
+constexpr int kExitRemote = 1;
+constexpr int kExitFailed = -1;
+
+constexpr char kHelp[] =
+    R"(usage: lumetra [option]... [chart]
+
+Plays a BMS or BME chart by itself. Without a chart it asks for one. Options come
+first and hold their value without a blank; everything behind them is the chart.
+
+  -P         play at once; otherwise the chart waits for Enter
+  -N<n>      start at measure n
+  -M<x>      scroll speed, 0.1 to 8 (default 1)
+  -X<n>      left edge of the window
+  -Y<n>      top edge of the window
+  -D         play beside other copies; none of them takes commands any more
+  --help     this text
+  --version  the version
+
+While a copy is running, another one commands it and ends:
+
+  -P         go on        -R   play again from the start measure
+  -S         stop         -N<n>  play from measure n
+  -Q         quit         -M<x>  set the scroll speed
+
+Keys: Enter restarts, Space pauses and goes on, Esc quits. A double click or a
+chart dropped on the window loads another chart; a right click opens the menu.
+
+lumetra-render renders a chart to files and needs no display.
+)";
+
+// The answer to --help or --version among the options; null when neither is asked for.
+const char* AnswerAtOnce(int argc, char** argv) {
+    for (int i = 1; i < argc && argv[i][0] == '-'; ++i) {
+        if (std::strcmp(argv[i], "--help") == 0) return kHelp;
+        if (std::strcmp(argv[i], "--version") == 0) return "lumetra " LUMETRA_VERSION "\n";
+    }
+    return nullptr;
+}
+
+int Run(int argc, char** argv) {
+    std::string line = BuildCommandLine(argc, argv);
+    const int nExitCode = WinMain(GetProgramModule(), nullptr, line.data(), 1);
+    // Neither a window nor a command given to another copy: was there a screen to open one on, or the dialog
+    // before it?
+    if (nExitCode != kExitRemote && !g_hWnd && !host::HasDisplay()) {
+        std::fputs("lumetra: no display to open a window on; lumetra-render works without one\n", stderr);
+        return kExitFailed;
+    }
+    return nExitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
+        return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
+    }
+    const int nExitCode = Run(argc, argv);
+    host::Shutdown();
+    return nExitCode;
+}
