@@ -3,13 +3,13 @@
 #include <cstring>
 #include <sstream>
 
+#include "display/dib.h"
 #include "playback/layout.h"
 
 namespace {
 
 std::string g_lines;
 std::set<std::string> g_pictures;
-char g_aPicture[DDRAW_SLOTS];  // its addresses stand for pictures
 
 std::string NameOfRect(const RECT& rect, int parts) {
     const auto same = [&](const RECT& other) { return std::memcmp(&rect, &other, sizeof rect) == 0; };
@@ -38,14 +38,24 @@ void LogCopy(int x, int y, const RECT* rect, int parts, const char* tail) {
 void LogDraw(const std::string& what, const RECT* dest, const RECT* source, int parts) {
     std::ostringstream line;
     line << "draw " << what << " layer" << parts;
-    for (const RECT* r : {dest, source})
+    for (const RECT* r : {dest, source}) {
+        if (!r) continue;
         line << ' ' << r->left << ',' << r->top << ',' << r->right << ',' << r->bottom;
+    }
     g_lines += line.str() + '\n';
 }
 
 std::string BaseName(const char* path) {
     const char* last = std::strrchr(path, '\\');
     return last ? last + 1 : path;
+}
+
+// A picture of 100 by 80 pixels for each slot. It has no pixels: only the real display would look at them.
+CDib* PictureOf(int slot) {
+    static CDib pictures[DDRAW_SLOTS];
+    pictures[slot].m_nWidth = 100;
+    pictures[slot].m_nHeight = 80;
+    return &pictures[slot];
 }
 
 int SlotOf(const CDSBuffer* sound) {
@@ -136,7 +146,7 @@ HRESULT CDDraw::BltBackKey(int x, int y, const RECT* pRect, int nParts) {
 int CDDraw::LoadDib(const char* pszFile, int nSlot) {
     g_lines += "image " + std::to_string(nSlot) + ' ' + pszFile + '\n';
     const bool bFound = g_pictures.count(BaseName(pszFile)) != 0;
-    m_apDib[nSlot] = bFound ? reinterpret_cast<CDib*>(&g_aPicture[nSlot]) : nullptr;
+    m_apDib[nSlot] = bFound ? PictureOf(nSlot) : nullptr;
     return bFound ? 0 : 1;
 }
 
