@@ -54,8 +54,10 @@ bool Convert(const std::string& from, const char* encoding, std::string* out) {
 
 bool Before(const FileEntry& a, const FileEntry& b) {
     if (a.folder != b.folder) return a.folder;
-    return std::lexicographical_compare(a.shown.begin(), a.shown.end(), b.shown.begin(), b.shown.end(),
-                                        [](char x, char y) { return Lower(x) < Lower(y); });
+    return std::lexicographical_compare(
+        a.shown.begin(), a.shown.end(), b.shown.begin(), b.shown.end(), [](char x, char y) {
+            return static_cast<unsigned char>(Lower(x)) < static_cast<unsigned char>(Lower(y));
+        });
 }
 
 }  // namespace

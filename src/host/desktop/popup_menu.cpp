@@ -167,7 +167,7 @@ int PopupWindow::handle(int event) {
 }
 
 void PopupWindow::draw() {
-    draw_box();
+    draw_box(box(), 0, 0, w(), h(), color());
     const int indent = DialogUnit(14);
     for (size_t at = 0; at < m_rows.size(); ++at) {
         const Row& row = m_rows[at];
