@@ -1,0 +1,26 @@
+# For the scripts at the top: installs Debian packages that are missing, and nothing when all are there.
+# Packages that only tests need are told apart, so that playing stays small.
+
+player_packages=(build-essential cmake ninja-build pkg-config libfltk1.3-dev libfontconfig-dev libsdl2-dev
+  libsndfile1-dev libpng-dev)
+test_packages=(libgtest-dev libbenchmark-dev clang-format-14 python3 xvfb openbox xdotool x11-utils)
+
+install_missing() {
+  local missing=() name
+  for name in "$@"; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null)" = installed ] || missing+=("$name")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "These packages are missing, and installing them needs root: ${missing[*]}" >&2
+      return 1
+    fi
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]}" >&2
+  export DEBIAN_FRONTEND=noninteractive
+  "${as_root[@]}" apt-get update -qq >&2 || true
+  "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
