@@ -20,7 +20,7 @@ ALLOWED = {
     "platform": {"platform", "host"},
     "host": {"host"},
 }
-FOR_ALL_OF_THE_SYSTEM = {"shell/diagnostics.h"}
+FOR_ALL_OF_THE_SYSTEM = {"shell/diagnostics.h", "shell/globals.h"}
 STANDARD = set("""algorithm array atomic bit bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes climits
 clocale cmath compare complex concepts condition_variable cstdarg cstddef cstdint cstdio cstdlib cstring ctime cwchar
 deque exception execution filesystem format forward_list fstream functional future initializer_list iomanip ios iosfwd

@@ -6,7 +6,7 @@
 #include "playback/bga.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/shell.h"
+#include "shell/globals.h"
 
 namespace {
 

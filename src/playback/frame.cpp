@@ -9,7 +9,7 @@
 #include "playback/draw.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/shell.h"
+#include "shell/globals.h"
 #include "sound/dsbuffer.h"
 
 static int IsOnScreen(int32_t y) {

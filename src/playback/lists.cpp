@@ -3,7 +3,7 @@
 
 #include "playback/chartmath.h"
 #include "playback/playback.h"
-#include "shell/shell.h"
+#include "shell/globals.h"
 
 BmsEvent* g_pBgmList;
 int32_t g_nBgmCount, g_nBgmCursor;

@@ -1,28 +1,8 @@
 // What a copy of the program is, from its command line to its end.
 #pragma once
 
-#include "platform/timer.h"
 #include "platform/window.h"
-
-class CBMS;
-class CDDraw;
-class CDSound;
-
-extern HINSTANCE g_hInstance;
-extern HWND g_hWnd;
-extern CDSound* g_pDSound;
-extern CDDraw* g_pDDraw;
-extern CBMS* g_pBMS;
-
-extern int g_bHost;  // takes no remote commands
-extern int32_t g_nStartMeasure;
-extern float g_fSpeed;
-extern TIMECAPS g_TimeCaps;
-
-// The playing state; the clock values are in playback/playback.h.
-extern int g_bPlaying;          // no pause is in force
-extern int g_bPaused;           // the clock is held
-extern uint32_t g_dwPauseTime;  // when the pause began, 0 for none
+#include "shell/globals.h"
 
 // Messages between copies.
 constexpr UINT WM_REMOTE_QUIT = 1125, WM_REMOTE_STOP = 1126, WM_REMOTE_PLAY = 1127, WM_REMOTE_RESTART = 1128,

@@ -1,0 +1,12 @@
+# lumetra_headers_compile_alone(TARGET FOLDER LIBRARIES...): compiles each header below FOLDER by itself.
+function(lumetra_headers_compile_alone target folder)
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/src ${folder}/*.h)
+  set(sources)
+  foreach(header IN LISTS headers)
+    set(source ${PROJECT_BINARY_DIR}/headers/${header}.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${header}\"\n")
+    list(APPEND sources ${source})
+  endforeach()
+  add_library(${target} OBJECT ${sources})
+  target_link_libraries(${target} PRIVATE ${ARGN})
+endfunction()
