@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Holds the rules between the layers (docs/architecture.md) and the paths that documents name.
 
-Prints each offence as file:line and ends with 1 when there is one. With --self-test it checks that every rule
-catches a made-up offence.
+Prints each offence as file:line and ends with 1 when there is one. With --documents it looks at the documents
+only, with --sources at the sources only; with --self-test it checks that every rule catches a made-up offence.
 """
 import os
 import re
@@ -92,12 +92,12 @@ def check_document(root, path):
                     yield f"{path}:{number}: there is no {name}"
 
 
-def check(root):
+def check(root, sources=True, documents=True):
     offences = []
-    for folder in SOURCE_FOLDERS:
+    for folder in SOURCE_FOLDERS if sources else ():
         for path in files(root, folder, (".h", ".cpp")):
             offences += check_source(root, path)
-    for path in files(root, ".", (".md",)):
+    for path in files(root, ".", (".md",)) if documents else ():
         offences += check_document(root, os.path.normpath(path))
     return offences
 
@@ -133,7 +133,7 @@ def main():
     if "--self-test" in sys.argv:
         return self_test()
     root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-    offences = check(root)
+    offences = check(root, "--documents" not in sys.argv, "--sources" not in sys.argv)
     print("\n".join(offences) if offences else "all rules hold")
     return 1 if offences else 0
 
