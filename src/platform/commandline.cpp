@@ -2,11 +2,11 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <string_view>
+#include <vector>
 
 #include "platform/dialog.h"
 #include "platform/filename.h"
+#include "platform/pathmatch.h"
 
 namespace {
 
@@ -30,10 +30,15 @@ std::string Quoted(const std::string& name) {
     return '"' + name + '"';
 }
 
+// A name that may have `\` between its parts already.
+std::string WithSlashes(const std::string& name) {
+    const std::vector<PathParts> cuts = CutPath(name);
+    return cuts.empty() ? name : JoinPath(cuts.front());
+}
+
 std::string FileArgument(const std::string& argument) {
     std::string name = Unquoted(argument);
-    // With `\` between its parts already.
-    if (!Exists(name) && name.find('/') == name.npos) std::replace(name.begin(), name.end(), '\\', '/');
+    if (!Exists(name)) name = WithSlashes(name);
     RememberOpenedFile(AbsolutePath(name).c_str());
     return Quoted(HandOver(name));
 }

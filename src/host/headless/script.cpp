@@ -77,7 +77,9 @@ void Perform(const Action& action) {
     }
 }
 
+// A dialog takes its actions one by one, since what follows its answer is not for it.
 void PerformDue() {
+    if (InModal()) return;
     while (!g_script.script.empty() && g_script.script.front().ms <= Now()) {
         const Action action = std::move(g_script.script.front().action);
         g_script.script.pop_front();

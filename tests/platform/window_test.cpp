@@ -1,0 +1,404 @@
+#include "platform/window.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "platform/dialog.h"
+#include "platform/resources.h"
+#include "support/program.h"
+
+using namespace headless;
+
+namespace {
+
+struct Got {
+    UINT message;
+    WPARAM wparam;
+    LPARAM lparam;
+    bool operator==(const Got&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Got& got) {
+    return out << got.message << '/' << got.wparam;
+}
+
+std::vector<Got> g_got;
+void (*g_on_message)(HWND, UINT) = nullptr;
+
+LRESULT Record(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam) {
+    g_got.push_back({nMessage, wParam, nMessage == WM_WINDOWPOSCHANGING ? 0 : lParam});
+    if (nMessage == WM_WINDOWPOSCHANGING)
+        g_got.back().wparam = reinterpret_cast<const WINDOWPOS*>(lParam)->flags;
+    if (g_on_message) g_on_message(hWnd, nMessage);
+    return DefWindowProcA(hWnd, nMessage, wParam, lParam);
+}
+
+class WindowTest : public testing::Test {
+protected:
+    void SetUp() override {
+        test::ResetProgram();
+        g_on_message = nullptr;
+    }
+    void TearDown() override { test::ResetProgram(); }
+
+    static ATOM Register(UINT cbSize = 48, const char* pszName = "Class", WNDPROC pfnProc = Record) {
+        WNDCLASSEXA wc{};
+        wc.cbSize = cbSize;
+        wc.lpszClassName = pszName;
+        wc.lpfnWndProc = pfnProc;
+        return RegisterClassExA(&wc);
+    }
+    static HWND Create(int x = CW_USEDEFAULT, int y = CW_USEDEFAULT) {
+        return CreateWindowExA(WS_EX_TOPMOST, "Class", "title", WS_VISIBLE | WS_CAPTION, x, y, 452, 280,
+                               nullptr, nullptr, nullptr, nullptr);
+    }
+    static HWND Open() {
+        Register();
+        const HWND hWnd = Create();
+        g_got.clear();
+        return hWnd;
+    }
+    static std::vector<Got> Serve() {
+        g_got.clear();
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE) && GetMessageA(&msg, nullptr, 0, 0)) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+        return g_got;
+    }
+};
+
+constexpr UINT kRemote = WM_USER + 110;
+
+using Messages = std::vector<Got>;
+
+TEST_F(WindowTest, ClassesAndCreation) {
+    EXPECT_EQ(Create(), nullptr);
+    EXPECT_EQ(Register(40), 0);
+    EXPECT_EQ(Register(48, nullptr), 0);
+    EXPECT_EQ(Register(48, "Class", nullptr), 0);
+    EXPECT_NE(Register(), 0);
+    EXPECT_EQ(Register(), 0);
+    FailOpenWindow(true);
+    EXPECT_EQ(Create(), nullptr);
+    EXPECT_EQ(AnnouncedClass(), "");
+    FailOpenWindow(false);
+    g_got.clear();
+    const HWND hWnd = Create(30, 40);
+    ASSERT_NE(hWnd, nullptr);
+    EXPECT_EQ(g_got, (Messages{{WM_CREATE, 0, 0}}));
+    EXPECT_EQ(AnnouncedClass(), "Class");
+    EXPECT_EQ(Titles(), std::vector<std::string>{"title"});
+    EXPECT_TRUE(TheWindow().topmost);
+    EXPECT_EQ(TheWindow().client.left, 30);
+    EXPECT_EQ(TheWindow().client.bottom, 320);
+    EXPECT_EQ(GetWindowLongA(hWnd, GWL_STYLE), static_cast<LONG>(WS_VISIBLE | WS_CAPTION));
+    EXPECT_EQ(GetWindowLongA(hWnd, GWL_EXSTYLE), static_cast<LONG>(WS_EX_TOPMOST));
+    EXPECT_EQ(GetWindowLongA(hWnd, -20000), 0);
+    EXPECT_EQ(Create(), nullptr);  // one for each process
+}
+
+TEST_F(WindowTest, CloseDestroysAndADeadHandleIsRefused) {
+    const HWND hWnd = Open();
+    PostMessageA(hWnd, WM_USER + 1, 0, 0);
+    SendMessageA(hWnd, WM_CLOSE, 0, 0);
+    EXPECT_EQ(g_got, (Messages{{WM_CLOSE, 0, 0}, {WM_DESTROY, 0, 0}}));
+    EXPECT_FALSE(TheWindow().open);
+    EXPECT_EQ(AnnouncedClass(), "");
+    RECT rect;
+    POINT point{};
+    char szName[8];
+    EXPECT_TRUE(Serve().empty());
+    EXPECT_FALSE(PostMessageA(hWnd, WM_USER, 0, 0));
+    EXPECT_FALSE(SetWindowTextA(hWnd, "x"));
+    EXPECT_FALSE(GetWindowRect(hWnd, &rect));
+    EXPECT_FALSE(GetClientRect(hWnd, &rect));
+    EXPECT_FALSE(ClientToScreen(hWnd, &point));
+    EXPECT_FALSE(SetWindowPos(hWnd, HWND_TOPMOST, 0, 0, 1, 1, SWP_SHOWWINDOW));
+    EXPECT_FALSE(DestroyWindow(hWnd));
+    EXPECT_EQ(GetClassNameA(hWnd, szName, 8), 0);
+    EXPECT_EQ(GetSystemMenu(hWnd, 0), nullptr);
+    EXPECT_NE(Create(), nullptr);
+}
+
+TEST_F(WindowTest, PlaceCountsTheFrame) {
+    SetFrameExtents({4, 20, 4, 6});
+    const HWND hWnd = Open();
+    RECT rect{0, 0, 452, 280};
+    ASSERT_TRUE(AdjustWindowRectEx(&rect, 0, 0, 0));
+    EXPECT_EQ(rect.left, -4);
+    EXPECT_EQ(rect.top, -20);
+    EXPECT_EQ(rect.right, 456);
+    EXPECT_EQ(rect.bottom, 286);
+    const int nWidth = rect.right - rect.left, nHeight = rect.bottom - rect.top;
+    g_got.clear();
+    EXPECT_TRUE(SetWindowPos(hWnd, HWND_TOPMOST, 10, -7, nWidth, nHeight, SWP_SHOWWINDOW));
+    EXPECT_EQ(g_got, (Messages{{WM_WINDOWPOSCHANGING, SWP_SHOWWINDOW, 0}}));
+    EXPECT_TRUE(GetWindowRect(hWnd, &rect));
+    EXPECT_EQ(rect.left, 10);
+    EXPECT_EQ(rect.top, -7);
+    EXPECT_TRUE(GetClientRect(hWnd, &rect));
+    EXPECT_EQ(rect.right, 452);
+    EXPECT_EQ(rect.bottom, 280);
+    POINT point{1, 2};
+    EXPECT_TRUE(ClientToScreen(hWnd, &point));
+    EXPECT_EQ(point.x, 15);
+    EXPECT_EQ(point.y, 15);
+    EXPECT_EQ(TheWindow().placed, 1);
+    // Nothing differs: the host is left alone.
+    EXPECT_TRUE(SetWindowPos(hWnd, HWND_TOPMOST, 10, -7, nWidth, nHeight, SWP_SHOWWINDOW));
+    EXPECT_TRUE(SetWindowPos(hWnd, nullptr, 99, 99, 1, 1, SWP_NOSIZE | SWP_NOMOVE));
+    EXPECT_EQ(TheWindow().placed, 1);
+    EXPECT_EQ(TheWindow().raised, 2);
+    EXPECT_TRUE(SetWindowPos(hWnd, nullptr, 99, 98, 1, 1, SWP_NOSIZE));
+    EXPECT_EQ(TheWindow().client.left, 103);
+    EXPECT_EQ(TheWindow().client.right, 103 + 452);
+    EXPECT_FALSE(SetWindowPos(hWnd, nullptr, 0, 0, 1, 1, 0x8000));
+    EXPECT_FALSE(AdjustWindowRectEx(&rect, 0, 1, 0));
+}
+
+TEST_F(WindowTest, PostedMessagesKeepTheirOrderAndQuitComesLast) {
+    const HWND hWnd = Open();
+    PostMessageA(hWnd, WM_USER + 1, 1, 2);
+    PostQuitMessage(7);
+    PostMessageA(hWnd, WM_USER + 2, 3, -4);
+    At(0, Key(13));  // what the user does comes behind a quit, and so never
+    At(0, Remote(1125, -1, -2));
+    MSG msg;
+    EXPECT_TRUE(PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE));
+    EXPECT_EQ(msg.message, WM_USER + 1);
+    EXPECT_EQ(Serve(),
+              (Messages{{WM_USER + 1, 1, 2}, {WM_USER + 2, 3, -4}, {1125, static_cast<WPARAM>(-1), -2}}));
+    PostQuitMessage(7);
+    EXPECT_TRUE(PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE));
+    EXPECT_EQ(msg.message, WM_QUIT);
+    EXPECT_EQ(GetMessageA(&msg, nullptr, 0, 0), 0);
+    EXPECT_EQ(msg.wParam, 7u);
+}
+
+TEST_F(WindowTest, EventsBecomeMessages) {
+    const HWND hWnd = Open();
+    AddScript({{0, Key(32)}, {0, DoubleClick(3, -4)}, {0, Remote(WM_USER - 1)}, {0, Remote(1130, 150)}});
+    EXPECT_EQ(Serve(), (Messages{{WM_KEYDOWN, 32, 1},
+                                 {WM_LBUTTONDBLCLK, 1, static_cast<LPARAM>(0xFFFC0003)},
+                                 {1130, 150, 0}}));
+    At(0, Close());
+    EXPECT_EQ(Serve(), (Messages{{WM_CLOSE, 0, 0}, {WM_DESTROY, 0, 0}}));
+    EXPECT_FALSE(SetWindowTextA(hWnd, ""));
+}
+
+TEST_F(WindowTest, UnknownRequestsAreRefused) {
+    const HWND hWnd = Open();
+    MSG msg;
+    PostMessageA(hWnd, WM_USER, 0, 0);
+    EXPECT_FALSE(PeekMessageA(&msg, nullptr, 0, 0, 1));
+    EXPECT_FALSE(PeekMessageA(&msg, nullptr, 1, 2, PM_NOREMOVE));
+    EXPECT_FALSE(PeekMessageA(nullptr, nullptr, 0, 0, PM_NOREMOVE));
+    EXPECT_EQ(GetMessageA(&msg, hWnd, 0, 0), -1);
+    EXPECT_FALSE(PostMessageA(nullptr, WM_USER, 0, 0));
+    EXPECT_FALSE(PostMessageA(reinterpret_cast<HWND>(static_cast<intptr_t>(0x1234)), WM_USER, 0, 0));
+    EXPECT_EQ(SendMessageA(HWND_TOPMOST, WM_USER, 0, 0), 0);
+    EXPECT_TRUE(PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE));
+}
+
+TEST_F(WindowTest, GetMessageWaits) {
+    Open();
+    At(5000, Key(27));
+    MSG msg;
+    EXPECT_EQ(GetMessageA(&msg, nullptr, 0, 0), 1);
+    EXPECT_EQ(msg.message, WM_KEYDOWN);
+    EXPECT_EQ(Now(), 5000u);
+}
+
+TEST_F(WindowTest, TheQueueIsBounded) {
+    const HWND hWnd = Open();
+    for (int i = 0; i < 10'000; ++i) ASSERT_TRUE(PostMessageA(hWnd, WM_USER, static_cast<WPARAM>(i), 0));
+    EXPECT_FALSE(PostMessageA(hWnd, WM_USER, 0, 0));
+    EXPECT_EQ(Serve().size(), 10'000u);
+}
+
+// Each command brings the next one in: the turn ends all the same, and nothing is lost.
+TEST_F(WindowTest, AFloodLetsTheFramesGoOn) {
+    Open();
+    for (int i = 0; i < 500; ++i) At(0, Remote(1128, i));
+    g_on_message = [](HWND, UINT) { At(0, Remote(1128, 1000)); };
+    const Messages first = Serve();
+    EXPECT_GE(first.size(), 500u);
+    EXPECT_LT(first.size(), 1000u);
+    for (size_t i = 0; i < 500; ++i) ASSERT_EQ(first[i].wparam, i);
+    g_on_message = nullptr;
+    EXPECT_GE(first.size() + Serve().size(), 1000u);
+}
+
+TEST_F(WindowTest, SystemMenu) {
+    const HWND hWnd = Open();
+    const HMENU hMenu = GetSystemMenu(hWnd, 0);
+    MENUITEMINFO item{};
+    item.cbSize = 48;
+    EXPECT_FALSE(InsertMenuItemA(hMenu, 7, 0, &item));
+    item.cbSize = 44;
+    item.fType = MFT_SEPARATOR;
+    EXPECT_TRUE(InsertMenuItemA(hMenu, 7, 0, &item));
+    char szLoad[] = "&Load and more", szAbout[] = "&About...";
+    item.fType = 0;
+    item.fMask = MIIM_ID | MIIM_TYPE;
+    item.wID = 257;
+    item.dwTypeData = szLoad;
+    item.cch = 5;
+    EXPECT_TRUE(InsertMenuItemA(hMenu, 8, 0, &item));
+    item.wID = 256;
+    item.dwTypeData = szAbout;
+    item.cch = 9;
+    EXPECT_TRUE(InsertMenuItemA(hMenu, 257, 0, &item));
+    EXPECT_FALSE(InsertMenuItemA(hMenu, 0, 1, &item));
+    EXPECT_FALSE(InsertMenuItemA(nullptr, 0, 0, &item));
+
+    AddScript({{0, WantMenu(-5, 300)}, {10, Remote(1126)}, {20, ChooseMenu(257)}});
+    const LPARAM nPoint = static_cast<LPARAM>(0x012CFFFB);
+    EXPECT_EQ(Serve(), (Messages{{WM_SYSCOMMAND, 0xF100, nPoint},
+                                 {WM_ENTERMENULOOP, 0, 0},
+                                 {1126, 0, 0},
+                                 {WM_EXITMENULOOP, 0, 0},
+                                 {WM_SYSCOMMAND, 257, nPoint}}));
+    ASSERT_EQ(Menus().size(), 1u);
+    EXPECT_EQ(Menus()[0].x, -5);
+    EXPECT_EQ(Menus()[0].y, 300);
+    const std::vector<std::pair<int, std::string>> kItems = {
+        {0xF020, "Mi&nimize"}, {0xF060, "&Close"}, {0, ""}, {256, "&About..."}, {257, "&Load"}};
+    ASSERT_EQ(Menus()[0].items.size(), kItems.size());
+    for (size_t i = 0; i < kItems.size(); ++i) {
+        EXPECT_EQ(Menus()[0].items[i].id, kItems[i].first);
+        EXPECT_EQ(Menus()[0].items[i].text, kItems[i].second);
+    }
+    AddScript({{30, WantMenu()}, {40, ChooseMenu(0xF020)}});
+    SetClock(kClockOrigin + 30'000'000);
+    Serve();
+    EXPECT_TRUE(TheWindow().minimized);
+    AddScript({{50, WantMenu()}, {60, Key(27)}});
+    SetClock(kClockOrigin + 50'000'000);
+    EXPECT_EQ(Serve().back().message, WM_EXITMENULOOP);
+    AddScript({{70, WantMenu()}, {80, ChooseMenu(0xF060)}});
+    SetClock(kClockOrigin + 70'000'000);
+    EXPECT_EQ(Serve().back().message, WM_DESTROY);
+    EXPECT_TRUE(Faults().empty());
+}
+
+// Behind a dialog posted messages are served in order; what the user does to the window is not.
+TEST_F(WindowTest, ModalDialogsDeliverPostedMessages) {
+    const HWND hWnd = Open();
+    PostMessageA(hWnd, WM_USER + 1, 0, 0);
+    AddScript({{0, Key(65)},
+               {10, Remote(1126)},
+               {20, DoubleClick()},
+               {30, Remote(1127)},
+               {40, Close()},
+               {50, Remote(500)},
+               {60, AnswerBox()},
+               {70, Remote(1128)}});
+    EXPECT_EQ(MessageBoxA(hWnd, "", "", MB_OK), IDOK);
+    EXPECT_EQ(g_got, (Messages{{WM_USER + 1, 0, 0}, {1126, 0, 0}, {1127, 0, 0}}));
+    EXPECT_EQ(Now(), 60u);
+    EXPECT_TRUE(Serve().empty());
+    EXPECT_TRUE(Faults().empty());
+}
+
+TEST_F(WindowTest, DialogsNestAndAnswersFindTheirs) {
+    const HWND hWnd = Open();
+    g_on_message = [](HWND hOwner, UINT nMessage) {
+        if (nMessage == kRemote) MessageBoxA(hOwner, "inner", "", MB_OK);
+    };
+    AddScript({{10, Remote(kRemote)}, {20, AnswerBox()}, {30, AnswerBox()}, {40, AnswerBox()}});
+    MessageBoxA(hWnd, "outer", "", MB_OK);
+    EXPECT_EQ(Now(), 30u);
+    ASSERT_EQ(Boxes().size(), 2u);
+    EXPECT_TRUE(Boxes()[0].answered && Boxes()[1].answered);
+    SetClock(kClockOrigin + 50'000'000);
+    Serve();
+    EXPECT_EQ(Faults().size(), 1u);  // the third answer had no box
+}
+
+TEST_F(WindowTest, ADropOpensAsADoubleClickWithItsFile) {
+    Open();
+    g_on_message = [](HWND, UINT nMessage) {
+        if (nMessage != WM_LBUTTONDBLCLK) return;
+        char szFile[260] = "";
+        OPENFILENAME open{};
+        open.lStructSize = 76;
+        open.lpstrFile = szFile;
+        open.nMaxFile = sizeof(szFile);
+        EXPECT_TRUE(GetOpenFileNameA(&open));
+        EXPECT_STREQ(szFile, "\\songs\\x.bms");
+    };
+    At(0, Drop("/songs/x.bms"));
+    EXPECT_EQ(Serve().size(), 1u);
+    EXPECT_TRUE(FileDialogs().empty());
+}
+
+TEST_F(WindowTest, OtherCopies) {
+    AddCopy(11, "Class");
+    AddCopy(22, "class");
+    AddCopy(33, "");
+    const HWND hWnd = Open();
+    static std::vector<HWND> windows;
+    windows.clear();
+    const WNDENUMPROC pfnAdd = [](HWND hOther, LPARAM) -> BOOL {
+        windows.push_back(hOther);
+        return 1;
+    };
+    EXPECT_TRUE(EnumWindows(pfnAdd, 0));
+    ASSERT_EQ(windows.size(), 4u);
+    EXPECT_EQ(windows[0], hWnd);
+    char szName[256];
+    EXPECT_EQ(GetClassNameA(windows[1], szName, 256), 5);
+    EXPECT_STREQ(szName, "Class");
+    EXPECT_EQ(GetClassNameA(windows[2], szName, 4), 3);
+    EXPECT_STREQ(szName, "cla");
+    EXPECT_EQ(GetClassNameA(windows[3], szName, 256), 0);
+    EXPECT_TRUE(PostMessageA(windows[1], 1129, static_cast<WPARAM>(-5), 9));
+    EXPECT_TRUE(PostMessageA(windows[2], 1126, 0, 0));
+    RemoveCopy(11);
+    EXPECT_FALSE(PostMessageA(windows[1], 1126, 0, 0));
+    ASSERT_EQ(PostedToCopies().size(), 2u);
+    EXPECT_EQ(PostedToCopies()[0].copy, 11u);
+    EXPECT_EQ(PostedToCopies()[0].wparam, -5);
+    EXPECT_EQ(PostedToCopies()[0].lparam, 9);
+    EXPECT_FALSE(DestroyWindow(windows[2]));
+    const std::vector<HWND> before = windows;
+    windows.clear();
+    EXPECT_TRUE(EnumWindows(pfnAdd, 0));
+    EXPECT_EQ(windows, (std::vector<HWND>{hWnd, before[2], before[3]}));  // the same handle for the same copy
+    FailListCopies(true);
+    EXPECT_FALSE(EnumWindows(pfnAdd, 0));
+}
+
+void DrawIcon(uint32_t* pPixels) {
+    pPixels[0] = 0xFF123456;
+}
+
+TEST_F(WindowTest, Icons) {
+    const BitmapResource icon = {103, 1, 1, DrawIcon};
+    const ModuleResources module = {nullptr, 0, &icon, 1};
+    const HICON hIcon = LoadIconA(&module, 103);
+    ASSERT_NE(hIcon, nullptr);
+    EXPECT_EQ(LoadIconA(&module, 104), nullptr);
+    EXPECT_NE(LoadIconA(nullptr, IDI_APPLICATION), nullptr);
+    EXPECT_NE(LoadCursorA(nullptr, IDC_ARROW), nullptr);
+    EXPECT_EQ(LoadCursorA(nullptr, 1), nullptr);
+    WNDCLASSEXA wc{};
+    wc.cbSize = 48;
+    wc.lpszClassName = "Class";
+    wc.lpfnWndProc = Record;
+    wc.hIcon = hIcon;
+    ASSERT_NE(RegisterClassExA(&wc), 0);
+    ASSERT_NE(Create(), nullptr);
+    EXPECT_EQ(TheWindow().icon.pixels, std::vector<uint32_t>{0xFF123456});
+}
+
+TEST_F(WindowTest, TitleOfCutTexts) {
+    const HWND hWnd = Open();
+    SetWindowTextA(hWnd, "-\x82\xA0\x82- \x83\x5C\x83  [\x95\x5C] ");
+    EXPECT_EQ(Titles().back(), "-あ- ソ  [表] ");
+}
+
+}  // namespace
