@@ -1,24 +1,17 @@
 // Sound output through SDL's audio subsystem, and a silent device where that has none.
-#define SDL_MAIN_HANDLED
-#include <SDL.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <system_error>
 #include <thread>
 
 #include "host/desktop/block_clock.h"
+#include "host/desktop/sdl.h"
 #include "host/host.h"
-
-#if defined(__linux__)
-// There when SDL brings ALSA's library in.
-extern "C" int snd_lib_error_set_handler(void (*)(const char*, int, const char*, int, const char*, ...))
-    __attribute__((weak));
-#endif
 
 namespace {
 
@@ -32,6 +25,7 @@ struct Output {
     const host::MixCallback callback;
     void* const user;
     host::BlockClock clock;
+    const host::desktop::Sdl* sdl = nullptr;
     SDL_AudioDeviceID device = 0;
     std::atomic<bool> stop = false;
     std::thread opener;
@@ -48,7 +42,7 @@ void Fill(void* user, Uint8* bytes, int size) {
     auto& output = *static_cast<Output*>(user);
     const host::BlockClock::Block block = output.clock.Next(host::Nanoseconds());
     if (block.silent || output.stop) {
-        SDL_memset(bytes, 0, static_cast<size_t>(size));
+        std::memset(bytes, 0, static_cast<size_t>(size));
         return;
     }
     if (block.wait > 0) Pause(block.wait);
@@ -56,21 +50,14 @@ void Fill(void* user, Uint8* bytes, int size) {
     output.callback(output.user, reinterpret_cast<float*>(bytes), frames, block.time);
 }
 
-[[maybe_unused]] void Ignore(const char*, int, const char*, int, const char*, ...) {}
-
-// ALSA complains on standard error about a machine without a sound card; one line of ours says it.
-void QuietAlsa() {
-#if defined(__linux__)
-    if (snd_lib_error_set_handler != nullptr) snd_lib_error_set_handler(Ignore);
-#endif
-}
-
 bool OpenDevice(Output* output) {
-    QuietAlsa();
-    SDL_SetMainReady();
-    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
-    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Lumetra");
-    if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) return false;
+    const host::desktop::Sdl* sdl = output->sdl = host::desktop::LoadSdl();
+    if (sdl == nullptr) return false;
+    host::desktop::QuietAlsa();
+    sdl->SetMainReady();
+    sdl->SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    sdl->SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Lumetra");
+    if (sdl->InitSubSystem(SDL_INIT_AUDIO) != 0) return false;
     SDL_AudioSpec want = {};
     want.freq = output->rate;
     want.format = AUDIO_F32SYS;
@@ -78,12 +65,12 @@ bool OpenDevice(Output* output) {
     want.samples = kFrames;
     want.callback = Fill;
     want.userdata = output;
-    output->device = SDL_OpenAudioDevice(nullptr, 0, &want, nullptr, 0);
+    output->device = sdl->OpenAudioDevice(nullptr, 0, &want, nullptr, 0);
     if (output->device == 0) {
-        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        sdl->QuitSubSystem(SDL_INIT_AUDIO);
         return false;
     }
-    SDL_PauseAudioDevice(output->device, 0);
+    sdl->PauseAudioDevice(output->device, 0);
     return true;
 }
 
@@ -104,8 +91,8 @@ void RunSilent(Output* output) {
 void OpenAndRun(Output* output) {
     if (OpenDevice(output)) return;
     char line[256];
-    const int length =
-        std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n", SDL_GetError());
+    const int length = std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n",
+                                     output->sdl ? output->sdl->GetError() : "SDL is not installed");
     host::DebugText(line, std::min(static_cast<size_t>(length), sizeof line - 1));
     RunSilent(output);
 }
@@ -131,8 +118,8 @@ void CloseSound() {
     g_output->stop = true;
     g_output->opener.join();
     if (g_output->device != 0) {
-        SDL_CloseAudioDevice(g_output->device);
-        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+        g_output->sdl->CloseAudioDevice(g_output->device);
+        g_output->sdl->QuitSubSystem(SDL_INIT_AUDIO);
     }
     delete g_output;
     g_output = nullptr;
