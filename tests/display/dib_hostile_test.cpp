@@ -1,0 +1,108 @@
+// Files that promise more than they hold: never a read outside their bytes, and all that is there shows.
+#include <climits>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "display/dib_support.h"
+#include "platform/gdi.h"
+
+namespace {
+
+using test::BmpSpec;
+using test::MakeBmp;
+
+class HostileDib : public test::PictureTest {};
+
+TEST_F(HostileDib, TruncatedAtEveryLength) {
+    struct Kind {
+        int nBits;
+        uint32_t nHeader, nCompression;
+        std::vector<uint32_t> masks;
+    };
+    const Kind kinds[] = {{1, 40, 0, {}},  {4, 40, 0, {}},  {8, 40, 0, {}},
+                          {16, 40, 0, {}}, {24, 40, 0, {}}, {32, 40, 0, {}},
+                          {24, 12, 0, {}}, {4, 12, 0, {}},  {16, 40, 3, {0xF800, 0x07E0, 0x001F}}};
+    for (const Kind& kind : kinds) {
+        BmpSpec spec;
+        spec.width = 9;
+        spec.height = 6;
+        spec.bits = kind.nBits;
+        spec.header_size = kind.nHeader;
+        spec.compression = kind.nCompression;
+        spec.masks = kind.masks;
+        for (uint32_t i = 0; kind.nBits <= 8 && i < 1u << kind.nBits; ++i)
+            spec.palette.push_back(0xFFFFFF - i);
+        const std::string whole =
+            MakeBmp(spec, [&](int, int) { return kind.nBits == 32 ? ~0u : (1u << kind.nBits) - 1; });
+        const size_t nHead = test::BmpHead(spec).size(), nRow = (whole.size() - nHead) / 6;
+        ASSERT_EQ(Load(whole), 0);
+        ASSERT_EQ(Draw(0, 0, 0, 0, 9, 6), 0);
+        const uint32_t nFull = At(0, 0);
+        ASSERT_NE(nFull, 0u);
+        for (size_t nLength = 54; nLength <= whole.size(); ++nLength) {
+            ASSERT_EQ(Load(whole.substr(0, nLength)), 0);
+            ASSERT_EQ(Draw(0, 0, 0, 0, 9, 6), 0);
+            for (int i = 0; i < 9 * 6; ++i) {
+                const int x = i % 9, y = i / 9;
+                const size_t nEnd = nHead + nRow * static_cast<size_t>(5 - y) +
+                                    (static_cast<size_t>(x + 1) * static_cast<size_t>(kind.nBits) + 7) / 8;
+                ASSERT_EQ(At(x, y), nEnd <= nLength ? nFull : 0u)
+                    << kind.nBits << " bits cut at " << nLength << ": " << x << " " << y;
+            }
+        }
+    }
+}
+
+TEST_F(HostileDib, SizesThatTheFileCannotHold) {
+    const int sizes[] = {0, 1, -1, 257, 2000000000, -2000000000, INT_MAX, INT_MIN};
+    for (int nBits : {1, 4, 8, 16, 24, 32}) {
+        for (uint32_t nUsed : {0u, 0x3FFFFFFFu}) {
+            for (int nWidth : sizes) {
+                for (int nHeight : sizes) {
+                    BmpSpec spec;
+                    spec.width = nWidth;
+                    spec.height = nHeight;
+                    spec.bits = nBits;
+                    spec.colors_used = nUsed;
+                    ASSERT_EQ(Load(test::BmpHead(spec) + std::string(60, '\x77')), 0);
+                    const RECT near = {0, 0, 256, 256};
+                    const RECT far = {INT_MIN, INT_MIN, INT_MIN + 256, INT_MIN + 256};
+                    const RECT end = {INT_MAX - 256, INT_MAX - 256, INT_MAX, INT_MAX};
+                    const RECT all = {INT_MIN, INT_MIN, INT_MAX, INT_MAX};
+                    for (const RECT& source : {near, far, end})
+                        EXPECT_EQ(m_display.DrawDibSlot(1, &near, &source, 4), 0);
+                    EXPECT_EQ(m_display.DrawDibSlot(1, &all, &all, 4), 0);
+                    if (nWidth <= 0 || nHeight == 0) {
+                        EXPECT_EQ(m_display.DrawDibSlot(1, &near, &near, 4), 0);
+                        EXPECT_EQ(At(0, 255), 0u);
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST_F(HostileDib, ATallPictureOfWhichTheFileHoldsTheLastRows) {
+    BmpSpec spec;  // stored from the bottom, so what is there is the picture's lower end
+    spec.width = 4;
+    spec.height = 2000000000;
+    spec.bits = 32;
+    ASSERT_EQ(Load(test::BmpHead(spec) + std::string(4 * 4 * 3, '\x11')), 0);
+    const RECT dest = {0, 0, 4, 5}, source = {0, 0, 4, 5};
+    ASSERT_EQ(m_display.DrawDibSlot(1, &dest, &source, 4), 0);
+    EXPECT_EQ(At(0, 1), 0u);
+    EXPECT_EQ(At(0, 2), 0x111111u);
+    EXPECT_EQ(At(3, 4), 0x111111u);
+}
+
+TEST_F(HostileDib, NegativeRectanglesDrawNothing) {
+    ASSERT_EQ(Load(MakeBmp(BmpSpec(), [](int, int) { return 0xFFFFFFu; })), 0);
+    const RECT rects[] = {{1, 1, 0, 0}, {0, 1, 1, 0}, {1, 0, 0, 1}, {0, 0, 0, 1}, {INT_MAX, 0, INT_MIN, 1}};
+    for (const RECT& rect : rects) {
+        EXPECT_EQ(m_display.DrawDibSlot(1, &rect, &rect, 4), 0);
+        EXPECT_EQ(At(0, 0), 0u);
+    }
+}
+
+}  // namespace
