@@ -8,7 +8,12 @@
 
 namespace {
 
-constexpr DWORD kDataBytes = 0x70000000;  // declared to the library; after so much a new file is begun
+// The length declared to the library, which counts bytes and frames of a file in 31 bits; after so much a new
+// file is begun.
+DWORD DeclaredBytes(const AcmFormat& format) {
+    constexpr DWORD kMost = 0x70000000;
+    return kMost / std::max(format.nBlockBytes, format.nBlockFrames) * format.nBlockBytes;
+}
 
 int16_t ToSample(float f) {
     if (!(f == f)) return 0;
@@ -20,7 +25,7 @@ int16_t ToSample(float f) {
 bool AcmDecoder::Decode(const BYTE* pSource, DWORD nBlocks, int16_t* pSamples) {
     const int64_t nBytes = int64_t{nBlocks} * m_format.nBlockBytes;
     m_nPieceStart += m_nPieceBytes;
-    if (m_nPieceStart + nBytes > kDataBytes) Close();
+    if (m_nPieceStart + nBytes > DeclaredBytes(m_format)) Close();
     m_pPiece = pSource;
     m_nPieceBytes = nBytes;
     if (m_pFile == nullptr && !Open()) return false;
@@ -35,7 +40,7 @@ bool AcmDecoder::Decode(const BYTE* pSource, DWORD nBlocks, int16_t* pSamples) {
 bool AcmDecoder::Open() {
     m_nPieceStart = 0;
     m_nPos = 0;
-    m_nHeader = WriteAcmHeader(m_format, kDataBytes / m_format.nBlockBytes * m_format.nBlockBytes, m_aHeader);
+    m_nHeader = WriteAcmHeader(m_format, DeclaredBytes(m_format), m_aHeader);
     SF_VIRTUAL_IO io = {Length, Seek, Read, nullptr, Tell};
     SF_INFO info = {};
     m_pFile = sf_open_virtual(&io, SFM_READ, &info, this);
@@ -70,7 +75,7 @@ bool AcmDecoder::ReadFloatFrames(DWORD nFrames, int16_t* pSamples) {
 
 sf_count_t AcmDecoder::Length(void* pUser) {
     const auto* pThis = static_cast<AcmDecoder*>(pUser);
-    return pThis->m_nHeader + kDataBytes / pThis->m_format.nBlockBytes * pThis->m_format.nBlockBytes;
+    return pThis->m_nHeader + DeclaredBytes(pThis->m_format);
 }
 
 sf_count_t AcmDecoder::Seek(sf_count_t nOffset, int nWhence, void* pUser) {

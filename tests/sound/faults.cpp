@@ -1,0 +1,120 @@
+#include "sound/faults.h"
+
+#include <iterator>
+
+#include "platform/acm.h"
+#include "platform/files.h"
+#include "platform/mmio.h"
+#include "sound/xadec.h"
+
+namespace {
+
+struct Order {
+    int64_t result = 0;
+    int skip = 0;
+    int times = 0;
+};
+
+Order g_orders[static_cast<int>(faults::Call::kCount)];
+int g_calls[static_cast<int>(faults::Call::kCount)];
+std::string g_flags;
+bool g_leave_rate_open = false;
+
+bool Fails(faults::Call call, int64_t* result) {
+    ++g_calls[static_cast<int>(call)];
+    Order& order = g_orders[static_cast<int>(call)];
+    if (order.times == 0) return false;
+    if (order.skip > 0) {
+        --order.skip;
+        return false;
+    }
+    --order.times;
+    *result = order.result;
+    return true;
+}
+
+}  // namespace
+
+namespace faults {
+
+void FailNext(Call call, int64_t result, int skip, int times) {
+    g_orders[static_cast<int>(call)] = {result, skip, times};
+}
+
+void FailNothing() {
+    for (Order& order : g_orders) order = {};
+    for (int& calls : g_calls) calls = 0;
+    g_flags.clear();
+    g_leave_rate_open = false;
+}
+
+int Calls(Call call) {
+    return g_calls[static_cast<int>(call)];
+}
+
+const std::string& ConvertFlags() {
+    return g_flags;
+}
+
+void LeaveXaRateOpen(bool leave) {
+    g_leave_rate_open = leave;
+}
+
+}  // namespace faults
+
+// SYMBOL is the mangled name; the linker knows the true function as __real_ and calls it as __wrap_.
+#define FAULT(RESULT, SYMBOL, CALL, PARAMETERS, ARGUMENTS)               \
+    extern "C" RESULT __real_##SYMBOL PARAMETERS;                        \
+    extern "C" RESULT __wrap_##SYMBOL PARAMETERS;                        \
+    extern "C" RESULT __wrap_##SYMBOL PARAMETERS {                       \
+        int64_t result;                                                  \
+        if (Fails(faults::Call::CALL, &result)) return (RESULT)(result); \
+        return __real_##SYMBOL ARGUMENTS;                                \
+    }
+
+FAULT(MMRESULT, _Z11mmioDescendP8MmioFileP8MMCKINFOPKS1_j, kMmioDescend,
+      (HMMIO h, MMCKINFO* chunk, const MMCKINFO* parent, UINT flags), (h, chunk, parent, flags))
+FAULT(MMRESULT, _Z10mmioAscendP8MmioFileP8MMCKINFOj, kMmioAscend, (HMMIO h, MMCKINFO* chunk, UINT flags),
+      (h, chunk, flags))
+FAULT(LONG, _Z8mmioReadP8MmioFilePvi, kMmioRead, (HMMIO h, void* to, LONG count), (h, to, count))
+FAULT(LONG, _Z8mmioSeekP8MmioFileii, kMmioSeek, (HMMIO h, LONG offset, int origin), (h, offset, origin))
+FAULT(MMRESULT, _Z16acmFormatSuggestP9AcmDriverP12WAVEFORMATEXS2_jj, kAcmFormatSuggest,
+      (AcmDriver * d, WAVEFORMATEX* from, WAVEFORMATEX* to, DWORD size, DWORD flags),
+      (d, from, to, size, flags))
+FAULT(MMRESULT, _Z13acmStreamOpenPP9AcmStreamP9AcmDriverP12WAVEFORMATEXS5_P10WAVEFILTERmmj, kAcmStreamOpen,
+      (HACMSTREAM * h, AcmDriver* d, WAVEFORMATEX* from, WAVEFORMATEX* to, WAVEFILTER* filter,
+       uintptr_t callback, uintptr_t instance, DWORD flags),
+      (h, d, from, to, filter, callback, instance, flags))
+FAULT(MMRESULT, _Z13acmStreamSizeP9AcmStreamjPjj, kAcmStreamSize,
+      (HACMSTREAM h, DWORD in, DWORD* out, DWORD flags), (h, in, out, flags))
+FAULT(MMRESULT, _Z22acmStreamPrepareHeaderP9AcmStreamP15ACMSTREAMHEADERj, kAcmPrepare,
+      (HACMSTREAM h, ACMSTREAMHEADER* header, DWORD flags), (h, header, flags))
+FAULT(MMRESULT, _Z24acmStreamUnprepareHeaderP9AcmStreamP15ACMSTREAMHEADERj, kAcmUnprepare,
+      (HACMSTREAM h, ACMSTREAMHEADER* header, DWORD flags), (h, header, flags))
+FAULT(int, _Z12xaDecodeSizePvjPj, kXaSize, (void* h, DWORD length, DWORD* pcm), (h, length, pcm))
+FAULT(int, _Z15xaDecodeConvertPvP14XaConvertBlock, kXaConvert, (void* h, XaConvertBlock* block), (h, block))
+FAULT(size_t, _Z8FileReadPvmmP10FileStream, kFileRead,
+      (void* to, size_t size, size_t count, FileStream* file), (to, size, count, file))
+
+extern "C" MMRESULT __real__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HACMSTREAM, ACMSTREAMHEADER*,
+                                                                              DWORD);
+extern "C" MMRESULT __wrap__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HACMSTREAM, ACMSTREAMHEADER*,
+                                                                              DWORD);
+extern "C" MMRESULT __wrap__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HACMSTREAM h,
+                                                                              ACMSTREAMHEADER* header,
+                                                                              DWORD flags) {
+    g_flags += flags == ACM_STREAMCONVERTF_BLOCKALIGN ? 'B' : flags == 0 ? '0' : '?';
+    int64_t result;
+    if (Fails(faults::Call::kAcmConvert, &result)) return static_cast<MMRESULT>(result);
+    return __real__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(h, header, flags);
+}
+
+extern "C" void* __real__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE*, WAVEFORMATEX*);
+extern "C" void* __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE*, WAVEFORMATEX*);
+extern "C" void* __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE* header, WAVEFORMATEX* format) {
+    int64_t result;
+    if (Fails(faults::Call::kXaOpen, &result)) return nullptr;
+    void* handle = __real__Z12xaDecodeOpenPKhP12WAVEFORMATEX(header, format);
+    if (g_leave_rate_open) format->nAvgBytesPerSec = 0;
+    return handle;
+}

@@ -1,0 +1,329 @@
+// Loading WAV files whole: every way that it can fail, and what loads although something is wrong.
+#include "sound/sound_support.h"
+
+using DsCall = directsound_test::Call;
+using faults::Call;
+
+namespace soundtest {
+namespace {
+
+const std::string kNoFile = "";
+
+class Wav : public SoundTest {
+protected:
+    std::string LoadLog(CDSBuffer* sound, int stream = 0) {
+        return LogOf([&] { m_result = sound->Load(stream); });
+    }
+    std::string LoadLog(const std::string& bytes, int stream = 0) { return LoadLog(Make(bytes), stream); }
+    int m_result = -1;
+};
+
+constexpr char kLine[] = "CDSBuffer::LoadWav ";
+
+struct Row {
+    const char* log;
+    std::function<void()> fail;
+    bool format, converter, buffer;
+    char content;  // of the buffer: 's' silence, 'd' the sound, '?' anything, '-' no buffer
+};
+
+void Mm(Call call, int skip = 0) {
+    faults::FailNext(call, 1, skip);
+}
+
+TEST_F(Wav, FailuresAndWhatTheyLeave) {
+    const Samples samples = Music(8820, 1, 44100);
+    const auto lose = [](int times) {
+        directsound_test::FailNext(DsCall::kLock, DSERR_BUFFERLOST, 0, times);
+    };
+    const Row rows[] = {
+        {"RIFF DecError\n", [] { Mm(Call::kMmioDescend); }, false, false, false, '-'},
+        {"fmt DecError\n", [] { Mm(Call::kMmioDescend, 1); }, false, false, false, '-'},
+        {"fmt read Error\n", [] { faults::FailNext(Call::kMmioRead, 17); }, true, false, false, '-'},
+        {"fmtAscError\n", [] { Mm(Call::kMmioAscend); }, false, false, false, '-'},
+        {"data DecError\n", [] { Mm(Call::kMmioDescend, 2); }, false, false, false, '-'},
+        {"ACM SUGGEST ERROR\n", [] { Mm(Call::kAcmFormatSuggest); }, false, false, false, '-'},
+        {"ACM OPEN ERROR\n", [] { Mm(Call::kAcmStreamOpen); }, false, false, false, '-'},
+        {"Size(s2d)Get Error\n", [] { Mm(Call::kAcmStreamSize); }, false, true, false, '-'},
+        {"DSBCreateError\n", [] { directsound_test::FailNext(DsCall::kGetCaps, kFailed); }, false, true, true,
+         '?'},
+        {"LockError\n", [] { directsound_test::FailNext(DsCall::kLock, kFailed); }, false, true, true, '?'},
+        {"LockError\n", [&] { lose(2); }, false, true, true, '?'},
+        {"PrepareError\n", [] { Mm(Call::kAcmPrepare); }, false, true, true, 's'},
+        {"ConvertError\n", [] { Mm(Call::kAcmConvert); }, false, true, true, 's'},
+        {"UnprepareError\n", [] { Mm(Call::kAcmUnprepare); }, false, true, true, 'd'},
+        {"UnlockError\n", [] { directsound_test::FailNext(DsCall::kUnlock, kFailed); }, false, true, true,
+         'd'},
+    };
+    for (const Row& row : rows) {
+        CDSBuffer* sound = Make(test::Wav(samples));
+        directsound_test::FailNothing();
+        faults::FailNothing();
+        row.fail();
+        std::string log = LogOf([&] { EXPECT_EQ(sound->LoadWav(0), 1); });
+        directsound_test::FailNothing();
+        if (row.log == std::string("DSBCreateError\n")) {
+            EXPECT_EQ(log.substr(0, log.find('\n') + 1), "CDSBuffer::CreateDSB GetCapsError\n");
+            log = log.substr(log.find('\n') + 1);
+        }
+        EXPECT_EQ(log, kLine + std::string(row.log));
+        EXPECT_EQ(sound->m_hFile, nullptr) << row.log;
+        EXPECT_EQ(sound->m_pSrc, nullptr) << row.log;
+        EXPECT_EQ(sound->m_pSrcFormat != nullptr, row.format) << row.log;
+        EXPECT_EQ(sound->m_hAcm != nullptr, row.converter) << row.log;
+        EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer) << row.log;
+        EXPECT_EQ(sound->Play(), row.buffer ? 0 : 1) << row.log;
+        if (row.content == 's') {
+            EXPECT_EQ(Contents(sound->m_pDSB), std::string(17640, '\0')) << row.log;
+        }
+        if (row.content == 'd') {
+            EXPECT_EQ(Contents(sound->m_pDSB), Bytes(samples)) << row.log;
+        }
+        EXPECT_EQ(LogOf([&] { sound->Term(); }), "") << row.log;  // nothing is left that it cannot close
+        EXPECT_EQ(sound->m_pDSB, nullptr);
+        EXPECT_EQ(sound->m_hAcm, nullptr);
+        EXPECT_EQ(sound->m_pSrcFormat, nullptr);
+    }
+}
+
+TEST_F(Wav, LoadedWhole) {
+    const Samples samples = Music(10000, 2, 22050);
+    CDSBuffer* sound = Make(test::Wav(samples, {2, 22050, 16}));
+    EXPECT_EQ(LoadLog(sound), "");
+    EXPECT_EQ(m_result, 0);
+    EXPECT_NE(sound->m_pDSB, nullptr);
+    EXPECT_EQ(sound->m_pDSBCreated, sound->m_pDSB);
+    EXPECT_EQ(sound->m_nKind, 1);
+    EXPECT_EQ(sound->m_bStream, 0);
+    EXPECT_EQ(sound->m_hFile, nullptr);
+    EXPECT_EQ(sound->m_hAcm, nullptr);
+    EXPECT_EQ(sound->m_pSrc, nullptr);
+    EXPECT_EQ(sound->m_pSrcFormat, nullptr);
+    EXPECT_EQ(sound->m_nDataLen, 40000u);
+    EXPECT_EQ(sound->m_nDataPos, 44u);
+    EXPECT_EQ(sound->m_nPcmLen, 40000u);
+    EXPECT_EQ(sound->m_nSrcSize, 40000u);
+    EXPECT_EQ(sound->m_nBufSize, 40000u);
+    EXPECT_EQ(sound->m_nSeconds, 0u);
+    EXPECT_EQ(sound->m_wfx.nSamplesPerSec, 22050u);
+    EXPECT_EQ(sound->m_wfx.nChannels, 2);
+    EXPECT_EQ(ContentSamples(sound->m_pDSB), samples);
+    EXPECT_EQ(faults::ConvertFlags(), "0");
+    EXPECT_EQ(sound->Load(0), 0);  // again, over the old one
+    EXPECT_EQ(ContentSamples(sound->m_pDSB), samples);
+}
+
+TEST_F(Wav, LostBufferIsRestoredOnce) {
+    const Samples samples = Music(8820, 1, 44100);
+    directsound_test::FailNext(DsCall::kLock, DSERR_BUFFERLOST);
+    directsound_test::FailNext(DsCall::kRestore, kFailed);  // its result is not looked at
+    EXPECT_EQ(LoadLog(test::Wav(samples)), "");
+    EXPECT_EQ(m_result, 0);
+    EXPECT_EQ(ContentSamples(m_sound->m_pDSB), samples);
+}
+
+TEST_F(Wav, MissingFileIsReportedOnce) {
+    m_sound = std::make_unique<CDSBuffer>(m_device);
+    m_sound->SetFileName("/no/such/file.wav");
+    EXPECT_EQ(LoadLog(m_sound.get()), "CDSBuffer::LoadWav /no/such/file.wav Open Error\n");
+    EXPECT_EQ(m_result, 1);
+    EXPECT_EQ(m_sound->m_pDSB, nullptr);
+    EXPECT_EQ(m_sound->Play(), 1);
+}
+
+TEST_F(Wav, WhatIsNoWav) {
+    const std::string fmt = Chunk("fmt ", FormatBlock({})), data = Chunk("data", "abcd");
+    const std::pair<std::string, const char*> rows[] = {
+        {"", "RIFF DecError\n"},
+        {"RIFF\1\1\1", "RIFF DecError\n"},
+        {"RIFF\1\1\1\1WAV", "RIFF DecError\n"},  // a RIFF chunk has a type
+        {"RIFX\1\1\1\1", "WAVE not found\n"},
+        {"#TITLE of a chart", "WAVE not found\n"},
+        {"RIFF" + std::string(4, '\0') + "AVI fmt ", "WAVE not found\n"},
+        {"KWD2" + std::string(40, '1'), "WAVE not found\n"},
+        {Riff(""), "fmt DecError\n"},
+        {Riff(data), "fmt DecError\n"},
+        {Riff(fmt), "fmt read Error\n"},  // 18 bytes are read of a block of 16
+        {Riff("fmt "), "fmt DecError\n"},
+        {Riff(fmt + "da"), "data DecError\n"},
+        {Riff(fmt + Chunk("LIST", "INFOabcd")), "data DecError\n"},
+        {Riff(data + fmt + Chunk("JUNK", "....")), "data DecError\n"},
+    };
+    for (const auto& [bytes, log] : rows) {
+        EXPECT_EQ(LoadLog(bytes), kLine + std::string(log)) << bytes;
+        EXPECT_EQ(m_result, 1);
+        EXPECT_EQ(m_sound->m_pDSB, nullptr);
+    }
+}
+
+TEST_F(Wav, FilesThatAreWrongButLoad) {
+    const Samples samples = Music(8820, 1, 44100);
+    const std::string pcm = Bytes(samples), fmt = Chunk("fmt ", FormatBlock({}));
+    const std::string data = Chunk("data", pcm);
+    const auto odd = [](const std::string& name, const std::string& text) {  // no pad byte behind it
+        return name + test::LittleEndian(text.size(), 4) + text;
+    };
+    const auto sized = [&](uint64_t size) {
+        return "RIFF" + test::LittleEndian(size, 4) + "WAVE" + fmt + data;
+    };
+    const std::string long_fmt = Chunk("fmt ", FormatBlock({}) + std::string(10000, 'x'));
+    const std::pair<const char*, std::string> rows[] = {
+        {"RIFF size 0", sized(0)},
+        {"RIFF size too small", sized(30)},
+        {"RIFF size 4 GB", sized(0xFFFFFFFF)},
+        {"chunks in front and between", Riff(Chunk("JUNK", "abc") + Chunk("LIST", "INFOxyz") + fmt +
+                                             Chunk("fact", "1234") + Chunk("cue ", "odd") + data)},
+        {"odd chunk without pad", Riff(odd("note", "abc") + fmt + odd("cue ", "a") + data)},
+        {"empty chunks", Riff(Chunk("JUNK", "") + fmt + Chunk("JUNK", "") + data)},
+        {"long format block", Riff(long_fmt + data)},
+        {"format block of 2 bytes in excess", Riff(Chunk("fmt ", FormatBlock({}) + "\xff\xff") + data)},
+        {"two data chunks", Riff(fmt + data + Chunk("data", "no"))},
+    };
+    for (const auto& [what, bytes] : rows) {
+        EXPECT_EQ(LoadLog(bytes), "") << what;
+        ASSERT_EQ(m_result, 0) << what;
+        EXPECT_EQ(ContentSamples(m_sound->m_pDSB), samples) << what;
+    }
+    EXPECT_EQ(LoadLog(Make(sized(0), "picture.bmp")), "");  // by content, whatever the name
+    EXPECT_EQ(m_result, 0);
+}
+
+TEST_F(Wav, ShortSoundsGetASilentTail) {
+    struct Size {
+        int frames, channels, rate, bits;
+        size_t bytes;
+    };
+    const Size rows[] = {
+        {4410, 2, 44100, 16, 26460},                               // 100 ms
+        {0, 2, 44100, 16, 26460},    {6614, 2, 44100, 16, 26460},  // one frame short of 150 ms
+        {6615, 2, 44100, 16, 26460}, {6616, 2, 44100, 16, 26464},
+        {10, 1, 11025, 8, 1653},     {10, 1, 11025, 16, 3308},  // 3307.5, in whole frames
+        {10, 2, 22050, 16, 13232},
+    };
+    for (const Size& row : rows) {
+        const Samples samples = Music(row.frames, row.channels, row.rate);
+        const std::string wav = test::Wav(samples, {row.channels, row.rate, row.bits});
+        EXPECT_EQ(LoadLog(wav), "");
+        ASSERT_EQ(m_result, 0);
+        const std::string content = Contents(m_sound->m_pDSB);
+        const std::string pcm = wav.substr(44, samples.size() * static_cast<size_t>(row.bits / 8));
+        ASSERT_EQ(content.size(), row.bytes) << row.frames;
+        EXPECT_EQ(m_sound->m_nBufSize, row.bytes);
+        EXPECT_EQ(content.substr(0, pcm.size()), pcm);
+        EXPECT_EQ(content.substr(pcm.size()),
+                  std::string(row.bytes - pcm.size(), row.bits == 8 ? '\x80' : '\0'));
+    }
+}
+
+TEST_F(Wav, DataLongerThanTheFile) {
+    const Samples samples = Music(20000, 1, 44100);
+    for (int bits : {8, 16}) {
+        std::string wav = test::Wav(samples, {1, 44100, bits});
+        const size_t declared = 20000u * static_cast<size_t>(bits / 8), held = declared / 4;
+        wav.resize(44 + held);
+        EXPECT_EQ(LoadLog(wav), "");
+        ASSERT_EQ(m_result, 0);
+        EXPECT_EQ(m_sound->m_nPcmLen, declared);
+        EXPECT_EQ(Contents(m_sound->m_pDSB),
+                  wav.substr(44) + std::string(declared - held, bits == 8 ? '\x80' : '\0'));
+    }
+}
+
+TEST_F(Wav, StreamOnlyFromTwentySecondsOn) {
+    const std::pair<int, bool> rows[] = {{19 * 8000, false}, {19 * 8000 + 7200, false}, {20 * 8000, true}};
+    for (const auto& [frames, streamed] : rows) {
+        const std::string wav = test::Wav(Samples(static_cast<size_t>(frames)), {1, 8000, 8});
+        for (int stream : {0, 1, -5}) {
+            EXPECT_EQ(LoadLog(wav, stream), "");
+            EXPECT_EQ(m_sound->m_bStream, streamed && stream != 0 ? 1 : 0) << frames << " " << stream;
+            EXPECT_EQ(m_sound->m_nSeconds, static_cast<DWORD>(frames / 8000));
+            EXPECT_EQ(m_sound->m_nBufSize, m_sound->m_bStream ? 16000u : static_cast<DWORD>(frames));
+        }
+    }
+}
+
+TEST_F(Wav, CreateDSB) {
+    const std::string wav = test::Wav(Music(8820, 1, 44100));
+    const std::string second = "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB 1stCreateFailed\n";
+    directsound_test::FailNext(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT);
+    EXPECT_EQ(LoadLog(wav), second);
+    EXPECT_EQ(m_result, 0);
+    DSBCAPS caps = {};
+    caps.dwSize = sizeof(caps);
+    ASSERT_EQ(m_sound->m_pDSB->GetCaps(&caps), DS_OK);
+    EXPECT_EQ(caps.dwFlags, 0x10080u);
+
+    directsound_test::FailNext(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT, 0, 2);
+    EXPECT_EQ(LoadLog(wav), second + "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB CreateDSBError\n" +
+                                "CDSBuffer::LoadWav DSBCreateError\n");
+    EXPECT_EQ(m_result, 1);
+    EXPECT_EQ(m_sound->m_pDSB, nullptr);
+
+    EXPECT_EQ(LoadLog(wav), "");
+    ASSERT_EQ(m_sound->m_pDSB->GetCaps(&caps), DS_OK);
+    EXPECT_EQ(caps.dwFlags, 0x180CAu);
+
+    CDSBuffer homeless;
+    homeless.SetFileName(m_folder.Path("s.wav").c_str());
+    EXPECT_EQ(LoadLog(&homeless), "CDSBuffer::CreateDSB DSobj==NULL\nCDSBuffer::LoadWav DSBCreateError\n");
+}
+
+TEST_F(Wav, TermWithoutAKindSaysSo) {
+    CDSBuffer sound(m_device);
+    int something = 0;
+    sound.m_hFile = sound.m_hAcm = &something;
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound.Term(), 0); }),
+              "CDSBuffer::Term hFile Error?\nCDSBuffer::Term hAcm Error?\n");
+    EXPECT_EQ(sound.m_hFile, nullptr);
+    EXPECT_EQ(sound.m_hAcm, nullptr);
+}
+
+// Sizes and numbers that no true file has: each ends in a row of its own, and no memory goes with them.
+TEST_F(Wav, HostileNumbers) {
+    const auto header = [](const Format& format, uint64_t fmt_size, uint64_t data_size) {
+        return "RIFF" + std::string(4, '\xff') + "WAVEfmt " + test::LittleEndian(fmt_size, 4) +
+               FormatBlock(format) + "data" + test::LittleEndian(data_size, 4) + "0123456789";
+    };
+    const std::string refused =
+        "HRESULT->DSERR_INVALIDPARAM\nCDSBuffer::CreateDSB 1stCreateFailed\n"
+        "HRESULT->DSERR_INVALIDPARAM\nCDSBuffer::CreateDSB CreateDSBError\n"
+        "CDSBuffer::LoadWav DSBCreateError\n";
+    std::string bad_rate = refused;
+    for (size_t at; (at = bad_rate.find("INVALIDPARAM")) != std::string::npos;)
+        bad_rate.replace(at, 12, "BADFORMAT");
+    const std::pair<std::string, std::string> rows[] = {
+        {header({}, 16, 0xFFFFFFFF), refused},
+        {header({}, 16, 0xFFFFFFFE), refused},
+        {header({1, 1, 44100, -1, -1, 8, ""}, 16, 0xFFFFFFFF), refused},
+        {header({7, 1, 44100, -1, -1, 8, ""}, 16, 0xFFFFFFFF), refused},
+        {header({17, 1, 44100, -1, 1024, 4, ""}, 16, 0xFFFFFFFF), refused},
+        {header({1, 0, 44100, -1, -1, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({1, 9, 44100, -1, -1, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({1, 1, 44100, -1, 0, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({17, 2, 44100, -1, 0, 4, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({17, 2, 44100, -1, 8, 4, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({1, 1, 0, -1, -1, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({1, 1, -294967296, -1, -1, 16, ""}, 16, 100),
+         "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},  // 4 GHz
+        {header({1, 1, -294967296, -1, -1, 8, ""}, 16, 100), bad_rate},
+        {header({}, 0, 100), "CDSBuffer::LoadWav data DecError\n"},
+        {header({}, 0x80000000, 100), "CDSBuffer::LoadWav fmt read Error\n"},
+        {header({}, 0xFFFFFFFF, 100), "CDSBuffer::LoadWav fmt read Error\n"},
+        {header({0xFFFE, 2, 44100, -1, -1, 16, "\xff\xff"}, 18, 100),
+         "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+    };
+    int number = 0;
+    for (const auto& [bytes, log] : rows) {
+        EXPECT_EQ(LoadLog(bytes), log) << number;
+        EXPECT_EQ(m_result, 1) << number;
+        EXPECT_EQ(m_sound->m_pDSB, nullptr) << number;
+        LoadLog(bytes, 1);  // a stream needs no memory for its length
+        EXPECT_LE(directsound_test::SampleBytes(), size_t{1} << 24) << number;
+        m_sound->Play();
+        m_sound->StreamPlay();
+        ++number;
+    }
+}
+
+}  // namespace
+}  // namespace soundtest
