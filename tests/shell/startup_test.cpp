@@ -1,0 +1,220 @@
+// Start-up in its order, with every box and exit code; the title; the loop; the end.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "display/ddraw.h"
+#include "fresh.h"
+#include "host/headless/sound.h"
+#include "playback/playback.h"
+#include "shell/startup.h"
+#include "small_chart.h"
+
+namespace {
+
+using headless::At;
+using headless::Call;
+using headless::Key;
+
+constexpr int kEscape = 27;
+
+void ExpectOneBox(const std::string& text, const std::string& caption) {
+    ASSERT_EQ(headless::Boxes().size(), 1u);
+    EXPECT_EQ(headless::Boxes()[0].text, text);
+    EXPECT_EQ(headless::Boxes()[0].caption, caption);
+    EXPECT_EQ(headless::Boxes()[0].icon, host::BoxIcon::kWarning);
+}
+
+class StartUpTest : public testing::Test {
+protected:
+    StartUpTest() : chart_(test::WriteChart(folder_)) { test::FreshProgram(); }
+    ~StartUpTest() override { EXPECT_EQ(headless::Faults(), std::vector<std::string>{}); }
+
+    test::TempFolder folder_;
+    const std::string chart_;
+};
+
+TEST_F(StartUpTest, ARefusedWindowEndsWithoutAWord) {
+    headless::FailOpenWindow(true);
+    EXPECT_EQ(test::RunLine("-P " + chart_), 0);
+    EXPECT_EQ(g_hWnd, nullptr);
+    EXPECT_TRUE(headless::Boxes().empty());
+    EXPECT_EQ(g_pDSound, nullptr);
+}
+
+TEST_F(StartUpTest, TheFirstDialogAndItsCancelling) {
+    At(0, headless::CancelFile());
+    EXPECT_EQ(test::RunLine("-P "), -1);
+    ASSERT_EQ(headless::FileDialogs().size(), 1u);
+    const headless::FileDialog& dialog = headless::FileDialogs()[0];
+    EXPECT_EQ(dialog.title, "Open BMS(BME) file");
+    EXPECT_EQ(dialog.filter.name, "BMS(BME)File(*.bms|*.bme)");
+    EXPECT_EQ(dialog.filter.patterns, "*.bms;*.bme");
+    EXPECT_TRUE(headless::Titles().empty());
+    EXPECT_TRUE(headless::Boxes().empty());
+}
+
+TEST_F(StartUpTest, TheFirstDialogChooses) {
+    At(0, headless::ChooseFile(folder_.Path("song.bms")));
+    At(100, Key(kEscape));
+    EXPECT_EQ(test::RunLine(""), 0);
+    EXPECT_EQ(headless::Titles().back(), "-genre- title  [artist] ");
+}
+
+TEST_F(StartUpTest, NoSoundDevice) {
+    headless::RefuseSound(true);
+    At(0, headless::AnswerBox());
+    EXPECT_EQ(test::RunLine("missing.bms"), -1);  // the sound device comes first
+    ExpectOneBox("DirectSoundInitError", "Error!");
+    EXPECT_NE(g_pDSound, nullptr);  // left to the end of the process, like the window
+    EXPECT_EQ(g_pDDraw, nullptr);
+    EXPECT_TRUE(headless::TheWindow().open);
+}
+
+TEST_F(StartUpTest, AChartThatIsNotThere) {
+    At(0, headless::AnswerBox());
+    EXPECT_EQ(test::RunLine("\"missing chart.bms\""), -1);
+    ExpectOneBox("missing chart.bms", "FileLoadError!");
+    EXPECT_EQ(headless::Titles(),
+              (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading..."}));
+    EXPECT_EQ(headless::FrameCount(), 0u);
+}
+
+TEST_F(StartUpTest, AChartOfMeasureZeroAlone) {
+    const std::string chart = test::WriteChart(folder_, "zero.bms", "#WAV01 long.wav\r\n#00011:01\r\n");
+    At(0, headless::AnswerBox());
+    EXPECT_EQ(test::RunLine(chart), -1);
+    ExpectOneBox(chart, "CompileError!");
+    EXPECT_EQ(headless::FrameCount(), 0u);
+}
+
+TEST_F(StartUpTest, EachCommandInAFailureBoxIsHarmless) {
+    const uint32_t messages[] = {1125, 1126, 1127, 1128, 1129, 1130, 1134, 1224, 515, 274, 16};
+    const struct {
+        const char* line;
+        bool sound;
+    } starts[] = {{"-P missing.bms", true}, {"missing.bms", true}, {"-P missing.bms", false}};
+    for (const auto& start : starts) {
+        for (const uint32_t message : messages) {
+            test::FreshProgram();
+            headless::RefuseSound(!start.sound);
+            At(10, headless::Remote(message, message == 274 ? IDM_LOAD : 2));
+            // Straight to the window too, as its own messages come.
+            At(20, Call([message] { PostMessageA(g_hWnd, message, message == 274 ? IDM_LOAD : 2, 0); }));
+            At(30, headless::Remote(WM_REMOTE_LOAD));
+            At(40, Key(13));
+            EXPECT_EQ(test::RunLine(start.line), -1) << message;
+            EXPECT_EQ(headless::Boxes().size(), 1u) << message;
+            EXPECT_TRUE(headless::FileDialogs().empty()) << message;
+            EXPECT_EQ(g_nStartMeasure, -1) << message;
+        }
+    }
+    headless::Reset();
+}
+
+TEST_F(StartUpTest, ASpeedOrAHostGetsThroughAFailureBox) {
+    At(10, headless::Remote(WM_REMOTE_SPEED, 300));
+    At(20, headless::Remote(WM_REMOTE_HOST));
+    At(30, headless::Remote(WM_REMOTE_SPEED, 400));
+    At(40, headless::AnswerBox());
+    EXPECT_EQ(test::RunLine("missing.bms"), -1);
+    EXPECT_EQ(g_fSpeed, 300 * 0.01f);
+    EXPECT_EQ(g_bHost, 1);
+}
+
+TEST_F(StartUpTest, WhereTheWindowStands) {
+    const struct {
+        const char* options;
+        int x, y;
+    } rows[] = {{"-X40 -Y60 ", 40, 60}, {"", 100, 100}, {"-X100 ", 100, -1}, {"-X0 -Y0 ", 0, 0}};
+    for (const auto& row : rows) {
+        test::FreshProgram();
+        At(100, Call([&row] {
+               EXPECT_EQ(headless::TheWindow().client.left, row.x) << row.options;
+               EXPECT_EQ(headless::TheWindow().client.top, row.y) << row.options;
+               EXPECT_EQ(headless::TheWindow().client.right - row.x, 452);
+               EXPECT_EQ(headless::TheWindow().client.bottom - row.y, 280);
+               EXPECT_TRUE(headless::TheWindow().topmost);
+           }));
+        At(200, Key(kEscape));
+        EXPECT_EQ(test::RunLine(row.options + chart_), 0);
+    }
+}
+
+TEST_F(StartUpTest, StandsIdleWithoutPlayAndRunsWithIt) {
+    At(500, Call([] {
+           EXPECT_EQ(g_bPlaying, 0);
+           EXPECT_EQ(g_bPaused, 1);
+           EXPECT_EQ(g_dwNowTime, g_dwStartTime);
+           EXPECT_EQ(g_TimeCaps.wPeriodMin, 1u);
+       }));
+    At(600, Key(kEscape));
+    EXPECT_EQ(test::RunLine(chart_), 0);
+    EXPECT_EQ(headless::Titles(), (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading...",
+                                                            "-genre- title  [artist] "}));
+    EXPECT_EQ(g_TimeCaps.wPeriodMin, 0u);
+
+    test::FreshProgram();
+    At(500, Call([] {
+           EXPECT_EQ(g_bPlaying, 1);
+           EXPECT_EQ(g_bPaused, 0);
+           EXPECT_GT(g_dwNowTime - g_dwStartTime, 400u);
+           EXPECT_EQ(g_dwSeekTime, 4999);
+       }));
+    At(600, Key(kEscape));
+    EXPECT_EQ(test::RunLine("-N2 -P " + chart_), 0);
+}
+
+TEST_F(StartUpTest, AMissingResourceIsLoggedOnce) {
+    At(100, Key(kEscape));
+    EXPECT_EQ(WinMain(nullptr, nullptr, std::string(chart_).data(), 1), 0);
+    EXPECT_EQ(headless::Log(), "LoadBitmap Error\n");
+    EXPECT_GT(headless::FrameCount(), 1u);
+}
+
+TEST_F(StartUpTest, Titles) {
+    const std::string longText(100, 'x'), cut(70, 'x');
+    const struct {
+        std::string headers, title;
+    } rows[] = {
+        {"", "-(no genre)- (no title)  [(no artist)] "},
+        {"#TITLE " + longText + "\r\n", "-(no genre)- " + cut + "  [(no artist)] "},
+        {"#GENRE g\r\n#TITLE t\r\n#ARTIST " + longText + "\r\n", "-g- t  [" + cut + "] "},
+        {"#GENRE " + longText + "\r\n#TITLE " + longText + "\r\n#ARTIST " + longText + "\r\n",
+         "-" + cut + "- " + cut + "  [" + cut + "] "},
+    };
+    for (const auto& row : rows) {
+        test::FreshProgram();
+        const std::string chart = test::WriteChart(folder_, "title.bms", row.headers + "#00111:01\r\n");
+        At(50, Key(kEscape));
+        EXPECT_EQ(test::RunLine(chart), 0);
+        EXPECT_EQ(headless::Titles().back(), row.title);
+    }
+}
+
+TEST_F(StartUpTest, WaysOut) {
+    const struct {
+        const char* name;
+        headless::Action action;
+        bool windowStays;
+    } rows[] = {{"Esc", Key(kEscape), true},
+                {"1125", headless::Remote(WM_REMOTE_QUIT), true},
+                {"close", headless::Close(), false}};
+    for (const auto& row : rows) {
+        test::FreshProgram();
+        uint64_t frames = 0;
+        At(299, Call([&frames] { frames = headless::FrameCount(); }));
+        At(300, row.action);
+        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << row.name;
+        EXPECT_LE(headless::FrameCount(), frames + 1) << row.name;  // none behind the way out
+        EXPECT_EQ(headless::TheWindow().open, row.windowStays) << row.name;
+        EXPECT_EQ(g_pDSound, nullptr);
+        EXPECT_EQ(g_pDDraw, nullptr);
+        EXPECT_EQ(g_pBMS, nullptr);
+        EXPECT_EQ(g_pBarList, nullptr);
+        Shutdown();  // once more does nothing
+        EXPECT_FALSE(headless::SoundIsOpen());
+    }
+}
+
+}  // namespace
