@@ -51,6 +51,7 @@ protected:
         At(5000, Key(27));
         EXPECT_EQ(test::RunLine(options + chart_), 0) << where;
         EXPECT_EQ(headless::Faults(), std::vector<std::string>{}) << where;
+        EXPECT_EQ(headless::ActionsLeft(), 0u) << where;
     }
 
     test::TempFolder folder_;

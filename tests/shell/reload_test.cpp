@@ -30,7 +30,10 @@ protected:
         next_ = folder_.Path("other/next.bme");
         test::FreshProgram();
     }
-    ~Reload() override { EXPECT_EQ(headless::Faults(), std::vector<std::string>{}); }
+    ~Reload() override {
+        EXPECT_EQ(headless::Faults(), std::vector<std::string>{});
+        EXPECT_EQ(headless::ActionsLeft(), 0u);
+    }
 
     int Run(const std::string& options) { return test::RunLine(options + chart_); }
 
@@ -119,13 +122,16 @@ TEST_F(Reload, AStartMeasureBehindTheNewChartsEndKeepsTheOldSeekTime) {
     folder_.Write("short.bms", test::Chart({"#BPM 240", "#00111:05"}));
     At(100, headless::DoubleClick());
     At(200, ChooseFile(folder_.Path("short.bms")));
-    At(200, Call([] {
+    At(150, Call([] {
            EXPECT_EQ(g_nBarCount, 4);
-           EXPECT_EQ(g_dwSeekTime, 4999);
+           EXPECT_EQ(g_dwSeekTime, 6999);
        }));
-    At(300, Call([] { EXPECT_EQ(g_nBarCount, 3); }));
-    At(5000, Key(27));
-    EXPECT_EQ(Run("-N2 "), 0);
+    At(300, Call([] {
+           EXPECT_EQ(g_nBarCount, 3);
+           EXPECT_EQ(g_dwSeekTime, 6999);
+       }));
+    At(350, Key(27));
+    EXPECT_EQ(Run("-N3 "), 0);
 }
 
 TEST_F(Reload, CancellingTakesThePauseOutOfTheClock) {

@@ -6,6 +6,8 @@
 #include "display/ddraw.h"
 #include "fresh.h"
 #include "host/headless/sound.h"
+#include "platform/directdraw_test.h"
+#include "platform/directsound_test.h"
 #include "playback/playback.h"
 #include "shell/startup.h"
 #include "small_chart.h"
@@ -28,7 +30,12 @@ void ExpectOneBox(const std::string& text, const std::string& caption) {
 class StartUpTest : public testing::Test {
 protected:
     StartUpTest() : chart_(test::WriteChart(folder_)) { test::FreshProgram(); }
-    ~StartUpTest() override { EXPECT_EQ(headless::Faults(), std::vector<std::string>{}); }
+    ~StartUpTest() override {
+        EXPECT_EQ(headless::Faults(), std::vector<std::string>{});
+        EXPECT_EQ(headless::ActionsLeft(), 0u);
+        directdraw_test::FailNone();
+        directsound_test::FailNothing();
+    }
 
     test::TempFolder folder_;
     const std::string chart_;
@@ -86,6 +93,65 @@ TEST_F(StartUpTest, AChartOfMeasureZeroAlone) {
     EXPECT_EQ(test::RunLine(chart), -1);
     ExpectOneBox(chart, "CompileError!");
     EXPECT_EQ(headless::FrameCount(), 0u);
+}
+
+TEST_F(StartUpTest, EveryStepOfTheSoundDeviceIsFatal) {
+    using directsound_test::Call;
+    const struct {
+        Call call;
+        int skip;
+    } steps[] = {{Call::kCreate, 0},    {Call::kSetCooperativeLevel, 0}, {Call::kCreateSoundBuffer, 0},
+                 {Call::kSetFormat, 0}, {Call::kCreateSoundBuffer, 1},   {Call::kPlay, 0}};
+    for (const auto& step : steps) {
+        test::FreshProgram();
+        directsound_test::FailNext(step.call, DSERR_INVALIDCALL, step.skip);
+        At(0, headless::AnswerBox());
+        EXPECT_EQ(test::RunLine(chart_), -1);
+        ExpectOneBox("DirectSoundInitError", "Error!");
+    }
+}
+
+TEST_F(StartUpTest, NoDisplayObject) {
+    directdraw_test::FailNext(directdraw_test::Step::kCreate);
+    At(0, headless::AnswerBox());
+    EXPECT_EQ(test::RunLine("missing.bms"), -1);  // the display comes before the chart
+    ExpectOneBox("DirectDrawInitError.", "ERROR!");
+    EXPECT_EQ(g_pBMS, nullptr);
+}
+
+TEST_F(StartUpTest, GoesOnWithoutAPartsSurface) {
+    for (int passes = 1; passes <= 5; ++passes) {  // the back surface is the first
+        test::FreshProgram();
+        directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
+        At(10, headless::Remote(WM_REMOTE_RESTART));
+        At(10, headless::Remote(WM_REMOTE_SEEK, 1));
+        At(10, headless::Remote(WM_REMOTE_LOAD));
+        At(20, headless::AnswerBox());
+        At(9000, Key(13));
+        At(9500, Key(kEscape));
+        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << passes;
+        ExpectOneBox("CreatePartsError", "ERROR!");
+        EXPECT_GT(headless::FrameCount(), 100u);
+        EXPECT_TRUE(headless::FileDialogs().empty());
+    }
+}
+
+TEST_F(StartUpTest, ClosedInsideTheBoxOfAMissingSurface) {
+    for (int passes = 1; passes <= 5; ++passes) {
+        test::FreshProgram();
+        directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
+        At(10, Call([] { PostMessageA(g_hWnd, WM_CLOSE, 0, 0); }));
+        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << passes;
+        EXPECT_EQ(headless::FrameCount(), 0u);
+        EXPECT_FALSE(headless::TheWindow().open);
+        EXPECT_EQ(directdraw_test::LiveObjects(), 0);
+
+        test::FreshProgram();
+        directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
+        At(10, headless::Remote(WM_REMOTE_QUIT));
+        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << passes;
+        EXPECT_EQ(headless::FrameCount(), 0u);
+    }
 }
 
 TEST_F(StartUpTest, EachCommandInAFailureBoxIsHarmless) {

@@ -28,6 +28,11 @@ struct Snapshot {
     bool operator==(const Snapshot&) const = default;
 };
 
+Snapshot Later(Snapshot s, uint32_t now) {
+    s.now = now;
+    return s;
+}
+
 CDSBuffer* Sound() {
     return g_pDSound->m_pSlot[1];
 }
@@ -58,6 +63,16 @@ void PosChanging(UINT flags) {
     WindowProc(g_hWnd, WM_WINDOWPOSCHANGING, 0, reinterpret_cast<LPARAM>(&pos));
 }
 
+// Opens the about box or the dialog, which is answered three seconds later.
+void InModal(const headless::Action& answer, WPARAM command) {
+    headless::At(headless::Now() + 3000, answer);
+    if (command) {
+        WindowProc(g_hWnd, WM_SYSCOMMAND, command, 0);
+    } else {
+        WindowProc(g_hWnd, WM_LBUTTONDBLCLK, 0, 0);
+    }
+}
+
 void RunTo(uint64_t milliseconds) {
     headless::AdvanceClock(milliseconds * kMs);
     PlayFrame();
@@ -73,7 +88,7 @@ void Enter(State state, const std::string& chart) {
     ASSERT_EQ(Sound()->IsPlaying(), 1);
     if (state == kPaused) Key(VK_SPACE);
     if (state == kHeld) Tell(WM_NCLBUTTONDOWN);
-    if (state == kEnded) RunTo(60'000 - 1500 - 5000);
+    if (state == kEnded) RunTo(test::kChartEnd);
     headless::AdvanceClock(2000 * kMs);
 }
 
@@ -91,14 +106,15 @@ void ExpectPause(const Snapshot& before, const Snapshot& after, const std::strin
 }
 
 void ExpectResume(const Snapshot& before, const Snapshot& after, const std::string& where) {
-    EXPECT_EQ(after.startTime, before.startTime + (before.now - before.pauseTime)) << where;
+    const uint32_t pausedAt = before.pauseTime ? before.pauseTime : before.now;
+    EXPECT_EQ(after.startTime, before.startTime + (after.now - pausedAt)) << where;
     EXPECT_EQ(after.seekTime, before.seekTime) << where;
     EXPECT_EQ(after.sounding, 1) << where;
     EXPECT_EQ(after.wasPlaying, 0) << where;
 }
 
 void ExpectRestart(const Snapshot& before, const Snapshot& after, const std::string& where) {
-    EXPECT_EQ(after.startTime, before.now) << where;
+    EXPECT_EQ(after.startTime, after.now) << where;
     EXPECT_EQ(after.seekTime, g_nStartMeasure < 0 ? 0 : 999 + 2000 * g_nStartMeasure) << where;
     EXPECT_EQ(after.sounding, 0) << where;
     EXPECT_EQ(after.wasPlaying, 0) << where;
@@ -113,11 +129,9 @@ void CheckCell(const Event& event, State from, const std::string& chart) {
     const Snapshot after = Take();
     const State to = event.to[from];
     EXPECT_EQ(StateOf(after), to == kSame ? from : to) << where;
-    const bool restart = to == kRunning &&
-                         (from == kIdle || from == kRunning || from == kEnded || event.to[kIdle] == kRunning);
     if (to == kSame) {
-        EXPECT_EQ(after, before) << where;
-    } else if (restart) {
+        EXPECT_EQ(after, Later(before, after.now)) << where;
+    } else if (event.to[kIdle] == kRunning) {
         ExpectRestart(before, after, where);
     } else if (to == kRunning) {
         ExpectResume(before, after, where);
@@ -143,11 +157,66 @@ TEST(State, EveryEventInEveryState) {
         {"562", [] { Tell(WM_EXITSIZEMOVE); }, {kSame, kSame, kSame, kRunning, kSame}},
         {"70 with 3", [] { PosChanging(3); }, {kSame, kSame, kSame, kRunning, kSame}},
         {"70 with 7", [] { PosChanging(7); }, {kSame, kSame, kSame, kSame, kSame}},
+        {"about box",
+         [] { InModal(headless::AnswerBox(), IDM_ABOUT); },
+         {kSame, kRunning, kSame, kRunning, kPaused}},
+        {"dialog cancelled",
+         [] { InModal(headless::CancelFile(), 0); },
+         {kSame, kRunning, kSame, kRunning, kSame}},
+        {"file chosen",
+         [&] { InModal(headless::ChooseFile(folder.Path("song.bms")), 0); },
+         {kRunning, kRunning, kRunning, kRunning, kRunning}},
         {"another key", [] { Key('A'); }, {kSame, kSame, kSame, kSame, kSame}},
     };
     for (const Event& event : events) {
         for (const State from : {kIdle, kRunning, kPaused, kHeld, kEnded}) CheckCell(event, from, chart);
     }
+}
+
+TEST(State, TheChartsEnd) {
+    test::TempFolder folder;
+    const std::string chart = test::WriteChart(folder);
+    for (const State from : {kRunning, kHeld}) {
+        ASSERT_NO_FATAL_FAILURE(Enter(from, chart));
+        const Snapshot before = Take();
+        RunTo(test::kChartEnd);
+        const Snapshot after = Take();
+        EXPECT_EQ(StateOf(after), from == kRunning ? kEnded : kPaused);
+        EXPECT_EQ(after.startTime, after.now);
+        EXPECT_EQ(g_dwNowTime, after.now);
+        EXPECT_EQ(after.seekTime, 0);
+        EXPECT_EQ(after.pauseTime, before.pauseTime);
+        EXPECT_EQ(after.sounding, before.sounding);  // the last sounds ring out
+        EXPECT_EQ(after.wasPlaying, before.wasPlaying);
+    }
+}
+
+TEST(State, TheClockOfAPauseIsExactAcrossItsWrap) {
+    test::TempFolder folder;
+    const std::string chart = test::WriteChart(folder);
+    test::FreshProgram();
+    constexpr uint64_t kWrap = uint64_t{1} << 32;
+    headless::SetClock((kWrap - 10'000) * kMs);
+    ASSERT_EQ(StartUp(chart.c_str(), -1, -1), START_PLAY);
+    Key(VK_RETURN);
+    EXPECT_EQ(g_dwStartTime, static_cast<uint32_t>(kWrap - 10'000));
+    RunTo(7'000);
+    Key(VK_SPACE);
+    RunTo(5'000);
+    Key(VK_SPACE);
+    EXPECT_EQ(g_dwStartTime, static_cast<uint32_t>(kWrap - 5'000));
+
+    // A pause that begins when the clock shows 0 can be ended too.
+    test::FreshProgram();
+    headless::SetClock((kWrap - 5'000) * kMs);
+    ASSERT_EQ(StartUp(chart.c_str(), -1, -1), START_PLAY);
+    Key(VK_RETURN);
+    RunTo(5'000);
+    ASSERT_EQ(timeGetTime(), 0u);
+    Key(VK_SPACE);
+    EXPECT_EQ(StateOf(Take()), kPaused);
+    Key(VK_SPACE);
+    EXPECT_EQ(StateOf(Take()), kRunning);
 }
 
 }  // namespace
