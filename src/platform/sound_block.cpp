@@ -7,6 +7,7 @@ namespace sound {
 namespace {
 
 constexpr size_t kChunk = 1024;              // output frames that are converted at a stretch
+constexpr size_t kBusRatio = 2;              // rates up to twice the output's share conversions
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
 float* At(float* stereo, int frame) {
@@ -20,6 +21,12 @@ void Mixer::MakeRoom() {
     const size_t in = Filter::LongestNeed(m_rate, kChunk) + 2 * Filter::kOverrun;
     for (FloatTable* table : {&m_left, &m_right}) table->assign(in, 0.0f);
     for (FloatTable* table : {&m_out_left, &m_out_right, &m_scratch}) table->assign(out, 0.0f);
+    const size_t shared = std::min(
+        in, Filter::LongestNeed(kMaxRate / static_cast<int>(kBusRatio), kChunk) + 2 * Filter::kOverrun);
+    for (Bus& bus : m_buses) {
+        bus.left.assign(shared, 0.0f);
+        bus.right.assign(shared, 0.0f);
+    }
 }
 
 void Mixer::Callback(void* user, float* out, int frames, uint64_t time) {
@@ -39,7 +46,9 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
         order.voice->done = at;
         CarryOut(order);
     }
-    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) MixUntil(voice, out, frames);
+    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next)
+        if (!MixShared(voice, frames)) MixUntil(voice, out, frames);
+    MixBuses(out, frames);
     if (m_mono) {
         for (float* x = out; x != At(out, frames); x += 2) x[0] = x[1] = (x[0] + x[1]) * 0.5f;
     }
@@ -119,6 +128,66 @@ void Mixer::MixUntil(Voice* voice, float* out, int end) {
         }
     }
     voice->done = end;
+}
+
+// A voice that is converted and plays through the whole block adds itself to a bus. False: it is to be mixed
+// by itself.
+bool Mixer::MixShared(Voice* voice, int frames) {
+    Motion& now = voice->now;
+    const auto count = static_cast<size_t>(frames);
+    if (voice->filter == nullptr || voice->done != 0 || !now.playing || voice->gain <= 0) return false;
+    if (count > kChunk || voice->step.numerator > kBusRatio * voice->step.denominator) return false;
+    if (!now.looping && FramesUntil(now.place, voice->step, voice->frames) <= frames) return false;
+    Bus* bus = BusFor(*voice, count);
+    if (bus == nullptr) return false;
+    const Kernels& kernels = BestKernels();
+    ReadAround(*voice, now.place.frame - voice->filter->Before(), bus->length);
+    kernels.add_plane(m_left.data(), bus->left.data(), bus->length, voice->gain);
+    if (bus->stereo) kernels.add_plane(m_right.data(), bus->right.data(), bus->length, voice->gain);
+    now.place = Advance(now.place, voice->step, frames);
+    if (now.place.frame >= voice->frames) {
+        now.place.frame %= voice->frames;
+        now.lapped = true;
+    }
+    voice->done = frames;
+    return true;
+}
+
+Mixer::Bus* Mixer::BusFor(const Voice& voice, size_t frames) {
+    const uint32_t fraction = voice.now.place.fraction;
+    const bool stereo = voice.format.channels > 1;
+    for (size_t i = 0; i < m_bus_count; ++i) {
+        Bus& bus = m_buses[i];
+        if (bus.filter == voice.filter.get() && bus.step == voice.step && bus.fraction == fraction &&
+            bus.stereo == stereo)
+            return &bus;
+    }
+    if (m_bus_count == m_buses.size()) return nullptr;
+    Bus& bus = m_buses[m_bus_count++];
+    bus.filter = voice.filter.get();
+    bus.step = voice.step;
+    bus.fraction = fraction;
+    bus.stereo = stereo;
+    bus.length = bus.filter->Needed(fraction, voice.step, frames);
+    std::fill_n(bus.left.data(), bus.length, 0.0f);
+    if (stereo) std::fill_n(bus.right.data(), bus.length, 0.0f);
+    return &bus;
+}
+
+void Mixer::MixBuses(float* out, int frames) {
+    const auto count = static_cast<size_t>(frames);
+    for (size_t i = 0; i < m_bus_count; ++i) {
+        const Bus& bus = m_buses[i];
+        const float* right = m_out_left.data();
+        bus.filter->Run(bus.left.data(), bus.fraction, bus.step, count, m_out_left.data(), m_scratch.data());
+        if (bus.stereo) {
+            bus.filter->Run(bus.right.data(), bus.fraction, bus.step, count, m_out_right.data(),
+                            m_scratch.data());
+            right = m_out_right.data();
+        }
+        BestKernels().add_stereo(m_out_left.data(), right, out, count, 1);
+    }
+    m_bus_count = 0;
 }
 
 void Mixer::MixRun(const Voice& voice, float* acc, size_t frames) {

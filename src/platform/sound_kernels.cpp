@@ -34,6 +34,10 @@ void AddStereo(const float* left, const float* right, float* acc, size_t frames,
     }
 }
 
+void AddPlane(const float* source, float* acc, size_t count, float gain) {
+    for (size_t i = 0; i < count; ++i) acc[i] += source[i] * gain;
+}
+
 SOUND_RACY void ReadMono16(const unsigned char* source, float* out, size_t frames) {
     for (size_t i = 0; i < frames; ++i) out[i] = Sample16(source, i) * (1.0f / 32768);
 }
@@ -76,7 +80,7 @@ float Peak(const float* x, size_t count) {
 }  // namespace
 
 const Kernels& PlainKernels() {
-    static constexpr Kernels kernels = {AddStereo16, AddMono16, AddStereo, ReadMono16,
+    static constexpr Kernels kernels = {AddStereo16, AddMono16, AddStereo, AddPlane, ReadMono16,
                                         Convolve,    Dot,       Weave,     Peak};
     return kernels;
 }

@@ -28,6 +28,7 @@ struct Kernels {
     void (*add_stereo16)(const unsigned char* source, float* acc, size_t frames, float gain);
     void (*add_mono16)(const unsigned char* source, float* acc, size_t frames, float gain);
     void (*add_stereo)(const float* left, const float* right, float* acc, size_t frames, float gain);
+    void (*add_plane)(const float* source, float* acc, size_t count, float gain);
     void (*read_mono16)(const unsigned char* source, float* out, size_t frames);  // to full scale 1.0
 
     // out[k] = sum of row[j] * in[k + j]; reads and writes up to 31 more than count

@@ -54,6 +54,13 @@ AVX2 void AddStereo(const float* left, const float* right, float* acc, size_t fr
     PlainKernels().add_stereo(left + i, right + i, acc + 2 * i, frames - i, gain);
 }
 
+AVX2 void AddPlane(const float* source, float* acc, size_t count, float gain) {
+    const __m256 g = _mm256_set1_ps(gain);
+    size_t i = 0;
+    for (; i + 8 <= count; i += 8) Add8(acc + i, _mm256_mul_ps(_mm256_loadu_ps(source + i), g));
+    PlainKernels().add_plane(source + i, acc + i, count - i, gain);
+}
+
 SOUND_RACY AVX2 void ReadMono16(const unsigned char* source, float* out, size_t frames) {
     const __m256 scale = _mm256_set1_ps(1.0f / 32768);
     size_t i = 0;
@@ -119,7 +126,7 @@ AVX2 float Peak(const float* x, size_t count) {
     return head > tail ? head : tail;
 }
 
-const Kernels kVector = {AddStereo16, AddMono16, AddStereo, ReadMono16, Convolve, Dot, Weave, Peak};
+const Kernels kVector = {AddStereo16, AddMono16, AddStereo, AddPlane, ReadMono16, Convolve, Dot, Weave, Peak};
 
 }  // namespace
 

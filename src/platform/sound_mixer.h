@@ -2,6 +2,7 @@
 // threads.
 #pragma once
 
+#include <array>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -103,6 +104,8 @@ private:
     size_t Begin(int64_t first, int frames);  // how many orders are due
     void End(int64_t end, size_t due);
     void MixUntil(Voice* voice, float* out, int end);
+    bool MixShared(Voice* voice, int frames);
+    void MixBuses(float* out, int frames);
     void MixRun(const Voice& voice, float* acc, size_t frames);
     void ReadAround(const Voice& voice, int64_t first, size_t count);
     void List(Voice* voice);
@@ -122,8 +125,23 @@ private:
     size_t m_first_order = 0, m_order_count = 0;
     std::vector<Voice*> m_voices;
 
+    // Conversion is linear: voices that stand at the same fraction of a source frame are added up at their
+    // own rate and converted together, so that a hundred of them cost little more than one.
+    struct Bus {
+        const Filter* filter = nullptr;
+        Step step;
+        uint32_t fraction = 0;
+        bool stereo = false;
+        size_t length = 0;  // source frames
+        FloatTable left, right;
+    };
+
+    Bus* BusFor(const Voice& voice, size_t frames);  // null: there are no more
+
     // The mixing thread's own.
     std::vector<Order> m_due;
+    std::array<Bus, 8> m_buses;
+    size_t m_bus_count = 0;       // in this block
     Voice* m_sounding = nullptr;  // a list, in order of starting
     Voice* m_last_sounding = nullptr;
     Limiter m_limiter;

@@ -13,6 +13,7 @@ namespace sound {
 // frames, in lowest terms.
 struct Step {
     uint32_t numerator = 1, denominator = 1;
+    bool operator==(const Step&) const = default;
 };
 Step MakeStep(int source_rate, int output_rate);
 
