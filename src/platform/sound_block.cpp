@@ -10,6 +10,8 @@ constexpr size_t kChunk = 1024;              // output frames that are converted
 constexpr size_t kBusRatio = 2;              // rates up to twice the output's share conversions
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
+constexpr int64_t kRounding = 2;  // frames that a block may seem to begin before the end of the last
+
 float* At(float* stereo, int frame) {
     return stereo + 2 * static_cast<ptrdiff_t>(frame);
 }
@@ -60,7 +62,7 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
 size_t Mixer::Begin(int64_t first, int frames) {
     const std::lock_guard<std::mutex> hold(m_lock);
     const int64_t end = first + frames;
-    if (end + m_rate / 2 < m_latest || end + m_rate / 2 < m_taken) Rebase(first);
+    if (first + kRounding < m_taken) Rebase(first);
     m_mixing = true;
     m_taken = end;
     size_t due = 0;

@@ -41,11 +41,11 @@ bool GoesDown(Step step) {
     return step.numerator > step.denominator;
 }
 
-// Source frames per output frame. A table that is interpolated takes the next of sixteen steps per octave, so
+// Source frames per output frame. A table that is interpolated takes the next of 32 steps per octave, so
 // that even a set of files with a rate each leads to few tables.
 double Ratio(Step step, bool coarse) {
     const double ratio = static_cast<double>(step.numerator) / step.denominator;
-    return coarse ? std::exp2(std::ceil(std::log2(ratio) * 16 - 1e-9) / 16) : ratio;
+    return coarse ? std::exp2(std::ceil(std::log2(ratio) * 32 - 1e-9) / 32) : ratio;
 }
 
 int TapsFor(double ratio) {

@@ -1,4 +1,7 @@
 // When sounds are heard: to the sample.
+#include <cmath>
+#include <numbers>
+
 #include "sound_platform/sound_fixture.h"
 
 namespace {
@@ -38,6 +41,209 @@ TEST_F(SoundTest, StartsInTheFrameOfTheClock) {
     }
     EXPECT_EQ(Status(sound), 0u);
     EXPECT_EQ(Position(sound), 0u);
+}
+
+// What is heard of a ramp between two frames: its values in order.
+void ExpectRamp(int64_t frame, int count, int from) {
+    for (int i = 0; i < count; ++i) {
+        const float left = headless::Sound().At(frame + i, 0);
+        ASSERT_EQ(left, static_cast<float>(from + i) / 32768) << "frame " << frame + i;
+    }
+}
+
+TEST_F(SoundTest, ARestartCutsTheSoundingVoice) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(3000));
+    WaitUntilFrame(100);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(1100);
+    ASSERT_EQ(sound->Stop(), DS_OK);
+    ASSERT_EQ(sound->SetCurrentPosition(0), DS_OK);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(5000);
+    ExpectRamp(100, 1000, 1);
+    ExpectRamp(1100, 3000, 1);
+    EXPECT_EQ(Heard16(4100, 0), 0);
+}
+
+TEST_F(SoundTest, PauseAndResumeLoseAndRepeatNothing) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(3000));
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(777);
+    ASSERT_EQ(sound->Stop(), DS_OK);
+    EXPECT_EQ(Status(sound), 0u);
+    EXPECT_EQ(Position(sound), 777u * 4);
+    WaitUntilFrame(20000);
+    EXPECT_EQ(Position(sound), 777u * 4);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(30000);
+    ExpectRamp(0, 777, 1);
+    EXPECT_EQ(Heard16(777, 0), 0);
+    EXPECT_EQ(Heard16(19999, 0), 0);
+    ExpectRamp(20000, 3000 - 777, 778);
+    EXPECT_EQ(Heard16(20000 + 3000 - 777, 0), 0);
+}
+
+// A voice that is converted stops between two of its own samples and goes on there.
+TEST_F(SoundTest, PauseAndResumeOfAConvertedVoice) {
+    std::vector<int16_t> samples;
+    for (int i = 0; i < 8000; ++i) samples.push_back(static_cast<int16_t>((i * 7919) % 20011 - 10000));
+    for (const int rate : {22050, 48000, 44101}) {
+        headless::Reset();
+        IDirectSoundBuffer* sound = Make(Pcm(1, rate, 16), samples);
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+        WaitUntilFrame(5000);
+        const headless::SoundCapture whole = headless::Sound();
+        ASSERT_EQ(sound->Stop(), DS_OK);
+        ASSERT_EQ(sound->SetCurrentPosition(0), DS_OK);
+        WaitUntilFrame(6000);
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+        WaitUntilFrame(7333);
+        ASSERT_EQ(sound->Stop(), DS_OK);
+        WaitUntilFrame(9001);
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+        WaitUntilFrame(12000);
+        for (int i = 0; i < 1333; ++i)
+            ASSERT_NEAR(headless::Sound().At(6000 + i, 0), whole.At(i, 0), 1e-6) << rate;
+        for (int i = 1333; i < 4000; ++i)
+            ASSERT_NEAR(headless::Sound().At(9001 - 1333 + i, 0), whole.At(i, 0), 1e-6) << rate << " " << i;
+        EXPECT_EQ(headless::Sound().At(8000, 0), 0.0f);
+        ASSERT_EQ(sound->Stop(), DS_OK);
+    }
+}
+
+TEST_F(SoundTest, LoopsJoinWithoutAGap) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(700));
+    ASSERT_EQ(sound->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    WaitUntilFrame(5000);
+    EXPECT_EQ(Status(sound), DSBSTATUS_PLAYING | DSBSTATUS_LOOPING);
+    EXPECT_EQ(Position(sound), 5000u % 700 * 4);
+    for (int lap = 0; lap < 7; ++lap) ExpectRamp(lap * 700, 700, 1);
+    // Played once from now on: it ends at the end of this lap.
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(7000);
+    ExpectRamp(4900, 700, 1);
+    EXPECT_EQ(Heard16(5600, 0), 0);
+    EXPECT_EQ(Status(sound), 0u);
+}
+
+// A tone whose period is that of the loop stays a tone across the joint, also when it is converted.
+TEST_F(SoundTest, ConvertedLoopsJoinToo) {
+    std::vector<int16_t> samples;
+    for (int i = 0; i < 2205; ++i)
+        samples.push_back(
+            static_cast<int16_t>(std::lround(16000 * std::sin(2 * std::numbers::pi * i / 22.05))));
+    IDirectSoundBuffer* sound = Make(Pcm(1, 22050, 16), samples);
+    ASSERT_EQ(sound->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    WaitUntilFrame(20000);
+    for (int i = 200; i < 20000; ++i)
+        ASSERT_NEAR(headless::Sound().At(i, 0), 16000.0 / 32768 * std::sin(2 * std::numbers::pi * i / 44.1),
+                    1e-4)
+            << i;
+}
+
+TEST_F(SoundTest, CursorsFollowTheClock) {
+    for (const int rate : {44100, 22050, 48000, 11025, 96000}) {
+        headless::Reset();
+        IDirectSoundBuffer* sound = Make(Pcm(1, rate, 16), static_cast<DWORD>(4 * rate));
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+        for (const int64_t frame : {1, 500, 44100, 60001}) {
+            WaitUntilFrame(frame);
+            const auto place = static_cast<DWORD>(frame * rate / 44100);
+            DWORD play = 0, write = 0;
+            ASSERT_EQ(sound->GetCurrentPosition(&play, &write), DS_OK);
+            EXPECT_EQ(play, place * 2) << rate;
+            EXPECT_EQ(write, (place + static_cast<DWORD>(rate) / 100) * 2) << rate;
+        }
+        WaitUntilFrame(88200);
+        EXPECT_EQ(Status(sound), 0u) << rate;
+        EXPECT_EQ(Position(sound), 0u) << rate;
+    }
+}
+
+TEST_F(SoundTest, SeekingWhilePlayingMovesAtOnce) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(3000));
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(500);
+    ASSERT_EQ(sound->SetCurrentPosition(2000 * 4), DS_OK);
+    EXPECT_EQ(Position(sound), 2000u * 4);
+    WaitUntilFrame(2000);
+    ExpectRamp(0, 500, 1);
+    ExpectRamp(500, 1000, 2001);
+    EXPECT_EQ(Heard16(1500, 0), 0);
+}
+
+TEST_F(SoundTest, WritesIntoAPlayingRingAreHeardAsWritten) {
+    // Half a ring is written anew, with values that go on, while the other half plays.
+    constexpr int kHalf = 2000;
+    IDirectSoundBuffer* ring = Make(kStereo, Ramp(2 * kHalf));
+    ASSERT_EQ(ring->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    for (int lap = 1; lap < 6; ++lap) {
+        WaitUntilFrame(kHalf * lap + 300);
+        const bool first = lap % 2 == 1;
+        ASSERT_EQ(Position(ring) < kHalf * 4, !first);
+        Write(ring, first ? 0 : kHalf * 4, Ramp(kHalf, 1 + kHalf * (lap + 1)));
+    }
+    WaitUntilFrame(kHalf * 6);
+    ExpectRamp(0, kHalf * 6, 1);
+}
+
+// More orders than the mixer keeps, all within one frame: none is lost, the last one counts.
+TEST_F(SoundTest, AFloodOfOrdersEndsInItsLast) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(3000));
+    headless::SetClock(headless::kClockOrigin);
+    for (int i = 0; i < 30000; ++i) {
+        ASSERT_EQ(sound->SetCurrentPosition(static_cast<DWORD>(i % 3000 * 4)), DS_OK);
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+        if (i % 8 == 0) headless::SetClock(headless::Clock());  // reading it would move it
+    }
+    ASSERT_EQ(sound->SetCurrentPosition(1000 * 4), DS_OK);
+    WaitUntilFrame(1000);
+    ExpectRamp(0, 1000, 1001);
+}
+
+TEST_F(SoundTest, AVirtualClockThatIsSetBackDelaysNothing) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(3000));
+    WaitUntilFrame(441000);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    headless::Reset();
+    ASSERT_EQ(sound->SetCurrentPosition(0), DS_OK);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(1000);
+    ExpectRamp(0, 1000, 1);
+}
+
+// The output may change its rate while a voice sounds; the voice goes on where it is.
+TEST_F(SoundTest, ANewOutputRateKeepsThePlaces) {
+    DSBUFFERDESC desc = {sizeof desc, DSBCAPS_PRIMARYBUFFER, 0, 0, nullptr};
+    IDirectSoundBuffer* primary = nullptr;
+    ASSERT_EQ(m_device->CreateSoundBuffer(&desc, &primary, nullptr), DS_OK);
+    m_buffers.push_back(primary);
+    IDirectSoundBuffer* sound = Make(Pcm(2, 22050, 16), Ramp(20000));
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(10000);
+    EXPECT_EQ(Position(sound), 5000u * 4);
+    const WAVEFORMATEX low = Pcm(1, 22050, 8);
+    ASSERT_EQ(primary->SetFormat(&low), DS_OK);
+    EXPECT_EQ(Position(sound), 5000u * 4);
+    Wait(100000);
+    EXPECT_EQ(Position(sound), (5000u + 2205) * 4);
+    // Left and right of the ramp are opposite: their mean is silence.
+    const headless::SoundCapture& heard = headless::Sound();
+    ASSERT_EQ(heard.End() - heard.first, 2205);
+    for (int64_t i = heard.first; i < heard.End(); ++i) ASSERT_EQ(heard.At(i, 0), 0.0f);
+}
+
+TEST_F(SoundTest, ReleasingAVoiceThatSounds) {
+    IDirectSoundBuffer* first = Make(kStereo, Ramp(3000));
+    IDirectSoundBuffer* second = Make(kStereo, Ramp(3000));
+    ASSERT_EQ(first->Play(0, 0, 0), DS_OK);
+    ASSERT_EQ(second->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(100);
+    ASSERT_EQ(first->SetCurrentPosition(0), DS_OK);
+    EXPECT_EQ(first->Release(), 0u);
+    std::erase(m_buffers, first);
+    WaitUntilFrame(1000);
+    ExpectRamp(100, 900, 101);
 }
 
 }  // namespace

@@ -1,0 +1,354 @@
+// Each call's promises: what it refuses and with which code, and what it leaves in its out-parameters.
+#include <functional>
+#include <string>
+
+#include "sound_platform/sound_fixture.h"
+
+namespace {
+
+using directsound_test::Call;
+
+const WAVEFORMATEX kStereo = Pcm(2, 44100, 16);
+
+TEST_F(SoundTest, DeviceIsRefusedForUnknownOnes) {
+    int guid = 0, outer = 0;
+    IDirectSound* device = m_device;
+    EXPECT_EQ(DirectSoundCreate(&guid, &device, nullptr), DSERR_NODRIVER);
+    EXPECT_EQ(device, nullptr);
+    device = m_device;
+    EXPECT_EQ(DirectSoundCreate(nullptr, &device, &outer), DSERR_NOAGGREGATION);
+    EXPECT_EQ(device, nullptr);
+    EXPECT_EQ(DirectSoundCreate(nullptr, nullptr, nullptr), DSERR_INVALIDPARAM);
+    EXPECT_EQ(m_device->SetCooperativeLevel(nullptr, 3), DSERR_INVALIDPARAM);
+    EXPECT_EQ(directsound_test::LiveDevices(), 1);
+}
+
+TEST_F(SoundTest, NoOutputNoDevice) {
+    EXPECT_EQ(m_device->Release(), 0u);
+    m_device = nullptr;
+    EXPECT_FALSE(headless::SoundIsOpen());
+    headless::RefuseSound(true);
+    IDirectSound* device = nullptr;
+    EXPECT_EQ(DirectSoundCreate(nullptr, &device, nullptr), DSERR_NODRIVER);
+    EXPECT_EQ(device, nullptr);
+    EXPECT_EQ(directsound_test::LiveDevices(), 0);
+}
+
+struct Description {
+    const char* name;
+    std::function<void(DSBUFFERDESC&, WAVEFORMATEX&)> change;
+    HRESULT result;
+};
+
+TEST_F(SoundTest, DescriptionsOfBuffers) {
+    const Description rows[] = {
+        {"as the program makes them", [](auto&, auto&) {}, DS_OK},
+        {"second attempt", [](auto& d, auto&) { d.dwFlags = 0x10080; }, DS_OK},
+        {"size", [](auto& d, auto&) { d.dwSize = 36; }, DSERR_INVALIDPARAM},
+        {"reserved", [](auto& d, auto&) { d.dwReserved = 1; }, DSERR_INVALIDPARAM},
+        {"unknown flag", [](auto& d, auto&) { d.dwFlags |= 0x20; }, DSERR_INVALIDPARAM},
+        {"no format", [](auto& d, auto&) { d.lpwfxFormat = nullptr; }, DSERR_INVALIDPARAM},
+        {"too small", [](auto& d, auto&) { d.dwBufferBytes = 3; }, DSERR_BUFFERTOOSMALL},
+        {"empty", [](auto& d, auto&) { d.dwBufferBytes = 0; }, DSERR_BUFFERTOOSMALL},
+        {"too large", [](auto& d, auto&) { d.dwBufferBytes = DSBSIZE_MAX + 1; }, DSERR_INVALIDPARAM},
+        {"far too large", [](auto& d, auto&) { d.dwBufferBytes = 0xFFFFFFFF; }, DSERR_INVALIDPARAM},
+        {"no PCM", [](auto&, auto& f) { f.wFormatTag = WAVE_FORMAT_ADPCM; }, DSERR_BADFORMAT},
+        {"float of 16 bits", [](auto&, auto& f) { f.wFormatTag = WAVE_FORMAT_IEEE_FLOAT; }, DSERR_BADFORMAT},
+        {"no channels", [](auto&, auto& f) { f = Pcm(0, 44100, 16); }, DSERR_BADFORMAT},
+        {"nine channels", [](auto&, auto& f) { f = Pcm(9, 44100, 16); }, DSERR_BADFORMAT},
+        {"eight channels", [](auto&, auto& f) { f = Pcm(8, 44100, 16); }, DS_OK},
+        {"12 bits", [](auto&, auto& f) { f.wBitsPerSample = 12; }, DSERR_BADFORMAT},
+        {"0 bits", [](auto&, auto& f) { f = Pcm(2, 44100, 0); }, DSERR_BADFORMAT},
+        {"64 bits", [](auto&, auto& f) { f = Pcm(2, 44100, 64); }, DSERR_BADFORMAT},
+        {"24 bits", [](auto&, auto& f) { f = Pcm(2, 44100, 24); }, DS_OK},
+        {"float", [](auto&, auto& f) { f = Pcm(1, 44100, 32, WAVE_FORMAT_IEEE_FLOAT); }, DS_OK},
+        {"block align", [](auto&, auto& f) { f.nBlockAlign = 2; }, DSERR_BADFORMAT},
+        {"no block align", [](auto&, auto& f) { f.nBlockAlign = 0; }, DSERR_BADFORMAT},
+        {"no rate", [](auto&, auto& f) { f = Pcm(2, 0, 16); }, DSERR_BADFORMAT},
+        {"200 kHz", [](auto&, auto& f) { f = Pcm(2, 200000, 16); }, DS_OK},
+        {"above 200 kHz", [](auto&, auto& f) { f = Pcm(2, 200001, 16); }, DSERR_BADFORMAT},
+        {"4 GHz", [](auto&, auto& f) { f.nSamplesPerSec = 0xFFFFFFFF; }, DSERR_BADFORMAT},
+        {"primary with a size", [](auto& d, auto&) { d.dwFlags = DSBCAPS_PRIMARYBUFFER; },
+         DSERR_INVALIDPARAM},
+    };
+    for (const Description& row : rows) {
+        WAVEFORMATEX wfx = kStereo;
+        DSBUFFERDESC desc = Describe(&wfx, 4000);
+        row.change(desc, wfx);
+        auto* buffer = reinterpret_cast<IDirectSoundBuffer*>(&desc);
+        EXPECT_EQ(m_device->CreateSoundBuffer(&desc, &buffer, nullptr), row.result) << row.name;
+        EXPECT_EQ(buffer == nullptr, row.result != DS_OK) << row.name;
+        if (buffer != nullptr) buffer->Release();
+    }
+    const DSBUFFERDESC desc = Describe(&kStereo, 4000);
+    IDirectSoundBuffer* buffer = nullptr;
+    EXPECT_EQ(m_device->CreateSoundBuffer(&desc, nullptr, nullptr), DSERR_INVALIDPARAM);
+    EXPECT_EQ(m_device->CreateSoundBuffer(nullptr, &buffer, nullptr), DSERR_INVALIDPARAM);
+    EXPECT_EQ(m_device->CreateSoundBuffer(&desc, &buffer, &buffer), DSERR_NOAGGREGATION);
+}
+
+TEST_F(SoundTest, MemoryIsBoundedAndComesBack) {
+    std::vector<IDirectSoundBuffer*> buffers;
+    const DSBUFFERDESC desc = Describe(&kStereo, 0x0FFFFFFC);
+    HRESULT result = DS_OK;
+    while (buffers.size() < 20) {
+        IDirectSoundBuffer* buffer = nullptr;
+        result = m_device->CreateSoundBuffer(&desc, &buffer, nullptr);
+        if (result != DS_OK) break;
+        buffers.push_back(buffer);
+    }
+    EXPECT_EQ(result, DSERR_OUTOFMEMORY);
+    EXPECT_LE(buffers.size(), 8u);
+    for (IDirectSoundBuffer* buffer : buffers) buffer->Release();
+    EXPECT_EQ(directsound_test::SampleBytes(), 0u);
+}
+
+TEST_F(SoundTest, CapsTellTheSizeInWholeFrames) {
+    DSBCAPS caps = {};
+    IDirectSoundBuffer* buffer = Make(Pcm(2, 44100, 24), 100);
+    EXPECT_EQ(buffer->GetCaps(&caps), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->GetCaps(nullptr), DSERR_INVALIDPARAM);
+    caps.dwSize = sizeof caps;
+    ASSERT_EQ(buffer->GetCaps(&caps), DS_OK);
+    EXPECT_EQ(caps.dwBufferBytes, 102u);
+    EXPECT_EQ(caps.dwFlags, kSoundFlags);
+}
+
+struct LockRow {
+    DWORD offset, bytes, flags;
+    HRESULT result;
+    DWORD part1_at, part1, part2;
+};
+
+TEST_F(SoundTest, LockGivesOnePartOrTwo) {
+    IDirectSoundBuffer* buffer = Make(kStereo, 1000);
+    const LockRow rows[] = {
+        {0, 1000, 0, DS_OK, 0, 1000, 0},
+        {0, 1, DSBLOCK_ENTIREBUFFER, DS_OK, 0, 1000, 0},
+        {400, 0, DSBLOCK_ENTIREBUFFER, DS_OK, 400, 600, 400},
+        {250, 100, 0, DS_OK, 250, 100, 0},
+        {900, 100, 0, DS_OK, 900, 100, 0},
+        {900, 101, 0, DS_OK, 900, 100, 1},
+        {900, 1000, 0, DS_OK, 900, 100, 900},
+        {7, 100, DSBLOCK_FROMWRITECURSOR, DS_OK, 0, 100, 0},  // stopped: both cursors stand at 0
+        {1000, 1, 0, DSERR_INVALIDPARAM, 0, 0, 0},
+        {0xFFFFFFFF, 4, 0, DSERR_INVALIDPARAM, 0, 0, 0},
+        {0, 0, 0, DSERR_INVALIDPARAM, 0, 0, 0},
+        {0, 1001, 0, DSERR_INVALIDPARAM, 0, 0, 0},
+        {0, 0xFFFFFFFF, 0, DSERR_INVALIDPARAM, 0, 0, 0},
+        {0, 4, 4, DSERR_INVALIDPARAM, 0, 0, 0},
+    };
+    void* base = nullptr;
+    DWORD size = 0;
+    ASSERT_EQ(buffer->Lock(0, 0, &base, &size, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
+    for (const LockRow& row : rows) {
+        void *p1 = &size, *p2 = &size;
+        DWORD n1 = 77, n2 = 77;
+        ASSERT_EQ(buffer->Lock(row.offset, row.bytes, &p1, &n1, &p2, &n2, row.flags), row.result)
+            << row.offset;
+        EXPECT_EQ(n1, row.part1);
+        EXPECT_EQ(n2, row.part2);
+        EXPECT_EQ(p1, row.part1 > 0 ? static_cast<char*>(base) + row.part1_at : nullptr);
+        EXPECT_EQ(p2, row.part2 > 0 ? base : nullptr);
+        if (row.result == DS_OK) {
+            EXPECT_EQ(buffer->Unlock(p1, n1, p2, n2), DS_OK);
+        }
+    }
+    // Without a second part the first ends with the buffer.
+    void* p1 = nullptr;
+    DWORD n1 = 0;
+    ASSERT_EQ(buffer->Lock(900, 500, &p1, &n1, nullptr, nullptr, 0), DS_OK);
+    EXPECT_EQ(n1, 100u);
+    EXPECT_EQ(buffer->Lock(0, 4, nullptr, &n1, nullptr, nullptr, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Lock(0, 4, &p1, nullptr, nullptr, nullptr, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Unlock(nullptr, 0, nullptr, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Unlock(&n1, 4, nullptr, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Unlock(base, 1001, nullptr, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Unlock(base, 4, nullptr, 4), DSERR_INVALIDPARAM);
+}
+
+TEST_F(SoundTest, PlayPositionAndVolumeRefuseWhatTheyCannotDo) {
+    IDirectSoundBuffer* buffer = Make(kStereo, 1000);
+    EXPECT_EQ(buffer->Play(1, 0, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Play(0, 1, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->Play(0, 0, 2), DSERR_INVALIDPARAM);
+    EXPECT_EQ(Status(buffer), 0u);
+    EXPECT_EQ(buffer->SetCurrentPosition(1000), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->SetCurrentPosition(999), DS_OK);
+    EXPECT_EQ(Position(buffer), 996u);
+    EXPECT_EQ(buffer->SetVolume(1), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->SetVolume(-10001), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->GetStatus(nullptr), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->GetCurrentPosition(nullptr, nullptr), DSERR_INVALIDPARAM);
+    EXPECT_EQ(buffer->SetFormat(&kStereo), DSERR_INVALIDCALL);
+
+    const DSBUFFERDESC desc = Describe(&kStereo, 1000, DSBCAPS_STATIC);
+    IDirectSoundBuffer* plain = nullptr;
+    ASSERT_EQ(m_device->CreateSoundBuffer(&desc, &plain, nullptr), DS_OK);
+    EXPECT_EQ(plain->SetVolume(0), DSERR_CONTROLUNAVAIL);
+    plain->Release();
+}
+
+class PrimaryTest : public SoundTest {
+protected:
+    IDirectSoundBuffer* MakePrimary(IDirectSound* device) {
+        DSBUFFERDESC desc = {};
+        desc.dwSize = sizeof desc;
+        desc.dwFlags = DSBCAPS_PRIMARYBUFFER;
+        IDirectSoundBuffer* primary = nullptr;
+        EXPECT_EQ(device->CreateSoundBuffer(&desc, &primary, nullptr), DS_OK);
+        return primary;
+    }
+};
+
+TEST_F(PrimaryTest, TakesFormatsOnly) {
+    IDirectSoundBuffer* primary = MakePrimary(m_device);
+    m_buffers.push_back(primary);
+    const WAVEFORMATEX low = Pcm(1, 22050, 8), bad = Pcm(2, 0, 16), fast = Pcm(2, 192001, 16);
+    const WAVEFORMATEX wide = Pcm(3, 44100, 16);
+    EXPECT_EQ(primary->SetFormat(nullptr), DSERR_INVALIDPARAM);
+    for (const WAVEFORMATEX* wfx : {&bad, &fast, &wide}) EXPECT_EQ(primary->SetFormat(wfx), DSERR_BADFORMAT);
+    EXPECT_EQ(headless::SoundRate(), 44100);
+    EXPECT_EQ(primary->SetFormat(&low), DS_OK);
+    EXPECT_EQ(headless::SoundRate(), 22050);
+    EXPECT_EQ(primary->SetFormat(&kStereo), DS_OK);
+    EXPECT_EQ(headless::SoundRate(), 44100);
+    headless::RefuseSound(true);
+    EXPECT_EQ(primary->SetFormat(&low), DSERR_BADFORMAT);
+    headless::RefuseSound(false);
+
+    void* p = nullptr;
+    DWORD n = 0;
+    EXPECT_EQ(primary->Lock(0, 4, &p, &n, nullptr, nullptr, 0), DSERR_PRIOLEVELNEEDED);
+    EXPECT_EQ(primary->Unlock(&n, 4, nullptr, 0), DSERR_PRIOLEVELNEEDED);
+    EXPECT_EQ(primary->GetCurrentPosition(&n, nullptr), DSERR_PRIOLEVELNEEDED);
+    EXPECT_EQ(primary->SetCurrentPosition(0), DSERR_INVALIDCALL);
+    EXPECT_EQ(primary->SetVolume(0), DSERR_CONTROLUNAVAIL);
+    EXPECT_EQ(primary->Play(0, 0, 0), DSERR_INVALIDPARAM);
+    EXPECT_EQ(primary->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    EXPECT_EQ(primary->Stop(), DS_OK);
+    EXPECT_EQ(Status(primary), DSBSTATUS_PLAYING | DSBSTATUS_LOOPING);
+}
+
+TEST_F(PrimaryTest, FormatAndCompactNeedPriority) {
+    IDirectSound* other = nullptr;
+    ASSERT_EQ(DirectSoundCreate(nullptr, &other, nullptr), DS_OK);
+    ASSERT_EQ(other->SetCooperativeLevel(nullptr, DSSCL_NORMAL), DS_OK);
+    IDirectSoundBuffer* primary = MakePrimary(other);
+    EXPECT_EQ(primary->SetFormat(&kStereo), DSERR_PRIOLEVELNEEDED);
+    EXPECT_EQ(other->Compact(), DSERR_PRIOLEVELNEEDED);
+    EXPECT_EQ(m_device->Compact(), DS_OK);
+    EXPECT_EQ(primary->Release(), 0u);
+    EXPECT_EQ(other->Release(), 0u);
+}
+
+TEST_F(SoundTest, LostBuffersComeBackSilent) {
+    IDirectSoundBuffer* buffer = Make(Pcm(1, 22050, 8), std::vector<unsigned char>(1000, 0xFF));
+    ASSERT_EQ(buffer->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    directsound_test::Lose(buffer);
+    EXPECT_EQ(Status(buffer), DSBSTATUS_BUFFERLOST);
+    void* p = &buffer;
+    DWORD n = 9;
+    EXPECT_EQ(buffer->Lock(0, 0, &p, &n, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DSERR_BUFFERLOST);
+    EXPECT_EQ(p, nullptr);
+    EXPECT_EQ(n, 0u);
+    EXPECT_EQ(buffer->Play(0, 0, 0), DSERR_BUFFERLOST);
+    EXPECT_EQ(buffer->Stop(), DS_OK);
+    EXPECT_EQ(buffer->SetCurrentPosition(0), DS_OK);
+    EXPECT_EQ(buffer->Restore(), DS_OK);
+    EXPECT_EQ(Status(buffer), 0u);
+    ASSERT_EQ(buffer->Lock(0, 0, &p, &n, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
+    for (DWORD i = 0; i < n; ++i) ASSERT_EQ(static_cast<unsigned char*>(p)[i], 0x80);
+    EXPECT_EQ(buffer->Play(0, 0, 0), DS_OK);
+}
+
+TEST_F(SoundTest, NewBuffersAreSilentWhereOthersHaveBeen) {
+    for (int round = 0; round < 2; ++round) {
+        for (const int bits : {8, 16}) {
+            const WAVEFORMATEX wfx = Pcm(1, 44100, bits);
+            const DSBUFFERDESC desc = Describe(&wfx, 100000);
+            IDirectSoundBuffer* buffer = nullptr;
+            ASSERT_EQ(m_device->CreateSoundBuffer(&desc, &buffer, nullptr), DS_OK);
+            void* p = nullptr;
+            DWORD n = 0;
+            ASSERT_EQ(buffer->Lock(0, 0, &p, &n, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
+            const unsigned char silence = bits == 8 ? 0x80 : 0;
+            for (DWORD i = 0; i < n; ++i) ASSERT_EQ(static_cast<unsigned char*>(p)[i], silence);
+            std::memset(p, 0x55, n);
+            buffer->Release();
+        }
+    }
+}
+
+TEST_F(SoundTest, ReferencesAreCounted) {
+    IDirectSoundBuffer* buffer = Make(kStereo, 1000);
+    EXPECT_EQ(buffer->AddRef(), 2u);
+    EXPECT_EQ(directsound_test::LiveBuffers(), 1);
+    EXPECT_EQ(buffer->Release(), 1u);
+    EXPECT_EQ(m_device->AddRef(), 2u);
+    EXPECT_EQ(m_device->Release(), 1u);
+    EXPECT_TRUE(headless::SoundIsOpen());
+}
+
+// Nothing sounds without a device, and nothing breaks.
+TEST_F(SoundTest, BuffersMayOutliveTheirDevice) {
+    IDirectSoundBuffer* buffer = Make(kStereo, std::vector<int16_t>(20000, 1000));
+    ASSERT_EQ(buffer->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    Wait(10000);
+    EXPECT_EQ(m_device->Release(), 0u);
+    m_device = nullptr;
+    EXPECT_FALSE(headless::SoundIsOpen());
+    EXPECT_EQ(Status(buffer), 0u);
+    for (int i = 0; i < 10000; ++i) ASSERT_EQ(buffer->Play(0, 0, 0), DS_OK);
+    EXPECT_EQ(buffer->Stop(), DS_OK);
+    EXPECT_EQ(buffer->SetCurrentPosition(40), DS_OK);
+    EXPECT_EQ(Position(buffer), 40u);
+}
+
+TEST_F(SoundTest, FailuresCanBeOrdered) {
+    IDirectSoundBuffer* buffer = Make(kStereo, 1000);
+    void* p = nullptr;
+    DWORD n = 0;
+    DSBCAPS caps = {sizeof caps, 0, 0, 0, 0};
+    const DSBUFFERDESC desc = Describe(&kStereo, 1000);
+    const struct {
+        Call call;
+        std::function<HRESULT()> run;
+    } rows[] = {
+        {Call::kCreate,
+         [&] {
+             IDirectSound* d;
+             return DirectSoundCreate(nullptr, &d, nullptr);
+         }},
+        {Call::kSetCooperativeLevel, [&] { return m_device->SetCooperativeLevel(nullptr, DSSCL_PRIORITY); }},
+        {Call::kCreateSoundBuffer,
+         [&] {
+             IDirectSoundBuffer* b;
+             return m_device->CreateSoundBuffer(&desc, &b, nullptr);
+         }},
+        {Call::kCompact, [&] { return m_device->Compact(); }},
+        {Call::kGetCaps, [&] { return buffer->GetCaps(&caps); }},
+        {Call::kGetCurrentPosition, [&] { return buffer->GetCurrentPosition(&n, nullptr); }},
+        {Call::kGetStatus, [&] { return buffer->GetStatus(&n); }},
+        {Call::kLock, [&] { return buffer->Lock(0, 0, &p, &n, nullptr, nullptr, DSBLOCK_ENTIREBUFFER); }},
+        {Call::kUnlock, [&] { return buffer->Unlock(p, n, nullptr, 0); }},
+        {Call::kPlay, [&] { return buffer->Play(0, 0, 0); }},
+        {Call::kStop, [&] { return buffer->Stop(); }},
+        {Call::kSetCurrentPosition, [&] { return buffer->SetCurrentPosition(0); }},
+        {Call::kSetVolume, [&] { return buffer->SetVolume(0); }},
+        {Call::kSetFormat, [&] { return buffer->SetFormat(&kStereo); }},
+        {Call::kRestore, [&] { return buffer->Restore(); }},
+    };
+    ASSERT_EQ(std::size(rows), static_cast<size_t>(Call::kCount));
+    for (const auto& row : rows) {
+        directsound_test::FailNext(row.call, -77);
+        const int calls = directsound_test::Calls(row.call);
+        EXPECT_EQ(row.run(), -77) << static_cast<int>(row.call);
+        EXPECT_EQ(directsound_test::Calls(row.call), calls + 1);
+    }
+    directsound_test::FailNext(Call::kPlay, DSERR_BUFFERLOST, 1, 2);
+    for (const HRESULT result : {DS_OK, DSERR_BUFFERLOST, DSERR_BUFFERLOST, DS_OK})
+        EXPECT_EQ(buffer->Play(0, 0, 0), result);
+}
+
+}  // namespace
