@@ -1,0 +1,44 @@
+// Any bytes as a file's name and as a text to be shown. What opens must be one of the folder's files.
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "platform/files.h"
+#include "platform/namefold.h"
+#include "platform/text.h"
+
+namespace {
+
+void MakeFolder() {
+    std::string folder = "/tmp/lumetra-fuzz-XXXXXX";
+    if (!mkdtemp(folder.data())) std::abort();
+    std::filesystem::current_path(folder);
+    for (const char* name :
+         {"a.wav", "A.WAV", "sub/b.wav", "\xE8\xA1\xA8.wav", "\x83\x5C.wav", "\xE3\x81\x8B\xE3\x82\x99"}) {
+        std::filesystem::create_directories(std::filesystem::path(name).parent_path().empty() ? "." : "sub");
+        std::ofstream(name) << "inside";
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    MakeFolder();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    if (!IsUtf8(DisplayText(text)) || !IsUtf8(FoldName(text))) std::abort();
+    const std::string name = ".\\" + text;
+    FileStream* pFile = FileOpen(name.c_str(), "rb");
+    if (!pFile) return 0;
+    char abBytes[6];
+    const bool bInside = FileRead(abBytes, 1, 6, pFile) == 6 && std::string(abBytes, 6) == "inside";
+    FileClose(pFile);
+    // Two dots lead out, as the name says.
+    if (!bInside && text.find("..") == text.npos) std::abort();
+    return 0;
+}
