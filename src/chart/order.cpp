@@ -22,7 +22,7 @@ int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
 struct SortKey {
     double dPlace;
     int32_t nChannel;
-    int32_t nIndex;  // into the list as it was
+    BmsObject* pObject;
 };
 
 static bool IsLess(const SortKey& a, const SortKey& b) {
@@ -66,22 +66,34 @@ static void SortKeys(SortKey* pKeys, int32_t nCount, SortKey* pSpare) {
     }
 }
 
+// Both buffers have room for nCount.
+static void SortSpan(BmsObject** ppList, int32_t nCount, SortKey* pKeys, SortKey* pSpare) {
+    for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PlaceOf(ppList[i]), ppList[i]->nChannel, ppList[i]};
+    SortKeys(pKeys, nCount, pSpare);
+    for (int32_t i = 0; i < nCount; ++i) ppList[i] = pKeys[i].pObject;
+}
+
+// Sorts measure by measure, which touches only as much of the buffers as the largest measure needs. False
+// when the measures themselves are out of order.
+static bool SortMeasures(BmsObject** ppList, int32_t nCount, SortKey* pKeys, SortKey* pSpare) {
+    for (int32_t nFirst = 0, nEnd; nFirst < nCount; nFirst = nEnd) {
+        nEnd = nFirst + 1;
+        while (nEnd < nCount && ppList[nEnd]->nMeasure == ppList[nFirst]->nMeasure) ++nEnd;
+        SortSpan(ppList + nFirst, nEnd - nFirst, pKeys, pSpare);
+        if (nFirst > 0 && CompareObjects(ppList[nFirst - 1], ppList[nFirst]) > 0) return false;
+    }
+    return true;
+}
+
 void SortObjects(BmsObject** ppList, int32_t nCount) {
-    const auto isLess = [](const BmsObject* pA, const BmsObject* pB) { return CompareObjects(pA, pB) < 0; };
-    if (std::is_sorted(ppList, ppList + nCount, isLess)) return;
-    const size_t n = static_cast<size_t>(nCount);
-    SortKey* pKeys = new (std::nothrow) SortKey[n];
-    SortKey* pSpare = new (std::nothrow) SortKey[n];
-    BmsObject** ppOld = new (std::nothrow) BmsObject*[n];
-    if (pKeys && pSpare && ppOld) {
-        for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PlaceOf(ppList[i]), ppList[i]->nChannel, i};
-        SortKeys(pKeys, nCount, pSpare);
-        std::memcpy(ppOld, ppList, n * sizeof *ppOld);
-        for (int32_t i = 0; i < nCount; ++i) ppList[i] = ppOld[pKeys[i].nIndex];
-    } else {
-        std::stable_sort(ppList, ppList + nCount, isLess);  // does without memory where there is none
+    SortKey* pKeys = new (std::nothrow) SortKey[static_cast<size_t>(nCount)];
+    SortKey* pSpare = new (std::nothrow) SortKey[static_cast<size_t>(nCount)];
+    if (!pKeys || !pSpare) {  // slower, but does without memory
+        std::stable_sort(ppList, ppList + nCount,
+                         [](const BmsObject* pA, const BmsObject* pB) { return CompareObjects(pA, pB) < 0; });
+    } else if (!SortMeasures(ppList, nCount, pKeys, pSpare)) {
+        SortSpan(ppList, nCount, pKeys, pSpare);
     }
     delete[] pKeys;
     delete[] pSpare;
-    delete[] ppOld;
 }
