@@ -1,0 +1,102 @@
+// Times of a device's blocks, for devices of several habits.
+#include "host/desktop/block_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+namespace {
+
+constexpr int kRate = 44100, kFrames = 256;
+constexpr double kLength = kFrames * 1e9 / kRate;
+constexpr uint64_t kBegin = 5'000'000'000;
+
+struct Figures {
+    double most_behind = 0;               // ns from a block's end to its mixing
+    double shortest = 1e18, longest = 0;  // from block to block
+    double most_wait = 0;
+};
+
+// asked(n, earliest): when block n is asked for, given when the last was done. Figures of the blocks from
+// `first` on.
+Figures Serve(int blocks, int first, const std::function<double(int, double)>& asked) {
+    host::BlockClock clock(kRate, kFrames);
+    Figures figures;
+    double done = 0, last = 0;
+    for (int n = 0; n < blocks; ++n) {
+        const double now = std::max(asked(n, done), done);
+        const host::BlockClock::Block block = clock.Next(kBegin + static_cast<uint64_t>(now));
+        done = now + static_cast<double>(block.wait);
+        if (block.silent) continue;
+        const double time = static_cast<double>(block.time - kBegin), behind = done - (time + kLength);
+        EXPECT_GE(behind, -2.0) << n;  // never ends in the future
+        if (n >= first) {
+            figures.most_behind = std::max(figures.most_behind, behind);
+            figures.shortest = std::min(figures.shortest, time - last);
+            figures.longest = std::max(figures.longest, time - last);
+            figures.most_wait = std::max(figures.most_wait, static_cast<double>(block.wait));
+        }
+        last = time;
+    }
+    return figures;
+}
+
+double Jitter(int n, double most) {
+    return most * ((n * 7919) % 101) / 100;
+}
+
+TEST(BlockClock, AnEvenDevice) {
+    const Figures f = Serve(20000, 1000, [](int n, double) { return n < 4 ? 0 : (n - 4) * kLength; });
+    EXPECT_LT(f.most_behind, 1.5e6);
+    EXPECT_NEAR(f.shortest, kLength, 2);
+    EXPECT_NEAR(f.longest, kLength, 2);
+    EXPECT_EQ(f.most_wait, 0);
+}
+
+TEST(BlockClock, JitterDoesNotReachTheTimes) {
+    const Figures f = Serve(20000, 1000, [](int n, double) { return n * kLength + Jitter(n, 3e6); });
+    EXPECT_LT(f.most_behind, 5e6);
+    EXPECT_NEAR(f.shortest, kLength, 2);
+    EXPECT_NEAR(f.longest, kLength, 2);
+}
+
+TEST(BlockClock, ClocksThatRunFastOrSlowAreFollowed) {
+    for (const double pace : {0.9997, 0.9999, 1.0001, 1.0003}) {
+        const Figures f =
+            Serve(200000, 1000, [=](int n, double) { return n * kLength * pace + Jitter(n, 1e6); });
+        EXPECT_LT(f.most_behind, 8e6) << pace;
+        EXPECT_NEAR(f.shortest / kLength, 1, 0.0011) << pace;
+        EXPECT_NEAR(f.longest / kLength, 1, 0.0011) << pace;
+        EXPECT_LT(f.most_wait, 0.5e6) << pace;
+    }
+}
+
+// Two blocks at a time: the later one of a pair may not lie in the future.
+TEST(BlockClock, Bursts) {
+    const Figures f = Serve(20000, 1000, [](int n, double) { return n / 2 * 2 * kLength; });
+    EXPECT_LT(f.most_behind, kLength + 1.5e6);
+    EXPECT_EQ(f.most_wait, 0);
+    EXPECT_NEAR(f.longest, kLength, 2);
+}
+
+// A driver that takes what it gets as fast as it gets it is held to the clock.
+TEST(BlockClock, ADriverWithoutAPaceOfItsOwn) {
+    const Figures f = Serve(20000, 100, [](int n, double done) { return done + 5e6 + Jitter(n, 0.5e6); });
+    EXPECT_LT(f.most_behind, 1.5e6);
+    EXPECT_NEAR(f.shortest, kLength, 2);
+    EXPECT_NEAR(f.longest, kLength, 2);
+}
+
+TEST(BlockClock, GoesOnAfterAStandstill) {
+    int after = 0;
+    const Figures f = Serve(5000, 2500, [&](int n, double) {
+        after = n;
+        return n * kLength + (n >= 2000 ? 3e9 : 0);
+    });
+    EXPECT_EQ(after, 4999);
+    EXPECT_LT(f.most_behind, 2e6);
+    EXPECT_NEAR(f.longest, kLength, 2);
+}
+
+}  // namespace
