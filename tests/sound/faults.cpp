@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "platform/acm.h"
+#include "platform/directsound.h"
 #include "platform/files.h"
 #include "platform/mmio.h"
 #include "sound/xadec.h"
@@ -19,6 +20,7 @@ Order g_orders[static_cast<int>(faults::Call::kCount)];
 int g_calls[static_cast<int>(faults::Call::kCount)];
 std::string g_flags;
 bool g_leave_rate_open = false;
+bool g_halve_lock = false;
 
 bool Fails(faults::Call call, int64_t* result) {
     ++g_calls[static_cast<int>(call)];
@@ -46,6 +48,7 @@ void FailNothing() {
     for (int& calls : g_calls) calls = 0;
     g_flags.clear();
     g_leave_rate_open = false;
+    g_halve_lock = false;
 }
 
 int Calls(Call call) {
@@ -54,6 +57,10 @@ int Calls(Call call) {
 
 const std::string& ConvertFlags() {
     return g_flags;
+}
+
+void HalveNextLock() {
+    g_halve_lock = true;
 }
 
 void LeaveXaRateOpen(bool leave) {
@@ -117,4 +124,23 @@ extern "C" void* __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE* header, W
     void* handle = __real__Z12xaDecodeOpenPKhP12WAVEFORMATEX(header, format);
     if (g_leave_rate_open) format->nAvgBytesPerSec = 0;
     return handle;
+}
+
+extern "C" HRESULT __real__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(IDirectSoundBuffer*, DWORD, DWORD,
+                                                                      void**, DWORD*, void**, DWORD*, DWORD);
+extern "C" HRESULT __wrap__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(IDirectSoundBuffer*, DWORD, DWORD,
+                                                                      void**, DWORD*, void**, DWORD*, DWORD);
+extern "C" HRESULT __wrap__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(IDirectSoundBuffer* buffer,
+                                                                      DWORD offset, DWORD bytes, void** part1,
+                                                                      DWORD* bytes1, void** part2,
+                                                                      DWORD* bytes2, DWORD flags) {
+    const HRESULT result = __real__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(buffer, offset, bytes, part1,
+                                                                              bytes1, part2, bytes2, flags);
+    if (g_halve_lock && result == DS_OK && flags == 0) {
+        g_halve_lock = false;
+        *bytes1 /= 2;
+        *part2 = nullptr;
+        *bytes2 = 0;
+    }
+    return result;
 }

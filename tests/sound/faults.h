@@ -35,6 +35,9 @@ int Calls(Call call);  // since FailNothing
 // without any.
 const std::string& ConvertFlags();
 
+// The next Lock of a range hands out the first half of it alone.
+void HalveNextLock();
+
 // From now on xaDecodeOpen leaves nAvgBytesPerSec at 0.
 void LeaveXaRateOpen(bool leave);
 

@@ -1,0 +1,166 @@
+// Whole XA sounds, and how a file's kind is told.
+#include "sound/sound_support.h"
+
+using DsCall = directsound_test::Call;
+using faults::Call;
+
+namespace soundtest {
+namespace {
+
+class Xa : public SoundTest {
+protected:
+    void SetUp() override {
+        SoundTest::SetUp();
+        m_samples = Music(22 * 8000 + 5, 1, 8000);
+        m_file = XaFile(m_samples, 1, 8000);
+    }
+    static std::string XaFile(const Samples& samples, int channels, int rate,
+                              xa::Mode mode = xa::Mode::kFine) {
+        const std::vector<uint8_t> file = xa::Encode(samples, channels, static_cast<uint32_t>(rate), mode);
+        return {file.begin(), file.end()};
+    }
+    Samples m_samples;
+    std::string m_file;
+};
+
+TEST_F(Xa, LoadedWhole) {
+    CDSBuffer* sound = Make(m_file, "any.wav");
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(0), 0); }), "");
+    EXPECT_EQ(sound->m_nKind, 2);
+    EXPECT_EQ(sound->m_bStream, 0);
+    EXPECT_EQ(sound->m_nSeconds, 22u);
+    EXPECT_EQ(sound->m_nDataPos, 32u);
+    EXPECT_EQ(sound->m_nDataLen, m_file.size() - 32);
+    EXPECT_EQ(sound->m_nSrcSize, m_file.size() - 32);
+    EXPECT_EQ(sound->m_nBufSize, m_samples.size() * 2);
+    EXPECT_EQ(sound->m_hFile, nullptr);
+    EXPECT_EQ(sound->m_hAcm, nullptr);
+    EXPECT_EQ(sound->m_pSrc, nullptr);
+    EXPECT_EQ(faults::Calls(Call::kXaConvert), 1);
+    const Samples content = ContentSamples(sound->m_pDSB);
+    double noise = 0, level = 0;
+    for (size_t i = 0; i < m_samples.size(); ++i) {
+        noise += std::pow(content[i] - m_samples[i], 2);
+        level += std::pow(m_samples[i], 2);
+    }
+    EXPECT_LT(noise, level * 1e-4);
+}
+
+TEST_F(Xa, FailuresAndWhatTheyLeave) {
+    struct Row {
+        std::string log;
+        std::function<void()> fail;
+        bool converter, buffer;
+    };
+    const auto ds = [](DsCall call, HRESULT result, int times = 1) {
+        return [=] { directsound_test::FailNext(call, result, 0, times); };
+    };
+    const std::string create =
+        "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB 1stCreateFailed\n"
+        "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB CreateDSBError\n";
+    const Row rows[] = {
+        {"CDSBuffer::LoadXA DecodeOpenError\n", [] { faults::FailNext(Call::kXaOpen, 0); }, false, false},
+        {"CDSBuffer::LoadXA DecodeSizeError\n", [] { faults::FailNext(Call::kXaSize, 0); }, true, false},
+        {create + "CDSBuffer::LoadXA DSBCreateError\n", ds(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT, 2),
+         true, false},
+        {"CDSBuffer::LoadXA LockError\n", ds(DsCall::kLock, kFailed), true, true},
+        {"CDSBuffer::LoadXA LockError\n", ds(DsCall::kLock, DSERR_BUFFERLOST, 2), true, true},
+        {"CDSBuffer::LoadXA Convert\n", [] { faults::FailNext(Call::kXaConvert, 0); }, true, true},
+        {"HRESULT->DSERR_INVALIDCALL\nCDSBuffer::LoadXA UnlockError\n",
+         ds(DsCall::kUnlock, DSERR_INVALIDCALL), true, true},
+    };
+    for (const Row& row : rows) {
+        for (bool through_load : {false, true}) {
+            CDSBuffer* sound = Make(m_file);
+            faults::FailNothing();
+            directsound_test::FailNothing();
+            row.fail();
+            EXPECT_EQ(LogOf([&] { EXPECT_EQ(through_load ? sound->Load(0) : sound->LoadXA(0), 1); }),
+                      row.log + (through_load ? "CDSBuffer::LoadWav WAVE not found\n" : ""));
+            EXPECT_EQ(sound->m_hFile, nullptr) << row.log;
+            EXPECT_EQ(sound->m_pSrc, nullptr) << row.log;
+            EXPECT_EQ(sound->m_hAcm != nullptr, row.converter && !through_load) << row.log;
+            EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer && !through_load) << row.log;
+        }
+    }
+    faults::FailNothing();
+    directsound_test::FailNothing();
+}
+
+TEST_F(Xa, StreamedLoadFailures) {
+    CDSBuffer* sound = Make(m_file);
+    directsound_test::FailNext(DsCall::kGetCaps, kFailed);
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->LoadXA(1), 1); }),
+              "CDSBuffer::CreateDSB GetCapsError\nCDSBuffer::LoadXA DSBCreateError(Stream)\n");
+    EXPECT_EQ(sound->m_hFile, nullptr);
+    EXPECT_NE(sound->m_hAcm, nullptr);
+    EXPECT_EQ(sound->m_pSrc, nullptr);
+    sound = Make(m_file);
+    faults::FailNothing();
+    faults::FailNext(Call::kXaConvert, 0);
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->LoadXA(1), 1); }),
+              "CDSBuffer::StreamUpdateXA ConvertError\nCDSBuffer::LoadXA StreamUpdateError\n");
+    EXPECT_NE(sound->m_hFile, nullptr);
+    EXPECT_NE(sound->m_hAcm, nullptr);
+    EXPECT_NE(sound->m_pSrc, nullptr);
+    EXPECT_NE(sound->m_pDst, nullptr);
+}
+
+TEST_F(Xa, WhatIsNoXaIsLeftToTheOtherLoader) {
+    for (const std::string& bytes :
+         {std::string(), std::string("KWD1"), std::string("KWD1") + std::string(27, '\1'),
+          "kwd1" + std::string(40, '\0'), test::SquareWav(100)}) {
+        CDSBuffer* sound = Make(bytes);
+        EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->LoadXA(0), 1); }), "");
+        EXPECT_EQ(sound->m_hFile, nullptr);
+        EXPECT_EQ(sound->m_nKind, 0);
+    }
+    CDSBuffer* sound = Make(test::SquareWav(100), "s.xa");
+    EXPECT_EQ(sound->Load(0), 0);
+    EXPECT_EQ(sound->m_nKind, 1);
+    sound->SetFileName(m_folder.Write("t.wav", m_file).c_str());
+    EXPECT_EQ(sound->Load(0), 0);  // another kind in the same object
+    EXPECT_EQ(sound->m_nKind, 2);
+    sound->SetFileName("/no/such/file");
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(0), 1); }), "CDSBuffer::LoadWav /no/such/file Open Error\n");
+    EXPECT_EQ(sound->m_pDSB, nullptr);
+}
+
+TEST_F(Xa, RateLeftOpenIsWorkedOut) {
+    faults::LeaveXaRateOpen(true);
+    CDSBuffer* sound = Make(m_file);
+    EXPECT_EQ(sound->Load(0), 0);
+    EXPECT_EQ(sound->m_wfx.nAvgBytesPerSec, 16000u);
+    EXPECT_EQ(sound->m_nSeconds, 22u);
+}
+
+// The header's sample count cuts; a count beyond the data adds nothing.
+TEST_F(Xa, ExactLength) {
+    const auto with_count = [&](uint64_t count) {
+        std::string file = m_file;
+        return file.replace(8, 4, test::LittleEndian(count, 4));
+    };
+    Make(m_file)->Load(0);
+    const std::string whole = Contents(m_sound->m_pDSB);
+    for (uint64_t count : {uint64_t{0}, uint64_t{1}, uint64_t{100000}, uint64_t{176005}, uint64_t{176006},
+                           uint64_t{0xFFFFFFFF}}) {
+        EXPECT_EQ(Make(with_count(count))->Load(0), 0);
+        const size_t kept = std::min<size_t>(whole.size(), count * 2);
+        EXPECT_EQ(Contents(m_sound->m_pDSB), whole.substr(0, kept) + std::string(whole.size() - kept, '\0'))
+            << count;
+    }
+}
+
+TEST_F(Xa, CutFilesAreSilentBehindTheCut) {
+    Make(m_file)->Load(0);
+    const std::string whole = Contents(m_sound->m_pDSB);
+    EXPECT_EQ(Make(m_file.substr(0, 32 + 34 * 100))->Load(0), 0);
+    EXPECT_EQ(Contents(m_sound->m_pDSB), whole.substr(0, 6400) + std::string(whole.size() - 6400, '\0'));
+    std::string hostile = m_file;
+    hostile.replace(4, 4, "\xff\xff\xff\xff");
+    EXPECT_EQ(Make(hostile)->Load(0), 1);
+    EXPECT_EQ(m_sound->m_pDSB, nullptr);
+}
+
+}  // namespace
+}  // namespace soundtest
