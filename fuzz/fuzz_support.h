@@ -1,0 +1,63 @@
+// What targets that run the whole program share.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "host/headless/headless.h"
+#include "host/host.h"
+#include "platform/process.h"
+#include "shell/shell.h"
+
+namespace fuzz {
+
+// A folder with small charts: two that play, one of measure 0 alone, and names of none.
+class Charts {
+public:
+    Charts() {
+        std::string name = (std::filesystem::temp_directory_path() / "lumetra-fuzz-XXXXXX").string();
+        if (!mkdtemp(name.data())) std::abort();
+        folder_ = name;
+        std::string wav(
+            "RIFF\x28\0\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x40\x1f\0\0\x40\x1f\0\0\1\0\x8\0data\4\0\0\0abcd", 48);
+        Write("a.wav", wav);
+        Write("0.bms", "#TITLE a\r\n#BPM 600\r\n#WAV01 a.wav\r\n#00011:01\r\n#00111:0101\r\n");
+        Write("1.bms", "#BPM 240\r\n#BMP01 no.bmp\r\n#00004:01\r\n#00301:01\r\n#00103:FF\r\n");
+        Write("2.bms", "#00011:01\r\n");
+    }
+    ~Charts() {
+        std::error_code error;
+        std::filesystem::remove_all(folder_, error);
+    }
+    Charts(const Charts&) = delete;
+    Charts& operator=(const Charts&) = delete;
+
+    std::string Path(int choice) const { return folder_ + "/" + std::to_string(choice % 4) + ".bms"; }
+
+private:
+    void Write(const std::string& name, const std::string& bytes) const {
+        std::ofstream(folder_ + "/" + name, std::ios::binary) << bytes;
+    }
+
+    std::string folder_;
+};
+
+// The system, the platform and the host as in a fresh process.
+inline void FreshProgram() {
+    Shutdown();
+    ResetPlatform();
+    host::Shutdown();
+    headless::Reset();
+    g_hWnd = nullptr;
+    g_bHost = g_bPlaying = 0;
+    g_bPaused = 1;
+    g_dwPauseTime = 0;
+    g_nStartMeasure = -1;
+    g_fSpeed = 1.0f;
+    g_TimeCaps = {};
+}
+
+}  // namespace fuzz
