@@ -153,7 +153,10 @@ std::string FindPath(uint64_t id) {
 }  // namespace
 
 bool TakePosted(Event* event) {
-    return g_announced.inbox && g_announced.inbox->Take(event);
+    if (!g_announced.inbox || !g_announced.inbox->Take(event)) return false;
+    Log("host: message " + std::to_string(event->message) + " " + std::to_string(event->wparam) + " " +
+        std::to_string(event->lparam) + "\n");
+    return true;
 }
 
 bool PostedWaits() {

@@ -1,0 +1,234 @@
+// The desktop host below its windows: packets, folders, sockets, file lists.
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+
+#include "host/desktop/copies.h"
+#include "host/desktop/copy_folder.h"
+#include "host/desktop/copy_message.h"
+#include "host/desktop/file_list.h"
+#include "host/desktop/main_window.h"
+#include "host/host.h"
+
+using namespace host;
+using namespace host::desktop;
+
+namespace {
+
+class Copies : public testing::Test {
+protected:
+    void SetUp() override {
+        char name[] = "/tmp/lumXXXXXX";
+        ASSERT_NE(mkdtemp(name), nullptr);
+        m_folder = name;
+        setenv("XDG_RUNTIME_DIR", name, 1);
+        setenv("DISPLAY", ":7.0", 1);
+    }
+    void TearDown() override {
+        WithdrawCopy();
+        EXPECT_EQ(std::system(("rm -r " + m_folder).c_str()), 0);
+    }
+
+    std::string Mine() const { return m_folder + "/lumetra-7"; }
+    // Of this process, which ListCopies leaves out.
+    static uint64_t OwnId() { return static_cast<uint64_t>(getpid()); }
+
+    std::vector<uint32_t> TakeAll(size_t count) {
+        std::vector<uint32_t> numbers;
+        Event event;
+        for (int tries = 0; numbers.size() < count && tries < 2000; ++tries) {
+            while (TakePosted(&event)) numbers.push_back(event.message);
+            EndPostedRound();
+            if (numbers.size() < count) usleep(1000);
+        }
+        return numbers;
+    }
+
+    std::string m_folder;
+};
+
+// A socket that somebody bound and left.
+void LeaveSocket(const std::string& path) {
+    const int fd = socket(AF_UNIX, SOCK_DGRAM, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, path.c_str());
+    ASSERT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    close(fd);
+}
+
+TEST(CopyMessage, OnlyWellFormedPacketsAreTaken) {
+    uint8_t good[kCopyMessageBytes];
+    EncodeCopyMessage({1129, -5, INT64_MIN}, good);
+    const uint8_t expected[kCopyMessageBytes] = {'L',  'M',  'T', 'R', 1, 0,    0,    0,    0x69, 4,    0,
+                                                 0,    0,    0,   0,   0, 0xFB, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+                                                 0xFF, 0xFF, 0,   0,   0, 0,    0,    0,    0,    0x80};
+    EXPECT_EQ(std::memcmp(good, expected, sizeof(good)), 0);
+    CopyMessage message;
+    ASSERT_TRUE(DecodeCopyMessage(good, sizeof(good), &message));
+    EXPECT_EQ(message.message, 1129u);
+    EXPECT_EQ(message.wparam, -5);
+    EXPECT_EQ(message.lparam, INT64_MIN);
+    for (size_t count = 0; count < sizeof(good); ++count)
+        EXPECT_FALSE(DecodeCopyMessage(good, count, &message));
+    for (size_t at : {0, 3, 4, 5, 6, 7, 12, 15}) {
+        uint8_t bad[kCopyMessageBytes];
+        std::memcpy(bad, good, sizeof(bad));
+        bad[at] ^= 0x10;
+        EXPECT_FALSE(DecodeCopyMessage(bad, sizeof(bad), &message)) << at;
+    }
+    const std::pair<uint32_t, bool> numbers[] = {{0, false},      {16, false},        {70, false},
+                                                 {1023, false},   {1024, true},       {0xBFFF, true},
+                                                 {0xC000, false}, {UINT32_MAX, false}};
+    for (const auto& [number, taken] : numbers) {
+        EncodeCopyMessage({number, 0, 0}, good);
+        EXPECT_EQ(DecodeCopyMessage(good, sizeof(good), &message), taken) << number;
+    }
+}
+
+TEST(CopyFolderNames, DisplaysAndSockets) {
+    const std::pair<const char*, const char*> displays[] = {{":0", "0"},
+                                                            {":0.1", "0"},
+                                                            {"unix:12.0", "12"},
+                                                            {"localhost:10.0", "localhost_10"},
+                                                            {"", "none"},
+                                                            {nullptr, "none"},
+                                                            {"../../x:1", "______x_1"},
+                                                            {"wayland-0", "wayland-0"},
+                                                            {"a.b:3.2", "a_b_3"}};
+    for (const auto& [display, key] : displays) EXPECT_EQ(DisplayKey(display), key);
+    CopySocket socket;
+    EXPECT_EQ(SocketName({"Lumetra_ZN", 42}), "Lumetra_ZN.42");
+    EXPECT_EQ(SocketName({"a b/.", 1}), "a%20b%2F%2E.1");
+    ASSERT_TRUE(ParseSocketName("a%20b%2F%2E.1", &socket));
+    EXPECT_EQ(socket.class_name, "a b/.");
+    for (const char* bad :
+         {"", ".", "a", "a.", ".1", "a.0", "a.1x", "a b.1", "%2.1", "%zz.1", "a.99999999999999999999"})
+        EXPECT_FALSE(ParseSocketName(bad, &socket)) << bad;
+}
+
+TEST_F(Copies, AnnounceListPostWithdraw) {
+    std::vector<Copy> copies;
+    EXPECT_TRUE(ListCopies(&copies));
+    EXPECT_NE(access(Mine().c_str(), F_OK), 0) << "looking makes no folder";
+    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
+    EXPECT_TRUE(ListCopies(&copies));
+    EXPECT_TRUE(copies.empty());
+    EXPECT_FALSE(PostToCopy(OwnId() + 1, 1125, 0, 0));
+    for (uint32_t i = 0; i < 500; ++i) ASSERT_TRUE(PostToCopy(OwnId(), 2000 + i, 0, 0));
+    const std::vector<uint32_t> numbers = TakeAll(500);
+    ASSERT_EQ(numbers.size(), 500u);
+    for (uint32_t i = 0; i < 500; ++i) EXPECT_EQ(numbers[i], 2000 + i);
+    WithdrawCopy();
+    EXPECT_NE(access(Mine().c_str(), F_OK), 0) << "the last one takes the folder away";
+    EXPECT_FALSE(PostToCopy(OwnId(), 1125, 0, 0));
+}
+
+TEST_F(Copies, DeadSocketsAreSweptAndTheirNamesTakenOver) {
+    ASSERT_EQ(mkdir(Mine().c_str(), 0700), 0);
+    LeaveSocket(Mine() + "/Lumetra_ZN.99");
+    LeaveSocket(Mine() + "/Lumetra_ZN." + std::to_string(OwnId()));
+    std::ofstream(Mine() + "/notes.txt") << "somebody's";
+    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
+    EXPECT_TRUE(PostToCopy(OwnId(), 1125, 0, 0));
+    std::vector<Copy> copies;
+    EXPECT_TRUE(ListCopies(&copies));
+    EXPECT_TRUE(copies.empty());
+    EXPECT_EQ(ReadCopyFolder(Mine()).size(), 1u);
+    EXPECT_EQ(access((Mine() + "/notes.txt").c_str(), F_OK), 0);
+}
+
+TEST_F(Copies, FoldersThatAreNotPrivateAreNotUsed) {
+    std::vector<Copy> copies;
+    for (mode_t mode : {0777, 0710, 0701}) {
+        ASSERT_EQ(mkdir(Mine().c_str(), 0700), 0);
+        chmod(Mine().c_str(), mode);
+        EXPECT_FALSE(AnnounceCopy("Lumetra_ZN"));
+        EXPECT_FALSE(ListCopies(&copies));
+        EXPECT_TRUE(ReadCopyFolder(Mine()).empty());
+        ASSERT_EQ(rmdir(Mine().c_str()), 0);
+    }
+    ASSERT_EQ(mkdir((m_folder + "/other").c_str(), 0700), 0);
+    ASSERT_EQ(symlink((m_folder + "/other").c_str(), Mine().c_str()), 0);
+    EXPECT_FALSE(AnnounceCopy("Lumetra_ZN"));
+    EXPECT_FALSE(ListCopies(&copies));
+    unlink(Mine().c_str());
+    chmod(m_folder.c_str(), 0755);  // then the run-time folder itself is not used
+    EXPECT_NE(FindCopyFolder(false).path.compare(0, m_folder.size(), m_folder), 0);
+}
+
+TEST_F(Copies, ARoundGivesNoMoreThanHadComeBefore) {
+    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
+    for (int i = 0; i < 1500; ++i) ASSERT_TRUE(PostToCopy(OwnId(), 3000, 0, 0));
+    usleep(50000);
+    Event event;
+    int first = 0;
+    while (first < 2000 && TakePosted(&event)) ++first;
+    EXPECT_GE(first, 1000);  // ten milliseconds begin a round of their own
+    EndPostedRound();
+    EXPECT_EQ(TakeAll(static_cast<size_t>(1500 - first)).size(), static_cast<size_t>(1500 - first));
+}
+
+TEST_F(Copies, AFullQueueMakesTheSenderWaitAndThenFail) {
+    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
+    size_t sent = 0;
+    while (sent < 20000 && PostToCopy(OwnId(), 3000, 0, 0)) ++sent;
+    EXPECT_GE(sent, 10000u);
+    EXPECT_LT(sent, 12000u);
+    EXPECT_EQ(TakeAll(sent).size(), sent) << "none of those that were accepted is lost";
+}
+
+TEST(DroppedPath, TakesTheFirstLocalFile) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"file:///tmp/a%20b.bms\r\n", "/tmp/a b.bms"},
+        {"file://host/tmp/%E6%9B%B2.bms\r\nfile:///b\r\n", "/tmp/\xE6\x9B\xB2.bms"},
+        {"# comment\r\nhttp://x/y\r\nfile:/c.bms", "/c.bms"},
+        {"/plain/path.bms\n", "/plain/path.bms"},
+        {"file:///100%.bms", "/100%.bms"},
+        {"file:///%zz%4", "/%zz%4"},
+        {"file://", ""},
+        {"relative.bms", ""},
+        {"", ""},
+    };
+    for (const auto& [text, path] : rows) EXPECT_EQ(DroppedPath(text), path) << text;
+}
+
+TEST(FileList, PatternsAndNames) {
+    const char* charts = "*.bms;*.bme";
+    for (const char* name : {"a.bms", "A.BME", ".bms", "a.b.bMs"})
+        EXPECT_TRUE(FitsPatterns(name, charts)) << name;
+    for (const char* name : {"a.bm", "a.bmsx", "bms", ""}) EXPECT_FALSE(FitsPatterns(name, charts)) << name;
+    EXPECT_TRUE(FitsPatterns("anything", ""));
+    EXPECT_TRUE(FitsPatterns(std::string(5000, 'a'), "*a*a*a*a*a*a*a*a*a*b;*a"));
+    EXPECT_EQ(ShownName("\x8B\xC8.bms"), "\xE6\x9B\xB2.bms");
+    EXPECT_EQ(ShownName("\xE6\x9B\xB2.bms"), "\xE6\x9B\xB2.bms");
+    EXPECT_FALSE(ShownName("\xFF\xFE\xFD").empty());
+    EXPECT_EQ(JoinPath("/", "a"), "/a");
+    EXPECT_EQ(JoinPath("/b", "/c"), "/c");
+    EXPECT_EQ(ParentFolder("/a/b"), "/a");
+    EXPECT_EQ(ParentFolder("/a"), "/");
+    EXPECT_EQ(ParentFolder("/"), "/");
+}
+
+TEST(FileList, FoldersFirstThenChartsByName) {
+    char name[] = "/tmp/lumXXXXXX";
+    ASSERT_NE(mkdtemp(name), nullptr);
+    const std::string folder = name;
+    for (const char* file : {"b.bms", "A.BME", "\xE6\x9B\xB2.bms", "x.wav", ".hidden.bms"})
+        std::ofstream(folder + "/" + file);
+    mkdir((folder + "/zoo").c_str(), 0700);
+    mkfifo((folder + "/f.bms").c_str(), 0600);
+    std::vector<std::string> names;
+    for (const FileEntry& entry : ListFolder(folder, "*.bms;*.bme")) names.push_back(entry.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"..", "zoo", "A.BME", "b.bms", "\xE6\x9B\xB2.bms"}));
+    EXPECT_TRUE(ListFolder(folder + "/none", "").empty());
+    EXPECT_EQ(std::system(("rm -r " + folder).c_str()), 0);
+}
+
+}  // namespace
