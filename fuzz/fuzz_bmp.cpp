@@ -35,26 +35,31 @@ void Fire(int32_t channel, void* object) {
     FireBga(&event);
 }
 
+CDDraw* Display() {
+    static CDDraw display;
+    static const bool ready = !display.Init(nullptr, 0, 0, SCREEN_WIDTH, SCREEN_HEIGHT) &&
+                              !display.CreateParts(LAYER_BGA, LAYER_SIZE, LAYER_SIZE);
+    if (!ready) std::abort();
+    return &display;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const PictureFile file;
     file.Write(data, size);
-    CDDraw display;
-    if (display.Init(nullptr, 0, 0, SCREEN_WIDTH, SCREEN_HEIGHT) ||
-        display.CreateParts(LAYER_BGA, LAYER_SIZE, LAYER_SIZE))
-        std::abort();
     CDDraw* before = g_pDDraw;
-    g_pDDraw = &display;
-    if (display.LoadDib(file.path.c_str(), 1) == 0) {
-        Fire(LAYER_BGA, display.m_apDib[1]);
+    g_pDDraw = Display();
+    if (g_pDDraw->LoadDib(file.path.c_str(), 1) == 0) {
+        Fire(LAYER_BGA, g_pDDraw->m_apDib[1]);
         BgaDef def = {};
         std::memcpy(&def, data + size - 24, 24);
         def.nBmp = 1;
         Fire(BGADEF_CHANNEL_BASE + LAYER_BGA, &def);
-    } else if (display.m_apDib[1]) {
+    } else if (g_pDDraw->m_apDib[1]) {
         std::abort();
     }
+    g_pDDraw->FreeDib(1);
     g_pDDraw = before;
     return 0;
 }

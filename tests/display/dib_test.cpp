@@ -57,9 +57,9 @@ TEST_F(Dib, WherePaletteAndPixelsLie) {
 TEST_F(Dib, TheCountOfColoursIsWrittenBack) {
     CDib dib;
     ASSERT_EQ(dib.Load(m_folder.Write("a.bmp", File(8, 40, 0)).c_str()), 0);
-    EXPECT_EQ(dib.m_pInfoHeader->biClrUsed, 256u);
+    EXPECT_EQ(DWORD{dib.m_pInfoHeader->biClrUsed}, 256u);
     ASSERT_EQ(dib.Load(m_folder.Write("b.bmp", File(24, 40, 0)).c_str()), 0);
-    EXPECT_EQ(dib.m_pInfoHeader->biClrUsed, 0u);
+    EXPECT_EQ(DWORD{dib.m_pInfoHeader->biClrUsed}, 0u);
 }
 
 TEST_F(Dib, Refusals) {

@@ -16,13 +16,14 @@ constexpr DWORD kPlain = DDBLTFAST_WAIT, kKeyed = DDBLTFAST_WAIT | DDBLTFAST_SRC
 class Surfaces : public testing::Test {
 protected:
     void SetUp() override {
+        m_nLive = directdraw_test::LiveObjects();
         ASSERT_EQ(DirectDrawCreateEx(nullptr, &m_pDD, IID_IDirectDraw7, nullptr), DD_OK);
         ASSERT_EQ(m_pDD->SetCooperativeLevel(nullptr, DDSCL_NORMAL), DD_OK);
     }
     void TearDown() override {
         for (IDirectDrawSurface7* pSurface : m_surfaces) pSurface->Release();
         m_pDD->Release();
-        EXPECT_EQ(directdraw_test::LiveObjects(), 0);
+        EXPECT_EQ(directdraw_test::LiveObjects(), m_nLive);
     }
     static DDSURFACEDESC2 Offscreen(DWORD nWidth, DWORD nHeight) {
         DDSURFACEDESC2 desc = {};
@@ -49,6 +50,7 @@ protected:
         return pSurface;
     }
 
+    int m_nLive = 0;  // objects of others
     IDirectDraw7* m_pDD = nullptr;
     std::vector<IDirectDrawSurface7*> m_surfaces;
 };
