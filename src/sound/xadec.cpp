@@ -67,7 +67,10 @@ void BeginRun(CXaDecoder* pXa) {
 template <int BITS>
 int32_t CodeAt(const BYTE* pCodes, int nIndex) {
     if constexpr (BITS == XA_BITS_FINE) {
-        return static_cast<int8_t>(pCodes[nIndex]);
+        int nBit = nIndex * XA_BITS_FINE;  // 0, 2, 4 or 6 within its byte: a code always lies in two bytes
+        const BYTE* p = pCodes + (nBit >> 3);
+        return static_cast<int16_t>((p[0] | p[1] << 8) << (16 - XA_BITS_FINE - (nBit & 7))) >>
+               (16 - XA_BITS_FINE);
     } else {
         int nShifted = pCodes[nIndex >> 1] << (nIndex & 1 ? 0 : 4);
         return static_cast<int8_t>(nShifted) >> 4;

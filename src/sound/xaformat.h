@@ -6,14 +6,14 @@
 constexpr BYTE XA_MAGIC[4] = {'K', 'W', 'D', '1'};
 constexpr BYTE XA_VERSION = 1;
 
-// Bits of one code. The fine mode is the better one, the fast mode half its size.
+// Bits of one code. The fine mode is the better one, the fast mode less than half its size.
 constexpr int XA_BITS_FAST = 4;
-constexpr int XA_BITS_FINE = 8;
+constexpr int XA_BITS_FINE = 10;
 
 constexpr int XA_BLOCK_FRAMES = 32;
 constexpr int XA_PARAM_BYTES = 2;  // of each channel, at the head of a block: filter, range
 constexpr int XA_MAX_CHANNELS = 2;
-constexpr int XA_MAX_BLOCK_BYTES = XA_MAX_CHANNELS * (XA_PARAM_BYTES + XA_BLOCK_FRAMES);
+constexpr int XA_MAX_BLOCK_BYTES = XA_MAX_CHANNELS * (XA_PARAM_BYTES + XA_BLOCK_FRAMES * XA_BITS_FINE / 8);
 
 constexpr DWORD XA_MIN_RATE = 100;  // Hz
 constexpr DWORD XA_MAX_RATE = 384000;

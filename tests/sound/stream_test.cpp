@@ -140,7 +140,7 @@ TEST_F(Stream, RefillFailures) {
 }
 
 TEST_F(Stream, XaRefillFailures) {
-    const std::string file = XaOf(m_samples, 1, 8000);
+    const std::string file = XaOf(m_samples, 1, 8000, xa::Mode::kFast);
     const std::pair<const char*, std::function<void()>> rows[] = {
         {"ConvertError\n", [] { faults::FailNext(Call::kXaConvert, 0); }},
         {"BufferLost(Lock)\n",

@@ -94,12 +94,12 @@ TEST_F(Trace, LoopingWav) {
     EXPECT_EQ(Contents(sound->m_pDSB), pcm.substr(700, 1000) + pcm.substr(5000) + pcm.substr(0, 700));
 }
 
-// 5300 frames at 1000 a second: 10600 bytes of PCM, a ring of 4000. A block has 32 frames in 34 bytes, so the
-// data are 165 blocks and one of 20 frames in 22 bytes: 5632 bytes.
+// 5300 frames at 1000 a second: 10600 bytes of PCM, a ring of 4000. A block has 32 frames in 42 bytes, so the
+// data are 165 blocks and one of 20 frames in 27 bytes: 6957 bytes.
 TEST_F(Trace, Xa) {
     const Samples samples = Music(5300, 1, 1000);
     const std::vector<uint8_t> file = xa::Encode(samples, 1, 1000, xa::Mode::kFine);
-    ASSERT_EQ(file.size(), 32u + 5632u);
+    ASSERT_EQ(file.size(), 32u + 6957u);
     CDSBuffer* sound = Make(std::string(file.begin(), file.end()), "s.xa");
     sound->SetStreamSeconds(5);
     ASSERT_EQ(sound->Load(1), 0);
@@ -109,14 +109,14 @@ TEST_F(Trace, Xa) {
     EXPECT_EQ(sound->m_nPcmLen, 10600u);
     EXPECT_EQ(sound->m_nDataPos, 32u);
     const Step steps[] = {
-        {0, 2142, 2142, 4000, 0, 0, 0, 0},         // 62 blocks and 16 frames of a 63rd
-        {0, 2142, 2142, 4000, 0, 0, 0, 0},         // Play starts over
-        {2400, 3196, 3196, 6000, 2000, 1, 0, 0},   // [A] 16 frames, 30 blocks, 24 frames of one more
-        {500, 4250, 4250, 8000, 0, 0, 0, 0},       // [B] 8 frames and 31 blocks
-        {2400, 5338, 5338, 10000, 2000, 1, 0, 0},  // [A] 31 blocks and 8 frames of one more
-        {500, 5632, 5632, 10600, 0, 0, 3, 0},      // [B] the last 300 frames, 1400 bytes of silence
-        {2400, 5632, 5632, 10600, 2000, 1, 4, 0},  // [A] silence, in the first half
-        {2600, 5632, 5632, 10600, 2000, 1, 4, 0}, {500, 5632, 5632, 10600, 2000, 1, 5, 0},  // stopped
+        {0, 2646, 2646, 4000, 0, 0, 0, 0},         // 62 blocks and 16 frames of a 63rd
+        {0, 2646, 2646, 4000, 0, 0, 0, 0},         // Play starts over
+        {2400, 3948, 3948, 6000, 2000, 1, 0, 0},   // [A] 16 frames, 30 blocks, 24 frames of one more
+        {500, 5250, 5250, 8000, 0, 0, 0, 0},       // [B] 8 frames and 31 blocks
+        {2400, 6594, 6594, 10000, 2000, 1, 0, 0},  // [A] 31 blocks and 8 frames of one more
+        {500, 6957, 6957, 10600, 0, 0, 3, 0},      // [B] the last 300 frames, 1400 bytes of silence
+        {2400, 6957, 6957, 10600, 2000, 1, 4, 0},  // [A] silence, in the first half
+        {2600, 6957, 6957, 10600, 2000, 1, 4, 0}, {500, 6957, 6957, 10600, 2000, 1, 5, 0},  // stopped
     };
     EXPECT_EQ(LogOf([&] { Run(sound, steps); }), "");
     EXPECT_EQ(sound->IsPlaying(), 0);

@@ -154,7 +154,7 @@ TEST_F(Xa, ExactLength) {
 TEST_F(Xa, CutFilesAreSilentBehindTheCut) {
     Make(m_file)->Load(0);
     const std::string whole = Contents(m_sound->m_pDSB);
-    EXPECT_EQ(Make(m_file.substr(0, 32 + 34 * 100))->Load(0), 0);
+    EXPECT_EQ(Make(m_file.substr(0, 32 + 42 * 100))->Load(0), 0);
     EXPECT_EQ(Contents(m_sound->m_pDSB), whole.substr(0, 6400) + std::string(whole.size() - 6400, '\0'));
     std::string hostile = m_file;
     hostile.replace(4, 4, "\xff\xff\xff\xff");

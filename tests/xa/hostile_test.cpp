@@ -29,7 +29,7 @@ TEST(XaHostile, HeadersThatNoFileHasAreRefused) {
         {"version 0", 12, 0, false},
         {"version 2", 12, 2, false},
         {"0 bits", 13, 0, false},
-        {"16 bits", 13, 16, false},
+        {"8 bits", 13, 8, false},
         {"0 frames a block", 14, 0, false},
         {"255 frames a block", 14, 255, false},
         {"0 channels", 15, 0, false},
@@ -66,8 +66,8 @@ TEST(XaHostile, SizesStopBeforeTheyOverflow) {
         {1, Mode::kFast, 18 * 1000 + 2, 64000},
         {1, Mode::kFast, 18 * 1000 + 3, 64004},
         {2, Mode::kFast, 36 * 7 + 5, 7 * 128 + 4},
-        {1, Mode::kFine, 34 * 9 + 33, 9 * 64 + 62},
-        {2, Mode::kFine, 68 * 3 + 7, 3 * 128 + 4},
+        {1, Mode::kFine, 42 * 9 + 41, 9 * 64 + 62},
+        {2, Mode::kFine, 84 * 3 + 7, 3 * 128 + 4},
         {1, Mode::kFast, 603979775, 2147483644},
         {1, Mode::kFast, 603979776, 0},
         {2, Mode::kFast, 0xFFFFFFFF, 0},
@@ -117,14 +117,14 @@ TEST(XaHostile, ADamagedBlockFailsAndWhatCameBeforeIsGiven) {
     };
     for (Case c : {Case{0, XA_FILTERS}, Case{1, XA_RANGES}, Case{2, 255}, Case{3, 255}}) {
         Bytes file = SmallFile(), pcm = DecodeWhole(file);
-        file[XA_HEADER_SIZE + 68 + c.at] = c.value;
+        file[XA_HEADER_SIZE + 84 + c.at] = c.value;
         Bytes data = DataOf(file), out;
         Decoder decoder(file);
         size_t used = 0;
         EXPECT_FALSE(decoder.Convert(data.data(), data.size(), pcm.size(), &out, &used));
-        EXPECT_EQ(used, 68u);
+        EXPECT_EQ(used, 84u);
         EXPECT_EQ(out, Bytes(pcm.begin(), pcm.begin() + 128));
-        EXPECT_FALSE(decoder.Convert(data.data() + used, 68, 128, &out, &used));
+        EXPECT_FALSE(decoder.Convert(data.data() + used, 84, 128, &out, &used));
     }
 }
 

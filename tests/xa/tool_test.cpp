@@ -77,7 +77,7 @@ TEST_F(XaTool, EncodesAndDecodesBack) {
         double decibels;
         size_t bytes;
     };
-    for (Case c : {Case{"", 60, 46865}, Case{"--mode=fine", 60, 46865}, Case{"-m fast", 38, 24815}}) {
+    for (Case c : {Case{"", 60, 57897}, Case{"--mode=fine", 60, 57897}, Case{"-m fast", 38, 24815}}) {
         Result encoded = Run(std::string("encode ") + c.option + " 'in file.wav' out.xa");
         ASSERT_EQ(encoded.code, 0) << encoded.text;
         EXPECT_EQ(encoded.text, "");
@@ -104,7 +104,7 @@ TEST_F(XaTool, WrongUseIsOneUnreadableInputTwoAndFailedOutputThree) {
     Bytes xa = xa::Encode(Music(500, 1, 8000), 1, 8000, xa::Mode::kFine);
     Write("good.xa", xa);
     Bytes damaged = xa;
-    damaged[XA_HEADER_SIZE + 34] = 200;
+    damaged[XA_HEADER_SIZE + 42] = 200;
     Write("damaged.xa", damaged);
     Write("stub.xa", Bytes(xa.begin(), xa.begin() + 31));
     fs::create_directory(folder_ / "folder");
@@ -130,7 +130,7 @@ TEST_F(XaTool, WrongUseIsOneUnreadableInputTwoAndFailedOutputThree) {
         {"decode none.xa out.wav", 2, "none.xa: "},
         {"decode in.wav out.wav", 2, "not an XA file"},
         {"decode stub.xa out.wav", 2, "not an XA file"},
-        {"decode damaged.xa out.wav", 2, "damaged at byte 66"},
+        {"decode damaged.xa out.wav", 2, "damaged at byte 74"},
         {"decode folder out.wav", 2, "folder: "},
         {"info good.xa in.wav", 2, "not an XA file"},
         {"encode in.wav none/out.xa", 3, "none/out.xa: cannot write"},
@@ -149,13 +149,13 @@ TEST_F(XaTool, WrongUseIsOneUnreadableInputTwoAndFailedOutputThree) {
 
 TEST_F(XaTool, AFileThatEndsEarlyGivesWhatItHas) {
     Bytes xa = xa::Encode(Music(500, 1, 8000), 1, 8000, xa::Mode::kFine), whole = DecodeWhole(xa);
-    Write("cut.xa", Bytes(xa.begin(), xa.begin() + 32 + 34 + 12));
+    Write("cut.xa", Bytes(xa.begin(), xa.begin() + 32 + 42 + 12));
     Result result = Run("decode cut.xa out.wav");
     EXPECT_EQ(result.code, 0);
-    EXPECT_NE(result.text.find("ends early, after 46 of "), std::string::npos) << result.text;
+    EXPECT_NE(result.text.find("ends early, after 54 of "), std::string::npos) << result.text;
     Bytes wav = Read("out.wav");
-    ASSERT_EQ(wav.size(), 44u + 64 + 20);
-    EXPECT_EQ(Bytes(wav.begin() + 44, wav.end()), Bytes(whole.begin(), whole.begin() + 84));
+    ASSERT_EQ(wav.size(), 44u + 64 + 16);
+    EXPECT_EQ(Bytes(wav.begin() + 44, wav.end()), Bytes(whole.begin(), whole.begin() + 80));
 }
 
 TEST_F(XaTool, AFailedRunLeavesTheOldOutputAlone) {

@@ -24,7 +24,7 @@ struct Trial {
     int range = 0;
     int64_t error = INT64_MAX;  // sum of squares
     History history;
-    std::array<int8_t, XA_BLOCK_FRAMES> codes{};
+    std::array<int16_t, XA_BLOCK_FRAMES> codes{};
 };
 
 // How many filters are tried in full, and how far below and above the range that just holds the largest
@@ -72,7 +72,7 @@ void Run(Trial* trial, const BlockSamples& in, int count, int bits, History hist
         int32_t code = Quantise(in[i] - prediction, scale, lowest);
         int32_t sample = XaClamp(prediction + XaResidual(code, scale));
         error += static_cast<int64_t>(in[i] - sample) * (in[i] - sample);
-        trial->codes[i] = static_cast<int8_t>(code);
+        trial->codes[i] = static_cast<int16_t>(code);
         history = {sample, history.last};
     }
     trial->error = error;
@@ -140,12 +140,11 @@ void PutBlock(uint8_t* block, const Trial* trials, int channels, int bits, int c
     }
     uint8_t* codes = block + channels * XA_PARAM_BYTES;
     for (int i = 0; i < count * channels; ++i) {
-        int code = trials[i % channels].codes[i / channels];
-        if (bits == XA_BITS_FINE) {
-            codes[i] = static_cast<uint8_t>(code);
-        } else {
-            codes[i / 2] |= static_cast<uint8_t>((code & 15) << (i % 2 * 4));
-        }
+        uint32_t code = static_cast<uint32_t>(trials[i % channels].codes[i / channels]) & ((1u << bits) - 1);
+        int bit = i * bits;
+        code <<= bit % 8;
+        codes[bit / 8] |= static_cast<uint8_t>(code);
+        if (code > 0xFF) codes[bit / 8 + 1] |= static_cast<uint8_t>(code >> 8);
     }
 }
 

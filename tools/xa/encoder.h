@@ -9,7 +9,7 @@ namespace xa {
 
 enum class Mode {
     kFast,  // 4-bit codes: 4.5 bits a sample
-    kFine,  // 8-bit codes: 8.5 bits a sample
+    kFine,  // 10-bit codes: 10.5 bits a sample
 };
 
 // Why this sound cannot be an XA file, or null when it can: 1 or 2 channels, a rate of 100 to 384,000 Hz, and

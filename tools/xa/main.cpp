@@ -22,8 +22,8 @@ const char kHelp[] =
     "\n"
     "Makes XA sounds for charts, unpacks them to 16-bit WAV, and tells what is in them.\n"
     "\n"
-    "  -m, --mode MODE  fine: 8-bit codes, the better sound (what is taken without this)\n"
-    "                   fast: 4-bit codes, half the size\n"
+    "  -m, --mode MODE  fine: 10-bit codes, the better sound (what is taken without this)\n"
+    "                   fast: 4-bit codes, less than half the size\n"
     "  -h, --help       show this text\n"
     "  -V, --version    show the version\n"
     "\n"
@@ -102,7 +102,7 @@ int Info(const std::string& path) {
     double seconds = static_cast<double>(header.frames) / header.rate;
     double pcm = 2.0 * header.channels * header.frames;
     std::printf("%s\n", path.c_str());
-    std::printf("  mode      %s (%d-bit codes)\n", header.bits == 8 ? "fine" : "fast", header.bits);
+    std::printf("  mode      %s (%d-bit codes)\n", header.bits == 10 ? "fine" : "fast", header.bits);
     std::printf("  channels  %d\n", header.channels);
     std::printf("  rate      %u Hz\n", header.rate);
     std::printf("  length    %u frames, %.3f s\n", header.frames, seconds);
