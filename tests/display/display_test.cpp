@@ -165,6 +165,12 @@ TEST_F(Display, PresentPutsTheWindowBackToItsSizeAndFollowsTheDesktop) {
     headless::SetDesktop(3000, 2000);  // another monitor
     EXPECT_EQ(display.Present(), 0);
     ExpectShown({0, 0, 452, 280});
+    headless::SetDesktop(400, 300);  // narrower than the window: the left edge's rule comes first
+    display.FitWindow(m_hWnd, -30, 5, kWidth, kHeight - 1);
+    display.FitWindow(m_hWnd, -30, 5, kWidth, kHeight);
+    EXPECT_EQ(display.Present(), 0);
+    EXPECT_EQ(headless::ShownPicture().pixels[30], 1u + 52u);
+    EXPECT_EQ(headless::ShownPicture().pixels[29], 0u);
 }
 
 TEST_F(Display, Pacing) {
