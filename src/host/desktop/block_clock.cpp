@@ -13,6 +13,7 @@ constexpr double kLearning = 100 * kMillisecond, kForgotten = 50 * kMillisecond;
 constexpr double kWindow = 500 * kMillisecond;
 constexpr double kSteering = 0.001;           // of the pace; clocks of devices are ten times better
 constexpr double kLost = 100 * kMillisecond;  // behind by more: the device stood still, begin anew
+constexpr double kHeldLost = 5 * kSecond;     // a file waits for nobody and catches up
 
 }  // namespace
 
@@ -51,9 +52,11 @@ BlockClock::Block BlockClock::Next(uint64_t reading) {
     }
     ++m_blocks;
     m_end += m_length * m_pace;
-    if (now - m_end > kLost || m_end - now > m_length + kLost) m_end = now - kMargin;
-    Steer(now - m_end);
-    const double wait = std::clamp(m_end - now, 0.0, m_length);
+    const double lost = m_held ? kHeldLost : kLost;
+    if (now - m_end > lost || m_end - now > m_length + lost) m_end = now - kMargin;
+    if (!m_held) Steer(now - m_end);
+    const double ready = m_held ? m_end + kMargin : m_end;
+    const double wait = std::clamp(ready - now, 0.0, m_length);
     return {false, m_base + static_cast<uint64_t>(std::max(0.0, m_end - m_length)),
             static_cast<uint64_t>(wait)};
 }

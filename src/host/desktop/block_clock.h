@@ -12,6 +12,10 @@ class BlockClock {
 public:
     BlockClock(int rate, int frames);
 
+    // The driver has no pace of its own, such as one that writes a file: it is held to the clock, nothing is
+    // followed. Before the first block.
+    void HoldToClock() { m_held = true; }
+
     struct Block {
         bool silent;    // the device is still filling up: give silence, mix nothing
         uint64_t time;  // of the first frame
@@ -25,7 +29,8 @@ private:
     void Learn(double now);
     void Steer(double slack);
 
-    double m_length;         // ns
+    double m_length;  // ns
+    bool m_held = false;
     int m_blocks = 0;        // so far
     uint64_t m_base = 0;     // readings below are relative to the first
     double m_end = 0;        // of the latest block

@@ -31,7 +31,9 @@ const Sdl* LoadSdl() {
         Find("SDL_InitSubSystem", &g_sdl.InitSubSystem) && Find("SDL_QuitSubSystem", &g_sdl.QuitSubSystem) &&
         Find("SDL_OpenAudioDevice", &g_sdl.OpenAudioDevice) &&
         Find("SDL_PauseAudioDevice", &g_sdl.PauseAudioDevice) &&
-        Find("SDL_CloseAudioDevice", &g_sdl.CloseAudioDevice) && Find("SDL_GetError", &g_sdl.GetError);
+        Find("SDL_CloseAudioDevice", &g_sdl.CloseAudioDevice) &&
+        Find("SDL_GetCurrentAudioDriver", &g_sdl.GetCurrentAudioDriver) &&
+        Find("SDL_GetError", &g_sdl.GetError);
     return complete ? &g_sdl : nullptr;
 }
 
