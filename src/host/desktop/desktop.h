@@ -13,6 +13,7 @@ int Scale();              // device pixels for one of the program's, sideways an
 Fl_Window* MainWindow();  // null while there is none
 
 void PushEvent(const Event& event);
+std::vector<int> TakeKeys();  // the keys that wait at the head of the queue: typed ahead for what opens now
 bool PumpWindowSystem(
     double seconds);  // waits at most so long for something to come; false without a display
 

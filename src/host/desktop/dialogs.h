@@ -23,6 +23,7 @@ public:
     bool too_deep() const;  // remote commands may open dialogs without end: the answer is then "cancelled"
     void Run();             // until End, or until the pump says so
     void End() { m_done = true; }
+    bool done() const { return m_done; }
     bool ended_by_pump() const { return m_ended_by_pump; }
 
 private:

@@ -11,6 +11,9 @@ namespace desktop {
 namespace {
 
 std::deque<Event> g_events;
+// Until then nothing is handed out behind a wish for the menu: what has been typed ahead is the menu's.
+uint64_t g_held_until = 0;  // nanoseconds
+constexpr uint64_t kLongestHold = 10'000'000;
 int g_watched = -1;  // the signal that FLTK wakes up for
 
 void OnPosted(int, void*) {
@@ -31,6 +34,16 @@ void PushEvent(const Event& event) {
     g_events.push_back(event);
 }
 
+std::vector<int> TakeKeys() {
+    g_held_until = 0;
+    std::vector<int> keys;
+    while (!g_events.empty() && g_events.front().kind == EventKind::kKeyDown) {
+        keys.push_back(g_events.front().key);
+        g_events.pop_front();
+    }
+    return keys;
+}
+
 bool PumpWindowSystem(double seconds) {
     if (!IsDisplayOpen()) return false;
     WatchPosted();
@@ -43,10 +56,12 @@ bool PumpWindowSystem(double seconds) {
 using namespace desktop;
 
 bool PollEvent(Event* event) {
+    if (g_held_until != 0 && Nanoseconds() < g_held_until) return false;
     if (g_events.empty()) PumpWindowSystem(0);
     if (g_events.empty()) return TakePosted(event);
     *event = g_events.front();
     g_events.pop_front();
+    g_held_until = event->kind == EventKind::kMenu ? Nanoseconds() + kLongestHold : 0;
     return true;
 }
 
@@ -55,8 +70,12 @@ void WaitEvent(int milliseconds) {
         Nanoseconds() + static_cast<uint64_t>(milliseconds > 0 ? milliseconds : 0) * 1'000'000;
     for (;;) {
         const uint64_t now = Nanoseconds();
-        if (!g_events.empty() || PostedWaits()) return;
         if (now >= end) return;
+        if (now < g_held_until) {
+            SleepMilliseconds(1);
+            continue;
+        }
+        if (!g_events.empty() || PostedWaits()) return;
         const double seconds = static_cast<double>(end - now) / 1e9;
         if (!PumpWindowSystem(seconds)) WaitPosted(static_cast<int>(seconds * 1000) + 1);
     }

@@ -137,6 +137,9 @@ void ShowBox(const std::string& text, const std::string& caption, BoxIcon icon, 
     PlaceDialog(&window);
     window.show();
     button->take_focus();
+    for (const int code : TakeKeys()) {
+        if (code == 13 || code == 27 || code == 32) loop.End();
+    }
     loop.Run();
     window.hide();
     PumpWindowSystem(0);

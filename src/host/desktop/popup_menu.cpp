@@ -28,10 +28,11 @@ std::string WithoutMark(const std::string& text) {
     return out;
 }
 
-char Mnemonic(const std::string& text) {
+// The code of the key that chooses the item: that of the letter behind `&`.
+int Mnemonic(const std::string& text) {
     const size_t at = text.find('&');
     return at != std::string::npos && at + 1 < text.size()
-               ? static_cast<char>(std::tolower(static_cast<unsigned char>(text[at + 1])))
+               ? std::toupper(static_cast<unsigned char>(text[at + 1]))
                : 0;
 }
 
@@ -50,6 +51,7 @@ public:
     }
 
     int chosen() const { return m_chosen; }
+    void HandleKey(int code);
     int handle(int event) override;
 
 protected:
@@ -60,7 +62,6 @@ private:
     void Mark(int row);
     void Step(int by);
     void Choose(int row);
-    int HandleKey();
     bool HasMoved() const {
         return std::abs(Fl::event_x_root() - m_start_x) + std::abs(Fl::event_y_root() - m_start_y) >
                DialogUnit(4);
@@ -107,46 +108,39 @@ void PopupWindow::Choose(int row) {
     m_loop->End();
 }
 
-int PopupWindow::HandleKey() {
-    switch (Fl::event_key()) {
-        case FL_Up:
-            Step(-1);
-            return 1;
-        case FL_Down:
-        case FL_Tab:
-            Step(1);
-            return 1;
-        case FL_Home:
+void PopupWindow::HandleKey(int code) {
+    constexpr int kTab = 9, kEnter = 13, kEscape = 27, kEnd = 35, kHome = 36, kUp = 38, kDown = 40,
+                  kMenuKey = 93;
+    switch (code) {
+        case kUp:
+            return Step(-1);
+        case kDown:
+        case kTab:
+            return Step(1);
+        case kHome:
             m_marked = -1;
-            Step(1);
-            return 1;
-        case FL_End:
+            return Step(1);
+        case kEnd:
             m_marked = -1;
-            Step(-1);
-            return 1;
-        case FL_Enter:
-        case FL_KP_Enter:
+            return Step(-1);
+        case kEnter:
             if (m_marked >= 0) Choose(m_marked);
-            return 1;
-        case FL_Escape:
-        case FL_Menu:
-            Choose(-1);
-            return 1;
+            return;
+        case kEscape:
+        case kMenuKey:
+            return Choose(-1);
     }
-    const int key = Fl::event_key();
     for (size_t at = 0; at < m_rows.size(); ++at) {
-        if (m_rows[at].id && key > 0 && key < 128 && Mnemonic(m_rows[at].text) == std::tolower(key)) {
-            Choose(static_cast<int>(at));
-            break;
-        }
+        if (m_rows[at].id && code != 0 && Mnemonic(m_rows[at].text) == code)
+            return Choose(static_cast<int>(at));
     }
-    return 1;
 }
 
 int PopupWindow::handle(int event) {
     switch (event) {
         case FL_KEYBOARD:
-            return HandleKey();
+            HandleKey(VirtualKey(Fl::event_key(), Fl::event_text()));
+            return 1;
         case FL_MOVE:
         case FL_DRAG:
             Mark(RowAt());
@@ -245,6 +239,9 @@ int PopupMenu(const std::vector<MenuItem>& items, int x, int y, Pump pump) {
     Fl::grab(window);
     g_popup = &window;
     g_popup_loop = &loop;
+    for (const int code : TakeKeys()) {
+        if (!loop.done()) window.HandleKey(code);
+    }
     loop.Run();
     const bool gave_way = g_popup != &window;
     OpenPopupGivesWay();
