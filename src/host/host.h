@@ -1,8 +1,9 @@
-// The seam to the machine. Two bodies exist, chosen when a program is linked: host/desktop for a user's screen and
-// speakers, host/headless for tests and tools, with a virtual clock, scripted input and captured output.
+// The seam to the machine. Two bodies exist, chosen when a program is linked: host/desktop for a user's
+// screen and speakers, host/headless for tests and tools, with a virtual clock, scripted input and captured
+// output.
 //
-// Only platform/ calls this. What can be computed belongs above the seam; texts here are UTF-8, coordinates are
-// logical desktop pixels with the origin at the top left of the bounding box of all monitors.
+// Only platform/ calls this. What can be computed belongs above the seam; texts here are UTF-8, coordinates
+// are logical desktop pixels with the origin at the top left of the bounding box of all monitors.
 #pragma once
 
 #include <cstdint>
@@ -48,14 +49,15 @@ void SetTitle(const std::string& title);
 void Minimize();
 void GetDesktopSize(int* width, int* height);
 
-// Shows pixels 0x00RRGGBB at a place of the client area; what lies outside it is cut. stride: pixels from row to row.
+// Shows pixels 0x00RRGGBB at a place of the client area; what lies outside it is cut. stride: pixels from row
+// to row.
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride);
 
 // ---- input ----
 
 enum class EventKind {
     kNone,
-    kKeyDown,      // key: virtual-key code (13 Enter, 27 Esc, 32 Space, others as they come); repeats included
+    kKeyDown,  // key: virtual-key code (13 Enter, 27 Esc, 32 Space, others as they come); repeats included
     kDoubleClick,  // left button, client area; x, y in it
     kMenu,         // the system menu is wanted, by mouse or key; x, y desktop pixels
     kClose,        // the window manager's close
@@ -77,8 +79,8 @@ void WaitEvent(int milliseconds);  // until one has come or that time has passed
 
 // ---- modal dialogs ----
 
-// Each runs a loop until it is answered, and calls the pump at least whenever an event of another copy has come.
-// The pump delivers what waits and gives false when the dialog must end at once, as if cancelled.
+// Each runs a loop until it is answered, and calls the pump at least whenever an event of another copy has
+// come. The pump delivers what waits and gives false when the dialog must end at once, as if cancelled.
 using Pump = bool (*)();
 
 enum class BoxIcon { kNone, kWarning, kInformation };
@@ -91,7 +93,8 @@ struct FileFilter {
 };
 
 // The chosen file's path in this machine's form; empty when cancelled. folder may be empty.
-std::string ChooseFile(const std::string& title, const std::string& folder, const FileFilter& filter, Pump pump);
+std::string ChooseFile(const std::string& title, const std::string& folder, const FileFilter& filter,
+                       Pump pump);
 
 struct MenuItem {
     int id;            // 0: a separator
@@ -107,10 +110,10 @@ void SleepMilliseconds(uint32_t milliseconds);
 
 // ---- sound output ----
 
-// Fills frames of interleaved float stereo. time: the clock reading that the first frame stands for; it advances by
-// exactly frames / rate from block to block (a host smooths its device's clock), and everything that was started
-// before the end of the block has been told to the mixer by then: that is the fixed delay of the output. May run on
-// a thread of the host's own.
+// Fills frames of interleaved float stereo. time: the clock reading that the first frame stands for; it
+// advances by exactly frames / rate from block to block (a host smooths its device's clock), and everything
+// that was started before the end of the block has been told to the mixer by then: that is the fixed delay of
+// the output. May run on a thread of the host's own.
 using MixCallback = void (*)(void* user, float* out, int frames, uint64_t time);
 
 // False when no output can be had at all. A machine without a sound card gets a silent one at the right pace.
@@ -124,8 +127,8 @@ struct Copy {
     std::string class_name;
 };
 
-// From now on other copies find this one; messages wait in order until PollEvent takes them, also while nobody polls.
-// Withdrawn by itself when the process ends, however it ends.
+// From now on other copies find this one; messages wait in order until PollEvent takes them, also while
+// nobody polls. Withdrawn by itself when the process ends, however it ends.
 bool AnnounceCopy(const std::string& class_name);
 void WithdrawCopy();
 bool ListCopies(std::vector<Copy>* copies);  // without this process; needs no window and no display

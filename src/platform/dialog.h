@@ -1,4 +1,5 @@
-// Modal boxes: each runs a loop that goes on delivering posted messages until it is answered or a quit is posted.
+// Modal boxes: each runs a loop that goes on delivering posted messages until it is answered or a quit is
+// posted.
 #pragma once
 
 #include "platform/wintypes.h"

@@ -97,15 +97,16 @@ inline const HWND HWND_TOPMOST = reinterpret_cast<HWND>(static_cast<intptr_t>(-1
 // Non-zero on success; 0 for a wrong cbSize, a missing name or procedure, or a name already registered.
 ATOM RegisterClassExA(const WNDCLASSEXA* pClass);
 
-// Opens a window, which gets WM_CREATE before this returns. Null when the class is unknown or the host can open
-// no window. x, y: outer corner in desktop pixels, CW_USEDEFAULT in both for the host's choice; width and height
-// are of the outer frame.
+// Opens a window, which gets WM_CREATE before this returns. Null when the class is unknown or the host can
+// open no window. x, y: outer corner in desktop pixels, CW_USEDEFAULT in both for the host's choice; width
+// and height are of the outer frame.
 HWND CreateWindowExA(DWORD dwExStyle, const char* pszClass, const char* pszTitle, DWORD dwStyle, int x, int y,
                      int nWidth, int nHeight, HWND hParent, HMENU hMenu, HINSTANCE hInstance, void* pParam);
 BOOL DestroyWindow(HWND hWnd);  // sends WM_DESTROY, then closes it
 LRESULT DefWindowProcA(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam);
 
-// Raw bytes: UTF-8 when they are valid UTF-8, otherwise CP932; a two-byte character cut at the end is dropped.
+// Raw bytes: UTF-8 when they are valid UTF-8, otherwise CP932; a two-byte character cut at the end is
+// dropped.
 BOOL SetWindowTextA(HWND hWnd, const char* pszText);
 BOOL GetWindowRect(HWND hWnd, RECT* pRect);  // outer frame, desktop pixels
 BOOL GetClientRect(HWND hWnd, RECT* pRect);  // 0, 0, width, height

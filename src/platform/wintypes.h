@@ -51,4 +51,6 @@ constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057u);
 
 constexpr MMRESULT MMSYSERR_NOERROR = 0;
 
-constexpr WORD LOWORD(uintptr_t n) { return static_cast<WORD>(n & 0xFFFF); }
+constexpr WORD LOWORD(uintptr_t n) {
+    return static_cast<WORD>(n & 0xFFFF);
+}

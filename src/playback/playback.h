@@ -29,8 +29,8 @@ extern int32_t g_dwSeekTime;
 void InitPlayLists();  // from g_pBMS, compiled
 void FreePlayLists();  // no frame may run until InitPlayLists has run again
 
-// Puts every list at a measure and writes the chart time at which the clock starts. -1: the very beginning, with the
-// lead-in; below that counts as -1. 1 when the measure does not exist; then nothing changes.
+// Puts every list at a measure and writes the chart time at which the clock starts. -1: the very beginning,
+// with the lead-in; below that counts as -1. 1 when the measure does not exist; then nothing changes.
 int32_t SeekMeasure(int32_t nMeasure, int32_t* pnTime);
 
 // Reads the clock, fires what is due, and composes the picture on the back surface.

@@ -1,5 +1,5 @@
-// The process-wide handles and settings. The shell owns and sets them; every part of the system may read them here
-// without knowing the shell itself.
+// The process-wide handles and settings. The shell owns and sets them; every part of the system may read them
+// here without knowing the shell itself.
 #pragma once
 
 #include "platform/timer.h"

@@ -14,7 +14,8 @@ public:
     CDSound(const CDSound&) = delete;
     CDSound& operator=(const CDSound&) = delete;
 
-    // 0, or the failing step 1 to 6: device, cooperative level, primary buffer, its format, silent buffer, its start.
+    // 0, or the failing step 1 to 6: device, cooperative level, primary buffer, its format, silent buffer,
+    // its start.
     int Init(HWND hWnd, int bHighQuality);
     int CreateSilentBuffer(DWORD nSeconds);  // 0, or 1 (logged)
     int PlaySilentBuffer();                  // 0, or 1

@@ -15,8 +15,8 @@ struct XaConvertBlock {
     DWORD nDstUsed;  // out
 };
 
-// A decoder for the file that begins with this header of XA_HEADER_SIZE bytes, and the PCM format that it will give.
-// Null on failure. The header need not outlive the call.
+// A decoder for the file that begins with this header of XA_HEADER_SIZE bytes, and the PCM format that it
+// will give. Null on failure. The header need not outlive the call.
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat);
 // The PCM bytes that nLength encoded bytes give. 0 on failure.
 int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm);

@@ -17,7 +17,9 @@ std::string LogOf(void (*action)()) {
 TEST(Diagnostics, DebugLogAddsNothingAndCutsAtTheBuffer) {
     EXPECT_EQ(LogOf([] { EXPECT_EQ(DebugLog("a=%d", 7), 1); }), "a=7");
     EXPECT_EQ(LogOf([] { DebugLog("%s", std::string(400, 'x').c_str()); }), std::string(259, 'x'));
-    EXPECT_EQ(LogOf([] { DebugLog("\x8a\xbf%d\n", 1); }), "\x8a\xbf" "1\n");
+    EXPECT_EQ(LogOf([] { DebugLog("\x8a\xbf%d\n", 1); }),
+              "\x8a\xbf"
+              "1\n");
 }
 
 TEST(Diagnostics, DSoundNames) {

@@ -96,8 +96,8 @@ TEST_F(Same, FromTheFirstSampleToTheLast) {
             for (int64_t i = static_cast<int64_t>(whole.size()); i < limit - 100; ++i)
                 ASSERT_EQ(Heard(start + i), 0) << kind.name;
             EXPECT_EQ(sound->m_nEndState, 5) << kind.name;
-            // The refill with the sound's end, then silence in the next half: an XA stream stops when the cursor gets
-            // there, a WAV stream one half later.
+            // The refill with the sound's end, then silence in the next half: an XA stream stops when the
+            // cursor gets there, a WAV stream one half later.
             const int64_t half = static_cast<int64_t>(sound->m_nBufSize / sound->m_wfx.nBlockAlign) / 2;
             const int64_t end_half = (static_cast<int64_t>(whole.size()) - 1) / half;
             const int64_t stop_half = (stopped - start) / half;
@@ -111,7 +111,8 @@ TEST_F(Same, FromTheFirstSampleToTheLast) {
 
 TEST_F(Same, RoundTheLoop) {
     for (const Kind& kind : Kinds(3)) {
-        if (kind.name == std::string("GSM")) continue;  // its codec carries what it knows over into the next lap
+        if (kind.name == std::string("GSM"))
+            continue;  // its codec carries what it knows over into the next lap
         const std::vector<float> whole = Whole(kind.file);
         CDSBuffer* sound = Streamed(kind.file);
         sound->m_bLoop = 1;
