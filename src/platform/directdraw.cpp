@@ -7,6 +7,7 @@
 #include "platform/directdraw_test.h"
 #include "platform/gdi_object.h"
 #include "platform/surface_copy.h"
+#include "platform/watch.h"
 
 const GUID IID_IDirectDraw7 = {0x15E65EC0, 0x3B9C, 0x11D2, {0xB9, 0x2F, 0x00, 0x60, 0x97, 0x97, 0xEA, 0x5B}};
 
@@ -197,6 +198,8 @@ HRESULT IDirectDrawSurface7::BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSou
         CopyPixelsKeyed(pTo, to.nStride, pFrom, from.view.nStride, nWidth, nHeight, from.nKey);
     else
         CopyPixels(pTo, to.nStride, pFrom, from.view.nStride, nWidth, nHeight);
+    if (g_Watch.pfnCopied)
+        g_Watch.pfnCopied(this, static_cast<int>(x), static_cast<int>(y), pSource, r, bKeyed);
     return DD_OK;
 }
 

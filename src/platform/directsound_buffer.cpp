@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/directsound_internal.h"
+#include "platform/watch.h"
 
 using directsound::Ordered;
 using directsound::TheMixer;
@@ -113,6 +114,7 @@ HRESULT IDirectSoundBuffer::Play(DWORD dwReserved1, DWORD dwReserved2, DWORD dwF
     if (m_pState->primary) return looping ? DS_OK : DSERR_INVALIDPARAM;
     if (m_pState->lost) return DSERR_BUFFERLOST;
     TheMixer().Play(&m_pState->voice, looping);
+    if (g_Watch.pfnStarted) g_Watch.pfnStarted(this, looping);
     return DS_OK;
 }
 

@@ -1,0 +1,3 @@
+#include "platform/watch.h"
+
+PlatformWatch g_Watch;
