@@ -19,9 +19,10 @@ bool FitsWav(double seconds) {
     if (seconds <= WavWriter::kMostSeconds) return true;
     const int hours = static_cast<int>(seconds / 3600), minutes = static_cast<int>(seconds / 60) % 60;
     char text[160];
-    std::snprintf(text, sizeof text,
-                  "this lasts %d h %02d min, and a WAV file holds 6 h 45 min; choose measures by --from and --to",
-                  hours, minutes);
+    std::snprintf(
+        text, sizeof text,
+        "this lasts %d h %02d min, and a WAV file holds 6 h 45 min; choose measures by --from and --to",
+        hours, minutes);
     Complain(kOutput, text);
     return false;
 }
@@ -35,8 +36,11 @@ ExitCode RenderSound(const Options& options, const std::string& wav_name) {
     if (has_trace && !trace.Open(options.trace)) return kOutput;
     Listener listener;
     listener.ring_out = has_wav;
-    listener.begin = [&](double seconds) { return (!has_wav || FitsWav(seconds)) && (!has_trace || trace.Begin()); };
-    if (has_wav) listener.sound = [&](const float* samples, int frames) { return wav.Write(samples, frames); };
+    listener.begin = [&](double seconds) {
+        return (!has_wav || FitsWav(seconds)) && (!has_trace || trace.Begin());
+    };
+    if (has_wav)
+        listener.sound = [&](const float* samples, int frames) { return wav.Write(samples, frames); };
     if (has_trace)
         listener.frame = [&](const headless::Frame&, int32_t now, double) { return trace.OnFrame(now); };
     const ExitCode code = RunPass(options, listener);
@@ -90,7 +94,8 @@ ExitCode RenderAll(const Options& options) {
     const bool temporary = !options.video.empty() && (options.wav.empty() || options.wav == "-");
     if (temporary) {
         sound.MakeName();
-        if (!sound.temporary) return static_cast<ExitCode>(Complain(kOutput, "no temporary file can be made"));
+        if (!sound.temporary)
+            return static_cast<ExitCode>(Complain(kOutput, "no temporary file can be made"));
     }
     ExitCode code = kGood;
     if (options.wav == "-" && temporary) code = InChild([&] { return RenderSound(options, "-"); });
@@ -99,7 +104,8 @@ ExitCode RenderAll(const Options& options) {
     if (code == kGood && (!sound.name.empty() || !quiet.trace.empty()))
         code = InChild([&] { return RenderSound(quiet, sound.name); });
     if (code == kGood && !options.png_folder.empty()) code = InChild([&] { return RenderPictures(options); });
-    if (code == kGood && !options.video.empty()) code = InChild([&] { return RenderVideo(options, sound.name); });
+    if (code == kGood && !options.video.empty())
+        code = InChild([&] { return RenderVideo(options, sound.name); });
     return code;
 }
 

@@ -45,7 +45,8 @@ bool ReadPlace(std::string_view text, PicturePlace* place) {
     place->in_measure = !text.empty() && (text[0] == 'm' || text[0] == 'M');
     if (place->in_measure) text.remove_prefix(1);
     const bool plain = text.find_first_not_of("0123456789.") == std::string_view::npos;
-    return plain && ReadNumber(text, &place->value) && std::isfinite(place->value) && place->value < 2147483647.0;
+    return plain && ReadNumber(text, &place->value) && std::isfinite(place->value) &&
+           place->value < 2147483647.0;
 }
 
 bool ReadPlaces(const std::string& list, std::vector<PicturePlace>* places) {
@@ -80,8 +81,8 @@ bool Take(const std::string& name, const std::string& value, Options* o) {
 }
 
 bool IsKnown(const std::string& name) {
-    for (const char* known : {"--wav", "--video", "--trace", "--png", "--at", "--from", "--to", "--speed", "--fps",
-                              "--size"}) {
+    for (const char* known :
+         {"--wav", "--video", "--trace", "--png", "--at", "--from", "--to", "--speed", "--fps", "--size"}) {
         if (name == known) return true;
     }
     return false;

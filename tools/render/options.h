@@ -9,9 +9,9 @@ namespace render {
 
 // A place of the chart for which a picture is asked.
 struct PicturePlace {
-    std::string text;      // as it was given; names the picture
-    bool in_measure;       // else milliseconds
-    double value;          // chart time in ms, or measure number with its part
+    std::string text;  // as it was given; names the picture
+    bool in_measure;   // else milliseconds
+    double value;      // chart time in ms, or measure number with its part
 };
 
 struct Options {

@@ -12,8 +12,8 @@ namespace render {
 // Each operation tells on standard error why it failed.
 class Output {
 public:
-    bool Open(const std::string& name);  // "-": standard output
-    bool Write(const void* bytes, size_t count);  // buffered
+    bool Open(const std::string& name);             // "-": standard output
+    bool Write(const void* bytes, size_t count);    // buffered
     bool Rewrite(const void* bytes, size_t count);  // at the head of what has been written; files only
     bool Commit();
     bool seekable() const { return name_ != "-"; }

@@ -84,7 +84,8 @@ void JumpToWanted(const Pass& pass, int32_t now) {
     const int64_t wanted = pass.listener->wanted();
     if (wanted <= now) return;
     // The chart time that a frame would have if it read the clock at this moment.
-    const int64_t next = now + static_cast<int32_t>(static_cast<uint32_t>(headless::Clock() / 1000000) - g_dwNowTime);
+    const int64_t next =
+        now + static_cast<int32_t>(static_cast<uint32_t>(headless::Clock() / 1000000) - g_dwNowTime);
     if (wanted > next && wanted - next <= kJumpMs)
         headless::AdvanceClock(static_cast<uint64_t>(wanted - next) * 1000000);
 }
@@ -137,7 +138,9 @@ int Complain(ExitCode code, const std::string& text) {
     return code;
 }
 
-bool Stopped() { return g_signal != 0; }
+bool Stopped() {
+    return g_signal != 0;
+}
 
 void CatchSignals() {
     struct sigaction action = {};

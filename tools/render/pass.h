@@ -12,10 +12,11 @@ namespace render {
 
 enum ExitCode { kGood = 0, kUsage = 1, kChart = 2, kOutput = 3, kStopped = 4 };
 
-// What a pass hands out. All may be empty. A false result ends the pass with kOutput; the listener has told why.
+// What a pass hands out. All may be empty. A false result ends the pass with kOutput; the listener has told
+// why.
 struct Listener {
-    // The chart is loaded and its first frame is composed. seconds: how long the pass will be at most, without what
-    // rings out.
+    // The chart is loaded and its first frame is composed. seconds: how long the pass will be at most,
+    // without what rings out.
     std::function<bool(double seconds)> begin;
     // Sound as it comes, interleaved stereo at 44,100 Hz, from the first moment on.
     std::function<bool(const float* samples, int frames)> sound;

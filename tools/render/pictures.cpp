@@ -67,12 +67,14 @@ public:
         Listener listener;
         listener.begin = [this](double) { return Begin(); };
         listener.wanted = [this] { return next_ < wanted_.size() ? wanted_[next_].time : -1; };
-        listener.frame = [this](const headless::Frame& frame, int32_t now, double) { return OnFrame(frame, now); };
+        listener.frame = [this](const headless::Frame& frame, int32_t now, double) {
+            return OnFrame(frame, now);
+        };
         ExitCode code = RunPass(options_, listener);
         if (done_) code = kGood;
         if (code == kGood && next_ < wanted_.size()) {
-            return static_cast<ExitCode>(Complain(
-                kUsage, "--at " + wanted_[next_].place->text + ": behind what is played"));
+            return static_cast<ExitCode>(
+                Complain(kUsage, "--at " + wanted_[next_].place->text + ": behind what is played"));
         }
         return wrong_ ? kUsage : code;
     }
@@ -121,11 +123,14 @@ void Enlarge(const headless::Frame& frame, int scale, std::vector<uint32_t>* pix
             std::copy_n(from, frame.width, to);
             continue;
         }
-        for (int x = 0; x < frame.width; ++x) std::fill_n(to + static_cast<ptrdiff_t>(x) * scale, scale, from[x]);
+        for (int x = 0; x < frame.width; ++x)
+            std::fill_n(to + static_cast<ptrdiff_t>(x) * scale, scale, from[x]);
         for (int i = 1; i < scale; ++i) std::copy_n(to, row, to + row * static_cast<size_t>(i));
     }
 }
 
-ExitCode RenderPictures(const Options& options) { return Pictures(options).Run(); }
+ExitCode RenderPictures(const Options& options) {
+    return Pictures(options).Run();
+}
 
 }  // namespace render

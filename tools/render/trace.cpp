@@ -60,12 +60,12 @@ void Trace::Line(const char* format, ...) {
     va_end(args);
 }
 
-void Trace::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from, const RECT& r,
-                     bool keyed) {
+void Trace::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
+                     const RECT& r, bool keyed) {
     if (!g_pDDraw || to != g_pDDraw->m_pBack) return;
     char line[128];
-    std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", x, y, PartsNumber(from), r.left, r.top, r.right,
-                  r.bottom, keyed ? " key" : "");
+    std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", x, y, PartsNumber(from), r.left, r.top,
+                  r.right, r.bottom, keyed ? " key" : "");
     self_->draws_ += line;
 }
 
@@ -93,8 +93,8 @@ void Trace::TellFired(List* list) {
         done = 1;
         // A bar's and an anchor's channel word holds a line of the screen.
         const bool has_channel = list->records != &g_pBarList && list->records != &g_pTempoList;
-        Line("fire %s %d %.9g %d %d\n", list->name, record.nMeasure, record.dPos, has_channel ? record.nChannel : 0,
-             record.nTime);
+        Line("fire %s %d %.9g %d %d\n", list->name, record.nMeasure, record.dPos,
+             has_channel ? record.nChannel : 0, record.nTime);
     }
 }
 
@@ -102,8 +102,8 @@ bool Trace::OnFrame(int32_t now) {
     text_.clear();
     const bool ended = now == INT32_MAX;
     Line("frame %lld %llu %d %d %.2f\n", static_cast<long long>(frames_++),
-         static_cast<unsigned long long>(headless::Now()), ended ? static_cast<int>(g_dwSeekTime) : now, g_nBarCursor,
-         g_dBPM);
+         static_cast<unsigned long long>(headless::Now()), ended ? static_cast<int>(g_dwSeekTime) : now,
+         g_nBarCursor, g_dBPM);
     if (!ended) {
         for (List& list : lists_) TellFired(&list);
     }

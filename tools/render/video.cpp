@@ -21,7 +21,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Rational(int fps) { return std::to_string(fps); }
+std::string Rational(int fps) {
+    return std::to_string(fps);
+}
 
 // The encoder at the other end of a pipe.
 class Encoder {
@@ -83,9 +85,10 @@ std::string TemporaryName(const std::string& video) {
 std::vector<std::string> Arguments(const Options& o, const std::string& wav, const std::string& out) {
     const std::string size =
         std::to_string(SCREEN_WIDTH * o.size) + "x" + std::to_string(SCREEN_HEIGHT * o.size);
-    return {"ffmpeg", "-hide_banner", "-loglevel", "error", "-y", "-f", "rawvideo", "-pixel_format", "bgr0",
-            "-video_size", size, "-framerate", Rational(o.fps), "-i", "pipe:0", "-i", "file:" + wav, "-pix_fmt",
-            "yuv420p", "file:" + out};
+    return {"ffmpeg", "-hide_banner", "-loglevel",     "error",   "-y",
+            "-f",     "rawvideo",     "-pixel_format", "bgr0",    "-video_size",
+            size,     "-framerate",   Rational(o.fps), "-i",      "pipe:0",
+            "-i",     "file:" + wav,  "-pix_fmt",      "yuv420p", "file:" + out};
 }
 
 // The picture shown last stands for every moment until the next one.

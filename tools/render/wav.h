@@ -7,7 +7,8 @@
 
 namespace render {
 
-// 44,100 Hz, 16 bit, stereo. On standard output, whose head cannot be mended later, the sizes are as large as can be.
+// 44,100 Hz, 16 bit, stereo. On standard output, whose head cannot be mended later, the sizes are as large as
+// can be.
 class WavWriter {
 public:
     static constexpr double kMostSeconds = 24300;  // 4 GiB hold a little more
