@@ -35,6 +35,9 @@ void Flush();  // sends what waits to be sent, without waiting for an answer
 // Client area's corner and frame; asks the display only after something has changed.
 void WhereIs(Fl_Window* window, int* x, int* y, Frame* frame);
 
+// Whether the window has come to the screen, so that its place is final as far as the window manager goes.
+bool HasCome(Fl_Window* window);
+
 // Puts a part of the picture (in its own pixels) at its place in the window. False when that is beyond this
 // display: then the caller has FLTK draw it.
 bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int width, int height);

@@ -42,6 +42,10 @@ void WhereIs(Fl_Window* window, int* x, int* y, Frame* frame) {
     *frame = {side, side, window->decorated_h() - window->h() - side, side};
 }
 
+bool HasCome(Fl_Window* window) {
+    return window->shown();
+}
+
 bool PutPicture(Fl_Window*, const Picture&, int, int, int, int) {
     return false;
 }

@@ -27,7 +27,8 @@ struct MainWindowState {
     bool above = false;        // it says that the window is above the others
     bool covered = false;      // without one: something lies over the window
     bool place_known = false;  // x, y and frame are as the display has them
-    bool background = false;   // the server still paints uncovered parts black
+    bool mapped = false;
+    bool background = false;  // the server still paints uncovered parts black
     int x = 0, y = 0;
     Frame frame = {0, 0, 0, 0};
     uint64_t last_raise = 0;
@@ -81,6 +82,7 @@ int Watch(void* event, void*) {
         case ReparentNotify:
         case MapNotify:
             g_main.place_known = false;
+            if (e.type == MapNotify) g_main.mapped = true;
             break;
         case VisibilityNotify:
             g_main.covered = e.xvisibility.state != VisibilityUnobscured;
@@ -284,6 +286,10 @@ void WhereIs(Fl_Window* window, int* x, int* y, Frame* frame) {
     *x = g_main.x;
     *y = g_main.y;
     *frame = g_main.frame;
+}
+
+bool HasCome(Fl_Window*) {
+    return g_main.mapped;
 }
 
 bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int width, int height) {
