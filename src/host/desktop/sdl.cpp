@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
+
 namespace host::desktop {
 namespace {
 
@@ -23,6 +25,10 @@ bool Find(const char* name, Function* function) {
 void Ignore(const char*, int, const char*, int, const char*, ...) {}
 
 }  // namespace
+
+void StartNoSessionBus() {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 0);
+}
 
 const Sdl* LoadSdl() {
     if (!g_library) g_library = dlopen(kLibrary, RTLD_LAZY | RTLD_LOCAL);

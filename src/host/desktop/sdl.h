@@ -19,6 +19,10 @@ struct Sdl {
     decltype(&SDL_GetError) GetError;
 };
 
+// SDL asks the session bus for a faster thread; without a bus that would start one, in a child process, and
+// leave it behind. To be called before the thread that loads SDL begins.
+void StartNoSessionBus();
+
 const Sdl* LoadSdl();  // null when SDL is not installed; stays loaded. One thread at a time.
 
 // ALSA complains on standard error about a machine without a sound card; one line of ours says it. After

@@ -116,6 +116,7 @@ namespace host {
 bool OpenSound(int rate, MixCallback callback, void* user) {
     if (g_output != nullptr || rate <= 0) return false;
     HurryFileDriver();  // here, as the environment is not for threads
+    host::desktop::StartNoSessionBus();
     auto output = std::make_unique<Output>(rate, callback, user);
     try {
         output->opener = std::thread(OpenAndRun, output.get());
