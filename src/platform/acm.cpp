@@ -65,6 +65,22 @@ bool ConvertLastBlock(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     return true;
 }
 
+bool ConvertWhole(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
+    const DWORD nFrame = pStream->format.wfxPcm.nBlockAlign;
+    const DWORD nMade =
+        pStream->decoder.DecodeAll(pHeader->pbSrc, pHeader->cbSrcLength, pHeader->cbDstLength / nFrame,
+                                   reinterpret_cast<int16_t*>(pHeader->pbDst));
+    pHeader->cbSrcLengthUsed = pHeader->cbSrcLength;
+    pHeader->cbDstLengthUsed = nMade * nFrame;
+    return nMade > 0 || pHeader->cbSrcLength == 0;
+}
+
+bool Convert(AcmStream* pStream, ACMSTREAMHEADER* pHeader, bool bBlocksOnly) {
+    if (pStream->format.method == AcmMethod::kCopy) return CopyFrames(pStream->format, pHeader);
+    if (pStream->format.nBytesPerSec != 0) return !bBlocksOnly && ConvertWhole(pStream, pHeader);
+    return ConvertBlocks(pStream, pHeader) && (bBlocksOnly || ConvertLastBlock(pStream, pHeader));
+}
+
 }  // namespace
 
 MMRESULT acmFormatSuggest(AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATEX* pDest, DWORD cbDest,
@@ -98,6 +114,8 @@ MMRESULT acmStreamSize(HACMSTREAM hStream, DWORD cbInput, DWORD* pcbOutput, DWOR
     *pcbOutput = 0;
     if (hStream == nullptr) return MMSYSERR_INVALHANDLE;
     if (dwFlags > ACM_STREAMSIZEF_DESTINATION) return MMSYSERR_INVALFLAG;
+    if (dwFlags == ACM_STREAMSIZEF_DESTINATION && hStream->format.nBytesPerSec != 0)
+        return ACMERR_NOTPOSSIBLE;
     *pcbOutput = dwFlags == ACM_STREAMSIZEF_SOURCE ? AcmPcmBytes(hStream->format, cbInput)
                                                    : AcmSourceBytes(hStream->format, cbInput);
     return MMSYSERR_NOERROR;
@@ -119,12 +137,7 @@ MMRESULT acmStreamConvert(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dw
     if ((dwFlags & ~ACM_STREAMCONVERTF_BLOCKALIGN) != 0) return MMSYSERR_INVALFLAG;
     if ((pHeader->fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0) return ACMERR_UNPREPARED;
     pHeader->cbSrcLengthUsed = pHeader->cbDstLengthUsed = 0;
-    const bool bBlocksOnly = (dwFlags & ACM_STREAMCONVERTF_BLOCKALIGN) != 0;
-    const bool bDone =
-        hStream->format.method == AcmMethod::kCopy
-            ? CopyFrames(hStream->format, pHeader)
-            : ConvertBlocks(hStream, pHeader) && (bBlocksOnly || ConvertLastBlock(hStream, pHeader));
-    if (!bDone) return ACMERR_NOTPOSSIBLE;
+    if (!Convert(hStream, pHeader, (dwFlags & ACM_STREAMCONVERTF_BLOCKALIGN) != 0)) return ACMERR_NOTPOSSIBLE;
     pHeader->fdwStatus |= ACMSTREAMHEADER_STATUSF_DONE;
     return MMSYSERR_NOERROR;
 }

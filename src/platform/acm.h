@@ -39,8 +39,8 @@ constexpr MMRESULT ACMERR_NOTPOSSIBLE = 512, ACMERR_UNPREPARED = 514;
 
 // Fills *pDest (its wFormatTag must be PCM) with the PCM format that the source becomes: 8 and 16-bit PCM
 // itself, for everything else 16 bits at the same rate and channels. Understands PCM of 8 to 32 bits, float,
-// A-law, mu-law, IMA and Microsoft ADPCM, GSM 6.10 and the extensible tag over these, up to 8 channels
-// (ADPCM 2); otherwise ACMERR_NOTPOSSIBLE. pSource: 40 readable bytes, whatever its cbSize says.
+// A-law, mu-law, IMA and Microsoft ADPCM, GSM 6.10, MP3 and the extensible tag over these, up to 8 channels
+// (ADPCM and MP3 2); otherwise ACMERR_NOTPOSSIBLE. pSource: 40 readable bytes, whatever its cbSize says.
 MMRESULT acmFormatSuggest(AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATEX* pDest, DWORD cbDest,
                           DWORD dwFlags);
 // A converter to just that format; ACMERR_NOTPOSSIBLE for another one. Neither format need outlive the call.
@@ -48,7 +48,9 @@ MMRESULT acmFormatSuggest(AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATE
 MMRESULT acmStreamOpen(HACMSTREAM* phStream, AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATEX* pDest,
                        WAVEFILTER* pFilter, uintptr_t dwCallback, uintptr_t dwInstance, DWORD dwFlags);
 // SOURCE: the PCM bytes of so much source, to the byte, a part of an ADPCM block at the end included; limited
-// to 32 bits. DESTINATION: the source bytes of the whole blocks whose PCM fits, at least one block.
+// to 32 bits. DESTINATION: the source bytes of the whole blocks whose PCM fits, at least one block. MP3:
+// SOURCE about, DESTINATION ACMERR_NOTPOSSIBLE, because it is converted whole or not at all,
+// ACM_STREAMCONVERTF_BLOCKALIGN neither.
 MMRESULT acmStreamSize(HACMSTREAM hStream, DWORD cbInput, DWORD* pcbOutput, DWORD dwFlags);
 MMRESULT acmStreamPrepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dwFlags);
 // Converts as many blocks as source and destination have room for, and reports the bytes of both. Without

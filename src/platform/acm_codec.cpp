@@ -68,6 +68,16 @@ bool SetGsm(const WAVEFORMATEX& source, AcmFormat* pFormat) {
     return true;
 }
 
+// The frames of MP3 data are known only when they are decoded; the declared bytes per second tell about how
+// many.
+bool SetMp3(const WAVEFORMATEX& source, AcmFormat* pFormat) {
+    if (source.nChannels > 2 || source.nAvgBytesPerSec == 0) return false;
+    pFormat->method = AcmMethod::kFloats;
+    pFormat->nBlockBytes = pFormat->nBlockFrames = 1;
+    pFormat->nBytesPerSec = source.nAvgBytesPerSec;
+    return true;
+}
+
 bool SetSource(const WAVEFORMATEX& source, AcmFormat* pFormat) {
     switch (pFormat->wTag) {
         case WAVE_FORMAT_PCM:
@@ -83,6 +93,8 @@ bool SetSource(const WAVEFORMATEX& source, AcmFormat* pFormat) {
             return SetImaAdpcm(source, pFormat);
         case WAVE_FORMAT_GSM610:
             return SetGsm(source, pFormat);
+        case WAVE_FORMAT_MPEGLAYER3:
+            return SetMp3(source, pFormat);
         default:
             return false;
     }
@@ -115,6 +127,13 @@ void WriteExtension(const AcmFormat& format, ByteWriter* pWriter) {
             pWriter->Number(static_cast<DWORD>(pair[0]), 2);
             pWriter->Number(static_cast<DWORD>(pair[1]), 2);
         }
+    } else if (format.wTag == WAVE_FORMAT_MPEGLAYER3) {
+        pWriter->Number(12, 2);
+        pWriter->Number(1, 2);     // MPEG
+        pWriter->Number(2, 4);     // frames are not padded to blocks
+        pWriter->Number(1152, 2);  // bytes of a block, frames in it, delay: not used
+        pWriter->Number(1, 2);
+        pWriter->Number(0, 2);
     } else if (format.wTag == WAVE_FORMAT_IMA_ADPCM || format.wTag == WAVE_FORMAT_GSM610) {
         pWriter->Number(2, 2);
         pWriter->Number(format.nBlockFrames, 2);
@@ -125,6 +144,7 @@ void WriteExtension(const AcmFormat& format, ByteWriter* pWriter) {
 
 DWORD ExtensionBytes(const AcmFormat& format) {
     if (format.wTag == WAVE_FORMAT_ADPCM) return 4 + sizeof(kPredictors) / 2;
+    if (format.wTag == WAVE_FORMAT_MPEGLAYER3) return 12;
     return format.wTag == WAVE_FORMAT_IMA_ADPCM || format.wTag == WAVE_FORMAT_GSM610 ? 2 : 0;
 }
 
@@ -155,8 +175,10 @@ DWORD AcmPartFrames(const AcmFormat& format, DWORD nBytes) {
 }
 
 DWORD AcmPcmBytes(const AcmFormat& format, DWORD nSourceBytes) {
-    const uint64_t nFrames = uint64_t{nSourceBytes / format.nBlockBytes} * format.nBlockFrames +
-                             AcmPartFrames(format, nSourceBytes % format.nBlockBytes);
+    const uint64_t nFrames = format.nBytesPerSec != 0
+                                 ? uint64_t{nSourceBytes} * format.wfxPcm.nSamplesPerSec / format.nBytesPerSec
+                                 : uint64_t{nSourceBytes / format.nBlockBytes} * format.nBlockFrames +
+                                       AcmPartFrames(format, nSourceBytes % format.nBlockBytes);
     const DWORD nFrame = format.wfxPcm.nBlockAlign;
     return static_cast<DWORD>(std::min<uint64_t>(nFrames, UINT32_MAX / nFrame) * nFrame);
 }
@@ -178,8 +200,8 @@ DWORD WriteAcmHeader(const AcmFormat& format, DWORD nDataBytes, BYTE* pHeader) {
     writer.Number(18 + nExtension, 4);
     writer.Number(format.wTag, 2);
     writer.Number(format.wfxPcm.nChannels, 2);
-    // The rate changes nothing in the samples, and the library need not see a strange one.
-    writer.Number(44100, 4);
+    // Apart from MP3 the rate changes nothing in the samples, and the library need not see a strange one.
+    writer.Number(format.nBytesPerSec != 0 ? format.wfxPcm.nSamplesPerSec : 44100, 4);
     writer.Number(44100 / format.nBlockFrames * format.nBlockBytes, 4);
     writer.Number(format.nBlockBytes, 2);
     writer.Number(format.wBits, 2);

@@ -18,7 +18,7 @@ struct AcmFormat {
     DWORD nBlockFrames;
     DWORD nBlockHead;  // ADPCM: bytes of a block in front of its codes, and the frames that stand in them
     DWORD nHeadFrames;
-    DWORD nBytesPerSec;  // of the source, where its blocks have no fixed number of frames; otherwise 0
+    DWORD nBytesPerSec;  // of MP3 data, which can be decoded only in one piece; otherwise 0
 };
 
 // Reads 18 bytes at pSource, and 40 when its tag is WAVE_FORMAT_EXTENSIBLE. False for what cannot be
@@ -27,6 +27,7 @@ bool DescribeAcmFormat(const WAVEFORMATEX* pSource, AcmFormat* pFormat);
 
 // PCM bytes that so many source bytes give: whole blocks, and what a part of an ADPCM block holds. Limited to
 // 32 bits.
+// Of MP3 data: about as many.
 DWORD AcmPcmBytes(const AcmFormat& format, DWORD nSourceBytes);
 // Source bytes of the whole blocks whose PCM fits, at least one block.
 DWORD AcmSourceBytes(const AcmFormat& format, DWORD nPcmBytes);

@@ -28,19 +28,30 @@ bool AcmDecoder::Decode(const BYTE* pSource, DWORD nBlocks, int16_t* pSamples) {
     if (m_nPieceStart + nBytes > DeclaredBytes(m_format)) Close();
     m_pPiece = pSource;
     m_nPieceBytes = nBytes;
-    if (m_pFile == nullptr && !Open()) return false;
+    if (m_pFile == nullptr && !Open(DeclaredBytes(m_format))) return false;
     const DWORD nFrames = nBlocks * m_format.nBlockFrames;
-    const bool bDone = m_format.method == AcmMethod::kFloats ? ReadFloatFrames(nFrames, pSamples)
-                                                             : ReadFrames(nFrames, pSamples);
+    const DWORD nMade = m_format.method == AcmMethod::kFloats ? ReadFloatFrames(nFrames, pSamples)
+                                                              : ReadFrames(nFrames, pSamples);
     m_pPiece = nullptr;
-    return bDone;
+    return nMade == nFrames;
+}
+
+DWORD AcmDecoder::DecodeAll(const BYTE* pSource, DWORD nBytes, DWORD nFrames, int16_t* pSamples) {
+    Close();
+    m_pPiece = pSource;
+    m_nPieceBytes = nBytes;
+    const DWORD nMade = Open(nBytes) ? ReadFloatFrames(nFrames, pSamples) : 0;
+    m_pPiece = nullptr;
+    Close();
+    return nMade;
 }
 
 // Only when the first piece is there: some codecs decode their first block while they are being opened.
-bool AcmDecoder::Open() {
+bool AcmDecoder::Open(DWORD nDeclared) {
     m_nPieceStart = 0;
     m_nPos = 0;
-    m_nHeader = WriteAcmHeader(m_format, DeclaredBytes(m_format), m_aHeader);
+    m_nDeclared = nDeclared;
+    m_nHeader = WriteAcmHeader(m_format, nDeclared, m_aHeader);
     SF_VIRTUAL_IO io = {Length, Seek, Read, nullptr, Tell};
     SF_INFO info = {};
     m_pFile = sf_open_virtual(&io, SFM_READ, &info, this);
@@ -55,27 +66,28 @@ void AcmDecoder::Close() {
     m_nPieceStart = m_nPieceBytes = 0;
 }
 
-bool AcmDecoder::ReadFrames(DWORD nFrames, int16_t* pSamples) {
-    return sf_readf_short(m_pFile, pSamples, nFrames) == static_cast<sf_count_t>(nFrames);
+DWORD AcmDecoder::ReadFrames(DWORD nFrames, int16_t* pSamples) {
+    return static_cast<DWORD>(std::max<sf_count_t>(sf_readf_short(m_pFile, pSamples, nFrames), 0));
 }
 
-bool AcmDecoder::ReadFloatFrames(DWORD nFrames, int16_t* pSamples) {
+DWORD AcmDecoder::ReadFloatFrames(DWORD nFrames, int16_t* pSamples) {
     float aBlock[2048];
     const DWORD nChannels = m_format.wfxPcm.nChannels;
     const DWORD nRoom = static_cast<DWORD>(std::size(aBlock)) / nChannels;
-    while (nFrames > 0) {
-        const DWORD nWanted = std::min(nFrames, nRoom);
+    DWORD nMade = 0;
+    while (nMade < nFrames) {
+        const DWORD nWanted = std::min(nFrames - nMade, nRoom);
         const sf_count_t nRead = sf_readf_float(m_pFile, aBlock, nWanted);
+        if (nRead <= 0) break;
         pSamples = std::transform(aBlock, aBlock + nRead * nChannels, pSamples, ToSample);
-        if (nRead != static_cast<sf_count_t>(nWanted)) return false;
-        nFrames -= nWanted;
+        nMade += static_cast<DWORD>(nRead);
     }
-    return true;
+    return nMade;
 }
 
 sf_count_t AcmDecoder::Length(void* pUser) {
     const auto* pThis = static_cast<AcmDecoder*>(pUser);
-    return pThis->m_nHeader + DeclaredBytes(pThis->m_format);
+    return pThis->m_nHeader + pThis->m_nDeclared;
 }
 
 sf_count_t AcmDecoder::Seek(sf_count_t nOffset, int nWhence, void* pUser) {

@@ -19,11 +19,14 @@ public:
     // gives fewer frames than the blocks hold; what is missing is left as it was.
     bool Decode(const BYTE* pSource, DWORD nBlocks, int16_t* pSamples);
 
+    // MP3: decodes a whole sound, as far as nFrames. The frames made; 0 when the library gives up.
+    DWORD DecodeAll(const BYTE* pSource, DWORD nBytes, DWORD nFrames, int16_t* pSamples);
+
 private:
-    bool Open();
+    bool Open(DWORD nDeclared);
     void Close();
-    bool ReadFrames(DWORD nFrames, int16_t* pSamples);
-    bool ReadFloatFrames(DWORD nFrames, int16_t* pSamples);
+    DWORD ReadFrames(DWORD nFrames, int16_t* pSamples);
+    DWORD ReadFloatFrames(DWORD nFrames, int16_t* pSamples);
 
     static sf_count_t Length(void* pUser);
     static sf_count_t Seek(sf_count_t nOffset, int nWhence, void* pUser);
@@ -34,7 +37,8 @@ private:
     SNDFILE* m_pFile = nullptr;
     BYTE m_aHeader[kAcmHeaderMax];
     int64_t m_nHeader = 0;
-    int64_t m_nPos = 0;  // in the file
+    DWORD m_nDeclared = 0;  // bytes of data, as the library sees it
+    int64_t m_nPos = 0;     // in the file
     const BYTE* m_pPiece = nullptr;
     int64_t m_nPieceStart = 0;  // its place in the data
     int64_t m_nPieceBytes = 0;

@@ -73,6 +73,32 @@ TEST_F(Formats, ManyChannelsStay) {
     EXPECT_EQ(m_sound->m_wfx.nChannels, 6);
 }
 
+// Where the library can: it need not have been built with MP3.
+TEST_F(Formats, Mp3) {
+    SF_INFO info = {0, 44100, 2, SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, 0, 0};
+    if (sf_format_check(&info) == 0) GTEST_SKIP() << "no MP3 in the codec library";
+    const Samples samples = Music(60000, 2, 44100);
+    const CodedWav coded =
+        Encode(m_folder.Path("c.mp3"), SF_FORMAT_MPEG_LAYER_III, samples, 2, 44100, SF_FORMAT_MPEG);
+    const double seconds = static_cast<double>(coded.samples.size()) / 2 / 44100;
+    const int average = static_cast<int>(static_cast<double>(coded.file.size()) / seconds);
+    const Format format = {85, 2, 44100, average, 1, 0, ""};
+    CDSBuffer* sound = Make(WavOf(format, coded.file));
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(0), 0); }), "");
+    EXPECT_NEAR(sound->m_nPcmLen, static_cast<double>(coded.samples.size()) * 2, 40);
+    const Samples content = ContentSamples(sound->m_pDSB);
+    size_t near = 0;
+    for (size_t i = 0; i < samples.size() && i < content.size(); ++i)
+        near += std::abs(content[i] - coded.samples[i]) <= 1;
+    EXPECT_GT(near, samples.size() * 98 / 100);
+
+    sound = Make(WavOf(format, std::string(50000, 'x')));
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(0), 1); }), "CDSBuffer::LoadWav ConvertError\n");
+    sound->SetStreamSeconds(0);
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(1), 1); }), "CDSBuffer::LoadWav Size(d2s)Get Error\n");
+    EXPECT_EQ(Make(WavOf({85, 2, 44100, 0, 1, 0, ""}, "x"))->Load(0), 1);
+}
+
 // The last block of a file may be cut: what is left of it is heard.
 TEST_F(Formats, PartOfABlock) {
     for (const Row& row : kRows) {
