@@ -12,7 +12,15 @@ namespace {
 constexpr size_t PAGE_BYTES = 4096;
 
 bool IsAll(const BYTE* p, size_t nBytes, BYTE n) {
-    return nBytes == 0 || (p[0] == n && std::memcmp(p, p + 1, nBytes - 1) == 0);
+    const uint64_t nPattern = 0x0101010101010101u * n;
+    uint64_t nDiffers = 0;
+    for (; nBytes >= sizeof(nPattern); p += sizeof(nPattern), nBytes -= sizeof(nPattern)) {
+        uint64_t nWord;
+        std::memcpy(&nWord, p, sizeof(nWord));
+        nDiffers |= nWord ^ nPattern;
+    }
+    for (; nBytes > 0; ++p, --nBytes) nDiffers |= static_cast<uint64_t>(*p ^ n);
+    return nDiffers == 0;
 }
 
 // Bytes from the write position to nPos, through the ring's end when nPos lies before it. Only the way

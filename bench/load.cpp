@@ -1,0 +1,132 @@
+// load DIR: loads every .wav of DIR as a chart's sounds are loaded, and keeps them. load44 (the same source)
+// then turns each to 44.1 kHz stereo in 16 bits with the mixer's converter. The device is opened before the
+// clock starts.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/sound_format.h"
+#include "platform/sound_resampler.h"
+#include "sound/dsbuffer.h"
+#include "sound/dsound.h"
+
+namespace {
+
+constexpr int kRate = 44100;
+#ifdef LOAD_TO_44100_STEREO
+constexpr bool kToStereo44 = true;
+#else
+constexpr bool kToStereo44 = false;
+#endif
+
+[[noreturn]] void Die(const std::string& what) {
+    std::fprintf(stderr, "error: %s\n", what.c_str());
+    std::exit(1);
+}
+
+double Seconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+int16_t ToSample(float f) {
+    return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768, -32768.0f, 32767.0f)));
+}
+
+// Work space that is used again for every sound.
+struct Space {
+    std::vector<float> side[2], out[2], scratch;
+};
+
+// One side through the filter: `frames` frames in, `made` out.
+void Resample(const sound::Filter& filter, sound::Step step, const std::vector<float>& in, size_t made,
+              std::vector<float>* out, std::vector<float>* scratch) {
+    constexpr size_t kChunk = 2048;
+    scratch->resize(kChunk + 2 * sound::Filter::kOverrun);
+    out->resize(made + kChunk + 2 * sound::Filter::kOverrun);
+    sound::Place place;
+    for (size_t at = 0; at < made; at += kChunk) {
+        const size_t count = std::min(kChunk, made - at);
+        filter.Run(&in[static_cast<size_t>(place.frame)], place.fraction, step, count, out->data() + at,
+                   scratch->data());
+        place = sound::Advance(place, step, static_cast<int64_t>(count));
+    }
+}
+
+// The frames of a loaded sound as floats, with silence on both sides for the filter.
+void ReadSides(const BYTE* data, size_t frames, const sound::Format& format, size_t before, size_t behind,
+               Space* space) {
+    for (std::vector<float>& side : space->side) side.assign(before + frames + behind, 0);
+    sound::ReadFrames(format, data, frames, space->side[0].data() + before, space->side[1].data() + before);
+}
+
+std::vector<int16_t> ToStereo44(const CDSBuffer& loaded, Space* space) {
+    sound::Format format;
+    void* data = nullptr;
+    DWORD bytes = 0;
+    if (!sound::ParseFormat(loaded.m_wfx, &format) ||
+        loaded.m_pDSB->Lock(0, 0, &data, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER) != DS_OK)
+        Die("a sound without samples");
+    const size_t frames = loaded.m_nPcmLen / static_cast<size_t>(format.frame_bytes);
+    const auto filter = sound::FilterFor(format.rate, kRate);
+    size_t made = frames, before = 0, behind = 0;
+    const sound::Step step = sound::MakeStep(format.rate, kRate);
+    if (filter) {
+        made = static_cast<size_t>(sound::FramesUntil({}, step, static_cast<int64_t>(frames)));
+        before = static_cast<size_t>(filter->Before());
+        behind = static_cast<size_t>(filter->Taps()) + 4 * sound::Filter::kOverrun;
+    }
+    ReadSides(static_cast<const BYTE*>(data), frames, format, before, behind, space);
+    const int sides = format.channels == 1 ? 1 : 2;
+    const float* out[2];
+    for (int c = 0; c < sides; ++c) {
+        if (filter) Resample(*filter, step, space->side[c], made, &space->out[c], &space->scratch);
+        out[c] = filter ? space->out[c].data() : space->side[c].data();
+    }
+    if (sides == 1) out[1] = out[0];
+    std::vector<int16_t> stereo(2 * made);
+    for (size_t i = 0; i < made; ++i) {
+        stereo[2 * i] = ToSample(out[0][i]);
+        stereo[2 * i + 1] = ToSample(out[1][i]);
+    }
+    loaded.m_pDSB->Unlock(data, bytes, nullptr, 0);
+    return stereo;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) Die("usage: load DIR");
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(argv[1]))
+        if (entry.path().extension() == ".wav") files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    CDSound device;
+    if (files.empty() || device.Init(nullptr, 1) != 0) Die("no files or no device");
+
+    std::vector<std::unique_ptr<CDSBuffer>> sounds;
+    std::vector<std::vector<int16_t>> converted;
+    Space space;
+    const double begin = Seconds();
+    for (const std::string& file : files) {
+        sounds.push_back(std::make_unique<CDSBuffer>(device.m_pDS));
+        sounds.back()->SetFileName(file.c_str());
+        if (sounds.back()->Load(0) != 0) Die("cannot load " + file);
+        if (!kToStereo44) continue;
+        converted.push_back(ToStereo44(*sounds.back(), &space));
+        sounds.back().reset();
+    }
+    const double end = Seconds();
+    double bytes = 0;
+    for (const auto& sound : sounds) bytes += sound ? sound->m_nPcmLen : 0;
+    for (const auto& samples : converted) bytes += static_cast<double>(samples.size()) * 2;
+    std::printf("RESULT\twall_s\t%.9f\nRESULT\tfiles\t%zu\nRESULT\tbytes\t%.0f\n", end - begin, files.size(),
+                bytes);
+    std::fflush(stdout);
+    std::_Exit(0);  // the tear-down is of no interest
+}

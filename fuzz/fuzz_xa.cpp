@@ -1,0 +1,12 @@
+// Any bytes as an XA file: its first four are made those that tell one.
+#include <algorithm>
+#include <vector>
+
+#include "play_sound.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::vector<uint8_t> bytes(data, data + size);
+    std::copy_n("KWD1", std::min<size_t>(size, 4), bytes.begin());
+    fuzz::PlaySound(bytes.data(), bytes.size());
+    return 0;
+}

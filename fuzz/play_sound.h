@@ -1,0 +1,56 @@
+// Any bytes as a sound file: loaded whole and as a stream, played, and served for some laps.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "sound/dsbuffer.h"
+#include "sound/dsound.h"
+
+namespace fuzz {
+
+struct SoundFile {
+    std::string path =
+        (std::filesystem::temp_directory_path() / ("lumetra-sound-" + std::to_string(getpid()))).string();
+    ~SoundFile() { std::filesystem::remove(path); }
+    void Write(const uint8_t* data, size_t size) const {
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    }
+};
+
+// With the cursor once in each half, which is where refills are due.
+inline void Serve(CDSBuffer* sound, int refills) {
+    for (int i = 0; i < refills && sound->m_pDSB != nullptr; ++i) {
+        const DWORD place = i % 2 == 0 ? sound->m_nBufSize / 8 * 5 : sound->m_nBufSize / 4;
+        sound->m_pDSB->SetCurrentPosition(place);
+        sound->StreamPlay();
+        if (sound->m_bStream == 1 && sound->m_nWritePos >= sound->m_nBufSize) std::abort();
+    }
+}
+
+inline void PlaySound(const uint8_t* data, size_t size) {
+    static const SoundFile file;
+    static CDSound device;
+    if (device.m_pDS == nullptr && device.Init(nullptr, 1) != 0) std::abort();
+    file.Write(data, size);
+    for (int loop = -1; loop <= 1; ++loop) {  // -1: whole
+        CDSBuffer sound(device.m_pDS);
+        sound.SetFileName(file.path.c_str());
+        sound.SetStreamSeconds(0);
+        sound.m_bLoop = loop == 1;
+        const int result = sound.Load(loop >= 0);
+        if (result == 0 && sound.m_pDSB == nullptr) std::abort();
+        sound.Play();
+        Serve(&sound, 4);
+        sound.Rewind();
+        Serve(&sound, 1);
+    }
+}
+
+}  // namespace fuzz
