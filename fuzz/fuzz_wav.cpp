@@ -22,6 +22,6 @@ void CutLengths(std::vector<uint8_t>* bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<uint8_t> bytes(data, data + size);
     CutLengths(&bytes);
-    fuzz::PlaySound(bytes.data(), bytes.size());
+    fuzz::PlaySound(fuzz::Device(), bytes.data(), bytes.size());
     return 0;
 }

@@ -34,10 +34,16 @@ inline void Serve(CDSBuffer* sound, int refills) {
     }
 }
 
-inline void PlaySound(const uint8_t* data, size_t size) {
-    static const SoundFile file;
-    static CDSound device;
+// For a process that does nothing else. Never closed: the host under it may be gone before a static object
+// is.
+inline CDSound& Device() {
+    static CDSound& device = *new CDSound;
     if (device.m_pDS == nullptr && device.Init(nullptr, 1) != 0) std::abort();
+    return device;
+}
+
+inline void PlaySound(CDSound& device, const uint8_t* data, size_t size) {
+    static const SoundFile file;
     file.Write(data, size);
     for (int loop = -1; loop <= 1; ++loop) {  // -1: whole
         CDSBuffer sound(device.m_pDS);
