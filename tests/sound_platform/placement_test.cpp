@@ -43,6 +43,23 @@ TEST_F(SoundTest, StartsInTheFrameOfTheClock) {
     EXPECT_EQ(Position(sound), 0u);
 }
 
+// A chord of all slots, each cut off and started anew: reading the clock for each order moves nothing.
+TEST_F(SoundTest, AChordOfAllSlotsStartsInOneFrame) {
+    constexpr int kVoices = 576;
+    for (int i = 0; i < kVoices; ++i) Make(kStereo, std::vector<int16_t>{16, 16});
+    WaitUntilFrame(100);
+    const uint64_t before = headless::Clock();
+    for (IDirectSoundBuffer* sound : m_buffers) {
+        ASSERT_EQ(sound->Stop(), DS_OK);
+        ASSERT_EQ(sound->SetCurrentPosition(0), DS_OK);
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    }
+    EXPECT_EQ(headless::Clock(), before);
+    WaitUntilFrame(10000);
+    for (int64_t frame = 0; frame < 10000; ++frame)
+        ASSERT_EQ(Heard16(frame, 0), frame == 100 ? 16 * kVoices : 0) << frame;
+}
+
 // What is heard of a ramp between two frames: its values in order.
 void ExpectRamp(int64_t frame, int count, int from) {
     for (int i = 0; i < count; ++i) {

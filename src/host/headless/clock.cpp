@@ -7,8 +7,9 @@
 namespace {
 
 // A program that waits by reading the clock over and over would wait for ever on a clock that only sleeping
-// moves: so many readings without a movement make a millisecond pass.
-constexpr int kSpinReadings = 64;
+// moves: so many readings without a movement make a millisecond pass. Each order to a sound buffer reads the
+// clock too, so they are far more than the largest chord of a chart takes, which must not be torn apart.
+constexpr int kSpinReadings = 1 << 17;
 
 uint64_t g_clock = headless::kClockOrigin;
 int g_readings = 0;
