@@ -39,6 +39,7 @@ int64_t Mixer::FrameAt(uint64_t time) const {
 
 bool Mixer::Open(int rate, bool mono) {
     const int before = m_rate;
+    const bool mono_before = m_mono;
     if (before == rate) {
         std::unique_lock<std::mutex> hold(m_lock);
         WaitForBlock(hold);
@@ -47,11 +48,10 @@ bool Mixer::Open(int rate, bool mono) {
     }
     if (before != 0) host::CloseSound();
     Configure(rate);
-    if (host::OpenSound(rate, Callback, this)) {
-        m_mono = mono;
-        return true;
-    }
+    m_mono = mono;
+    if (host::OpenSound(rate, Callback, this)) return true;
     Configure(before);
+    m_mono = mono_before;
     if (before != 0) host::OpenSound(before, Callback, this);
     return false;
 }
@@ -94,6 +94,8 @@ void Mixer::Retune(Voice* voice) {
 // ---- voices ----
 
 void Mixer::Add(Voice* voice) {
+    // Made before the lock is taken: a large table takes longer than a block lasts.
+    const auto filter = m_rate != 0 ? FilterFor(voice->format.rate, m_rate) : nullptr;
     const std::lock_guard<std::mutex> hold(m_lock);
     if (m_rate != 0) Retune(voice);
     m_voices.push_back(voice);
