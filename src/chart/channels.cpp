@@ -1,15 +1,12 @@
 #include <cstring>
 
-#include "chart/bms.h"
+#include "chart/channels.h"
 #include "chart/digits.h"
 #include "chart/text.h"
 #include "display/ddraw.h"
 #include "sound/dsound.h"
 
-// Which of the store's lists a channel belongs to.
-enum ChannelKind { KIND_NONE, KIND_BGM, KIND_LENGTH, KIND_TEMPO, KIND_BGA, KIND_NOTE };
-
-static ChannelKind GetKind(int32_t nChannel) {
+ChannelKind GetChannelKind(int32_t nChannel) {
     switch (nChannel) {
         case 1:
             return KIND_BGM;
@@ -62,7 +59,7 @@ int32_t CBMS::CountChannel(int32_t nMeasure, int32_t nChannel, const char* pszDa
     int32_t nCount = 0;
     const int32_t nPairs = CountPairs(pszData);
     for (int32_t i = 0; i < nPairs; ++i) nCount += PairToBase36(pszData + 2 * i) > 0;
-    switch (GetKind(nChannel)) {
+    switch (GetChannelKind(nChannel)) {
         case KIND_BGM:
             m_nBgm += nCount;
             break;
@@ -143,7 +140,7 @@ static void ReadPictures(CBMS* pBms, ListTail tail, int32_t nMeasure, int32_t nC
 }
 
 void CBMS::ReadChannel(int32_t nMeasure, int32_t nChannel, const char* pszData) {
-    switch (GetKind(nChannel)) {
+    switch (GetChannelKind(nChannel)) {
         case KIND_BGM:
             ReadSounds(this, {m_pBgm, m_nBgm, &m_nBgmFill}, nMeasure, nChannel, pszData);
             break;

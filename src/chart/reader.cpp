@@ -10,8 +10,7 @@
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
 
-// The whole file with a NUL behind it, to be freed with delete[]; null when it cannot be had or is too large.
-static char* ReadText(const char* pszPath, int64_t* pnSize) {
+char* ReadChartText(const char* pszPath, int64_t* pnSize) {
     FileForgetListings();
     FileStream* pFile = FileOpen(pszPath, "rb");
     if (!pFile) return nullptr;
@@ -29,9 +28,7 @@ static char* ReadText(const char* pszPath, int64_t* pnSize) {
     return pText;
 }
 
-// Splits `#mmmcc:data`. False for any other line; with a channel of -1 for one that is to be dropped. The
-// underscores of the data are gone afterwards.
-static bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
+bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
     *pnMeasure = GetMeasureNo(szLine + 1);
     if (*pnMeasure < 0 || szLine[6] != ':') return false;
     *pnChannel = -1;
@@ -42,12 +39,15 @@ static bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
     return true;
 }
 
-// A line that can be a command: it has more than 4 characters, the first of which is the `#`.
+bool IsCommand(const char* szLine, int nLength) {
+    return nLength > 4 && szLine[0] == '#';
+}
+
 static int TakeCommand(LineScan* pScan, char* szLine) {
     int nLength;
     do {
         nLength = TakeLine(pScan, szLine);
-    } while (nLength >= 0 && (nLength <= 4 || szLine[0] != '#'));
+    } while (nLength >= 0 && !IsCommand(szLine, nLength));
     return nLength;
 }
 
@@ -126,7 +126,7 @@ void CBMS::LoadSounds() {
 
 int32_t CBMS::Load(const char* pszPath, int32_t nMeasureBase) {
     int64_t nSize = 0;
-    char* pText = ReadText(pszPath, &nSize);
+    char* pText = ReadChartText(pszPath, &nSize);
     if (!pText) {
         DebugLog("CBMS::Load -> LoadError=%s\n", pszPath);
         return 0;

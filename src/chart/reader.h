@@ -20,6 +20,17 @@ void StartLines(LineScan* pScan, const char* pText, int64_t nSize);
 // length, or -1 when the text is at its end.
 int TakeLine(LineScan* pScan, char* szLine);
 
+// The whole file with a NUL behind it, to be freed with delete[]; null when it cannot be had or is too large.
+// Drops what is remembered of folders.
+char* ReadChartText(const char* pszPath, int64_t* pnSize);
+
+// Whether a line can be a command: it has more than 4 characters, the first of which is the `#`.
+bool IsCommand(const char* szLine, int nLength);
+
+// Splits `#mmmcc:data`. False for any other line; with a channel of -1 for one that is to be dropped. The
+// underscores of the data, which begins at column 7, are gone afterwards.
+bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel);
+
 // First pass: #WAV, #BMP, #BGA and #PATH_WAV. szLine is a line with its length; szDir (BMS_PATH bytes) is the
 // directory in force.
 void ReadDefinition(CBMS* pBms, const char* szLine, int nLength, char* szDir);

@@ -86,6 +86,21 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     return pFile;
 }
 
+std::string FileFind(const char* pszPath) {
+    std::string found;
+    if (!pszPath) return found;
+    const auto tryOne = [](const std::string& candidate, void* pUser) {
+        int64_t nSize = 0;
+        const int nFile = OpenRegular(candidate.c_str(), &nSize);
+        if (nFile < 0) return false;
+        close(nFile);
+        *static_cast<std::string*>(pUser) = candidate;
+        return true;
+    };
+    MatchPath(pszPath, tryOne, &found);
+    return found;
+}
+
 size_t FileRead(void* pBuffer, size_t nSize, size_t nCount, FileStream* pFile) {
     if (!pFile || !pBuffer || nSize == 0 || nCount == 0) return 0;
     size_t nBytes;

@@ -5,6 +5,8 @@
 // composed or decomposed UTF-8 or raw CP932. The exact name wins over forgiving matches.
 #pragma once
 
+#include <string>
+
 #include "platform/wintypes.h"
 
 struct FileStream;
@@ -13,6 +15,9 @@ struct FileStream;
 // folder, a device or a pipe, when it may not be read, or when it has 2^31 bytes or more. Never blocks on a
 // pipe.
 FileStream* FileOpen(const char* pszPath, const char* pszMode);
+
+// The file that FileOpen would open, as this machine names it; empty when there is none.
+std::string FileFind(const char* pszPath);
 
 // As fread, fseek, ftell and fclose of the standard library.
 size_t FileRead(void* pBuffer, size_t nSize, size_t nCount, FileStream* pFile);

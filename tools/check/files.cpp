@@ -1,0 +1,115 @@
+#include "check/files.h"
+
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "platform/files.h"
+#include "platform/pathmatch.h"
+
+namespace check {
+namespace {
+
+bool SameButCase(const std::string& a, const std::string& b) {
+    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i) {
+        if (fold(a[i]) != fold(b[i])) return false;
+    }
+    return true;
+}
+
+// The last nParts parts of a path of this machine.
+std::string Tail(const std::string& path, size_t parts) {
+    size_t at = path.size();
+    while (parts-- > 0 && at != 0 && at != path.npos) at = path.rfind('/', at - 1);
+    return at == path.npos || at >= path.size() ? path : path.substr(path[at] == '/' ? at + 1 : at);
+}
+
+bool Exists(const std::string& path) {
+    const auto there = [](const std::string& candidate, void*) {
+        struct stat info;
+        return stat(candidate.c_str(), &info) == 0;
+    };
+    return MatchPath(path, there, nullptr);
+}
+
+}  // namespace
+
+Spelling CompareSpelling(const std::string& name, const std::string& found) {
+    bool same_but_case = false;
+    for (PathParts cut : CutPath(name)) {
+        cut.bAbsolute = false;
+        const std::string spelled = JoinPath(cut), tail = Tail(found, cut.parts.size());
+        if (spelled == tail) return Spelling::kSame;
+        same_but_case = same_but_case || SameButCase(spelled, tail);
+    }
+    return same_but_case ? Spelling::kCase : Spelling::kEncoding;
+}
+
+std::string HintAboutMissing(const Definition& definition, const char* const* endings) {
+    const std::string& name = definition.name;
+    if (Exists(definition.path)) return "; it is there, but may not be read or is no file";
+    if (!name.empty() && name.back() == ' ') return "; the name ends with a blank";
+    if (!name.empty() && name.front() == ' ') return "; the name begins with a blank";
+    if (name.find('"') != name.npos) return "; the quotes count as part of the name";
+    if (name.size() > 2 && (name[1] == ':' || name[0] == '\\' || name[0] == '/'))
+        return "; a name is always looked for below the chart's folder";
+    const size_t dot = name.rfind('.');
+    const std::string stem = name.substr(0, dot);
+    const size_t left = definition.path.size() - (name.size() - stem.size());
+    if (definition.path.size() < name.size()) return "";
+    for (; *endings; ++endings) {
+        const std::string other = definition.path.substr(0, left) + *endings;
+        if (!FileFind(other.c_str()).empty()) return "; " + Quote(stem + *endings) + " is there";
+    }
+    return "";
+}
+
+const char* KindOf(const std::string& path) {
+    char head[16] = {};
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    const size_t size = file ? std::fread(head, 1, sizeof head, file.get()) : 0;
+    if (file && size == 0) return "an empty file";
+    struct Magic {
+        int at;
+        const char* bytes;
+        size_t count;
+        const char* kind;
+    };
+    static constexpr Magic kMagics[] = {
+        {0, "OggS", 4, "an Ogg file"},
+        {0, "fLaC", 4, "a FLAC file"},
+        {0, "ID3", 3, "an MP3 file"},
+        {0, "\xFF\xFB", 2, "an MP3 file"},
+        {0, "\xFF\xF3", 2, "an MP3 file"},
+        {0, "\xFF\xFA", 2, "an MP3 file"},
+        {4, "ftyp", 4, "an MP4 file"},
+        {0, "\x89PNG", 4, "a PNG picture"},
+        {0, "\xFF\xD8\xFF", 3, "a JPEG picture"},
+        {0, "GIF8", 4, "a GIF picture"},
+        {8, "AVI ", 4, "an AVI film"},
+        {8, "WAVE", 4, "a WAV file"},
+        {0, "\0\0\1\xBA", 4, "an MPEG film"},
+        {0, "\0\0\1\xB3", 4, "an MPEG film"},
+        {0, "BM", 2, "a BMP file"},
+        {0, "KWD1", 4, "an XA file"},
+        {0, "FORM", 4, "an AIFF file"},
+        {0, "MThd", 4, "a MIDI file"},
+        {0, "\x30\x26\xB2\x75", 4, "a Windows Media file"},
+        {0, "\x1A\x45\xDF\xA3", 4, "a Matroska film"},
+    };
+    for (const Magic& magic : kMagics) {
+        if (std::memcmp(head + magic.at, magic.bytes, magic.count) == 0) return magic.kind;
+    }
+    return nullptr;
+}
+
+int64_t SizeOf(const std::string& path) {
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 ? static_cast<int64_t>(info.st_size) : -1;
+}
+
+}  // namespace check

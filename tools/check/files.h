@@ -1,0 +1,24 @@
+// The files that a chart names: whether the player finds them, and what others would say.
+#pragma once
+
+#include <string>
+
+#include "check/tables.h"
+
+namespace check {
+
+// How a found file's name differs from the one that the chart has.
+enum class Spelling { kSame, kCase, kEncoding };
+Spelling CompareSpelling(const std::string& name, const std::string& found);
+
+// A clause about a file that was not found: what stands there in its place, or what is odd about the name.
+// Begins with
+// "; " or is empty.
+std::string HintAboutMissing(const Definition& definition, const char* const* endings);
+
+// The kind of file by its first bytes, such as "an Ogg file"; null when they say nothing.
+const char* KindOf(const std::string& path);
+
+int64_t SizeOf(const std::string& path);  // -1 when there is none
+
+}  // namespace check

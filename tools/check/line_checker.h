@@ -1,0 +1,87 @@
+// The checks of single lines; what it takes to check a chart's lines one after the other.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "check/dialects.h"
+#include "check/lines.h"
+#include "check/probe.h"
+#include "check/tables.h"
+
+namespace check {
+
+class LineChecker {
+public:
+    LineChecker(const char* text, int64_t size, const char* chart_path, Tables* tables, Findings* findings);
+    void Check(Line* line);
+    void Finish();  // what is told once for many lines
+
+private:
+    // What is told once, at its first place, with the number of lines and objects.
+    struct Group {
+        Place place;
+        Severity severity;
+        const char* code;
+        std::string subject, effect;
+        int64_t lines = 0, objects = 0;
+    };
+
+    // bytes (line_checker.cpp)
+    void CheckBytes(const Line& line);
+    void CheckLoneLf(const Line& line, const char* lf);
+    void CheckLoneCr(const Line& line, const char* end);
+    void CheckCut(const Line& line, const char* end);
+    void CheckNoCommand(const Line& line);
+    bool CheckMark(const Line& line);
+
+    // keywords (keyword_lines.cpp)
+    void CheckKeyword(const Line& line);
+    void CheckSkippedKeyword(const Line& line, const Reading& reading, std::string_view word);
+    void CheckSkippedFile(const Line& line, const Reading& reading);
+    void CheckSkippedHeader(const Line& line, std::string_view word);
+    void Define(const Line& line, const Reading& reading);
+    void DefineFile(const Line& line, const Reading& reading);
+    void DefineBga(const Line& line, const Reading& reading);
+    void CheckBgaNumbers(const Line& line);
+    void DefinePathWav(const Line& line);
+    void DefineTempo(const Line& line, const Reading& reading);
+    void CheckHeader(const Line& line, const Reading& reading);
+    void CheckId(const Line& line, int column, const char* thing, int32_t number);
+    void CheckFloat(const Line& line, int column);
+
+    // channels (channel_lines.cpp)
+    void CheckChannel(Line* line, int32_t measure, int32_t channel);
+    void CheckLength(const Line& line, int32_t measure);
+    void CheckPairs(const Line& line, int32_t measure, int32_t channel);
+    void CheckEnd(const Line& line, size_t bytes);
+    void CheckTempoPair(const Line& line, int column, const char* pair);
+    void TakePair(const Line& line, int column, const char* pair, int32_t measure, int32_t channel);
+    void TakeSound(Place place, const char* pair, int32_t channel);
+    void TakePicture(Place place, const char* pair);
+    void TakeTempo(Place place, const char* pair, int32_t channel);
+    void NoteFolded(Place place, const char* pair, const char* thing);
+    int ColumnOf(const Line& line, size_t at) const;
+
+    Group& GroupOf(const std::string& key, Place place, Severity severity, const char* code);
+
+    const char* text_;
+    const char* end_;
+    Tables* tables_;
+    Findings* findings_;
+    Probe probe_;
+    std::map<std::string, Group> groups_;
+    std::map<Keyword, Place> headers_;
+    std::vector<Place> lengths_ = std::vector<Place>(1000);  // of channel 2 lines, by measure
+    bool underscores_ = false;                               // in the data of the line at hand
+    bool cut_ = false;                                       // a TAB has cut the line at hand
+};
+
+// A copy of the pair or id at p, at most two characters.
+std::string_view PairAt(const char* p);
+bool IsId(const char* p);      // two digits of 0-9, A-Z, a-z
+bool IsFolded(const char* p);  // its first digit is one of G-Z, which sounds, pictures and tempos read as 0
+void StoreId(const char* p, char* id);
+
+}  // namespace check

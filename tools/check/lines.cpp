@@ -1,0 +1,26 @@
+#include "check/lines.h"
+
+#include <cstring>
+
+namespace check {
+
+LineReader::LineReader(const char* text, int64_t size) : line_begin_(text), counted_(text) {
+    StartLines(&scan_, text, size);
+}
+
+bool LineReader::Next(Line* line) {
+    const char* begin = scan_.pNext;
+    while (const void* lf = std::memchr(counted_, '\n', static_cast<size_t>(begin - counted_))) {
+        counted_ = line_begin_ = static_cast<const char*>(lf) + 1;
+        ++number_;
+    }
+    counted_ = begin;
+    line->length = TakeLine(&scan_, line->text);
+    if (line->length < 0) return false;
+    line->place = {number_, static_cast<int32_t>(begin - line_begin_ + 1)};
+    line->raw = begin;
+    line->raw_end = scan_.pBreak < scan_.pNul ? scan_.pBreak : scan_.pNul;
+    return true;
+}
+
+}  // namespace check

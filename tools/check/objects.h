@@ -1,0 +1,33 @@
+// The objects that the player has made of a chart, with their sources.
+#pragma once
+
+#include <vector>
+
+#include "check/subject.h"
+
+namespace check {
+
+// One of the player's four lists of objects.
+struct ObjectList {
+    const BmsObject* first;  // in file order
+    BmsObject* const* sorted;
+    int32_t count;
+    const std::vector<Source>* sources;
+
+    // Where the object comes from; null when the file has changed under our hands.
+    const Source* SourceOf(const BmsObject* object) const {
+        const auto at = static_cast<size_t>(object - first);
+        return at < sources->size() ? &(*sources)[at] : nullptr;
+    }
+};
+
+ObjectList BgmOf(const Subject& subject);
+ObjectList NotesOf(const Subject& subject);
+ObjectList PicturesOf(const Subject& subject);
+ObjectList TemposOf(const Subject& subject);
+
+inline bool IsVisible(int32_t channel) {
+    return channel >= 0x11 && channel <= 0x29;
+}
+
+}  // namespace check

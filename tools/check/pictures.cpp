@@ -1,0 +1,135 @@
+// The pictures of a chart.
+#include <cstring>
+
+#include "check/files.h"
+#include "check/subject.h"
+#include "display/dib.h"
+#include "platform/dib_format.h"
+#include "platform/files.h"
+#include "playback/layout.h"
+
+namespace check {
+namespace {
+
+constexpr const char* kEndings[] = {".bmp", ".png", ".jpg", ".gif", ".mpg", ".avi", ".mp4", nullptr};
+constexpr int kNameColumn = 7;
+constexpr int kPixelOffsetAt = 10;  // of the file header, which the player never reads
+
+Place NameOf(const Definition& definition) {
+    return {definition.place.line, definition.place.column + kNameColumn};
+}
+
+// Objects that show the picture itself or a rectangle of it.
+int64_t CountUses(const Subject& subject, int32_t number) {
+    int64_t uses = 0;
+    for (int32_t i = 1; i < BMS_BGADEFS; ++i) {
+        const int32_t source = subject.chart->m_aBgaDef[i].nBmp;
+        if (source == 0 ? i == number : source == number)
+            uses += subject.tables.picture_uses[static_cast<size_t>(i)].objects;
+    }
+    return uses;
+}
+
+std::string WhyUnreadable(const std::string& found) {
+    const char* kind = KindOf(found);
+    if (kind && std::strcmp(kind, "a BMP file") != 0) return std::string("it is ") + kind;
+    const int64_t size = SizeOf(found);
+    if (size < 54) return "it has " + std::to_string(size) + " bytes, too few for a picture";
+    return kind ? "its header is damaged" : "it is no BMP file";
+}
+
+void CheckShape(Subject* subject, const Definition& definition, const CDib& dib, const PictureFile& file) {
+    const auto add = [&](Severity severity, const char* code, const std::string& sentence) {
+        subject->findings.Add(NameOf(definition), severity, code,
+                              [&] { return Quote(definition.name) + " " + sentence; });
+    };
+    DibPicture picture;
+    if (!ReadDibPicture(dib.m_pInfoHeader, dib.m_pBits, &picture)) {
+        add(Severity::kError, "picture-format",
+            "has a depth, a compression or a size that the player cannot draw, so its layer stays blank; "
+            "save it as "
+            "a plain BMP of 24 bits");
+        return;
+    }
+    DWORD offset;
+    std::memcpy(&offset, dib.m_pData + kPixelOffsetAt, sizeof offset);
+    const int64_t taken = picture.pBits - dib.m_pData;
+    if (offset >= 26 && offset < static_cast<DWORD>(dib.m_nDataSize) && taken != offset) {
+        add(Severity::kWarning, "picture-shifted",
+            "has its pixels at byte " + std::to_string(offset) + ", but the player takes those from byte " +
+                std::to_string(taken) +
+                " on, right behind header and palette, so that it looks displaced; save it "
+                "as a plain BMP");
+    }
+    const bool runs = picture.nCompression == BI_RLE4 || picture.nCompression == BI_RLE8;
+    const int64_t rows =
+        static_cast<int64_t>(static_cast<uint64_t>(picture.pEnd - picture.pBits) / picture.nRowBytes);
+    if (!runs && rows < picture.nHeight) {
+        add(Severity::kWarning, "picture-cut",
+            "holds " + std::to_string(rows) + " of its " + std::to_string(picture.nHeight) +
+                " rows, and the player leaves the others blank; save it anew");
+    }
+    if (runs || file.bits == 16 || file.bits == 32 || picture.nCompression == BI_BITFIELDS)
+        add(Severity::kNote, "picture-format", "is a BMP of a kind that only some players show");
+}
+
+void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib, PictureFile* file) {
+    const bool core = dib.m_pInfoHeader->biSize < 40;
+    file->bits = core ? dib.m_pCoreHeader->bcBitCount : dib.m_pInfoHeader->biBitCount;
+    file->width = dib.GetWidth();
+    file->height = dib.GetHeight() < 0 ? static_cast<int>(-int64_t{dib.GetHeight()}) : dib.GetHeight();
+    file->bytes = dib.m_nDataSize;
+    const Spelling spelling = CompareSpelling(definition.name, file->found);
+    if (spelling != Spelling::kSame) {
+        const bool letters = spelling == Spelling::kCase;
+        subject->findings.Add(NameOf(definition), Severity::kNote, letters ? "name-case" : "name-encoding",
+                              [&] {
+                                  return Quote(definition.name) + " is found as " +
+                                         Quote(file->found.substr(file->found.rfind('/') + 1)) +
+                                         (letters ? ", in other letter case" : ", in another encoding") +
+                                         "; players that ask for the exact name miss it";
+                              });
+    }
+    CheckShape(subject, definition, dib, *file);
+    const bool whole = subject->chart->m_aBgaDef[file->number].nBmp == 0 &&
+                       subject->tables.picture_uses[static_cast<size_t>(file->number)].objects > 0;
+    if (whole && (file->width > LAYER_SIZE || file->height > LAYER_SIZE)) {
+        subject->findings.Add(NameOf(definition), Severity::kNote, "picture-large", [&] {
+            return Quote(definition.name) + " is " + std::to_string(file->width) + " by " +
+                   std::to_string(file->height) +
+                   "; the player shows 256 by 256 of it, from its upper left corner";
+        });
+    }
+}
+
+void CheckPicture(Subject* subject, const Definition& definition, const CDib* dib, PictureFile* file) {
+    const int64_t uses = CountUses(*subject, file->number);
+    const Severity severity = uses > 0 ? Severity::kError : Severity::kNote;
+    const std::string cost = uses > 0 ? "; " + ItsObjects(uses, "blank", "the layer") : std::string();
+    file->found = FileFind(definition.path.c_str());
+    file->loaded = dib != nullptr;
+    if (dib) return CheckLoaded(subject, definition, *dib, file);
+    const bool missing = file->found.empty();
+    subject->findings.Add(
+        NameOf(definition), severity, missing ? "picture-missing" : "picture-unreadable", [&] {
+            return missing ? Quote(definition.name) + " is not there" +
+                                 HintAboutMissing(definition, kEndings) + cost
+                           : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
+                                 "; the player shows BMP files alone" + cost;
+        });
+}
+
+}  // namespace
+
+void CheckPictures(Subject* subject) {
+    for (int32_t i = 0; i < BMS_SLOTS; ++i) {
+        const Definition& definition = subject->tables.pictures[static_cast<size_t>(i)];
+        if (definition.place.line == 0) continue;
+        PictureFile file;
+        file.number = i;
+        CheckPicture(subject, definition, subject->display.m_apDib[i], &file);
+        subject->pictures.push_back(std::move(file));
+    }
+}
+
+}  // namespace check

@@ -1,0 +1,89 @@
+#include <cstdarg>
+#include <cstdio>
+
+#include "check/report.h"
+#include "platform/text.h"
+
+namespace check {
+namespace {
+
+// Numbers of the C locale: the program sets no other.
+__attribute__((format(printf, 1, 2))) std::string Format(const char* format, ...) {
+    char text[200];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+// Minutes, seconds and milliseconds.
+std::string TimeOf(double ms) {
+    if (!(ms < 1e15)) return "never";
+    const auto whole = static_cast<int64_t>(ms + 0.5);
+    return Format("%lld:%02d.%03d", static_cast<long long>(whole / 60000),
+                  static_cast<int>(whole / 1000 % 60), static_cast<int>(whole % 1000));
+}
+
+std::string MegabytesOf(int64_t bytes) {
+    return Format("%.1f MB", static_cast<double>(bytes) / 1e6);
+}
+
+void WriteLanes(const Figures& figures, std::string* out) {
+    *out += "  notes     " + std::to_string(figures.notes);
+    const char* before = ": ";
+    for (int channel = 0x11; channel <= 0x29; ++channel) {
+        if (figures.lanes[channel] == 0) continue;
+        *out +=
+            before + Format("%02x ", static_cast<unsigned>(channel)) + std::to_string(figures.lanes[channel]);
+        before = ", ";
+    }
+    if (figures.invisible > 0) *out += before + std::to_string(figures.invisible) + " invisible";
+    *out += "\n";
+}
+
+void WriteFigures(const Subject& subject, std::string* out) {
+    const Figures& figures = subject.figures;
+    *out += "  length    " + CountOf(figures.measures, "measure") + ", " + TimeOf(figures.end_ms) +
+            (figures.voices > 0 ? ", sounds until " + TimeOf(figures.sound_end_ms) : "") + "\n";
+    *out += "  tempo     " + Format("%.6g", figures.slowest);
+    if (figures.fastest != figures.slowest) *out += " to " + Format("%.6g", figures.fastest);
+    *out += "\n";
+    WriteLanes(figures, out);
+    *out += "  others    " + CountOf(figures.bgm, "background sound") + ", " +
+            CountOf(figures.pictures, "picture") + ", " + CountOf(figures.tempos, "tempo") + "\n";
+    if (figures.notes > 0)
+        *out += "  densest   " + CountOf(figures.densest, "note") + " in the second from " +
+                TimeOf(figures.densest_ms) + "\n";
+    if (figures.voices > 0)
+        *out += "  voices    at most " + std::to_string(figures.voices) + ", at " +
+                TimeOf(figures.voices_ms) + "\n";
+    *out += "  memory    " + MegabytesOf(figures.sound_bytes) + " of sounds, " +
+            MegabytesOf(figures.picture_bytes) + " of pictures\n";
+}
+
+void WriteSummary(const Subject& subject, bool strict, std::string* out) {
+    const Findings& findings = subject.findings;
+    const int64_t notes = findings.Count(Severity::kNote);
+    *out += subject.file_name + ": " + CountOf(findings.Count(Severity::kError), "error") + ", " +
+            CountOf(findings.Count(Severity::kWarning), "warning") + ", " + CountOf(notes, "note");
+    if (notes > 0 && !strict) *out += " (seen with --strict)";
+    *out += "\n";
+}
+
+}  // namespace
+
+void WriteText(const Subject& subject, bool strict, std::string* out) {
+    for (const Finding& finding : subject.findings.Kept()) {
+        if (finding.severity == Severity::kNote && !strict) continue;
+        *out += subject.file_name + ":" + std::to_string(finding.place.line) + ":" +
+                std::to_string(finding.place.column) + ": " + NameOf(finding.severity) + ": " + finding.text +
+                " [" + finding.code + "]\n";
+    }
+    for (const auto& [code, count] : subject.findings.LeftOut())
+        *out += subject.file_name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";
+    WriteSummary(subject, strict, out);
+    if (!subject.refused) WriteFigures(subject, out);
+}
+
+}  // namespace check

@@ -1,0 +1,206 @@
+// The sounds of a chart: found, loaded by the player's own code, and of what kind.
+#include <algorithm>
+#include <cstring>
+
+#include "check/files.h"
+#include "check/subject.h"
+#include "host/headless/headless.h"
+#include "platform/files.h"
+#include "platform/mmio.h"
+#include "sound/dsbuffer.h"
+#include "sound/xaformat.h"
+
+namespace check {
+namespace {
+
+constexpr const char* kEndings[] = {".wav", ".ogg", ".mp3", ".flac", ".xa", nullptr};
+constexpr int kNameColumn = 7;
+
+Place NameOf(const Definition& definition) {
+    return {definition.place.line, definition.place.column + kNameColumn};
+}
+
+// What the player logs while it loads the sound once more; empty when all goes well.
+std::string LogOfLoad(const CDSBuffer& sound) {
+    CDSBuffer again(sound.m_pDS);
+    again.SetFileName(sound.m_szName);
+    const size_t before = headless::Log().size();
+    again.Load(0);
+    return headless::Log().substr(before);
+}
+
+// The format block of a WAV file; zeros when there is none. An extensible format's own tag takes its place.
+WAVEFORMATEX ReadFormat(const char* path) {
+    struct {
+        WAVEFORMATEX format;
+        BYTE rest[22];
+    } block = {};
+    HMMIO file = mmioOpenA(path, nullptr, MMIO_ALLOCBUF | MMIO_READ);
+    if (file == nullptr) return block.format;
+    MMCKINFO riff = {}, fmt = {};
+    fmt.ckid = mmioFOURCC('f', 'm', 't', ' ');
+    if (mmioDescend(file, &riff, nullptr, 0) == 0 && mmioDescend(file, &fmt, &riff, MMIO_FINDCHUNK) == 0)
+        mmioRead(file, &block, static_cast<LONG>(std::min<DWORD>(fmt.cksize, sizeof block)));
+    mmioClose(file, 0);
+    if (block.format.wFormatTag == WAVE_FORMAT_EXTENSIBLE) {
+        constexpr size_t kSubFormat = 6;  // behind the valid bits and the speakers
+        std::memcpy(&block.format.wFormatTag, block.rest + kSubFormat, sizeof(WORD));
+    }
+    return block.format;
+}
+
+std::string NameOfFormat(const WAVEFORMATEX& format) {
+    const std::string bits = ", " + std::to_string(format.wBitsPerSample) + " bits";
+    switch (format.wFormatTag) {
+        case WAVE_FORMAT_PCM:
+            return "PCM" + bits;
+        case WAVE_FORMAT_ADPCM:
+            return "Microsoft ADPCM";
+        case WAVE_FORMAT_IEEE_FLOAT:
+            return "float" + bits;
+        case WAVE_FORMAT_ALAW:
+            return "A-law";
+        case WAVE_FORMAT_MULAW:
+            return "mu-law";
+        case WAVE_FORMAT_IMA_ADPCM:
+            return "IMA ADPCM";
+        case WAVE_FORMAT_GSM610:
+            return "GSM 6.10";
+        case WAVE_FORMAT_MPEGLAYER3:
+            return "MP3 inside a WAV";
+        default:
+            return "format " + std::to_string(format.wFormatTag);
+    }
+}
+
+bool IsPlain(const WAVEFORMATEX& format) {
+    return format.wFormatTag == WAVE_FORMAT_PCM &&
+           (format.wBitsPerSample == 8 || format.wBitsPerSample == 16) && format.nChannels <= 2;
+}
+
+// Why a file that was found did not load, from the line that the player logs last.
+std::string WhyUnreadable(const SoundFile& file, const std::string& log) {
+    struct Reason {
+        const char* logged;
+        const char* why;
+    };
+    static constexpr Reason kReasons[] = {
+        {"RIFF DecError", "the file has fewer than 8 bytes"},
+        {"WAVE not found", "it is neither a RIFF WAVE nor a sound XA file"},
+        {"fmt DecError", "it has no `fmt ` chunk"},
+        {"fmt read Error", "its `fmt ` chunk is cut"},
+        {"fmtAscError", "its `fmt ` chunk is cut"},
+        {"data DecError", "it has no `data` chunk behind its `fmt ` chunk"},
+        {"SUGGEST", "the player cannot convert its format"},
+        {"ACM OPEN", "the player cannot convert its format"},
+        {"Size(s2d)", "its size is beyond all measure"},
+        {"DSBCreateError", "the device has no buffer of its rate, channels or size"},
+        {"ConvertError", "its data is damaged"},
+        {"LoadXA Convert", "its data is damaged"},
+    };
+    const char* kind = KindOf(file.found);
+    std::string why = "the player cannot read it";
+    for (const Reason& reason : kReasons) {
+        if (log.find(reason.logged) != log.npos) why = reason.why;
+    }
+    const bool foreign = kind && std::strcmp(kind, "a WAV file") != 0 && std::strcmp(kind, "an XA file") != 0;
+    if (foreign) why = std::string("it is ") + kind;
+    if (!file.format.empty() && why.find("convert") != why.npos) why += " (" + file.format + ")";
+    return why;
+}
+
+void DescribeWav(const CDSBuffer& sound, SoundFile* file, bool* plain) {
+    const WAVEFORMATEX format = ReadFormat(sound.m_szName);
+    if (format.wFormatTag == 0) return;
+    file->format = NameOfFormat(format);
+    *plain = IsPlain(format);
+}
+
+void Describe(const CDSBuffer& sound, SoundFile* file, bool* plain) {
+    *plain = true;
+    if (file->loaded && sound.m_nKind == SOUND_KIND_XA) {
+        file->format = "XA";
+        *plain = false;
+    } else {
+        DescribeWav(sound, file, plain);
+    }
+    if (!file->loaded) return;
+    file->rate = static_cast<int>(sound.m_wfx.nSamplesPerSec);
+    file->channels = sound.m_wfx.nChannels;
+    if (sound.m_wfx.nAvgBytesPerSec != 0)
+        file->milliseconds = sound.m_nPcmLen * 1000.0 / sound.m_wfx.nAvgBytesPerSec;
+    file->bytes = sound.m_nBufSize;
+}
+
+void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer& sound, const SoundFile& file,
+                bool plain) {
+    Findings& findings = subject->findings;
+    const Place place = NameOf(definition);
+    const Spelling spelling = CompareSpelling(definition.name, file.found);
+    if (spelling != Spelling::kSame) {
+        const bool letters = spelling == Spelling::kCase;
+        findings.Add(place, Severity::kNote, letters ? "name-case" : "name-encoding", [&] {
+            return Quote(definition.name) + " is found as " +
+                   Quote(file.found.substr(file.found.rfind('/') + 1)) +
+                   (letters ? ", in other letter case" : ", in another encoding") +
+                   "; players that ask for the exact name miss it";
+        });
+    }
+    if (!plain) {
+        findings.Add(place, Severity::kNote, "sound-format", [&] {
+            return Quote(definition.name) + " is " + file.format + "; only some players read that";
+        });
+    }
+    const int64_t held = SizeOf(file.found) - sound.m_nDataPos;
+    if (held < sound.m_nDataLen) {
+        findings.Add(place, Severity::kWarning, "sound-cut", [&] {
+            return Quote(definition.name) + " says that it has " + std::to_string(sound.m_nDataLen) +
+                   " bytes of sound and holds " + std::to_string(std::max<int64_t>(held, 0)) +
+                   "; the rest is silence; save the sound anew";
+        });
+    } else if (sound.m_nPcmLen == 0) {
+        findings.Add(place, Severity::kWarning, "sound-empty",
+                     [&] { return Quote(definition.name) + " holds no sound, so the player plays silence"; });
+    }
+}
+
+void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer& sound, SoundFile* file) {
+    const Use& use = subject->tables.sound_uses[static_cast<size_t>(file->number)];
+    const bool heard = use.objects > use.invisible;
+    const std::string cost =
+        heard ? "; " + ItsObjects(use.objects - use.invisible, "make", "no sound") : std::string();
+    const Severity severity = heard ? Severity::kError : Severity::kNote;
+    file->found = FileFind(definition.path.c_str());
+    if (file->found.empty()) {
+        subject->findings.Add(NameOf(definition), severity, "sound-missing", [&] {
+            return Quote(definition.name) + " is not there" + HintAboutMissing(definition, kEndings) + cost;
+        });
+        return;
+    }
+    // A load that ends well leaves neither a file nor a converter open.
+    file->loaded = sound.m_pDSB != nullptr && sound.m_hAcm == nullptr;
+    bool plain = true;
+    Describe(sound, file, &plain);
+    if (file->loaded) return CheckFound(subject, definition, sound, *file, plain);
+    const std::string log = LogOfLoad(sound);
+    subject->findings.Add(NameOf(definition), severity, "sound-unreadable", [&] {
+        return Quote(definition.name) + " cannot be played: " + WhyUnreadable(*file, log) +
+               "; save it as a PCM WAV file" + cost;
+    });
+}
+
+}  // namespace
+
+void CheckSounds(Subject* subject) {
+    for (int32_t i = 0; i < BMS_SLOTS; ++i) {
+        const Definition& definition = subject->tables.sounds[static_cast<size_t>(i)];
+        const CDSBuffer* sound = subject->sound.m_pSlot[i];
+        if (definition.place.line == 0 || !sound) continue;
+        SoundFile file;
+        file.number = i;
+        CheckSound(subject, definition, *sound, &file);
+        subject->sounds.push_back(std::move(file));
+    }
+}
+
+}  // namespace check

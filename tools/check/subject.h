@@ -1,0 +1,73 @@
+// A chart and all that the player makes of it.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "chart/bms.h"
+#include "check/finding.h"
+#include "check/tables.h"
+#include "display/ddraw.h"
+#include "sound/dsound.h"
+
+namespace check {
+
+struct SoundFile {
+    int32_t number = 0;
+    std::string found;  // as this machine names it; empty when there is none
+    bool loaded = false;
+    std::string format;  // such as `PCM, 16 bits`; empty when it is not known
+    int rate = 0, channels = 0;
+    double milliseconds = 0.0;
+    int64_t bytes = 0;  // that it takes while the chart is loaded
+};
+
+struct PictureFile {
+    int32_t number = 0;
+    std::string found;
+    bool loaded = false;
+    int width = 0, height = 0, bits = 0;
+    int64_t bytes = 0;
+};
+
+struct Figures {
+    int32_t measures = 0;  // from 0 to the last that is used
+    double end_ms = 0.0;   // chart time at which the player stops; measure 0 begins at 1000
+    double sound_end_ms = 0.0;
+    double slowest = 0.0, fastest = 0.0;  // tempos
+    int64_t notes = 0, invisible = 0, bgm = 0, pictures = 0, tempos = 0;
+    int64_t lanes[0x50] = {};  // notes by channel, the two digits read as hexadecimal
+    int64_t densest = 0;       // visible notes within one second
+    double densest_ms = 0.0;   // where that second begins
+    int64_t voices = 0;        // most sounds at once
+    double voices_ms = 0.0;
+    int64_t sound_bytes = 0, picture_bytes = 0;
+};
+
+struct Subject {
+    explicit Subject(const std::string& file) : file_name(file) {}
+    std::string file_name;  // as the user gave it
+    std::string path;       // as it is given to the player
+    CDSound sound;
+    CDDraw display;
+    std::unique_ptr<CBMS> chart;
+    bool refused = false;  // nothing is timed then
+    Tables tables;
+    std::vector<SoundFile> sounds;  // those that are defined, by number
+    std::vector<PictureFile> pictures;
+    Figures figures;
+    Findings findings;
+};
+
+// Loads and checks. False with a reason when the player cannot read the file at all.
+bool CheckChart(Subject* subject, std::string* why);
+
+// The steps, in this order, on a chart that has been loaded and read.
+void CheckSounds(Subject* subject);
+void CheckPictures(Subject* subject);
+void CheckIds(Subject* subject);
+void CheckTimes(Subject* subject);
+void CountFigures(Subject* subject);
+
+}  // namespace check

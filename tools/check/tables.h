@@ -1,0 +1,56 @@
+// What the lines of a chart define and what its objects name, with the places.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "chart/bms.h"
+#include "check/finding.h"
+
+namespace check {
+
+struct Definition {
+    Place place;         // of the line that counts; line 0: not defined
+    char id[3] = "";     // as written there
+    std::string name;    // of a file, as written
+    std::string path;    // of a file, as the player opens it
+    double tempo = 0.0;  // of an extended tempo
+};
+
+struct Use {
+    Place place;      // of the first
+    char id[3] = "";  // as written there
+    int64_t objects = 0;
+    int64_t invisible = 0;  // of these, those on lanes that never act
+    Place early;            // tempos: the first use above the definition
+    int64_t early_objects = 0;
+};
+
+// Where an object of the player's lists comes from; the lists are in file order.
+struct Source {
+    Place place;
+    int32_t number;  // that its pair gives
+};
+
+struct Tables {
+    std::vector<Definition> sounds = std::vector<Definition>(BMS_SLOTS);
+    std::vector<Definition> pictures = std::vector<Definition>(BMS_SLOTS);
+    std::vector<Definition> tempos = std::vector<Definition>(BMS_SLOTS);
+    std::vector<Definition> bgas = std::vector<Definition>(BMS_BGADEFS);
+    std::vector<Use> sound_uses = std::vector<Use>(BMS_SLOTS);
+    std::vector<Use> picture_uses = std::vector<Use>(BMS_BGADEFS);  // pictures and definitions
+    std::vector<Use> tempo_uses = std::vector<Use>(BMS_SLOTS);
+    std::vector<bool> folded_pictures = std::vector<bool>(BMS_BGADEFS);  // #BMP lines beyond FZ, as written
+    std::vector<Source> bgm, notes, bga, changes;
+    int64_t commands = 0;       // lines that act
+    int64_t comments = 0;       // lines that are none and look like none
+    int32_t last_acting = -1;   // the highest measure with an object
+    int32_t last_measure = -1;  // the highest that counts for the length
+    Place last_place;           // of the line that made it so
+    Place first_tempo;          // of a #BPM line
+};
+
+// A number as it is best written: `0Z`.
+std::string IdOf(int32_t number);
+
+}  // namespace check

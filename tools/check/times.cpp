@@ -1,0 +1,207 @@
+// What is odd about a chart's objects once their times are known, and the figures.
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <queue>
+
+#include "check/objects.h"
+#include "playback/chartmath.h"
+#include "sound/dsbuffer.h"
+
+namespace check {
+
+ObjectList BgmOf(const Subject& subject) {
+    const CBMS& chart = *subject.chart;
+    return {chart.m_pBgm, chart.m_ppBgm, chart.m_nBgm, &subject.tables.bgm};
+}
+
+ObjectList NotesOf(const Subject& subject) {
+    const CBMS& chart = *subject.chart;
+    return {chart.m_pNote, chart.m_ppNote, chart.m_nNote, &subject.tables.notes};
+}
+
+ObjectList PicturesOf(const Subject& subject) {
+    const CBMS& chart = *subject.chart;
+    return {chart.m_pBga, chart.m_ppBga, chart.m_nBga, &subject.tables.bga};
+}
+
+ObjectList TemposOf(const Subject& subject) {
+    const CBMS& chart = *subject.chart;
+    return {chart.m_pTempo, chart.m_ppTempo, chart.m_nTempo, &subject.tables.changes};
+}
+
+namespace {
+
+struct Fire {  // a sound starts
+    int32_t ms;
+    int32_t number;
+    Place place;
+};
+
+std::vector<Fire> FiresOf(const Subject& subject) {
+    std::vector<Fire> fires;
+    for (const ObjectList& list : {BgmOf(subject), NotesOf(subject)}) {
+        for (int32_t i = 0; i < list.count; ++i) {
+            const BmsObject& object = *list.sorted[i];
+            const Source* source = list.SourceOf(&object);
+            if (source && object.pObject && (object.nChannel == 1 || IsVisible(object.nChannel)))
+                fires.push_back({RoundTime(object.dTime), source->number, source->place});
+        }
+    }
+    std::stable_sort(fires.begin(), fires.end(), [](const Fire& a, const Fire& b) {
+        return a.ms != b.ms ? a.ms < b.ms : a.number < b.number;
+    });
+    return fires;
+}
+
+void CheckDoubleNotes(Subject* subject) {
+    const ObjectList notes = NotesOf(*subject);
+    int64_t count = 0;
+    Place first;
+    for (int32_t i = 1; i < notes.count; ++i) {
+        const BmsObject &a = *notes.sorted[i - 1], &b = *notes.sorted[i];
+        if (!IsVisible(b.nChannel) || CompareObjects(&a, &b) != 0) continue;
+        const Source* source = notes.SourceOf(&b);
+        if (count++ == 0 && source) first = source->place;
+    }
+    if (count == 0) return;
+    subject->findings.Add(first, Severity::kWarning, "double-note", [count] {
+        return "a note stands on another note of its lane (" + CountOf(count, "note") +
+               " in all); the player shows one and plays both";
+    });
+}
+
+void CheckDoubleSounds(Subject* subject) {
+    const std::vector<Fire> fires = FiresOf(*subject);
+    int64_t count = 0;
+    Place first;
+    for (size_t i = 1; i < fires.size(); ++i) {
+        if (fires[i].ms != fires[i - 1].ms || fires[i].number != fires[i - 1].number) continue;
+        if (count++ == 0) first = fires[i].place;
+    }
+    if (count == 0) return;
+    subject->findings.Add(first, Severity::kNote, "double-sound", [count] {
+        return "a sound is started twice at one time (" + CountOf(count, "object") +
+               " in all); each sound is one voice, so that it is heard once";
+    });
+}
+
+void CheckLate(Subject* subject) {
+    for (const ObjectList& list :
+         {BgmOf(*subject), NotesOf(*subject), PicturesOf(*subject), TemposOf(*subject)}) {
+        if (list.count == 0) continue;
+        const BmsObject& last = *list.sorted[list.count - 1];
+        const Source* source = list.SourceOf(&last);
+        if (TruncTime(last.dTime) < INT_MOST || !source) continue;
+        subject->findings.Add(source->place, Severity::kError, "too-late", [] {
+            return std::string(
+                "the player counts milliseconds in 32 bits, and this object would come later than "
+                "that; it never comes; check the tempos and lengths before it");
+        });
+    }
+}
+
+void CheckIdleEnd(Subject* subject) {
+    const Tables& tables = subject->tables;
+    if (tables.last_acting >= tables.last_measure) return;
+    subject->findings.Add(tables.last_place, Severity::kNote, "idle-end", [&tables] {
+        return "measure " + std::to_string(tables.last_measure) +
+               " has no object that acts, but lengthens the chart; the last one that does stands in "
+               "measure " +
+               std::to_string(tables.last_acting);
+    });
+}
+
+// The most sounds at once: each has one voice, which a new start takes over.
+void CountVoices(const std::vector<Fire>& fires, const std::vector<double>& lengths, Figures* figures) {
+    struct Voice {
+        double end;
+        int32_t number;
+        bool operator>(const Voice& other) const { return end > other.end; }
+    };
+    std::priority_queue<Voice, std::vector<Voice>, std::greater<>> ends;
+    std::vector<double> until(BMS_SLOTS, -1.0);
+    int64_t sounding = 0;
+    for (const Fire& fire : fires) {
+        for (; !ends.empty() && ends.top().end <= fire.ms; ends.pop()) {
+            const Voice& voice = ends.top();
+            double& end = until[static_cast<size_t>(voice.number)];
+            if (end != voice.end) continue;  // was started anew meanwhile
+            end = -1.0;
+            --sounding;
+        }
+        const double length = lengths[static_cast<size_t>(fire.number)];
+        if (length <= 0.0) continue;
+        double& end = until[static_cast<size_t>(fire.number)];
+        if (end < 0.0) ++sounding;
+        if (end != fire.ms + length) ends.push({fire.ms + length, fire.number});
+        end = fire.ms + length;
+        figures->sound_end_ms = std::max(figures->sound_end_ms, end);
+        if (sounding <= figures->voices) continue;
+        figures->voices = sounding;
+        figures->voices_ms = fire.ms;
+    }
+}
+
+void CountNotes(const ObjectList& notes, Figures* figures) {
+    std::vector<double> times;
+    for (int32_t i = 0; i < notes.count; ++i) {
+        const BmsObject& note = *notes.sorted[i];
+        ++figures->lanes[note.nChannel];
+        if (!IsVisible(note.nChannel)) {
+            ++figures->invisible;
+            continue;
+        }
+        ++figures->notes;
+        if (std::isfinite(note.dTime)) times.push_back(note.dTime);
+    }
+    size_t first = 0;
+    for (size_t i = 0; i < times.size(); ++i) {
+        while (times[i] - times[first] >= 1000.0) ++first;
+        const auto count = static_cast<int64_t>(i - first + 1);
+        if (count <= figures->densest) continue;
+        figures->densest = count;
+        figures->densest_ms = times[first];
+    }
+}
+
+void CountTempos(const Subject& subject, Figures* figures) {
+    double tempo = TempoAfter(BMS_DEFAULT_BPM, subject.chart->m_dBPM);
+    figures->slowest = figures->fastest = tempo;
+    const ObjectList tempos = TemposOf(subject);
+    for (int32_t i = 0; i < tempos.count; ++i) {
+        tempo = TempoAfter(tempo, tempos.sorted[i]->dValue);
+        figures->slowest = std::min(figures->slowest, tempo);
+        figures->fastest = std::max(figures->fastest, tempo);
+    }
+}
+
+}  // namespace
+
+void CheckTimes(Subject* subject) {
+    CheckDoubleNotes(subject);
+    CheckDoubleSounds(subject);
+    CheckLate(subject);
+    CheckIdleEnd(subject);
+}
+
+void CountFigures(Subject* subject) {
+    Figures& figures = subject->figures;
+    const CBMS& chart = *subject->chart;
+    figures.measures = chart.m_nMeasure - 1;
+    figures.end_ms = chart.m_pMeasure[chart.m_nMeasure - 1].dStart;
+    figures.bgm = chart.m_nBgm;
+    figures.pictures = chart.m_nBga;
+    figures.tempos = chart.m_nTempo;
+    CountTempos(*subject, &figures);
+    CountNotes(NotesOf(*subject), &figures);
+    std::vector<double> lengths(BMS_SLOTS);
+    for (const SoundFile& sound : subject->sounds) {
+        lengths[static_cast<size_t>(sound.number)] = sound.milliseconds;
+        figures.sound_bytes += sound.bytes;
+    }
+    for (const PictureFile& picture : subject->pictures) figures.picture_bytes += picture.bytes;
+    CountVoices(FiresOf(*subject), lengths, &figures);
+}
+
+}  // namespace check
