@@ -189,10 +189,10 @@ void LineChecker::NoteFolded(Place place, const char* pair, const char* thing) {
                    "; take a number up to FZ";
 }
 
-static void CountUse(Use* use, Place place, const char* pair) {
-    if (use->objects++ > 0) return;
-    use->place = place;
-    StoreId(pair, use->id);
+// The place is that of the first object that acts.
+static void CountUse(Use* use, Place place, bool acts = true) {
+    if (use->objects++ == use->invisible && (acts || use->invisible == 0)) use->place = place;
+    if (!acts) ++use->invisible;
 }
 
 void LineChecker::TakeSound(Place place, const char* pair, int32_t channel) {
@@ -201,15 +201,14 @@ void LineChecker::TakeSound(Place place, const char* pair, int32_t channel) {
     const int32_t number = PairToObjNo(pair);
     if (number == 0) return;
     Use& use = tables_->sound_uses[static_cast<size_t>(number)];
-    CountUse(&use, place, pair);
-    if (note && channel >= kFirstInvisible) ++use.invisible;
+    CountUse(&use, place, !note || channel < kFirstInvisible);
     (note ? tables_->notes : tables_->bgm).push_back({place, number});
 }
 
 void LineChecker::TakePicture(Place place, const char* pair) {
     const int32_t number = PairToBase36(pair);
     if (number == 0) return;
-    CountUse(&tables_->picture_uses[static_cast<size_t>(number)], place, pair);
+    CountUse(&tables_->picture_uses[static_cast<size_t>(number)], place);
     tables_->bga.push_back({place, number});
 }
 
@@ -220,7 +219,7 @@ void LineChecker::TakeTempo(Place place, const char* pair, int32_t channel) {
     tables_->changes.push_back({place, channel == 8 ? number : 0});
     if (channel != 8) return;
     Use& use = tables_->tempo_uses[static_cast<size_t>(number)];
-    CountUse(&use, place, pair);
+    CountUse(&use, place);
     if (tables_->tempos[static_cast<size_t>(number)].place.line != 0) return;
     if (use.early_objects++ == 0) use.early = place;
 }

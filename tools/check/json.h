@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -9,7 +10,9 @@ namespace check {
 
 class Json {
 public:
-    explicit Json(std::string* out) : out_(out) {}
+    // What has been written goes to the file, when there is one, and out of the text from time to time: a
+    // chart can have millions of objects.
+    explicit Json(std::string* out, FILE* file = nullptr) : out_(out), file_(file) {}
 
     void Begin(char bracket);  // `{` or `[`
     void End(char bracket);    // `}` or `]`
@@ -32,6 +35,7 @@ private:
     void Separate();
 
     std::string* out_;
+    FILE* file_;
     bool first_ = true;  // in the brackets at hand
     bool after_key_ = false;
 };

@@ -202,7 +202,6 @@ void LineChecker::DefineFile(const Line& line, const Reading& reading) {
         });
     }
     definition.place = line.place;
-    StoreId(line.text + kIdColumn, definition.id);
     definition.name = name;
     definition.path = reading.path;
 }
@@ -268,7 +267,6 @@ void LineChecker::DefineBga(const Line& line, const Reading& reading) {
         });
     }
     definition.place = line.place;
-    StoreId(line.text + kIdColumn, definition.id);
 }
 
 void LineChecker::DefinePathWav(const Line& line) {
@@ -338,7 +336,6 @@ void LineChecker::DefineTempo(const Line& line, const Reading& reading) {
     before = line.place;
     if (!numbered) return;
     Definition& definition = tables_->tempos[static_cast<size_t>(reading.number)];
-    StoreId(line.text + kIdColumn, definition.id);
     definition.tempo = reading.tempo;
 }
 

@@ -50,12 +50,6 @@ bool IsFolded(const char* p) {
     return IsBase36(static_cast<unsigned char>(p[0])) && Base36ToInt(p) != ObjNoToInt(p);
 }
 
-void StoreId(const char* p, char* id) {
-    id[0] = p[0];
-    id[1] = p[0] ? p[1] : '\0';
-    id[2] = '\0';
-}
-
 LineChecker::LineChecker(const char* text, int64_t size, const char* chart_path, Tables* tables,
                          Findings* findings)
     : text_(text), end_(text + size), tables_(tables), findings_(findings), probe_(chart_path) {}

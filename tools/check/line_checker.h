@@ -82,6 +82,5 @@ private:
 std::string_view PairAt(const char* p);
 bool IsId(const char* p);      // two digits of 0-9, A-Z, a-z
 bool IsFolded(const char* p);  // its first digit is one of G-Z, which sounds, pictures and tempos read as 0
-void StoreId(const char* p, char* id);
 
 }  // namespace check

@@ -75,7 +75,7 @@ int CheckOne(const std::string& name, const std::string& path, const Arguments& 
         Complain(kUnreadable, name + ": " + why);
         if (arguments.json) check::WriteUnreadableJson(name, why, &out);
     } else if (arguments.json) {
-        check::WriteJson(*subject, &out);
+        check::WriteJson(*subject, &out, stdout);
     } else {
         check::WriteText(*subject, arguments.strict, &out);
     }

@@ -203,8 +203,8 @@ void WriteObjects(const Subject& subject, Json* json) {
 
 }  // namespace
 
-void WriteJson(const Subject& subject, std::string* out) {
-    Json json(out);
+void WriteJson(const Subject& subject, std::string* out, FILE* file) {
+    Json json(out, file);
     json.Begin('{');
     json.Bytes("file", subject.file_name);
     json.Key("readable");

@@ -11,15 +11,13 @@ namespace check {
 
 struct Definition {
     Place place;         // of the line that counts; line 0: not defined
-    char id[3] = "";     // as written there
     std::string name;    // of a file, as written
     std::string path;    // of a file, as the player opens it
     double tempo = 0.0;  // of an extended tempo
 };
 
 struct Use {
-    Place place;      // of the first
-    char id[3] = "";  // as written there
+    Place place;  // of the first that acts, else of the first
     int64_t objects = 0;
     int64_t invisible = 0;  // of these, those on lanes that never act
     Place early;            // tempos: the first use above the definition

@@ -114,6 +114,7 @@ TEST_F(CheckTool, SaysWhatIsSkipped) {
         {{"#WAV01 a.wav"}, "6:1 note defined-twice\n"},
         {{"#00211:02"}, "6:8 warning undefined-sound\n"},
         {{"#00211:_0_2"}, "6:9 warning undefined-sound\n"},
+        {{"#00131:02", "#00201:0102"}, "6:1 note invisible-notes\n7:10 warning undefined-sound\n"},
         {{"#00231:01"}, "6:1 note invisible-notes\n6:1 note idle-end\n"},
         {{"#BMP00 a.bmp"}, "6:1 note unused-picture\n"},
         {{"#00204:02"}, "6:8 warning undefined-picture\n"},
