@@ -64,4 +64,17 @@ TEST(Diagnostics, DInputNamesAndCode) {
     }
 }
 
+TEST(Diagnostics, ErrorBoxFormatsAndCutsItsText) {
+    headless::Reset();
+    headless::At(0, headless::AnswerBox());
+    headless::At(0, headless::AnswerBox());
+    EXPECT_EQ(ErrorBox(nullptr, "%s=%d", "a", 7), 1);
+    ErrorBox(nullptr, "%s", std::string(400, 'x').c_str());
+    ASSERT_EQ(headless::Boxes().size(), 2u);
+    EXPECT_EQ(headless::Boxes()[0].text, "a=7");
+    EXPECT_EQ(headless::Boxes()[0].caption, "ERROR MESSAGE");
+    EXPECT_EQ(headless::Boxes()[0].icon, host::BoxIcon::kNone);
+    EXPECT_EQ(headless::Boxes()[1].text, std::string(259, 'x'));
+}
+
 }  // namespace

@@ -109,6 +109,40 @@ TEST_F(Same, FromTheFirstSampleToTheLast) {
     }
 }
 
+// Blocks of more than a quarter of the ring, the last one cut: its part must find room, or wait for it.
+TEST_F(Same, ALargePartOfABlockAtTheEnd) {
+    constexpr int kAlign = 2400;  // 4793 frames; the ring has three blocks
+    for (int blocks = 6; blocks < 12; ++blocks) {
+        for (int part : {1800, 2200, 2396}) {
+            std::string data;
+            std::minstd_rand random(static_cast<unsigned>(blocks * part));
+            for (int i = 0; i < blocks * kAlign + part; ++i)
+                data += static_cast<char>(i % kAlign < 4 ? 0 : random() & 0x99);  // small steps up and down
+            const Format format = {17,
+                                   1,
+                                   kRate,
+                                   -1,
+                                   kAlign,
+                                   4,
+                                   test::LittleEndian(2, 2) + test::LittleEndian(2 * kAlign - 7, 2)};
+            const std::string file = WavOf(format, data);
+            const std::vector<float> whole = Whole(file);
+            CDSBuffer* sound = Streamed(file);
+            const int64_t start = Now();
+            ASSERT_EQ(sound->Play(), 0);
+            while (Now() - start < static_cast<int64_t>(whole.size()) + 4 * kRate) {
+                Wait(kService);
+                ASSERT_EQ(sound->StreamPlay(), 0);
+            }
+            for (size_t i = 0; i < whole.size(); ++i)
+                ASSERT_EQ(Heard(start + static_cast<int64_t>(i)), whole[i])
+                    << blocks << " " << part << " " << i;
+            for (size_t i = whole.size(); i < whole.size() + 3 * kRate; ++i)
+                ASSERT_EQ(Heard(start + static_cast<int64_t>(i)), 0) << blocks << " " << part << " " << i;
+        }
+    }
+}
+
 TEST_F(Same, RoundTheLoop) {
     for (const Kind& kind : Kinds(3)) {
         if (kind.name == std::string("GSM"))
