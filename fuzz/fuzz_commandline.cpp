@@ -9,6 +9,7 @@
 
 #include "host/headless/headless.h"
 #include "platform/commandline.h"
+#include "platform/process.h"
 #include "shell/options.h"
 #include "shell/shell.h"
 #include "shell/winlist.h"
@@ -47,7 +48,8 @@ std::string LineOfArguments(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    headless::Reset();  // the log would grow from input to input
+    headless::Reset();  // log and queue would grow from input to input
+    ResetPlatform();
     const std::string text(std::string(reinterpret_cast<const char*>(data), size).c_str());  // no NUL inside
     for (const int32_t nCopies : {0, 1, 3}) ScanLine(text, nCopies);
     ScanLine(LineOfArguments(text), 0);
