@@ -66,13 +66,15 @@ std::string FolderOf(const std::string& path) {
 }
 
 std::string HandOver(const std::string& path) {
-    const std::string absolute = WithBackslashes(AsUtf8(AbsolutePath(path)));
-    if (absolute.size() <= kMaxHanded) return absolute;
+    std::string absolute = AsUtf8(AbsolutePath(path));
+    const bool bFolderKept = FolderOf(absolute).find('\\') == absolute.npos;
+    absolute = WithBackslashes(std::move(absolute));
+    if (absolute.size() <= kMaxHanded && bFolderKept) return absolute;
     // Only for a file that is there: a relative name must not meet another file by chance.
     struct stat info;
     if (stat(path.c_str(), &info) != 0) return absolute;
     const std::string folder = FolderOf(path);
     if (!folder.empty() && chdir(folder.c_str()) != 0) return absolute;
     FileForgetListings();
-    return ".\\" + AsUtf8(folder.empty() ? path : path.substr(path.rfind('/') + 1));
+    return WithBackslashes("./" + AsUtf8(folder.empty() ? path : path.substr(path.rfind('/') + 1)));
 }

@@ -118,6 +118,23 @@ TEST_F(CommandLine, PathsOfAnyLength) {
     }
 }
 
+// The system cuts the folder off at the last `\`, which is a byte of a name here.
+TEST_F(CommandLine, ABackslashInAFoldersName) {
+    const std::string chart = folder.Path("odd\\folder/song.bms");
+    folder.Write("odd\\folder/song.bms", "x");
+    folder.Write("odd\\folder/sound.wav", "x");
+    const std::string taken = TakenBySystem(Line({chart}));
+    EXPECT_TRUE(CanOpen(taken)) << taken;
+    EXPECT_TRUE(CanOpen(taken.substr(0, taken.rfind('\\') + 1) + "sound.wav")) << taken;
+}
+
+TEST_F(CommandLine, ABackslashInTheNameOfADeepFile) {
+    const std::string name = "back\\slash.bms", deep = std::string(190, 'd') + "/";
+    folder.Write(deep + name, "x");
+    const std::string taken = TakenBySystem(Line({folder.Path(deep + name)}));
+    EXPECT_TRUE(CanOpen(taken)) << taken;
+}
+
 TEST_F(CommandLine, DeeperThanAnyPath) {
     TempFolder root;
     std::filesystem::current_path(root.Path());
