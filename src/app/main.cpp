@@ -42,7 +42,7 @@ lumetra-render renders a chart to files and needs no display.
 
 // The answer to --help or --version among the options; null when neither is asked for.
 const char* AnswerAtOnce(int argc, char** argv) {
-    for (int i = 1; i < argc && argv[i][0] == '-'; ++i) {
+    for (int i = 1; i < argc && (!*argv[i] || IsOptionArgument(argv[i])); ++i) {
         if (std::strcmp(argv[i], "--help") == 0) return kHelp;
         if (std::strcmp(argv[i], "--version") == 0) return "lumetra " LUMETRA_VERSION "\n";
     }

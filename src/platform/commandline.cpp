@@ -15,11 +15,6 @@ bool Exists(const std::string& path) {
     return stat(path.c_str(), &info) == 0;
 }
 
-bool IsOption(const std::string& argument) {
-    if (argument[0] == '-') return true;
-    return argument[0] == '/' && argument.find('/', 1) == argument.npos && !Exists(argument);
-}
-
 // One quote at each end, as a caller writes that quotes for the system itself.
 std::string Unquoted(const std::string& name) {
     const bool bQuoted = name.size() >= 2 && name.front() == '"' && name.back() == '"';
@@ -45,13 +40,18 @@ std::string FileArgument(const std::string& argument) {
 
 }  // namespace
 
+bool IsOptionArgument(const std::string& argument) {
+    if (argument[0] == '-') return true;
+    return argument[0] == '/' && argument.find('/', 1) == argument.npos && !Exists(argument);
+}
+
 std::string BuildCommandLine(int argc, const char* const* argv) {
     std::string line;
     int i = 1;
     for (; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument.empty()) continue;
-        if (!IsOption(argument)) break;
+        if (!IsOptionArgument(argument)) break;
         line += argument + ' ';
     }
     std::string name;

@@ -3,6 +3,9 @@
 
 #include <string>
 
+// Whether an argument is an option where it stands before the chart's name.
+bool IsOptionArgument(const std::string& argument);
+
 // The command line without the program's name: options as they are, from the first argument that is none on
 // the chart's file name, in quotes, absolute and with `\` between its parts. An argument that begins with `/`
 // and names an existing file, or holds a second `/`, is a path and no option. A file name in a folder so deep

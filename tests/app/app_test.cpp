@@ -35,6 +35,7 @@ TEST(App, AnswersHelpAndVersionFirst) {
     EXPECT_EQ(version.code, 0);
     EXPECT_EQ(version.out, "lumetra " LUMETRA_VERSION "\n");
     EXPECT_EQ(RunWithoutDisplay("-D -Q --version").out, version.out);
+    EXPECT_EQ(RunWithoutDisplay("/P '' --version").out, version.out);
     const Outcome help = RunWithoutDisplay("--help", "2>/dev/null");
     EXPECT_EQ(help.code, 0);
     for (const char* part :
