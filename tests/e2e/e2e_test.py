@@ -49,6 +49,9 @@ class EndToEnd(unittest.TestCase):
             screen.keys(window, "Escape")
             player.ends(0)
             self.assertEqual(os.listdir(screen.runtime), [])
+            player = screen.player(screen.chart())
+            screen.keys(player.find(), "alt+F4")  # the window manager's own
+            player.ends(0)
 
     def test_remote_commands(self):
         with Screen() as screen:

@@ -1,7 +1,7 @@
 #include <FL/Fl.H>
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
-#include <FL/Fl_Choice.H>
+#include <FL/Fl_Check_Button.H>
 #include <FL/Fl_Hold_Browser.H>
 #include <FL/Fl_Input.H>
 #include <FL/Fl_Return_Button.H>
@@ -51,7 +51,7 @@ private:
     void ShowMarked();
     const FileEntry* Marked() const;
     void Open(const FileEntry& entry);
-    std::string Patterns() const { return m_choice->value() == 0 ? m_filter.patterns : ""; }
+    std::string Patterns() const { return m_all->value() ? "" : m_filter.patterns; }
 
     FileFilter m_filter;
     ModalLoop* m_loop;
@@ -60,7 +60,8 @@ private:
     Fl_Box* m_where = nullptr;
     FileBrowser* m_browser = nullptr;
     Fl_Input* m_input = nullptr;
-    Fl_Choice* m_choice = nullptr;
+    // No choice menu: while one is open, FLTK runs a loop in which messages of other copies would wait.
+    Fl_Check_Button* m_all = nullptr;
 };
 
 // Letter case does not matter.
@@ -163,21 +164,19 @@ void FileDialog::Build() {
     m_input->when(FL_WHEN_ENTER_KEY | FL_WHEN_NOT_CHANGED);
     m_input->callback(OnAccept, m_input);
     const int choice_y = input_y + row + DialogUnit(8);
-    m_choice = new Fl_Choice(edge + label, choice_y, input_w, row, "Type:");
-    // `/` would make a submenu, `&` a shortcut.
-    m_choice->add("x");
-    m_choice->add("All files");
-    m_choice->replace(0, m_filter.name.empty() ? "Charts" : m_filter.name.c_str());
-    m_choice->value(0);
-    m_choice->callback(OnFilter, this);
+    Fl_Box* type = new Fl_Box(edge, choice_y, label + input_w - button, row);
+    type->copy_label(("Type: " + m_filter.name).c_str());
+    type->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
+    m_all = new Fl_Check_Button(type->x() + type->w(), choice_y, button, row, "&All files");
+    m_all->callback(OnFilter, this);
     Fl_Button* cancel = new Fl_Button(w() - edge - button, choice_y, button, row, "Cancel");
     cancel->callback(OnCancel, m_loop);
-    for (Fl_Widget* widget : {static_cast<Fl_Widget*>(m_input), static_cast<Fl_Widget*>(open),
-                              static_cast<Fl_Widget*>(m_choice), static_cast<Fl_Widget*>(cancel)}) {
+    for (Fl_Widget* widget :
+         {static_cast<Fl_Widget*>(m_input), static_cast<Fl_Widget*>(open), static_cast<Fl_Widget*>(type),
+          static_cast<Fl_Widget*>(m_all), static_cast<Fl_Widget*>(cancel)}) {
         widget->labelsize(size);
     }
     m_input->textsize(size);
-    m_choice->textsize(size);
 }
 
 void FileDialog::Enter(const std::string& folder, const std::string& mark) {

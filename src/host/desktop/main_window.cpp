@@ -4,6 +4,7 @@
 #include <FL/fl_draw.H>
 
 #include <algorithm>
+#include <cstring>
 
 #include "host/desktop/desktop.h"
 
@@ -113,12 +114,20 @@ void PlayerWindow::Show(int x, int y, int width, int height, const uint32_t* pix
     const int left = std::max(x, 0), top = std::max(y, 0);
     const int right = std::min(x + width, m_picture.width), bottom = std::min(y + height, m_picture.height);
     if (left >= right || top >= bottom) return;
+    // Only the rows that change go to the display: a player that stands still changes ten.
+    int first = bottom, last = top;
     for (int row = top; row < bottom; ++row) {
         const uint32_t* from = pixels + static_cast<ptrdiff_t>(row - y) * stride + (left - x);
-        std::copy_n(from, right - left, &m_picture.pixels[static_cast<size_t>(row) * m_picture.width + left]);
+        uint32_t* to = &m_picture.pixels[static_cast<size_t>(row) * m_picture.width + left];
+        const size_t bytes = static_cast<size_t>(right - left) * sizeof(uint32_t);
+        if (std::memcmp(to, from, bytes) == 0) continue;
+        std::memcpy(to, from, bytes);
+        first = std::min(first, row);
+        last = row + 1;
     }
+    if (first >= last) return;
     if (!shown()) return;
-    if (native::PutPicture(this, m_picture, left, top, right - left, bottom - top)) return;
+    if (native::PutPicture(this, m_picture, left, first, right - left, last - first)) return;
     damage(FL_DAMAGE_USER1);
     Fl::flush();
 }

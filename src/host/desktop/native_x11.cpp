@@ -7,9 +7,11 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 
+#include "host/desktop/log.h"
 #include "host/desktop/native.h"
 #include "host/host.h"
 
@@ -183,6 +185,14 @@ void PutEnlarged(Window id, const Picture& picture, int x, int y, int width, int
     XPutImage(fl_display, id, g_main.gc, &image, 0, 0, x * s, y * s, width * s, height * s);
 }
 
+// Xlib's own handler ends the program, and a window that another program takes down between two requests is
+// no reason for that.
+int OnError(Display*, XErrorEvent* error) {
+    Log("host: X error " + std::to_string(error->error_code) + " of request " +
+        std::to_string(error->request_code) + "\n");
+    return 0;
+}
+
 }  // namespace
 
 bool HasDisplay() {
@@ -196,7 +206,12 @@ bool OpenDisplay() {
     // FLTK ends the program when it cannot open the display, so it is given an open one.
     Display* display = XOpenDisplay(nullptr);
     if (!display) return false;
+    XSetErrorHandler(OnError);
+    // Input methods are opened here and go by the user's locale; the program itself keeps to "C".
+    setlocale(LC_CTYPE, "");
+    XSetLocaleModifiers("");
     fl_open_display(display);
+    setlocale(LC_CTYPE, "C");
     InternAtoms();
     Fl::add_system_handler(Watch, nullptr);
     return true;

@@ -1,0 +1,29 @@
+// What arrives at a copy's socket, and the names of sockets in the copies' folder.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "host/desktop/copy_folder.h"
+#include "host/desktop/copy_message.h"
+
+using namespace host::desktop;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    CopyMessage message;
+    if (DecodeCopyMessage(data, size, &message)) {
+        uint8_t bytes[kCopyMessageBytes];
+        EncodeCopyMessage(message, bytes);
+        if (size != sizeof(bytes) || std::memcmp(data, bytes, size) != 0) std::abort();
+    }
+    const std::string name(reinterpret_cast<const char*>(data), size);
+    CopySocket socket, again;
+    if (ParseSocketName(name, &socket)) {
+        if (!ParseSocketName(SocketName(socket), &again) || again.class_name != socket.class_name ||
+            again.id != socket.id)
+            std::abort();
+    }
+    if (DisplayKey(name.c_str()).size() > 40) std::abort();
+    return 0;
+}
