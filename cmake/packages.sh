@@ -2,7 +2,7 @@
 # Packages that only tests need are told apart, so that playing stays small.
 
 player_packages=(build-essential cmake ninja-build pkg-config libfltk1.3-dev libfontconfig-dev libsdl2-dev
-  libsndfile1-dev libpng-dev)
+  libsndfile1-dev libpng-dev libturbojpeg0-dev libgif-dev)
 test_packages=(libgtest-dev libbenchmark-dev clang-format-14 python3 xvfb openbox xdotool x11-utils)
 
 install_missing() {

@@ -12,7 +12,7 @@
 
 char* ReadChartText(const char* pszPath, int64_t* pnSize) {
     FileForgetListings();
-    FileStream* pFile = FileOpen(pszPath, "rb");
+    FileStream* pFile = FileOpenAsNamed(pszPath);
     if (!pFile) return nullptr;
     char* pText = nullptr;
     const int64_t nSize = FileSeek(pFile, 0, SEEK_END) == 0 ? FileTell(pFile) : -1;
@@ -104,15 +104,28 @@ int CBMS::AllocLists() {
                : 1;
 }
 
+// Tells the files that will be opened, so that they can be read ahead.
+static void Expect(int nKind, const char (*aszName)[BMS_PATH]) {
+    const char* apszName[BMS_SLOTS];
+    int nCount = 0;
+    for (int i = 0; i < BMS_SLOTS; ++i) {
+        if (aszName[i][0]) apszName[nCount++] = aszName[i];
+    }
+    FilesExpect(nKind, apszName, nCount);
+}
+
 void CBMS::LoadImages() {
     if (!m_pDDraw) return;
+    Expect(FILES_PICTURES, m_aszBmp);
     for (int i = 0; i < BMS_SLOTS; ++i) {
         if (m_aszBmp[i][0]) m_pDDraw->LoadDib(m_aszBmp[i], i);
     }
+    FilesExpectNoMore();
 }
 
 void CBMS::LoadSounds() {
     if (!m_pDSound) return;
+    Expect(FILES_SOUNDS, m_aszWav);
     for (int i = 0; i < BMS_SLOTS; ++i) {
         if (!m_aszWav[i][0]) continue;
         CDSBuffer*& pSlot = m_pDSound->m_pSlot[i];
@@ -122,6 +135,7 @@ void CBMS::LoadSounds() {
         pSlot->SetFileName(m_aszWav[i]);
         pSlot->Load(0);  // whole, never as a stream
     }
+    FilesExpectNoMore();
 }
 
 int32_t CBMS::Load(const char* pszPath, int32_t nMeasureBase) {

@@ -1,20 +1,23 @@
 #include "platform/files.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
+#include <unordered_set>
 
+#include "platform/debug.h"
+#include "platform/file_handle.h"
 #include "platform/pathmatch.h"
+#include "platform/readahead.h"
 
 // Reads go to the caller's memory directly, since nearly all of a load's bytes are asked for in one piece;
 // only small ones, such as a file's headers, pass through the window.
 struct FileStream {
     int nFile = -1;
+    SharedBytes pBytes;  // instead of nFile, a file made in memory
     int64_t nSize = 0;
     int64_t nPos = 0;
     int64_t nWindow = 0;  // the offset at which the window's bytes begin
@@ -24,25 +27,14 @@ struct FileStream {
 
 namespace {
 
-constexpr int64_t kMaxFile = INT64_C(0x7FFFFFFF);  // bytes; offsets are 32-bit above here
-
-// Devices are told by stat, because merely opening one may do something.
-int OpenRegular(const char* pszPath, int64_t* pnSize) {
-    struct stat info;
-    if (stat(pszPath, &info) != 0 || !S_ISREG(info.st_mode)) return -1;
-    const int nFile = open(pszPath, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (nFile < 0) return -1;
-    if (fstat(nFile, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kMaxFile) {
-        close(nFile);
-        return -1;
-    }
-    *pnSize = info.st_size;
-    return nFile;
-}
+// Names are matched by several threads while a package is read ahead.
+std::mutex g_matchMutex;
+ReadAhead g_readAhead;
+std::unordered_set<std::string> g_told;  // names of which the log has said what stands for them
 
 bool TryOpen(const std::string& candidate, void* pUser) {
     int64_t nSize = 0;
-    const int nFile = OpenRegular(candidate.c_str(), &nSize);
+    const int nFile = OpenRegularFile(candidate.c_str(), &nSize);
     if (nFile < 0) return false;
     FileStream* pFile = new FileStream;
     pFile->nFile = nFile;
@@ -51,17 +43,42 @@ bool TryOpen(const std::string& candidate, void* pUser) {
     return true;
 }
 
-// Bytes read at an offset; fewer than asked for at the end of the file or on a failure.
-size_t ReadAt(FileStream* pFile, BYTE* pBuffer, size_t nBytes, int64_t nOffset) {
-    size_t nDone = 0;
-    while (nDone < nBytes) {
-        const ssize_t n =
-            pread(pFile->nFile, pBuffer + nDone, nBytes - nDone, nOffset + static_cast<int64_t>(nDone));
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        nDone += static_cast<size_t>(n);
+FileStream* OpenNamed(const char* pszPath) {
+    FileStream* pFile = nullptr;
+    const std::lock_guard lock(g_matchMutex);
+    MatchPath(pszPath, TryOpen, &pFile);
+    return pFile;
+}
+
+void Tell(const std::string& name, const StandIn& standIn) {
+    if ((standIn.path.empty() && standIn.refused.empty()) || !g_told.insert(name).second) return;
+    const std::string asked = "Files: " + NameForLog(name) + " not there, ";
+    for (const std::string& path : standIn.refused)
+        OutputDebugStringA((asked + NameForLog(path) + " cannot be read\n").c_str());
+    if (!standIn.path.empty())
+        OutputDebugStringA((asked + NameForLog(standIn.path) + " stands for it\n").c_str());
+}
+
+FileStream* OpenStandIn(const std::string& name) {
+    const std::shared_ptr<const StandIn> pStandIn = g_readAhead.Take(name);
+    Tell(name, *pStandIn);
+    FileStream* pFile = nullptr;
+    if (pStandIn->pBytes) {
+        pFile = new FileStream;
+        pFile->nSize = static_cast<int64_t>(pStandIn->pBytes->Size());
+        pFile->pBytes = pStandIn->pBytes;
+    } else if (!pStandIn->path.empty()) {
+        TryOpen(pStandIn->path, &pFile);
     }
-    return nDone;
+    return pFile;
+}
+
+size_t ReadAt(FileStream* pFile, BYTE* pBuffer, size_t nBytes, int64_t nOffset) {
+    if (!pFile->pBytes) return ReadFileAt(pFile->nFile, pBuffer, nBytes, nOffset);
+    if (nOffset >= pFile->nSize) return 0;
+    const size_t n = std::min(nBytes, static_cast<size_t>(pFile->nSize - nOffset));
+    std::memcpy(pBuffer, pFile->pBytes->Data() + nOffset, n);
+    return n;
 }
 
 size_t ReadWindow(FileStream* pFile, BYTE* pBuffer, size_t nBytes) {
@@ -79,11 +96,25 @@ void FillWindow(FileStream* pFile) {
 
 }  // namespace
 
+bool NamedFileExists(const std::string& name) {
+    FileStream* pFile = OpenNamed(name.c_str());
+    if (pFile) FileClose(pFile);
+    return pFile != nullptr;
+}
+
+std::vector<std::string> LockedStandInPaths(const std::string& name, MediaKind kind) {
+    const std::lock_guard lock(g_matchMutex);
+    return StandInPaths(name, kind);
+}
+
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     if (!pszPath || !pszMode || std::strcmp(pszMode, "rb") != 0) return nullptr;
-    FileStream* pFile = nullptr;
-    MatchPath(pszPath, TryOpen, &pFile);
-    return pFile;
+    FileStream* pFile = OpenNamed(pszPath);
+    return pFile ? pFile : OpenStandIn(pszPath);
+}
+
+FileStream* FileOpenAsNamed(const char* pszPath) {
+    return pszPath ? OpenNamed(pszPath) : nullptr;
 }
 
 std::string FileFind(const char* pszPath) {
@@ -91,14 +122,17 @@ std::string FileFind(const char* pszPath) {
     if (!pszPath) return found;
     const auto tryOne = [](const std::string& candidate, void* pUser) {
         int64_t nSize = 0;
-        const int nFile = OpenRegular(candidate.c_str(), &nSize);
+        const int nFile = OpenRegularFile(candidate.c_str(), &nSize);
         if (nFile < 0) return false;
         close(nFile);
         *static_cast<std::string*>(pUser) = candidate;
         return true;
     };
-    MatchPath(pszPath, tryOne, &found);
-    return found;
+    {
+        const std::lock_guard lock(g_matchMutex);
+        if (MatchPath(pszPath, tryOne, &found)) return found;
+    }
+    return g_readAhead.Take(pszPath)->path;
 }
 
 size_t FileRead(void* pBuffer, size_t nSize, size_t nCount, FileStream* pFile) {
@@ -151,11 +185,23 @@ int64_t FileTell(FileStream* pFile) {
 
 int FileClose(FileStream* pFile) {
     if (!pFile) return EOF;
-    const int nResult = close(pFile->nFile);
+    const int nResult = pFile->nFile >= 0 ? close(pFile->nFile) : 0;
     delete pFile;
     return nResult == 0 ? 0 : EOF;
 }
 
 void FileForgetListings() {
+    g_readAhead.Stop();
+    g_told.clear();
+    const std::lock_guard lock(g_matchMutex);
     ForgetPaths();
+}
+
+void FilesExpect(int nKind, const char* const* ppszNames, int nCount) {
+    std::vector<std::string> names(ppszNames, ppszNames + std::max(nCount, 0));
+    g_readAhead.Expect(nKind == FILES_PICTURES ? MediaKind::kPicture : MediaKind::kSound, std::move(names));
+}
+
+void FilesExpectNoMore() {
+    g_readAhead.Stop();
 }

@@ -14,9 +14,16 @@ struct FileStream;
 // Opens a regular file for reading; the only mode is "rb". Null when there is no such file, when it is a
 // folder, a device or a pipe, when it may not be read, or when it has 2^31 bytes or more. Never blocks on a
 // pipe.
+//
+// For a sound or a picture that is not there a file beside it can stand, such as kick.ogg for kick.wav; the
+// stream then has the bytes of a WAV or a BMP file made of it, and the log says so once (docs/packages.md).
 FileStream* FileOpen(const char* pszPath, const char* pszMode);
 
-// The file that FileOpen would open, as this machine names it; empty when there is none.
+// The same for a file that nothing stands for, such as a chart.
+FileStream* FileOpenAsNamed(const char* pszPath);
+
+// The file that FileOpen would open, or make what it opens of, as this machine names it; empty when there is
+// none.
 std::string FileFind(const char* pszPath);
 
 // As fread, fseek, ftell and fclose of the standard library.
@@ -26,5 +33,14 @@ int64_t FileTell(FileStream* pFile);
 int FileClose(FileStream* pFile);
 
 // A listing of a folder is kept between opens, because a chart names hundreds of files of one folder. This
-// drops what is kept; the opening of a chart file calls it, so that each load sees the disk as it is.
+// drops what is kept and ends the lists; the opening of a chart file calls it, so that each load sees the
+// disk as it is.
 void FileForgetListings();
+
+// The sounds or the pictures that will be opened next, in order. Names of the list are of its kind whatever
+// their endings are. Where files have to be made for them, they are made ahead on other threads, at most 64
+// MiB of them; what the opens give and the log says is the same without. A further list replaces this one.
+constexpr int FILES_PICTURES = 1, FILES_SOUNDS = 2;
+void FilesExpect(int nKind, const char* const* ppszNames, int nCount);
+// The end of the lists: ends the threads.
+void FilesExpectNoMore();

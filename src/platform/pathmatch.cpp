@@ -119,6 +119,24 @@ Folders SimilarFolders(const PathParts& path, size_t nCount) {
     return found;
 }
 
+// Names of a folder that a part can stand for, its own spelling first.
+std::vector<std::string> Listed(const std::string& folder, const std::string& part) {
+    std::vector<std::string> names;
+    for (const std::string& key : Keys(part)) {
+        for (const std::string& name : NamesInFolder(folder, key)) {
+            if (name == part)
+                names.insert(names.begin(), name);
+            else
+                names.push_back(name);
+        }
+    }
+    return names;
+}
+
+std::string Stem(const std::string& name) {
+    return name.substr(0, std::min(name.rfind('.'), name.size()));
+}
+
 class Search {
 public:
     Search(PathTry pfnTry, void* pUser) : m_pfnTry(pfnTry), m_pUser(pUser) {}
@@ -181,6 +199,32 @@ bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser) {
         if (search.TrySimilar(cut)) return true;
     }
     return false;
+}
+
+std::vector<std::string> SiblingPaths(std::string_view path, const std::vector<std::string_view>& endings) {
+    struct Place {
+        Folders folders;
+        std::string stem;
+    };
+    std::vector<Place> places;
+    std::vector<std::string> found;
+    if (path.size() >= kMaxPath || path.find('\0') != path.npos) return found;
+    for (const PathParts& cut : CutPath(path)) {
+        const size_t nFolders = cut.parts.size() - 1;
+        Place place = {ResolveFolders(cut, nFolders), Stem(cut.parts.back())};
+        for (std::string& folder : SimilarFolders(cut, nFolders)) place.folders.push_back(std::move(folder));
+        if (!place.stem.empty()) places.push_back(std::move(place));
+    }
+    for (const std::string_view ending : endings) {
+        for (const Place& place : places) {
+            const std::string part = place.stem + std::string(ending);
+            for (const std::string& folder : place.folders) {
+                for (const std::string& name : Listed(folder, part)) found.push_back(folder + name);
+            }
+        }
+    }
+    if (found.size() > kMaxTries) found.resize(kMaxTries);
+    return found;
 }
 
 void ForgetPaths() {

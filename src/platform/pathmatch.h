@@ -24,5 +24,11 @@ std::string JoinPath(const PathParts& path);
 using PathTry = bool (*)(const std::string& candidate, void* pUser);
 bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser);
 
+// Files that can lie beside the one that the name stands for: its stem (what stands before the last dot of
+// its last part, or all of that) with one of the endings, such as ".ogg". By endings in their order, then as
+// MatchPath would try them; paths of this machine, taken from listings without looking at the files. Their
+// number is bounded.
+std::vector<std::string> SiblingPaths(std::string_view path, const std::vector<std::string_view>& endings);
+
 // Drops what is remembered of folders.
 void ForgetPaths();

@@ -173,7 +173,7 @@ char32_t Cp932CodePoint(const char* pBytes, size_t nLength) {
         return c >= 0xA1 && c <= 0xDF ? 0xFF61 + (c - 0xA1) : 0;  // half-width katakana
     }
     // Opened on the first two-byte character only: loading the table takes a millisecond.
-    static Converter converter;
+    thread_local Converter converter;  // names are matched on several threads
     return converter.Convert(pBytes, nLength);
 }
 

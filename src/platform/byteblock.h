@@ -1,0 +1,51 @@
+// A block of bytes that grows without being cleared, for files made in memory.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+
+#include "platform/wintypes.h"
+
+class ByteBlock {
+public:
+    ByteBlock() = default;
+    ~ByteBlock() { std::free(m_pBytes); }
+    ByteBlock(const ByteBlock&) = delete;
+    ByteBlock& operator=(const ByteBlock&) = delete;
+
+    BYTE* Data() { return m_pBytes; }
+    const BYTE* Data() const { return m_pBytes; }
+    size_t Size() const { return m_nSize; }
+
+    // What is new holds anything. False, and nothing has changed, when memory is lacking.
+    bool Resize(size_t nSize) {
+        if (nSize > m_nRoom && !Move(nSize)) return false;
+        m_nSize = nSize;
+        return true;
+    }
+    // Resize with room for what follows, so that growing step by step costs little.
+    bool Grow(size_t nSize) {
+        if (nSize > m_nRoom && !Move(nSize + nSize / 2) && !Move(nSize)) return false;
+        m_nSize = nSize;
+        return true;
+    }
+    // Gives back the room that Grow took.
+    void Trim() {
+        if (m_nSize < m_nRoom) Move(m_nSize);
+    }
+
+private:
+    bool Move(size_t nRoom) {
+        void* p = std::realloc(m_pBytes, nRoom ? nRoom : 1);
+        if (!p) return false;
+        m_pBytes = static_cast<BYTE*>(p);
+        m_nRoom = nRoom;
+        return true;
+    }
+
+    BYTE* m_pBytes = nullptr;
+    size_t m_nSize = 0;
+    size_t m_nRoom = 0;
+};
+
+using SharedBytes = std::shared_ptr<const ByteBlock>;

@@ -1,0 +1,318 @@
+// What a chart names, what the disk has, what is found, and what the log says.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/headless/headless.h"
+#include "packages/encode.h"
+#include "platform/files.h"
+#include "platform/listing.h"
+#include "support/media.h"
+#include "support/tempfolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::TempFolder;
+
+std::string Ending(const std::string& name) {
+    const size_t dot = name.rfind('.');
+    std::string ending = dot == std::string::npos ? "" : name.substr(dot);
+    for (char& c : ending) c = static_cast<char>(tolower(c));
+    return ending;
+}
+
+// A good file of the kind that its name tells: sounds of that many hundred frames, pictures that wide.
+std::string Good(const std::string& name, int size) {
+    const std::string ending = Ending(name);
+    if (ending == ".ogg") return Encode(test::Tone(size * 100), test::SoundFile::kOgg);
+    if (ending == ".opus") return Encode(test::Tone(size * 100, 1, 48000), test::SoundFile::kOpus);
+    if (ending == ".flac") return Encode(test::Tone(size * 100), test::SoundFile::kFlac);
+    if (ending == ".mp3") return Encode(test::Tone(size * 100), test::SoundFile::kMp3);
+    if (ending == ".wav") return test::SquareWav(size * 100);
+    const test::Image image = test::Paint(size, 3, [](int, int) { return 0xFF406080u; });
+    if (ending == ".png") return EncodePng(image, test::PngKind::kRgb);
+    if (ending == ".jpg" || ending == ".jpeg") return EncodeJpeg(image);
+    if (ending == ".gif") return EncodeGif(image);
+    return test::Bmp(size, 3, 0x406080);
+}
+
+struct Entry {
+    const char* name;
+    int size = 0;  // 0: of no kind; -1: a folder; -2: a link to nowhere; -3: cut in its head; -4: empty
+};
+
+void Make(const TempFolder& folder, const Entry& entry) {
+    if (entry.size == -1) {
+        fs::create_directories(folder.Path(entry.name));
+    } else if (entry.size == -2) {
+        fs::create_symlink("nowhere", folder.Path(entry.name));
+    } else if (entry.size == -3) {
+        folder.Write(entry.name, Good(entry.name, 9).substr(0, 25));
+    } else {
+        folder.Write(entry.name, entry.size > 0    ? Good(entry.name, entry.size)
+                                 : entry.size == 0 ? "some other bytes, enough of them to be looked at"
+                                                   : "");
+    }
+}
+
+// "sound 5", "picture 5", the first bytes of anything else, or "none".
+std::string Find(const std::string& name) {
+    FileStream* file = FileOpen(name.c_str(), "rb");
+    if (!file) return "none";
+    std::string bytes(100'000, '\0');
+    bytes.resize(FileRead(bytes.data(), 1, bytes.size(), file));
+    FileClose(file);
+    const auto number = [&](size_t at) {
+        unsigned n = 0;
+        for (size_t i = 4; i-- > 0;) n = n << 8 | static_cast<unsigned char>(bytes[at + i]);
+        return n;
+    };
+    if (bytes.rfind("RIFF", 0) == 0) return "sound " + std::to_string(number(40) / 200);
+    if (bytes.rfind("BM", 0) == 0) return "picture " + std::to_string(number(18));
+    return bytes.substr(0, 10);
+}
+
+struct Row {
+    const char* what;
+    std::string asked;
+    std::vector<Entry> disk;
+    std::string found, log;
+};
+
+std::string Stands(const std::string& asked, const std::string& name) {
+    return "Files: " + asked + " not there, " + name + " stands for it\n";
+}
+std::string Refused(const std::string& asked, const std::string& name) {
+    return "Files: " + asked + " not there, " + name + " cannot be read\n";
+}
+
+// Opened twice, as a loader does it.
+void Check(const Row& row) {
+    SCOPED_TRACE(row.what);
+    TempFolder folder;
+    for (const Entry& entry : row.disk) Make(folder, entry);
+    headless::Reset();
+    FileForgetListings();
+    const std::string name = TempFolder::Backslashes(folder.Path()) + "\\" + row.asked;
+    EXPECT_EQ(Find(name), row.found);
+    EXPECT_EQ(Find(name), row.found);
+    EXPECT_EQ(headless::Log(), row.log);
+}
+
+TEST(PackageNames, FilesThatAreThereAreNeverReplaced) {
+    const Row rows[] = {
+        {"exact", "k.wav", {{"k.wav", 5}, {"k.ogg", 6}}, "sound 5", ""},
+        {"in other case", "k.wav", {{"K.WAV", 5}, {"k.ogg", 6}}, "sound 5", ""},
+        {"whatever it holds", "k.wav", {{"k.wav", 0}, {"k.ogg", 6}}, "some other", ""},
+        {"even nothing", "k.wav", {{"k.wav", -4}, {"k.ogg", 6}}, "", ""},
+        {"a sound of another kind under its own name", "k.ogg", {{"k.ogg", 5}, {"k.wav", 6}}, "OggS", ""},
+        {"a picture", "b.bmp", {{"b.bmp", 5}, {"b.png", 6}}, "picture 5", ""},
+        {"nothing beside it",
+         "k.wav",
+         {{"other.ogg", 5}, {"k.txt", 0}, {"kk.ogg", 5}, {"k.ogg.bak", 0}},
+         "none",
+         ""},
+        {"neither sound nor picture", "k.bms", {{"k.ogg", 5}, {"k.png", 5}}, "none", ""},
+        {"no ending", "k", {{"k.ogg", 5}, {"k.png", 5}}, "none", ""},
+        {"only an ending", ".wav", {{".ogg", 5}}, "none", ""},
+    };
+    for (Row row : rows) {
+        if (row.asked == "k.ogg") row.found = Good("k.ogg", 5).substr(0, 10);
+        Check(row);
+    }
+}
+
+TEST(PackageNames, KindsComeInTheirOrder) {
+    const std::vector<Entry> sounds = {
+        {"k.ogg", 11}, {"k.opus", 12}, {"k.flac", 13}, {"k.mp3", 14}, {"k.wav", 15}};
+    for (size_t first = 0; first < sounds.size(); ++first) {
+        const std::vector<Entry> rest(sounds.begin() + static_cast<ptrdiff_t>(first), sounds.end());
+        Check({"sounds", "k.xa", rest, "sound " + std::to_string(sounds[first].size),
+               Stands("k.xa", sounds[first].name)});
+    }
+    const std::vector<Entry> pictures = {
+        {"k.png", 11}, {"k.jpg", 12}, {"k.jpeg", 13}, {"k.gif", 14}, {"k.bmp", 15}};
+    for (size_t first = 0; first + 1 < pictures.size(); ++first) {
+        const std::vector<Entry> rest(pictures.begin() + static_cast<ptrdiff_t>(first), pictures.end());
+        const std::string asked = first == 0 ? "k.bmp" : pictures[first - 1].name;
+        std::vector<Entry> disk = rest;
+        if (asked == "k.bmp") disk.pop_back();
+        Check({"pictures", asked, disk, "picture " + std::to_string(pictures[first].size),
+               Stands(asked, pictures[first].name)});
+    }
+}
+
+TEST(PackageNames, TheForgivingMatchHoldsForWhatStands) {
+    const Row rows[] = {
+        {"case of both parts", "Kick.WAV", {{"kick.Ogg", 5}}, "sound 5", Stands("Kick.WAV", "kick.Ogg")},
+        {"the exact stem wins", "k.wav", {{"K.ogg", 5}, {"k.ogg", 6}}, "sound 6", Stands("k.wav", "k.ogg")},
+        {"the kind goes before the spelling",
+         "k.wav",
+         {{"K.ogg", 5}, {"k.flac", 6}},
+         "sound 5",
+         Stands("k.wav", "K.ogg")},
+        {"dots in the stem",
+         "a.b.wav",
+         {{"a.ogg", 4}, {"a.b.ogg", 5}},
+         "sound 5",
+         Stands("a.b.wav", "a.b.ogg")},
+        {"folders in other case", "SND\\k.wav", {{"snd/K.ogg", 5}}, "sound 5", Stands("k.wav", "K.ogg")},
+        {"a look-alike of the folder",
+         "Snd\\k.wav",
+         {{"Snd/x.ogg", 4}, {"snd/k.ogg", 5}},
+         "sound 5",
+         Stands("k.wav", "k.ogg")},
+        {"not in the folder above", "snd\\k.wav", {{"k.ogg", 4}, {"snd/x", 0}}, "none", ""},
+        {"CP932 for UTF-8",
+         "\x83\x4C\x83\x62\x83\x4E.wav",
+         {{"\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.ogg", 5}},
+         "sound 5",
+         Stands("\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.wav", "\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.ogg")},
+        {"CP932 on both sides",
+         "\x83\x4C\x83\x62\x83\x4E.wav",
+         {{"\x83\x4C\x83\x62\x83\x4E.ogg", 5}},
+         "sound 5",
+         Stands("\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.wav", "\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.ogg")},
+        {"decomposed on disk",
+         "\xE3\x81\x8C.wav",
+         {{"\xE3\x81\x8B\xE3\x82\x99.ogg", 5}},
+         "sound 5",
+         Stands("\xE3\x81\x8C.wav", "\xE3\x81\x8B\xE3\x82\x99.ogg")},
+        {"decomposed on disk for CP932",
+         "\x83\x70.wav",
+         {{"\xE3\x83\x8F\xE3\x82\x9A.flac", 5}},
+         "sound 5",
+         Stands("\xE3\x83\x91.wav", "\xE3\x83\x8F\xE3\x82\x9A.flac")},
+        {"composed on disk",
+         "\xE3\x81\x93\xE3\x82\x99.bmp",
+         {{"\xE3\x81\x94.png", 5}},
+         "picture 5",
+         Stands("\xE3\x81\x93\xE3\x82\x99.bmp", "\xE3\x81\x94.png")},
+        {"a backslash as second byte",
+         "\x95\x5C.wav",
+         {{"\xE8\xA1\xA8.ogg", 5}},
+         "sound 5",
+         Stands("\xE8\xA1\xA8.wav", "\xE8\xA1\xA8.ogg")},
+        {"the same on both sides",
+         "\x83\x5C\x83\x5C.bmp",
+         {{"\x83\x5C\x83\x5C.png", 5}},
+         "picture 5",
+         Stands("\xE3\x82\xBD\xE3\x82\xBD.bmp", "\xE3\x82\xBD\xE3\x82\xBD.png")},
+        {"and in a folder's name",
+         "\x95\x5C\\\x95\x5C.wav",
+         {{"\xE8\xA1\xA8/\xE8\xA1\xA8.ogg", 5}},
+         "sound 5",
+         Stands("\xE8\xA1\xA8.wav", "\xE8\xA1\xA8.ogg")},
+    };
+    for (const Row& row : rows) Check(row);
+}
+
+TEST(PackageNames, WhatCannotBeReadGivesWayToTheNext) {
+    const Row rows[] = {
+        {"a folder under the name",
+         "k.wav",
+         {{"k.wav", -1}, {"k.ogg", 5}},
+         "sound 5",
+         Stands("k.wav", "k.ogg")},
+        {"a dangling link under the name",
+         "k.wav",
+         {{"k.wav", -2}, {"k.ogg", 5}},
+         "sound 5",
+         Stands("k.wav", "k.ogg")},
+        {"a folder beside it", "k.wav", {{"k.ogg", -1}, {"k.mp3", -2}}, "none", ""},
+        {"a folder, then a file",
+         "k.wav",
+         {{"k.ogg", -1}, {"k.opus", -2}, {"k.flac", 5}},
+         "sound 5",
+         Stands("k.wav", "k.flac")},
+        {"damaged, then good",
+         "k.wav",
+         {{"k.ogg", -3}, {"k.flac", 5}},
+         "sound 5",
+         Refused("k.wav", "k.ogg") + Stands("k.wav", "k.flac")},
+        {"all damaged",
+         "k.wav",
+         {{"k.ogg", -3}, {"k.opus", -4}, {"k.flac", -3}, {"k.mp3", 0}},
+         "none",
+         Refused("k.wav", "k.ogg") + Refused("k.wav", "k.opus") + Refused("k.wav", "k.flac") +
+             Refused("k.wav", "k.mp3")},
+        {"damaged pictures",
+         "b.bmp",
+         {{"b.png", -3}, {"b.jpg", -3}, {"b.gif", -3}},
+         "none",
+         Refused("b.bmp", "b.png") + Refused("b.bmp", "b.jpg") + Refused("b.bmp", "b.gif")},
+        {"a picture is no sound", "k.wav", {{"k.png", 5}}, "none", ""},
+    };
+    for (const Row& row : rows) Check(row);
+}
+
+TEST(PackageNames, ContentDecidesWhatAStandInIs) {
+    TempFolder folder;
+    folder.Write("a.ogg", test::SquareWav(700));
+    folder.Write("b.wav", Good("b.flac", 8));
+    folder.Write("c.xa", "x");
+    folder.Write("d.wav", "KWD1 and whatever follows");
+    folder.Write("e.png", Good("e.jpg", 9));
+    folder.Write("f.jpg", Good("f.bmp", 10));
+    headless::Reset();
+    FileForgetListings();
+    EXPECT_EQ(Find(folder.Path("a.wav")), "sound 7");
+    EXPECT_EQ(Find(folder.Path("b.ogg")), "sound 8");
+    EXPECT_EQ(Find(folder.Path("c.wav")), "none");
+    EXPECT_EQ(Find(folder.Path("d.xa")), "KWD1 and w");
+    EXPECT_EQ(Find(folder.Path("e.bmp")), "picture 9");
+    EXPECT_EQ(Find(folder.Path("f.bmp")), "picture 10");
+}
+
+// A list's kind goes before the ending; without one a name that tells nothing has no stand-in.
+TEST(PackageNames, AListTellsTheKind) {
+    TempFolder folder;
+    for (const char* name : {"k.ogg", "m.png", "m.ogg"}) folder.Write(name, Good(name, 5));
+    const std::string bare = folder.Path("k"), movie = folder.Path("m.avi");
+    const char* names[] = {bare.c_str(), movie.c_str()};
+    headless::Reset();
+    FileForgetListings();
+    FilesExpect(FILES_SOUNDS, names, 2);
+    EXPECT_EQ(Find(bare), "sound 5");
+    EXPECT_EQ(Find(movie), "sound 5");
+    FilesExpect(FILES_PICTURES, names, 2);
+    EXPECT_EQ(Find(bare), "none");
+    EXPECT_EQ(Find(movie), "picture 5");
+    FilesExpectNoMore();
+    EXPECT_EQ(Find(movie), "none");
+}
+
+TEST(PackageNames, NothingStandsForAChart) {
+    TempFolder folder;
+    folder.Write("k.ogg", Good("k.ogg", 5));
+    FileForgetListings();
+    EXPECT_EQ(FileOpenAsNamed(folder.Path("k.wav").c_str()), nullptr);
+}
+
+TEST(PackageNames, ManyMissingNamesCostOneListing) {
+    TempFolder folder;
+    for (int i = 0; i < 100; ++i) folder.Write("s/k" + std::to_string(i) + ".wav.bak", "x");
+    folder.Write("s/k7.ogg", Good("k.ogg", 5));
+    FileForgetListings();
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(Find(folder.Path("s") + "\\k" + std::to_string(i) + ".wav"), i == 7 ? "sound 5" : "none");
+    // The folder itself, and the one around it, in which a look-alike of the folder might have been.
+    EXPECT_EQ(FoldersRead(), 2u);
+}
+
+TEST(PackageNames, LongNamesAreCutBetweenCharacters) {
+    TempFolder folder;
+    std::string stem = "x";
+    for (int i = 0; i < 50; ++i) stem += "\xE3\x81\x82";
+    folder.Write(stem + ".ogg", Good("k.ogg", 5));
+    headless::Reset();
+    FileForgetListings();
+    EXPECT_EQ(Find(folder.Path(stem + ".wav")), "sound 5");
+    EXPECT_EQ(headless::Log(), Stands(stem.substr(0, 79), stem.substr(0, 79)));
+}
+
+}  // namespace
