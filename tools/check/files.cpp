@@ -21,7 +21,13 @@ bool SameButCase(const std::string& a, const std::string& b) {
     return true;
 }
 
-// The last nParts parts of a path of this machine.
+// What stands behind the last dot of the last part.
+std::string EndingOf(const std::string& path) {
+    const size_t dot = path.rfind('.'), part = path.find_last_of("/\\");
+    return dot == path.npos || (part != path.npos && dot < part) ? "" : path.substr(dot);
+}
+
+// The last parts of a path of this machine.
 std::string Tail(const std::string& path, size_t parts) {
     size_t at = path.size();
     while (parts-- > 0 && at != 0 && at != path.npos) at = path.rfind('/', at - 1);
@@ -38,7 +44,22 @@ bool Exists(const std::string& path) {
 
 }  // namespace
 
+void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
+                   Findings* findings) {
+    static constexpr const char* kCodes[] = {"", "name-case", "name-encoding", "stand-in"};
+    static constexpr const char* kSentences[] = {
+        "", ", in other letter case; players that ask for the exact name miss it",
+        ", in another encoding; players that ask for the exact name miss it",
+        ", which stands for it; only some players do this"};
+    if (spelling == Spelling::kSame) return;
+    const int at = static_cast<int>(spelling);
+    findings->Add(place, Severity::kNote, kCodes[at], [&] {
+        return Quote(name) + " is found as " + Quote(found.substr(found.rfind('/') + 1)) + kSentences[at];
+    });
+}
+
 Spelling CompareSpelling(const std::string& name, const std::string& found) {
+    if (!SameButCase(EndingOf(name), EndingOf(found))) return Spelling::kStandIn;
     bool same_but_case = false;
     for (PathParts cut : CutPath(name)) {
         cut.bAbsolute = false;

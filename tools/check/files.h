@@ -8,8 +8,17 @@
 namespace check {
 
 // How a found file's name differs from the one that the chart has.
-enum class Spelling { kSame, kCase, kEncoding };
+enum class Spelling {
+    kSame,
+    kCase,
+    kEncoding,
+    kStandIn,  // a file of another ending stands for it
+};
 Spelling CompareSpelling(const std::string& name, const std::string& found);
+
+// Says so when it differs. place: of the name.
+void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
+                   Findings* findings);
 
 // A clause about a file that was not found: what stands there in its place, or what is odd about the name.
 // Begins with

@@ -193,8 +193,7 @@ void LineChecker::DefineFile(const Line& line, const Reading& reading) {
                                "; give one of them another number");
         });
     }
-    const size_t folder = std::strlen(probe_.Folder());
-    if (reading.path.size() < folder + name.size()) {
+    if (!reading.path.ends_with(name)) {
         findings_->Add(line.At(kNameColumn), Severity::kError, "path-too-long", [&] {
             return "folder and name have more than 259 bytes together, so the player looks for a name "
                    "without its "
@@ -222,7 +221,8 @@ void LineChecker::CheckBgaNumbers(const Line& line) {
         }
         numbers[found] = ReadDecimal(p);
         p = std::strchr(p, ' ');
-        if (!p++) break;
+        if (!p) break;
+        ++p;
     }
     if (found < 5) {
         findings_->Add(line.place, Severity::kWarning, "bga-numbers", [&] {
@@ -251,6 +251,10 @@ void LineChecker::DefineBga(const Line& line, const Reading& reading) {
             return "rectangle " + IdOf(reading.number) + " is defined in line " +
                    std::to_string(definition.place.line) + " too; the player takes this one";
         });
+    }
+    if (reading.number == 0) {
+        findings_->Add(line.At(kIdColumn), Severity::kWarning, "zero-number",
+                       [] { return std::string("no object can name rectangle 00; give it another number"); });
     }
     const BgaDef& bga = reading.bga;
     if (bga.nBmp == 0) {

@@ -79,17 +79,8 @@ void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib
     file->width = dib.GetWidth();
     file->height = dib.GetHeight() < 0 ? static_cast<int>(-int64_t{dib.GetHeight()}) : dib.GetHeight();
     file->bytes = dib.m_nDataSize;
-    const Spelling spelling = CompareSpelling(definition.name, file->found);
-    if (spelling != Spelling::kSame) {
-        const bool letters = spelling == Spelling::kCase;
-        subject->findings.Add(NameOf(definition), Severity::kNote, letters ? "name-case" : "name-encoding",
-                              [&] {
-                                  return Quote(definition.name) + " is found as " +
-                                         Quote(file->found.substr(file->found.rfind('/') + 1)) +
-                                         (letters ? ", in other letter case" : ", in another encoding") +
-                                         "; players that ask for the exact name miss it";
-                              });
-    }
+    CheckSpelling(CompareSpelling(definition.name, file->found), definition.name, file->found,
+                  NameOf(definition), &subject->findings);
     CheckShape(subject, definition, dib, *file);
     const bool whole = subject->chart->m_aBgaDef[file->number].nBmp == 0 &&
                        subject->tables.picture_uses[static_cast<size_t>(file->number)].objects > 0;

@@ -137,22 +137,14 @@ void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer&
     Findings& findings = subject->findings;
     const Place place = NameOf(definition);
     const Spelling spelling = CompareSpelling(definition.name, file.found);
-    if (spelling != Spelling::kSame) {
-        const bool letters = spelling == Spelling::kCase;
-        findings.Add(place, Severity::kNote, letters ? "name-case" : "name-encoding", [&] {
-            return Quote(definition.name) + " is found as " +
-                   Quote(file.found.substr(file.found.rfind('/') + 1)) +
-                   (letters ? ", in other letter case" : ", in another encoding") +
-                   "; players that ask for the exact name miss it";
-        });
-    }
+    CheckSpelling(spelling, definition.name, file.found, place, &findings);
     if (!plain) {
         findings.Add(place, Severity::kNote, "sound-format", [&] {
             return Quote(definition.name) + " is " + file.format + "; only some players read that";
         });
     }
     const int64_t held = SizeOf(file.found) - sound.m_nDataPos;
-    if (held < sound.m_nDataLen) {
+    if (held < sound.m_nDataLen && spelling != Spelling::kStandIn) {
         findings.Add(place, Severity::kWarning, "sound-cut", [&] {
             return Quote(definition.name) + " says that it has " + std::to_string(sound.m_nDataLen) +
                    " bytes of sound and holds " + std::to_string(std::max<int64_t>(held, 0)) +

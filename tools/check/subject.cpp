@@ -34,6 +34,14 @@ void CheckRefused(Subject* subject) {
     });
 }
 
+// A chart that says nothing of its tempo may be meant so.
+void CheckNoTempo(Subject* subject) {
+    if (subject->refused || subject->tables.first_tempo.line != 0) return;
+    subject->findings.Add({1, 1}, Severity::kNote, "no-tempo", [] {
+        return std::string("no #BPM line says with which tempo the chart begins; the player takes 130");
+    });
+}
+
 }  // namespace
 
 bool CheckChart(Subject* subject, std::string* why) {
@@ -53,6 +61,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     subject->refused = subject->chart->Compile() != 0;
     ReadLines(text.get(), size, path, &subject->tables, &subject->findings);
     CheckRefused(subject);
+    CheckNoTempo(subject);
     CheckSounds(subject);
     CheckPictures(subject);
     CheckIds(subject);

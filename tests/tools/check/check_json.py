@@ -84,6 +84,14 @@ def test_any_bytes(folder):
     expect(len(charts) == len(paths), "one member for each chart")
 
 
+def test_stored():
+    """Inputs that fuzzing once found something with, and those of the player's own fuzzing."""
+    for name in ("fuzz_check", "fuzz_chart"):
+        folder = os.path.join(SOURCE, "fuzz", "inputs", name)
+        charts = [os.path.join(folder, chart) for chart in sorted(os.listdir(folder))]
+        expect(charts and len(check(*charts)) == len(charts), "stored inputs of " + name)
+
+
 def test_demo():
     chart, = check(os.path.join(SOURCE, "demo", "demo.bms"), codes=(0,))
     figures = chart["figures"]
@@ -110,6 +118,7 @@ with tempfile.TemporaryDirectory() as scratch:
     test_times_without_end(scratch)
     test_unreadable(scratch)
     test_any_bytes(scratch)
+test_stored()
 test_demo()
 test_document()
 for failure in failures:

@@ -168,6 +168,7 @@ TEST_F(CheckTool, SaysWhatIsSkipped) {
          "unused-rectangle\n"},
         {{"#BGA02 01 0 0 300 300 0 0", "#00104:02"}, "6:1 note bga-clipped\n"},
         {{"#BGA02 00 0 0 8 8 0 00", "#00104:02"}, "6:8 warning zero-number\n7:8 warning undefined-picture\n"},
+        {{"#BGA00 01 0 0 8 8 0 00"}, "6:5 warning zero-number\n"},
         {{"#BGA02 07 0 0 8 8 0 00", "#00104:02"}, "6:1 warning undefined-picture\n"},
     };
     for (const Case& c : cases) {
@@ -283,6 +284,7 @@ TEST_F(CheckTool, WholeFilesThatCannotBeRead) {
     EXPECT_EQ(Findings("\xEF\xBB\xBF" + good), "1:1 error byte-order-mark\n");
     EXPECT_EQ(Findings("\xEF\xBB\xBF\r\n" + good), "1:1 note byte-order-mark\n");
     EXPECT_EQ(Findings("\n" + good), "1:1 error lone-lf\n");
+    EXPECT_EQ(Findings(Chart({"#WAV01 a.wav", "#00111:01"})), "1:1 note no-tempo\n");
     EXPECT_EQ(Findings(""), "1:1 error refused\n");
     EXPECT_EQ(Findings(Chart({"#WAV01 a.wav", "#00011:01"})), "2:1 error refused\n");
     EXPECT_EQ(Findings(Chart({"#WAV01 a.wav", "#BPM 1e-9", "#99911:0001"})), "3:10 error too-late\n");
