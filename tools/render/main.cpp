@@ -59,9 +59,11 @@ ExitCode InChild(Pass pass) {
         std::fflush(nullptr);
         _exit(code);
     }
+    // Looked after now and then: a signal that comes before a wait begins would not end it.
     int status = 0;
-    while (waitpid(pid, &status, 0) < 0) {
+    while (waitpid(pid, &status, WNOHANG) == 0) {
         if (Stopped()) kill(pid, SIGTERM);
+        usleep(2000);
     }
     return WIFEXITED(status) ? static_cast<ExitCode>(WEXITSTATUS(status)) : kOutput;
 }

@@ -152,7 +152,7 @@ void PutBlock(uint8_t* block, const Trial* trials, int channels, int bits, int c
 
 const char* Refusal(int channels, uint32_t rate, uint64_t frames) {
     if (channels < 1 || channels > XA_MAX_CHANNELS) return "an XA sound has 1 or 2 channels";
-    if (rate < XA_MIN_RATE || rate > XA_MAX_RATE) return "an XA sound's rate is 100 to 384000 Hz";
+    if (rate < XA_MIN_RATE || rate > XA_MAX_RATE) return "an XA sound's rate is 100 to 200000 Hz";
     if (frames > XA_MAX_PCM / (2 * static_cast<uint64_t>(channels)))
         return "an XA sound has at most 2 GB of PCM";
     return nullptr;

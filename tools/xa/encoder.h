@@ -12,7 +12,7 @@ enum class Mode {
     kFine,  // 10-bit codes: 10.5 bits a sample
 };
 
-// Why this sound cannot be an XA file, or null when it can: 1 or 2 channels, a rate of 100 to 384,000 Hz, and
+// Why this sound cannot be an XA file, or null when it can: 1 or 2 channels, a rate of 100 to 200,000 Hz, and
 // at most 2 GB of PCM.
 const char* Refusal(int channels, uint32_t rate, uint64_t frames);
 
