@@ -15,8 +15,8 @@ constexpr int XA_PARAM_BYTES = 2;  // of each channel, at the head of a block: f
 constexpr int XA_MAX_CHANNELS = 2;
 constexpr int XA_MAX_BLOCK_BYTES = XA_MAX_CHANNELS * (XA_PARAM_BYTES + XA_BLOCK_FRAMES * XA_BITS_FINE / 8);
 
-constexpr DWORD XA_MIN_RATE = 100;  // Hz
-constexpr DWORD XA_MAX_RATE = 200000;  // as fast as sound buffers go
+constexpr DWORD XA_MIN_RATE = 100;        // Hz
+constexpr DWORD XA_MAX_RATE = 200000;     // as fast as sound buffers go
 constexpr DWORD XA_MAX_PCM = 0x7FFFFFFF;  // bytes of PCM that one sound may have
 
 // Offsets of the header's fields. What lies between them is written as 0 and not read.
