@@ -46,7 +46,7 @@ struct Wave {
     std::vector<double> samples;  // interleaved; 1 is full scale
 };
 
-enum class Format { kPcm16, kPcm8, kIma, kXaFine, kXaFast };
+enum class Format { kPcm16, kPcm8, kXaFine, kXaFast };
 
 // The chords, numbered from 0. The pitches of one, low to high.
 constexpr int kChordG = 0, kChordA = 1, kChordFsharpMinor = 2, kChordBm = 3, kChordD = 4, kChordEm = 5,

@@ -352,17 +352,16 @@ Wave Play(const Voice& voice) {
     return {};
 }
 
-// Some of each kind that the player reads.
+// Of the kinds that the player decodes by itself: the demo comes up at once, without the codec library.
 Format FormatOf(const Voice& voice) {
     switch (voice.instrument) {
         case Instrument::kClap:
         case Instrument::kTom:
             return Format::kPcm8;
-        case Instrument::kCrash:
-        case Instrument::kRiser:
-            return Format::kIma;
         case Instrument::kBoom:
             return Format::kXaFine;
+        case Instrument::kCrash:
+        case Instrument::kRiser:
         case Instrument::kPad:
             return Format::kXaFast;
         default:

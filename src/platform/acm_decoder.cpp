@@ -48,26 +48,28 @@ DWORD AcmDecoder::DecodeAll(const BYTE* pSource, DWORD nBytes, DWORD nFrames, in
 
 // Only when the first piece is there: some codecs decode their first block while they are being opened.
 bool AcmDecoder::Open(DWORD nDeclared) {
+    m_pLibrary = LoadCodecLibrary();
+    if (m_pLibrary == nullptr) return false;
     m_nPieceStart = 0;
     m_nPos = 0;
     m_nDeclared = nDeclared;
     m_nHeader = WriteAcmHeader(m_format, nDeclared, m_aHeader);
     SF_VIRTUAL_IO io = {Length, Seek, Read, nullptr, Tell};
     SF_INFO info = {};
-    m_pFile = sf_open_virtual(&io, SFM_READ, &info, this);
+    m_pFile = m_pLibrary->OpenVirtual(&io, SFM_READ, &info, this);
     if (m_pFile != nullptr && info.channels == m_format.wfxPcm.nChannels) return true;
     Close();
     return false;
 }
 
 void AcmDecoder::Close() {
-    if (m_pFile != nullptr) sf_close(m_pFile);
+    if (m_pFile != nullptr) m_pLibrary->Close(m_pFile);
     m_pFile = nullptr;
     m_nPieceStart = m_nPieceBytes = 0;
 }
 
 DWORD AcmDecoder::ReadFrames(DWORD nFrames, int16_t* pSamples) {
-    return static_cast<DWORD>(std::max<sf_count_t>(sf_readf_short(m_pFile, pSamples, nFrames), 0));
+    return static_cast<DWORD>(std::max<sf_count_t>(m_pLibrary->ReadShorts(m_pFile, pSamples, nFrames), 0));
 }
 
 DWORD AcmDecoder::ReadFloatFrames(DWORD nFrames, int16_t* pSamples) {
@@ -77,7 +79,7 @@ DWORD AcmDecoder::ReadFloatFrames(DWORD nFrames, int16_t* pSamples) {
     DWORD nMade = 0;
     while (nMade < nFrames) {
         const DWORD nWanted = std::min(nFrames - nMade, nRoom);
-        const sf_count_t nRead = sf_readf_float(m_pFile, aBlock, nWanted);
+        const sf_count_t nRead = m_pLibrary->ReadFloats(m_pFile, aBlock, nWanted);
         if (nRead <= 0) break;
         pSamples = std::transform(aBlock, aBlock + nRead * nChannels, pSamples, ToSample);
         nMade += static_cast<DWORD>(nRead);

@@ -1,9 +1,8 @@
 // Decoding by the codec library, fed with pieces of source data as they come.
 #pragma once
 
-#include <sndfile.h>
-
 #include "platform/acm_codec.h"
+#include "platform/codec_library.h"
 
 // The library reads files; this is one that never is on disk: a header made from the format, then the data of
 // all calls, of which only the piece at hand can be read. What the codec keeps from block to block lives as
@@ -34,6 +33,7 @@ private:
     static sf_count_t Tell(void* pUser);
 
     AcmFormat m_format;
+    const CodecLibrary* m_pLibrary = nullptr;  // once a file is open
     SNDFILE* m_pFile = nullptr;
     BYTE m_aHeader[kAcmHeaderMax];
     int64_t m_nHeader = 0;

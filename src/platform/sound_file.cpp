@@ -1,11 +1,11 @@
 #include "platform/sound_file.h"
 
-#include <sndfile.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <vector>
+
+#include "platform/codec_library.h"
 
 namespace {
 
@@ -93,7 +93,8 @@ void WriteHeader(const SF_INFO& info, ByteBlock* pWav) {
 }
 
 // The samples, as far as they can be had. False when there are none or the caller ends it.
-bool ReadSamples(SNDFILE* pFile, const SF_INFO& info, size_t nHeld, const MayHold& mayHold, ByteBlock* pWav) {
+bool ReadSamples(const CodecLibrary& library, SNDFILE* pFile, const SF_INFO& info, size_t nHeld,
+                 const MayHold& mayHold, ByteBlock* pWav) {
     const size_t nChannels = static_cast<size_t>(info.channels);
     const size_t nFrameBytes = nChannels * 2;
     const size_t nMost = kHeader + kMaxSoundPcm / nFrameBytes * nFrameBytes;
@@ -101,7 +102,7 @@ bool ReadSamples(SNDFILE* pFile, const SF_INFO& info, size_t nHeld, const MayHol
     size_t nSize = kHeader;
     while (nSize < nMost) {
         const size_t nFrames = std::min(step.size() / nChannels, (nMost - nSize) / nFrameBytes);
-        const sf_count_t nRead = sf_readf_float(pFile, step.data(), static_cast<sf_count_t>(nFrames));
+        const sf_count_t nRead = library.ReadFloats(pFile, step.data(), static_cast<sf_count_t>(nFrames));
         if (nRead <= 0) break;
         const size_t nSamples = static_cast<size_t>(nRead) * nChannels;
         if (mayHold && !mayHold(nHeld + nSize + nSamples * 2)) return false;
@@ -116,13 +117,15 @@ bool ReadSamples(SNDFILE* pFile, const SF_INFO& info, size_t nHeld, const MayHol
 
 bool SoundToWav(const BYTE* pFile, size_t nBytes, const MayHold& mayHold, ByteBlock* pWav) {
     if (nBytes > kMaxSoundFile || !IsKnownHead(pFile, nBytes)) return false;
+    const CodecLibrary* pLibrary = LoadCodecLibrary();
+    if (!pLibrary) return false;
     Input input = {pFile, static_cast<sf_count_t>(nBytes), 0};
     SF_VIRTUAL_IO io = {Length, Seek, Read, nullptr, Tell};
     SF_INFO info = {};
-    SNDFILE* pSound = sf_open_virtual(&io, SFM_READ, &info, &input);
+    SNDFILE* pSound = pLibrary->OpenVirtual(&io, SFM_READ, &info, &input);
     if (!pSound) return false;
-    const bool bRead = IsTaken(info) && ReadSamples(pSound, info, nBytes, mayHold, pWav);
-    sf_close(pSound);
+    const bool bRead = IsTaken(info) && ReadSamples(*pLibrary, pSound, info, nBytes, mayHold, pWav);
+    pLibrary->Close(pSound);
     if (!bRead) return false;
     pWav->Trim();
     WriteHeader(info, pWav);

@@ -77,31 +77,54 @@ int32_t CodeAt(const BYTE* pCodes, int nIndex) {
     }
 }
 
-// The channels of a frame do not depend on each other, so that taking them side by side hides half of the
-// wait for the products in which each sample waits for the one before.
-template <int BITS, int CHANNELS>
-void DecodeFrames(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst) {
-    const BYTE* pCodes = pBlock + CHANNELS * XA_PARAM_BYTES;
-    XaFilter aFilter[CHANNELS];
-    XaHistory aHistory[CHANNELS];
-    int32_t anScale[CHANNELS];
-    for (int c = 0; c < CHANNELS; ++c) {
-        aFilter[c] = XA_FILTER[pBlock[c * XA_PARAM_BYTES]];
-        anScale[c] = XaScale(pBlock[c * XA_PARAM_BYTES + 1]);
-        aHistory[c] = pHistory[c];
-    }
-    for (int i = 0; i < nFrames; ++i) {
-        for (int c = 0; c < CHANNELS; ++c) {
-            int32_t nSample = XaPredict(aFilter[c], aHistory[c].nLast, aHistory[c].nBefore) +
-                              XaResidual(CodeAt<BITS>(pCodes, i * CHANNELS + c), anScale[c]);
+// What a channel's samples in a block are made from, and how far they have come.
+struct XaChannel {
+    XaFilter filter;
+    int32_t nScale;
+    XaHistory history;
+
+    int32_t Next(int32_t nResidual) {
+        int32_t nSample = XaPredict(filter, history.nLast, history.nBefore) + nResidual;
+        // Each sample waits for the one before it, and music hardly ever leaves the range: a branch that is
+        // foreseen costs none of that wait.
+        if (nSample != static_cast<int16_t>(nSample)) [[unlikely]]
             nSample = XaClamp(nSample);
-            aHistory[c] = {nSample, aHistory[c].nLast};
-            pDst[0] = static_cast<BYTE>(nSample);
-            pDst[1] = static_cast<BYTE>(nSample >> 8);
-            pDst += 2;
-        }
+        history = {nSample, history.nLast};
+        return nSample;
     }
-    for (int c = 0; c < CHANNELS; ++c) pHistory[c] = aHistory[c];
+};
+
+XaChannel BeginChannel(const BYTE* pParam, const XaHistory& history) {
+    return {XA_FILTER[pParam[0]], XaScale(pParam[1]), history};
+}
+
+BYTE* PutSample(BYTE* pDst, int32_t nSample) {
+    pDst[0] = static_cast<BYTE>(nSample);
+    pDst[1] = static_cast<BYTE>(nSample >> 8);
+    return pDst + 2;
+}
+
+template <int BITS>
+void DecodeMono(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst) {
+    const BYTE* pCodes = pBlock + XA_PARAM_BYTES;
+    XaChannel mono = BeginChannel(pBlock, pHistory[0]);
+    for (int i = 0; i < nFrames; ++i)
+        pDst = PutSample(pDst, mono.Next(XaResidual(CodeAt<BITS>(pCodes, i), mono.nScale)));
+    pHistory[0] = mono.history;
+}
+
+// The two sides do not depend on each other: taken side by side they share the wait.
+template <int BITS>
+void DecodeStereo(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst) {
+    const BYTE* pCodes = pBlock + 2 * XA_PARAM_BYTES;
+    XaChannel left = BeginChannel(pBlock, pHistory[0]);
+    XaChannel right = BeginChannel(pBlock + XA_PARAM_BYTES, pHistory[1]);
+    for (int i = 0; i < nFrames; ++i) {
+        pDst = PutSample(pDst, left.Next(XaResidual(CodeAt<BITS>(pCodes, 2 * i), left.nScale)));
+        pDst = PutSample(pDst, right.Next(XaResidual(CodeAt<BITS>(pCodes, 2 * i + 1), right.nScale)));
+    }
+    pHistory[0] = left.history;
+    pHistory[1] = right.history;
 }
 
 // False when the block is damaged: a filter or a range that does not exist.
@@ -113,8 +136,8 @@ bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
     }
     bool bFine = pXa->m_nBits == XA_BITS_FINE;
     auto pfnDecode = pXa->m_nChannels == 1
-                         ? (bFine ? DecodeFrames<XA_BITS_FINE, 1> : DecodeFrames<XA_BITS_FAST, 1>)
-                         : (bFine ? DecodeFrames<XA_BITS_FINE, 2> : DecodeFrames<XA_BITS_FAST, 2>);
+                         ? (bFine ? DecodeMono<XA_BITS_FINE> : DecodeMono<XA_BITS_FAST>)
+                         : (bFine ? DecodeStereo<XA_BITS_FINE> : DecodeStereo<XA_BITS_FAST>);
     pfnDecode(pBlock, nFrames, pXa->m_aHistory, pDst);
     return true;
 }

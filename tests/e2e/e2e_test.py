@@ -232,9 +232,9 @@ class EndToEnd(unittest.TestCase):
             player.ends(0)
 
     def test_file_dialog(self):
-        """Another chart by the keyboard; a quit inside the dialog; a cancelled first dialog."""
+        """Another chart by the keyboard, its name composed; a quit inside the dialog; a cancelled first dialog."""
         with Screen() as screen:
-            player = screen.player(screen.chart())
+            player = screen.player(screen.chart(), env={"LC_ALL": "C.UTF-8"})
             window = player.find()
             screen.chart("二曲目.bms", title="SECOND")
             screen.chart("zz.txt", title="NO CHART")
@@ -243,6 +243,13 @@ class EndToEnd(unittest.TestCase):
             screen.keys(dialog, "End", "Return")  # the last of the list: the text file is not in it
             player.find("SECOND")
             player.runs()
+            screen.chart("♥.bms", title="THIRD")
+            for last in ("Escape", "Return"):  # each dialog has its own connection to the input method
+                screen.keys(window, "shift+F10", "l")
+                screen.keys(screen.window("Open BMS(BME) file"), "Tab")
+                screen.run("xdotool", "key", "ctrl+a", "Multi_key", "less", "3", "period", "b", "m", "s", last)
+                until("the dialog to close", lambda: "Open BMS(BME) file" not in screen.windows())
+            player.find("THIRD")
             x, y = player.x + 100, player.y + 100
             screen.run("xdotool", "mousemove", str(x), str(y), "click", "--repeat", "2", "--delay", "40", "1")
             screen.window("Open BMS(BME) file")

@@ -12,6 +12,7 @@
 #include "host/desktop/desktop.h"
 #include "host/desktop/dialogs.h"
 #include "host/desktop/file_list.h"
+#include "host/desktop/input_method.h"
 
 namespace host {
 namespace desktop {
@@ -290,7 +291,10 @@ std::string ChooseFile(const std::string& title, const std::string& folder, cons
     PlaceDialog(&dialog);
     dialog.show();
     dialog.FocusList();
-    loop.Run();
+    {
+        const InputMethod method(&dialog);
+        loop.Run();
+    }
     dialog.hide();
     PumpWindowSystem(0);
     return loop.ended_by_pump() ? "" : dialog.chosen();

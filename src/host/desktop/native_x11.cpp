@@ -7,9 +7,9 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
-#include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "host/desktop/log.h"
 #include "host/desktop/native.h"
@@ -39,11 +39,52 @@ struct MainWindowState {
 MainWindowState g_main;
 Atom g_state, g_above, g_extents, g_check;
 
-void InternAtoms() {
-    static const char* const kNames[] = {"_NET_WM_STATE", "_NET_WM_STATE_ABOVE", "_NET_FRAME_EXTENTS",
-                                         "_NET_SUPPORTING_WM_CHECK"};
-    Atom atoms[4] = {};
-    XInternAtoms(fl_display, const_cast<char**>(kNames), 4, False, atoms);
+// Behind our own stand those that FLTK asks for, each by itself, while it opens the display and its first
+// window. Xlib keeps what it has once been told, so they come with ours in one round trip instead of forty.
+const char* const kAtoms[] = {"_NET_WM_STATE",
+                              "_NET_WM_STATE_ABOVE",
+                              "_NET_FRAME_EXTENTS",
+                              "_NET_SUPPORTING_WM_CHECK",
+                              "WM_DELETE_WINDOW",
+                              "WM_PROTOCOLS",
+                              "_MOTIF_WM_HINTS",
+                              "TARGETS",
+                              "CLIPBOARD",
+                              "TIMESTAMP",
+                              "PRIMARY_TIMESTAMP",
+                              "CLIPBOARD_TIMESTAMP",
+                              "XdndAware",
+                              "XdndSelection",
+                              "XdndEnter",
+                              "XdndTypeList",
+                              "XdndPosition",
+                              "XdndLeave",
+                              "XdndDrop",
+                              "XdndStatus",
+                              "XdndActionCopy",
+                              "XdndFinished",
+                              "text/uri-list",
+                              "text/plain;charset=UTF-8",
+                              "text/plain;charset=utf-8",
+                              "text/plain",
+                              "TEXT",
+                              "COMPOUND_TEXT",
+                              "UTF8_STRING",
+                              "image/bmp",
+                              "image/png",
+                              "INCR",
+                              "_NET_WM_PID",
+                              "_NET_WM_NAME",
+                              "_NET_WM_ICON_NAME",
+                              "_NET_WM_STATE_FULLSCREEN",
+                              "_NET_WM_FULLSCREEN_MONITORS",
+                              "_NET_WORKAREA",
+                              "_NET_WM_ICON",
+                              "_NET_ACTIVE_WINDOW"};
+
+void InternAtoms(Display* display) {
+    Atom atoms[std::size(kAtoms)] = {};
+    XInternAtoms(display, const_cast<char**>(kAtoms), static_cast<int>(std::size(kAtoms)), False, atoms);
     g_state = atoms[0], g_above = atoms[1], g_extents = atoms[2], g_check = atoms[3];
 }
 
@@ -207,12 +248,9 @@ bool OpenDisplay() {
     Display* display = XOpenDisplay(nullptr);
     if (!display) return false;
     XSetErrorHandler(OnError);
-    // Input methods are opened here and go by the user's locale; the program itself keeps to "C".
-    setlocale(LC_CTYPE, "");
-    XSetLocaleModifiers("");
+    InternAtoms(display);
+    XSetLocaleModifiers("@im=none");  // see InputMethod
     fl_open_display(display);
-    setlocale(LC_CTYPE, "C");
-    InternAtoms();
     Fl::add_system_handler(Watch, nullptr);
     return true;
 }

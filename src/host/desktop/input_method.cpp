@@ -1,0 +1,93 @@
+#include "host/desktop/input_method.h"
+
+#if defined(_WIN32) || defined(__APPLE__)
+
+namespace host::desktop {
+
+// FLTK's own is enough.
+InputMethod::InputMethod(Fl_Window* window) : m_window(window), m_outer(nullptr) {}
+InputMethod::~InputMethod() = default;
+
+}  // namespace host::desktop
+
+#else
+
+#include <FL/Fl.H>
+#include <FL/Fl_Window.H>
+#include <FL/x.H>
+
+#include <clocale>
+
+// FLTK 1.3 filters and looks up the keys of the window with the focus by this context, and makes one anew, from
+// the input method that the display was opened with, whenever the focus goes to another window. It exports the
+// variable but declares it nowhere.
+extern XIC fl_xim_ic;
+
+namespace host::desktop {
+namespace {
+
+InputMethod* g_innermost = nullptr;
+XIM g_method = nullptr;
+XIC g_context = nullptr;  // what FLTK was given last; it may have destroyed it since, and has another then
+
+void OnMethodGone(XIM, XPointer, XPointer) {
+    g_method = nullptr;
+}
+
+// Input methods go by the user's locale; the program itself keeps to "C".
+void OpenMethod() {
+    if (g_method) return;
+    setlocale(LC_CTYPE, "");
+    XSetLocaleModifiers("");
+    g_method = XOpenIM(fl_display, nullptr, nullptr, nullptr);
+    setlocale(LC_CTYPE, "C");
+    if (!g_method) return;
+    XIMCallback gone = {nullptr, OnMethodGone};
+    XSetIMValues(g_method, XNDestroyCallback, &gone, nullptr);
+}
+
+// FLTK destroys a context that it replaces or gives up, and is given a new one then.
+void GiveContext(Window window) {
+    if (!g_method || (g_context && fl_xim_ic == g_context)) return;
+    g_context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow, window,
+                          XNFocusWindow, window, nullptr);
+    if (!g_context) return;
+    if (fl_xim_ic) XDestroyIC(fl_xim_ic);
+    fl_xim_ic = g_context;
+    XSetICFocus(fl_xim_ic);
+}
+
+InputMethod* Find(Window window) {
+    InputMethod* method = g_innermost;
+    while (method && (!method->window()->shown() || fl_xid(method->window()) != window)) method = method->outer();
+    return method;
+}
+
+// Before FLTK sees the event.
+int Watch(void* event, void*) {
+    const XEvent& e = *static_cast<XEvent*>(event);
+    const bool counts = e.type == FocusIn || e.type == KeyPress;
+    if (counts && Find(e.xany.window)) GiveContext(e.xany.window);
+    return 0;
+}
+
+}  // namespace
+
+InputMethod::InputMethod(Fl_Window* window) : m_window(window), m_outer(g_innermost) {
+    static bool watching = false;
+    if (!watching) Fl::add_system_handler(Watch, nullptr);
+    watching = true;
+    OpenMethod();
+    g_innermost = this;
+}
+
+InputMethod::~InputMethod() {
+    g_innermost = m_outer;
+    if (!g_context || fl_xim_ic != g_context) return;
+    XDestroyIC(fl_xim_ic);
+    fl_xim_ic = g_context = nullptr;
+}
+
+}  // namespace host::desktop
+
+#endif
