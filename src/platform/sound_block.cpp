@@ -12,7 +12,7 @@ constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
 constexpr int64_t kRounding = 2;  // frames that a block may seem to begin before the end of the last
 
-float* At(float* stereo, int frame) {
+float* At(float* stereo, int64_t frame) {
     return stereo + 2 * static_cast<ptrdiff_t>(frame);
 }
 
@@ -39,17 +39,23 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
     // A virtual clock's blocks begin on whole frames, cut to nanoseconds; a device's lie anywhere between
     // two.
     const int64_t first = FrameAt(time + kSecond / (2 * static_cast<uint64_t>(m_rate)));
-    const size_t due = Begin(first, frames);
+    int64_t gap = 0;
+    const size_t due = Begin(first, frames, &gap);
     std::fill_n(out, 2 * static_cast<size_t>(frames), 0.0f);
+    // What nobody has heard, while the device was being opened or stood still, is over all the same.
+    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) voice->done = -gap;
     for (size_t i = 0; i < due; ++i) {
         const Order& order = m_due[i];
-        const int at = static_cast<int>(std::clamp<int64_t>(order.frame - first, 0, frames));
+        const int64_t early = first - order.frame;
+        const int64_t at = early > kRounding ? -early : std::clamp<int64_t>(-early, 0, frames);
         if (order.voice->listed) MixUntil(order.voice, out, at);
         order.voice->done = at;
         CarryOut(order);
     }
-    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next)
+    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) {
+        if (voice->done < 0) MixUntil(voice, out, 0);
         if (!MixShared(voice, frames)) MixUntil(voice, out, frames);
+    }
     MixBuses(out, frames);
     if (m_mono) {
         for (float* x = out; x != At(out, frames); x += 2) x[0] = x[1] = (x[0] + x[1]) * 0.5f;
@@ -58,11 +64,13 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
     End(first + frames, due);
 }
 
-// Takes the orders that fall into the block and those that come late.
-size_t Mixer::Begin(int64_t first, int frames) {
+// Takes the orders that fall into the block and those that come late. *gap: what was not mixed before it.
+size_t Mixer::Begin(int64_t first, int frames, int64_t* gap) {
     const std::lock_guard<std::mutex> hold(m_lock);
     const int64_t end = first + frames;
     if (first + kRounding < m_taken) Rebase(first);
+    // An output that has just been opened goes on with what sounds from where it is.
+    *gap = m_taken != 0 && first > m_taken + kRounding ? first - m_taken : 0;
     m_mixing = true;
     m_taken = end;
     size_t due = 0;
@@ -109,9 +117,14 @@ void Mixer::Unlist(Voice* voice) {
     voice->previous = voice->next = nullptr;
 }
 
-// Mixes a voice from where this block has it up to `end`.
-void Mixer::MixUntil(Voice* voice, float* out, int end) {
+// Mixes a voice from where this block has it up to `end`; what lies before the block passes unheard.
+void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
     Motion& now = voice->now;
+    if (voice->done < 0) {
+        const int64_t until = std::min<int64_t>(end, 0);
+        now = Later(voice->frames, voice->step, now, until - voice->done);
+        voice->done = until;
+    }
     while (now.playing && voice->done < end) {
         int64_t run = end - voice->done;
         // A filter reads across the loop's end by itself; copying stops there.
@@ -119,7 +132,7 @@ void Mixer::MixUntil(Voice* voice, float* out, int end) {
             run = std::min(run, FramesUntil(now.place, voice->step, voice->frames));
         run = std::min<int64_t>(run, kChunk);
         if (voice->gain > 0) MixRun(*voice, At(out, voice->done), static_cast<size_t>(run));
-        voice->done += static_cast<int>(run);
+        voice->done += run;
         now.place = Advance(now.place, voice->step, run);
         if (now.place.frame < voice->frames) continue;
         if (!now.looping) {

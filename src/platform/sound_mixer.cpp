@@ -10,18 +10,17 @@ namespace {
 constexpr size_t kOrders = 4096;
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
-// A voice's motion some output frames later.
-Motion Later(const Voice& voice, Step step, Motion motion, int64_t output_frames) {
+}  // namespace
+
+Motion Later(int64_t frames, Step step, Motion motion, int64_t output_frames) {
     if (!motion.playing || output_frames <= 0) return motion;
     motion.place = Advance(motion.place, step, output_frames);
-    if (motion.place.frame < voice.frames) return motion;
+    if (motion.place.frame < frames) return motion;
     if (!motion.looping) return {};
-    motion.place.frame %= voice.frames;
+    motion.place.frame %= frames;
     motion.lapped = true;
     return motion;
 }
-
-}  // namespace
 
 Mixer::Mixer() : m_orders(kOrders), m_due(kOrders) {}
 
@@ -166,7 +165,8 @@ void Mixer::Tell(Order order) {
         CarryOutFirst();
     }
     Voice& voice = *order.voice;
-    voice.told = Later(voice, voice.step, voice.told, std::max(order.frame, voice.since) - voice.since);
+    voice.told =
+        Later(voice.frames, voice.step, voice.told, std::max(order.frame, voice.since) - voice.since);
     voice.since = std::max(order.frame, voice.since);
     Apply(order, &voice.told);
     ++voice.waiting;
@@ -209,7 +209,7 @@ void Mixer::CarryOutAll() {
 
 Cursor Mixer::Where(Voice* voice) {
     const std::lock_guard<std::mutex> hold(m_lock);
-    const Motion motion = Later(*voice, voice->step, voice->told, m_mixed - voice->since);
+    const Motion motion = Later(voice->frames, voice->step, voice->told, m_mixed - voice->since);
     return {motion.playing, motion.playing && motion.looping, motion.place.frame};
 }
 

@@ -22,6 +22,9 @@ struct Motion {
     Place place;
 };
 
+// The motion some output frames later, in a sound of so many frames.
+Motion Later(int64_t frames, Step step, Motion motion, int64_t output_frames);
+
 // One sound buffer. The owner makes it, adds it to the mixer and removes it before the samples go.
 struct Voice {
     const unsigned char* data = nullptr;
@@ -41,7 +44,7 @@ private:
     // The mixing thread's own while it mixes.
     Motion now;
     float gain = 1;
-    int done = 0;  // frames of this block that have been mixed
+    int64_t done = 0;  // frames of this block that have been mixed; negative: its place is so long before it
     bool listed = false;
     Voice *previous = nullptr, *next = nullptr;
 };
@@ -101,9 +104,9 @@ private:
 
     static void Callback(void* user, float* out, int frames, uint64_t time);
     void Render(float* out, int frames, uint64_t time);
-    size_t Begin(int64_t first, int frames);  // how many orders are due
+    size_t Begin(int64_t first, int frames, int64_t* gap);  // how many orders are due
     void End(int64_t end, size_t due);
-    void MixUntil(Voice* voice, float* out, int end);
+    void MixUntil(Voice* voice, float* out, int64_t end);
     bool MixShared(Voice* voice, int frames);
     void MixBuses(float* out, int frames);
     void MixRun(const Voice& voice, float* acc, size_t frames);

@@ -98,13 +98,15 @@ TEST(Demo, ItsSoundsAreOfSeveralKinds) {
         std::string head = Read(kDemo / name).substr(0, 36);
         if (head.rfind("KWD1", 0) == 0) kinds.insert(head[13] == 4 ? "fast XA" : "fine XA");
         if (head.rfind("RIFF", 0) != 0) continue;
+        EXPECT_EQ(head[20], 1)
+            << name;  // PCM: what else is in WAV files needs a library that takes time to load
         int tag = static_cast<unsigned char>(head[20]), bits = static_cast<unsigned char>(head[34]);
         int rate = static_cast<unsigned char>(head[24]) | static_cast<unsigned char>(head[25]) << 8;
         kinds.insert(std::to_string(tag) + "/" + std::to_string(static_cast<int>(head[22])) + "/" +
                      std::to_string(bits) + "/" + std::to_string(rate));
     }
-    for (const char* kind : {"fast XA", "fine XA", "1/1/16/44100", "1/1/16/22050", "1/2/16/22050",
-                             "1/1/8/22050", "17/2/4/44100"}) {
+    for (const char* kind :
+         {"fast XA", "fine XA", "1/1/16/44100", "1/1/16/22050", "1/2/16/22050", "1/1/8/22050"}) {
         EXPECT_TRUE(kinds.count(kind)) << kind;
     }
 }

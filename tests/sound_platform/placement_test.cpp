@@ -250,6 +250,44 @@ TEST_F(SoundTest, ANewOutputRateKeepsThePlaces) {
     for (int64_t i = heard.first; i < heard.End(); ++i) ASSERT_EQ(heard.At(i, 0), 0.0f);
 }
 
+// What starts before the device runs is in time as soon as it does, and so is what sounds across a
+// standstill.
+TEST_F(SoundTest, ADeviceThatStandsStill) {
+    IDirectSoundBuffer* early = Make(kStereo, Ramp(3000));
+    IDirectSoundBuffer* loop = Make(kStereo, Ramp(700, 5000));
+    IDirectSoundBuffer* shorter = Make(kStereo, Ramp(500, 7000));
+    IDirectSoundBuffer* moved = Make(kStereo, Ramp(3000, 9000));
+    headless::StallSound(true);
+    WaitUntilFrame(100);
+    ASSERT_EQ(early->Play(0, 0, 0), DS_OK);
+    ASSERT_EQ(shorter->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(400);
+    ASSERT_EQ(moved->SetCurrentPosition(2000 * 4), DS_OK);
+    ASSERT_EQ(moved->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(900);
+    ASSERT_EQ(moved->Stop(), DS_OK);
+    WaitUntilFrame(1000);
+    headless::StallSound(false);
+    WaitUntilFrame(1200);
+    ASSERT_EQ(moved->Play(0, 0, 0), DS_OK);
+    WaitUntilFrame(1300);
+    ASSERT_EQ(moved->Stop(), DS_OK);
+    ASSERT_EQ(loop->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
+    WaitUntilFrame(1400);
+    headless::StallSound(true);
+    WaitUntilFrame(2600);
+    headless::StallSound(false);
+    WaitUntilFrame(4000);
+    for (int frame = 0; frame < 4000; ++frame) {
+        int want = frame >= 100 && frame < 3100 ? frame - 99 : 0;
+        if (frame >= 1200 && frame < 1300) want += 9000 + 2500 + frame - 1200;
+        if (frame >= 1300) want += 5000 + (frame - 1300) % 700;
+        if (frame < 1000 || (frame >= 1400 && frame < 2600)) want = 0;
+        ASSERT_EQ(Heard16(frame, 0), want) << frame;
+    }
+    EXPECT_EQ(Status(shorter), 0u);
+}
+
 TEST_F(SoundTest, ReleasingAVoiceThatSounds) {
     IDirectSoundBuffer* first = Make(kStereo, Ramp(3000));
     IDirectSoundBuffer* second = Make(kStereo, Ramp(3000));

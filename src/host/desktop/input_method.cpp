@@ -18,9 +18,9 @@ InputMethod::~InputMethod() = default;
 
 #include <clocale>
 
-// FLTK 1.3 filters and looks up the keys of the window with the focus by this context, and makes one anew, from
-// the input method that the display was opened with, whenever the focus goes to another window. It exports the
-// variable but declares it nowhere.
+// FLTK 1.3 filters and looks up the keys of the window with the focus by this context, and makes one anew,
+// from the input method that the display was opened with, whenever the focus goes to another window. It
+// exports the variable but declares it nowhere.
 extern XIC fl_xim_ic;
 
 namespace host::desktop {
@@ -49,8 +49,8 @@ void OpenMethod() {
 // FLTK destroys a context that it replaces or gives up, and is given a new one then.
 void GiveContext(Window window) {
     if (!g_method || (g_context && fl_xim_ic == g_context)) return;
-    g_context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow, window,
-                          XNFocusWindow, window, nullptr);
+    g_context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow,
+                          window, XNFocusWindow, window, nullptr);
     if (!g_context) return;
     if (fl_xim_ic) XDestroyIC(fl_xim_ic);
     fl_xim_ic = g_context;
@@ -59,7 +59,8 @@ void GiveContext(Window window) {
 
 InputMethod* Find(Window window) {
     InputMethod* method = g_innermost;
-    while (method && (!method->window()->shown() || fl_xid(method->window()) != window)) method = method->outer();
+    while (method && (!method->window()->shown() || fl_xid(method->window()) != window))
+        method = method->outer();
     return method;
 }
 

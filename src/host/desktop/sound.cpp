@@ -99,7 +99,7 @@ void RunSilent(Output* output) {
 }
 
 // Looking for a device takes longer than the rest of the start-up, so it has a thread of its own; what is
-// started meanwhile sounds once the device runs.
+// started meanwhile is heard from where it is when the device runs.
 void OpenAndRun(Output* output) {
     if (OpenDevice(output)) return;
     char line[256];

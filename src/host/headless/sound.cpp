@@ -15,6 +15,7 @@ struct Output {
     void* user = nullptr;
     int64_t next = 0;  // the frame that comes next
     bool refuse = false;
+    bool stalled = false;
     headless::SoundSink sink = nullptr;
     void* sink_user = nullptr;
     headless::SoundCapture capture;
@@ -46,7 +47,10 @@ void MixBlock(int frames) {
         kept.resize(kept.size() + 2 * static_cast<size_t>(frames));
         out = kept.data() + kept.size() - 2 * static_cast<size_t>(frames);
     }
-    g_output.callback(g_output.user, out, frames, TimeOf(g_output.next, rate));
+    if (g_output.stalled)
+        std::fill_n(out, 2 * static_cast<size_t>(frames), 0.0f);
+    else
+        g_output.callback(g_output.user, out, frames, TimeOf(g_output.next, rate));
     g_output.next += frames;
     if (g_output.sink != nullptr) g_output.sink(g_output.sink_user, out, frames, rate);
 }
@@ -59,7 +63,7 @@ void OnClock(uint64_t, uint64_t now) {
 
 // Whatever is still open goes on from the clock's origin.
 void OnReset() {
-    g_output.refuse = false;
+    g_output.refuse = g_output.stalled = false;
     g_output.sink = nullptr;
     g_output.capture.samples.clear();
     if (g_output.callback == nullptr) {
@@ -99,6 +103,10 @@ void SetSoundSink(SoundSink sink, void* user) {
 
 void RefuseSound(bool refuse) {
     g_output.refuse = refuse;
+}
+
+void StallSound(bool stall) {
+    g_output.stalled = stall;
 }
 
 }  // namespace headless

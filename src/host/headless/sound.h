@@ -37,4 +37,8 @@ void SetSoundSink(SoundSink sink, void* user);
 // The next openings of the output fail.
 void RefuseSound(bool refuse);
 
+// The device asks for nothing while this is on, as one does that is still being opened or that stands still;
+// what sounds then is silence.
+void StallSound(bool stall);
+
 }  // namespace headless
