@@ -81,9 +81,16 @@ TEST(BlockClock, Bursts) {
     EXPECT_NEAR(f.longest, kLength, 2);
 }
 
-// A driver that takes what it gets as fast as it gets it is held to the clock.
+// A device that suddenly wants its blocks some milliseconds earlier is not kept waiting for long.
+TEST(BlockClock, ADeviceThatTurnsEarly) {
+    const auto asked = [](int n, double) { return n * kLength * 0.9995 + 20e6 - (n >= 2000 ? 4e6 : 0); };
+    EXPECT_LT(Serve(20000, 2600, asked).most_wait, 0.5e6);
+    EXPECT_NEAR(Serve(20000, 100, asked).shortest / kLength, 1, 0.0041);
+}
+
+// A driver that takes what it gets as fast as it gets it is held to the clock, once that is known of it.
 TEST(BlockClock, ADriverWithoutAPaceOfItsOwn) {
-    const Figures f = Serve(20000, 100, [](int n, double done) { return done + 5e6 + Jitter(n, 0.5e6); });
+    const Figures f = Serve(20000, 600, [](int n, double done) { return done + 5e6 + Jitter(n, 0.5e6); });
     EXPECT_LT(f.most_behind, 1.5e6);
     EXPECT_NEAR(f.shortest, kLength, 2);
     EXPECT_NEAR(f.longest, kLength, 2);

@@ -11,7 +11,8 @@ constexpr double kLeastSlack = 0.3 * kMillisecond, kMostSlack = 4 * kMillisecond
 constexpr int kPatience = 8;                                                       // windows
 constexpr double kLearning = 100 * kMillisecond, kForgotten = 50 * kMillisecond;
 constexpr double kWindow = 500 * kMillisecond;
-constexpr double kSteering = 0.001;           // of the pace; clocks of devices are ten times better
+constexpr double kSteering = 0.001;  // of the pace; clocks of devices are ten times better
+constexpr double kHurry = 0.004;     // of the pace, away from waiting: that drains the device's buffer
 constexpr double kLost = 100 * kMillisecond;  // behind by more: the device stood still, begin anew
 constexpr double kHeldLost = 5 * kSecond;     // a file waits for nobody and catches up
 
@@ -28,17 +29,31 @@ void BlockClock::Learn(double now) {
 }
 
 // The least slack in a window is to be about the margin: jitter makes it only larger. Too little is mended at
-// once, too much only when it lasts: a busy machine is late for a while. A driver that is ready for more most
-// of the time has no pace of its own and takes that of the clock.
+// once, too much only when it lasts: a busy machine is late for a while.
 void BlockClock::Steer(double slack) {
     m_slack = m_window == 0 ? slack : std::min(m_slack, slack);
     m_waits = (m_window == 0 ? 0 : m_waits) + (slack < 0 ? 1 : 0);
     if (++m_window * m_length < kWindow) return;
     m_late_windows = m_slack > kMostSlack ? m_late_windows + 1 : 0;
-    const bool early = m_slack < kLeastSlack && m_waits <= m_window / 4;
+    const bool paceless = IsPaceless();
+    const bool early = m_slack < kLeastSlack && !paceless;
     const bool steer = early || m_late_windows >= kPatience;
-    m_pace = steer ? 1 + std::clamp((m_slack - kMargin) / kWindow, -kSteering, kSteering) : 1;
+    const double fastest = m_slack < 0 ? kHurry : kSteering;
+    m_pace = steer ? 1 + std::clamp((m_slack - kMargin) / kWindow, -fastest, kSteering) : 1;
+    m_last_slack = m_slack;
     m_window = 0;
+}
+
+// A driver that waits for its blocks most of the time, and still does, as much as before, when they are made
+// to come later, takes them whenever it gets them: it has no pace of its own and takes that of the clock. The
+// first window of the trial has its least slack at its beginning and tells nothing.
+bool BlockClock::IsPaceless() {
+    m_trials = m_pace < 1 - kSteering ? m_trials + 1 : 0;
+    if (m_waits <= m_window / 4)
+        m_paceless = false;
+    else if (m_trials > 1 && m_slack < m_last_slack + (1 - m_pace) * kWindow / 4)
+        m_paceless = true;
+    return m_paceless;
 }
 
 BlockClock::Block BlockClock::Next(uint64_t reading) {
