@@ -9,7 +9,7 @@ constexpr double kMillisecond = 1e6, kSecond = 1e9;  // ns
 constexpr double kMargin = 1 * kMillisecond;         // from a block's end to its mixing, at the least
 constexpr double kLeastSlack = 0.3 * kMillisecond, kMostSlack = 4 * kMillisecond;  // no steering between them
 constexpr int kPatience = 8;                                                       // windows
-constexpr double kLearning = 100 * kMillisecond, kForgotten = 50 * kMillisecond;
+constexpr double kLearning = 50 * kMillisecond, kForgotten = 20 * kMillisecond;
 constexpr double kWindow = 500 * kMillisecond;
 constexpr double kSteering = 0.001;  // of the pace; clocks of devices are ten times better
 constexpr double kHurry = 0.004;     // of the pace, away from waiting: that drains the device's buffer
