@@ -1,8 +1,8 @@
 # For the scripts at the top: installs Debian packages that are missing, and nothing when all are there.
 # Packages that only tests need are told apart, so that playing stays small.
 
-player_packages=(build-essential cmake ninja-build pkg-config libfltk1.3-dev libfontconfig-dev libsdl2-dev
-  libsndfile1-dev libpng-dev libturbojpeg0-dev libgif-dev)
+player_packages=(build-essential cmake ninja-build pkg-config libfltk1.3-dev libfontconfig-dev libxft-dev
+  libxcursor-dev libxinerama-dev libsdl2-dev libsndfile1-dev libpng-dev libturbojpeg0-dev libgif-dev)
 test_packages=(libgtest-dev libbenchmark-dev clang-format-14 python3 xvfb openbox xdotool x11-utils)
 
 install_missing() {

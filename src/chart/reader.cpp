@@ -43,43 +43,42 @@ bool IsCommand(const char* szLine, int nLength) {
     return nLength > 4 && szLine[0] == '#';
 }
 
-static int TakeCommand(LineScan* pScan, char* szLine) {
-    int nLength;
-    do {
-        nLength = TakeLine(pScan, szLine);
-    } while (nLength >= 0 && !IsCommand(szLine, nLength));
-    return nLength;
+// One walk over the lines that can be commands: fnChannel(measure, channel, data), fnOther(line, its length).
+template <class OnChannel, class OnOther>
+static void ForCommands(const char* pText, int64_t nSize, OnChannel fnChannel, OnOther fnOther) {
+    char szLine[LINE_BUFFER];
+    LineScan scan;
+    StartLines(&scan, pText, nSize);
+    for (int nLength; (nLength = TakeLine(&scan, szLine)) >= 0;) {
+        if (!IsCommand(szLine, nLength)) continue;
+        int32_t nMeasure, nChannel;
+        if (!SplitChannel(szLine, &nMeasure, &nChannel)) {
+            fnOther(szLine, nLength);
+        } else if (nChannel >= 0) {
+            fnChannel(nMeasure, nChannel, szLine + 7);
+        }
+    }
 }
 
 static void FirstPass(CBMS* pBms, const char* pText, int64_t nSize, char* szDir) {
-    char szLine[LINE_BUFFER];
-    LineScan scan;
-    StartLines(&scan, pText, nSize);
-    for (int nLength; (nLength = TakeCommand(&scan, szLine)) >= 0;) {
-        int32_t nMeasure, nChannel;
-        if (!SplitChannel(szLine, &nMeasure, &nChannel)) {
-            ReadDefinition(pBms, szLine, nLength, szDir);
-        } else if (nChannel >= 0 && pBms->CountChannel(nMeasure, nChannel, szLine + 7) != 0 &&
-                   nMeasure > pBms->m_nMeasure) {
-            pBms->m_nMeasure = nMeasure;
-        }
-    }
+    ForCommands(
+        pText, nSize,
+        [&](int32_t nMeasure, int32_t nChannel, const char* pszData) {
+            if (pBms->CountChannel(nMeasure, nChannel, pszData) != 0 && nMeasure > pBms->m_nMeasure)
+                pBms->m_nMeasure = nMeasure;
+        },
+        [&](const char* szLine, int nLength) { ReadDefinition(pBms, szLine, nLength, szDir); });
 }
 
 static void SecondPass(CBMS* pBms, const char* pText, int64_t nSize, int32_t nMeasureBase) {
-    char szLine[LINE_BUFFER];
-    LineScan scan;
-    StartLines(&scan, pText, nSize);
-    for (int nLength; (nLength = TakeCommand(&scan, szLine)) >= 0;) {
-        int32_t nMeasure, nChannel;
-        if (!SplitChannel(szLine, &nMeasure, &nChannel)) {
-            ReadHeader(pBms, szLine, nLength);
-        } else if (nChannel >= 0) {
+    ForCommands(
+        pText, nSize,
+        [&](int32_t nMeasure, int32_t nChannel, const char* pszData) {
             const int64_t nPlace = int64_t{nMeasure} + nMeasureBase;
-            if (nPlace < 0 || nPlace >= pBms->m_nMeasure) continue;
-            pBms->ReadChannel(static_cast<int32_t>(nPlace), nChannel, szLine + 7);
-        }
-    }
+            if (nPlace < 0 || nPlace >= pBms->m_nMeasure) return;
+            pBms->ReadChannel(static_cast<int32_t>(nPlace), nChannel, pszData);
+        },
+        [&](const char* szLine, int nLength) { ReadHeader(pBms, szLine, nLength); });
 }
 
 static bool AllocList(BmsObject** ppList, BmsObject*** pppView, int32_t nCount) {

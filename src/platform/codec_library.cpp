@@ -2,26 +2,13 @@
 
 #include "platform/library.h"
 
-namespace {
-
-struct Loaded {
-    CodecLibrary calls;
-    bool bComplete;
-};
-
-Loaded Load() {
-    Loaded loaded;
-    Library library("libsndfile.so.1");
-    loaded.bComplete = library.Find("sf_open_virtual", &loaded.calls.OpenVirtual) &&
-                       library.Find("sf_close", &loaded.calls.Close) &&
-                       library.Find("sf_readf_short", &loaded.calls.ReadShorts) &&
-                       library.Find("sf_readf_float", &loaded.calls.ReadFloats);
-    return loaded;
+static bool FindCodecLibrary(Library* pLibrary, CodecLibrary* pCalls) {
+    return pLibrary->Find("sf_open_virtual", &pCalls->OpenVirtual) &&
+           pLibrary->Find("sf_close", &pCalls->Close) &&
+           pLibrary->Find("sf_readf_short", &pCalls->ReadShorts) &&
+           pLibrary->Find("sf_readf_float", &pCalls->ReadFloats);
 }
 
-}  // namespace
-
 const CodecLibrary* LoadCodecLibrary() {
-    static const Loaded loaded = Load();
-    return loaded.bComplete ? &loaded.calls : nullptr;
+    return LoadLibraryCalls("libsndfile.so.1", FindCodecLibrary);
 }

@@ -18,20 +18,16 @@ struct Giflib {
     decltype(&DGifGetExtension) GetExtension = nullptr;
     decltype(&DGifGetExtensionNext) GetExtensionNext = nullptr;
     decltype(&DGifExtensionToGCB) ExtensionToGCB = nullptr;
-    bool bComplete = false;
 };
 
-Giflib LoadGiflib() {
-    Giflib lib;
-    Library library("libgif.so.7");
-    lib.bComplete = library.Find("DGifOpen", &lib.Open) && library.Find("DGifCloseFile", &lib.CloseFile) &&
-                    library.Find("DGifGetRecordType", &lib.GetRecordType) &&
-                    library.Find("DGifGetImageDesc", &lib.GetImageDesc) &&
-                    library.Find("DGifGetLine", &lib.GetLine) &&
-                    library.Find("DGifGetExtension", &lib.GetExtension) &&
-                    library.Find("DGifGetExtensionNext", &lib.GetExtensionNext) &&
-                    library.Find("DGifExtensionToGCB", &lib.ExtensionToGCB);
-    return lib;
+bool FindGiflib(Library* pLibrary, Giflib* pCalls) {
+    return pLibrary->Find("DGifOpen", &pCalls->Open) && pLibrary->Find("DGifCloseFile", &pCalls->CloseFile) &&
+           pLibrary->Find("DGifGetRecordType", &pCalls->GetRecordType) &&
+           pLibrary->Find("DGifGetImageDesc", &pCalls->GetImageDesc) &&
+           pLibrary->Find("DGifGetLine", &pCalls->GetLine) &&
+           pLibrary->Find("DGifGetExtension", &pCalls->GetExtension) &&
+           pLibrary->Find("DGifGetExtensionNext", &pCalls->GetExtensionNext) &&
+           pLibrary->Find("DGifExtensionToGCB", &pCalls->ExtensionToGCB);
 }
 
 struct Input {
@@ -126,12 +122,12 @@ bool Decode(const Giflib& lib, GifFileType* pGif, ByteBlock* pBmp) {
 }  // namespace
 
 bool GifToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp) {
-    static const Giflib lib = LoadGiflib();
-    if (!lib.bComplete) return false;
+    const Giflib* pLib = LoadLibraryCalls("libgif.so.7", FindGiflib);
+    if (!pLib) return false;
     Input input = {pFile, nBytes};
-    GifFileType* pGif = lib.Open(&input, ReadInput, nullptr);
+    GifFileType* pGif = pLib->Open(&input, ReadInput, nullptr);
     if (!pGif) return false;
-    const bool bRead = Decode(lib, pGif, pBmp);
-    lib.CloseFile(pGif, nullptr);
+    const bool bRead = Decode(*pLib, pGif, pBmp);
+    pLib->CloseFile(pGif, nullptr);
     return bRead;
 }

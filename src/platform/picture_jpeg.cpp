@@ -11,18 +11,14 @@ struct Turbo {
     decltype(&tjDecompress2) Decompress2 = nullptr;
     decltype(&tjGetErrorCode) GetErrorCode = nullptr;
     decltype(&tjDestroy) Destroy = nullptr;
-    bool bComplete = false;
 };
 
-Turbo LoadTurbo() {
-    Turbo turbo;
-    Library library("libturbojpeg.so.0");
-    turbo.bComplete = library.Find("tjInitDecompress", &turbo.InitDecompress) &&
-                      library.Find("tjDecompressHeader3", &turbo.DecompressHeader3) &&
-                      library.Find("tjDecompress2", &turbo.Decompress2) &&
-                      library.Find("tjGetErrorCode", &turbo.GetErrorCode) &&
-                      library.Find("tjDestroy", &turbo.Destroy);
-    return turbo;
+bool FindTurbo(Library* pLibrary, Turbo* pCalls) {
+    return pLibrary->Find("tjInitDecompress", &pCalls->InitDecompress) &&
+           pLibrary->Find("tjDecompressHeader3", &pCalls->DecompressHeader3) &&
+           pLibrary->Find("tjDecompress2", &pCalls->Decompress2) &&
+           pLibrary->Find("tjGetErrorCode", &pCalls->GetErrorCode) &&
+           pLibrary->Find("tjDestroy", &pCalls->Destroy);
 }
 
 // Four inks, each stored as what it leaves of the light.
@@ -58,11 +54,11 @@ bool Decode(const Turbo& turbo, tjhandle hTurbo, const BYTE* pFile, size_t nByte
 }  // namespace
 
 bool JpegToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp) {
-    static const Turbo turbo = LoadTurbo();
-    if (!turbo.bComplete) return false;
-    tjhandle hTurbo = turbo.InitDecompress();
+    const Turbo* pTurbo = LoadLibraryCalls("libturbojpeg.so.0", FindTurbo);
+    if (!pTurbo) return false;
+    tjhandle hTurbo = pTurbo->InitDecompress();
     if (!hTurbo) return false;
-    const bool bRead = Decode(turbo, hTurbo, pFile, nBytes, pBmp);
-    turbo.Destroy(hTurbo);
+    const bool bRead = Decode(*pTurbo, hTurbo, pFile, nBytes, pBmp);
+    pTurbo->Destroy(hTurbo);
     return bRead;
 }
