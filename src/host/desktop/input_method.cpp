@@ -28,9 +28,14 @@ namespace {
 
 InputMethod* g_innermost = nullptr;
 XIM g_method = nullptr;
-XIC g_context = nullptr;  // what FLTK was given last; it may have destroyed it since, and has another then
 
+bool IsOurs(XIC context) {
+    return context && g_method && XIMOfIC(context) == g_method;
+}
+
+// Its contexts are gone with it.
 void OnMethodGone(XIM, XPointer, XPointer) {
+    if (IsOurs(fl_xim_ic)) fl_xim_ic = nullptr;
     g_method = nullptr;
 }
 
@@ -46,15 +51,15 @@ void OpenMethod() {
     XSetIMValues(g_method, XNDestroyCallback, &gone, nullptr);
 }
 
-// FLTK destroys a context that it replaces or gives up, and is given a new one then.
+// FLTK destroys a context that it replaces or gives up.
 void GiveContext(Window window) {
-    if (!g_method || (g_context && fl_xim_ic == g_context)) return;
-    g_context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow,
-                          window, XNFocusWindow, window, nullptr);
-    if (!g_context) return;
+    if (!g_method || IsOurs(fl_xim_ic)) return;
+    XIC context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow,
+                            window, XNFocusWindow, window, nullptr);
+    if (!context) return;
     if (fl_xim_ic) XDestroyIC(fl_xim_ic);
-    fl_xim_ic = g_context;
-    XSetICFocus(fl_xim_ic);
+    fl_xim_ic = context;
+    XSetICFocus(context);
 }
 
 InputMethod* Find(Window window) {
@@ -84,9 +89,9 @@ InputMethod::InputMethod(Fl_Window* window) : m_window(window), m_outer(g_innerm
 
 InputMethod::~InputMethod() {
     g_innermost = m_outer;
-    if (!g_context || fl_xim_ic != g_context) return;
+    if (!IsOurs(fl_xim_ic)) return;
     XDestroyIC(fl_xim_ic);
-    fl_xim_ic = g_context = nullptr;
+    fl_xim_ic = nullptr;
 }
 
 }  // namespace host::desktop
