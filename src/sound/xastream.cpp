@@ -47,10 +47,8 @@ void StartSourceOver(CDSBuffer* pSound) {
     pSound->m_nEndState = STREAM_READING;
 }
 
-// After a pass that neither took source nor gave PCM. False when this update can do no more.
-bool HelpIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
-    if (pUpdate->nSrc > 0)
-        return false;  // the room is too small for the decoder: there is more at the next update
+// At the end of the source. False when this update can do no more.
+bool BeginLap(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     if (!EndStreamSource(pSound, pUpdate, nSilence)) return false;
     StartSourceOver(pSound);
     return true;
@@ -90,11 +88,10 @@ int CDSBuffer::StreamUpdateXA(DWORD nEndPos, DWORD nMinPos) {
         if (nLeft > 0) FileSeek(FileOf(*this), -nLeft, SEEK_CUR);
         const bool bIdle = update.nUsed == 0 && update.nMade == 0;
         EndStreamSound(this, &update, nSilence);
-        if (bIdle) {
-            if (update.nDstLen > 0 && !HelpIdlePass(this, &update, nSilence)) break;
-        } else if (m_bLoop != 0 && m_nSrcUsed >= m_nDataLen) {
-            StartSourceOver(this);
-        }
+        if (bIdle && update.nDstLen > 0 && update.nSrc > 0)
+            break;  // the room is too small for the decoder: there is more at the next update
+        const bool bAtEnd = bIdle ? update.nDstLen > 0 : m_bLoop != 0 && m_nSrcUsed >= m_nDataLen;
+        if (bAtEnd && !BeginLap(this, &update, nSilence)) break;
     }
     return WriteStreamRing(this, update, nSilence);
 }
