@@ -8,18 +8,16 @@
 
 namespace {
 
-std::string LogOf(void (*action)()) {
-    headless::Reset();
-    action();
-    return headless::Log();
-}
-
 TEST(Diagnostics, DebugLogAddsNothingAndCutsAtTheBuffer) {
-    EXPECT_EQ(LogOf([] { EXPECT_EQ(DebugLog("a=%d", 7), 1); }), "a=7");
-    EXPECT_EQ(LogOf([] { DebugLog("%s", std::string(400, 'x').c_str()); }), std::string(259, 'x'));
-    EXPECT_EQ(LogOf([] { DebugLog("\x8a\xbf%d\n", 1); }),
-              "\x8a\xbf"
+    headless::Reset();
+    EXPECT_EQ(DebugLog("a=%d", 7), 1);
+    DebugLog("\x8a\xbf%d\n", 1);
+    EXPECT_EQ(headless::Log(),
+              "a=7\x8a\xbf"
               "1\n");
+    headless::Reset();
+    DebugLog("%s", std::string(400, 'x').c_str());
+    EXPECT_EQ(headless::Log(), std::string(259, 'x'));
 }
 
 TEST(Diagnostics, DSoundNames) {

@@ -1,70 +1,56 @@
-// The main loop: the frame rate's digits, and messages before frames.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include "fresh.h"
-#include "playback/playback.h"
-#include "small_chart.h"
+// The main loop: the frame rate's digits, messages before frames, and frames in every state.
+#include "shell_test.h"
 
 namespace {
 
 using headless::At;
-using headless::Call;
+using headless::Frame;
+using headless::Key;
 
-std::vector<uint32_t> Drawn(void (*draw)(uint32_t*), int width, int height) {
-    std::vector<uint32_t> pixels(static_cast<size_t>(width) * height);
-    draw(pixels.data());
-    return pixels;
-}
-
-bool SamePixels(const headless::Frame& frame, int x, int y, const uint32_t* pixels, int stride, int width,
-                int height) {
-    for (int row = 0; row < height; ++row) {
-        for (int column = 0; column < width && x + column < SCREEN_WIDTH; ++column) {
-            if (frame.pixels[(y + row) * frame.stride + x + column] != pixels[row * stride + column])
-                return false;
-        }
+// One of the program's bitmaps.
+struct Bitmap {
+    Bitmap(void (*draw)(uint32_t*), int across, int down)
+        : width(across), pixels(static_cast<size_t>(across) * down) {
+        draw(pixels.data());
     }
-    return true;
-}
+    // Whether the frame shows at x, y what the bitmap has in the rectangle.
+    bool ShowsAt(const Frame& frame, int x, int y, const RECT& r) const {
+        for (int i = r.top; i < r.bottom; ++i) {
+            const uint32_t* const shown = frame.pixels + (y + i - r.top) * frame.stride + x;
+            if (!std::equal(shown, shown + r.right - r.left, &pixels[i * width + r.left])) return false;
+        }
+        return true;
+    }
+    int width;
+    std::vector<uint32_t> pixels;
+};
 
 // The three places of the rate: digits, blanks where the skin shows, `?` for anything else.
-std::string ShownRate(const headless::Frame& frame) {
-    static const std::vector<uint32_t> atlas = Drawn(DrawSpriteAtlas, SPRITES_WIDTH, SPRITES_HEIGHT);
-    static const std::vector<uint32_t> skin = Drawn(DrawSkin, SCREEN_WIDTH, SCREEN_HEIGHT);
-    std::string text;
+std::string ShownRate(const Frame& frame) {
+    static const Bitmap atlas(DrawSpriteAtlas, SPRITES_WIDTH, SPRITES_HEIGHT);
+    static const Bitmap skin(DrawSkin, SCREEN_WIDTH, SCREEN_HEIGHT);
+    std::string text = "???";
     for (int place = 0; place < 3; ++place) {
         const int x = RATE_X + CHAR_STEP * place;
-        char shown = '?';
-        for (int digit = 0; digit < 10; ++digit) {
-            const RECT& r = SPRITE_DIGIT[digit];
-            const int width = r.right - r.left, height = r.bottom - r.top;
-            if (SamePixels(frame, x, RATE_Y, &atlas[r.top * SPRITES_WIDTH + r.left], SPRITES_WIDTH, width,
-                           height))
-                shown = static_cast<char>('0' + digit);
-            if (SamePixels(frame, x, RATE_Y, &skin[RATE_Y * SCREEN_WIDTH + x], SCREEN_WIDTH, width, height))
-                shown = ' ';
-        }
-        text += shown;
+        for (int digit = 0; digit < 10; ++digit)
+            if (atlas.ShowsAt(frame, x, RATE_Y, SPRITE_DIGIT[digit])) text[place] = "0123456789"[digit];
+        const RECT digit = {x, RATE_Y, x + 6, RATE_Y + 9};
+        if (skin.ShowsAt(frame, x, RATE_Y, digit)) text[place] = ' ';
     }
     return text;
 }
 
-TEST(Loop, TheRateShowsFromThe256thFrameOn) {
-    test::TempFolder folder;
-    const std::string chart = test::WriteChart(folder);
-    test::FreshProgram();
+class Loop : public test::ShellTest {};
+
+TEST_F(Loop, TheRateShowsFromThe256thFrameOn) {
     std::vector<std::string> rates;
     std::vector<uint64_t> times;
-    headless::OnFrame([&](const headless::Frame& frame) {
+    headless::OnFrame([&](const Frame& frame) {
         rates.push_back(ShownRate(frame));
         times.push_back(frame.time / 1'000'000);
     });
-    At(8000, headless::Key(27));
-    EXPECT_EQ(test::RunLine(chart), 0);
+    At(8000, Key(test::kEscape));
+    EXPECT_EQ(Run(), 0);
     ASSERT_GT(rates.size(), 300u);
     for (size_t i = 0; i < 255; ++i) ASSERT_EQ(rates[i], "  0") << i;
     // A frame's stamp is taken when the one before it has been shown.
@@ -74,39 +60,28 @@ TEST(Loop, TheRateShowsFromThe256thFrameOn) {
     }
 }
 
-TEST(Loop, AllMessagesAreServedBeforeTheNextFrame) {
-    test::TempFolder folder;
-    const std::string chart = test::WriteChart(folder);
-    test::FreshProgram();
-    for (int measure = 0; measure <= 2; ++measure) At(500, headless::Remote(WM_REMOTE_SEEK, measure));
+TEST_F(Loop, AllMessagesAreServedBeforeTheNextFrame) {
+    headless::OnFrame([](const Frame&) { EXPECT_NE(g_fSpeed, 300 * 0.01f); });
     At(500, headless::Remote(WM_REMOTE_SPEED, 300));
-    At(500, headless::Remote(WM_REMOTE_STOP));
-    At(550, Call([] {
-           EXPECT_EQ(g_nStartMeasure, 2);
-           EXPECT_EQ(g_dwSeekTime, 4999);
-           EXPECT_EQ(g_fSpeed, 300 * 0.01f);
-           EXPECT_EQ(g_bPaused, 1);
-       }));
-    At(600, headless::Key(27));
-    EXPECT_EQ(test::RunLine("-P " + chart), 0);
-    EXPECT_EQ(headless::Faults(), std::vector<std::string>{});
+    At(500, headless::Remote(WM_REMOTE_SPEED, 400));
+    At(600, Key(test::kEscape));
+    EXPECT_EQ(Run("-P "), 0);
+    EXPECT_EQ(g_fSpeed, 400 * 0.01f);
 }
 
-TEST(Loop, RunsFramesInEveryState) {
-    test::TempFolder folder;
-    const std::string chart = test::WriteChart(folder);
-    test::FreshProgram();
+TEST_F(Loop, RunsFramesInEveryState) {
     std::vector<uint64_t> counts;
-    const auto count = [&counts] { counts.push_back(headless::FrameCount()); };
-    for (const uint64_t ms : {100, 1100, 2100, 12000, 13000}) At(ms, Call(count));
-    At(1100, headless::Key(13));
-    At(2000, headless::Key(32));
-    At(2100, headless::Key(32));
-    At(13000, headless::Key(27));
-    EXPECT_EQ(test::RunLine(chart), 0);
-    ASSERT_EQ(counts.size(), 5u);
+    for (const uint64_t ms : {100, 1100, 2000, 2100, 12000, 13000})
+        At(ms, headless::Call([&counts] { counts.push_back(headless::FrameCount()); }));
+    At(1100, Key(test::kEnter));
+    At(2000, Key(test::kSpace));
+    At(2100, Key(test::kSpace));
+    At(13000, Key(test::kEscape));
+    EXPECT_EQ(Run(), 0);
+    ASSERT_EQ(counts.size(), 6u);
     EXPECT_GT(counts[1], counts[0] + 50);  // idle
-    EXPECT_GT(counts[4], counts[3] + 50);  // ended
+    EXPECT_GT(counts[3], counts[2] + 5);   // paused
+    EXPECT_GT(counts[5], counts[4] + 50);  // ended
     EXPECT_EQ(g_dwStartTime, g_dwNowTime);
 }
 

@@ -1,18 +1,9 @@
 // Commands that arrive while a box, a dialog or the menu has the thread.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "fresh.h"
-#include "playback/playback.h"
-#include "small_chart.h"
+#include "shell_test.h"
 
 namespace {
 
-using headless::At;
-using headless::Call;
-using headless::Key;
-using headless::Remote;
+using namespace headless;
 
 enum class Modal { kAbout, kDialog, kMenu };
 constexpr Modal kModals[] = {Modal::kAbout, Modal::kDialog, Modal::kMenu};
@@ -24,210 +15,156 @@ std::string StateName() {
     return "Held";
 }
 
-class ModalTest : public testing::Test {
+class ModalTest : public test::ShellTest {
 protected:
-    ModalTest() : chart_(test::WriteChart(folder_)) {}
-
-    // Opens it at 2000 ms of a run; closes it, as if cancelled, at 4000.
-    void Script(Modal modal) {
-        test::FreshProgram();
-        if (modal == Modal::kDialog) {
-            At(2000, headless::DoubleClick());
-            At(4000, headless::CancelFile());
-            return;
-        }
-        At(2000, headless::WantMenu(5, 5));
-        if (modal == Modal::kMenu) {
-            At(4000, headless::DismissMenu());
-        } else {
-            At(2100, headless::ChooseMenu(IDM_ABOUT));
-            At(4000, headless::AnswerBox());
-        }
+    // A fresh run in which it opens at 2000 ms.
+    static void Open(Modal modal) {
+        Fresh();
+        At(2000, modal == Modal::kDialog ? DoubleClick() : WantMenu(5, 5));
+        if (modal == Modal::kAbout) At(2100, ChooseMenu(IDM_ABOUT));
     }
-    void Expect(uint64_t ms, const std::string& state, const std::string& where) {
-        At(ms, Call([=] { EXPECT_EQ(StateName(), state) << where << " at " << ms; }));
+    // The same, and it is closed, as if cancelled, at 4000.
+    static void OpenAndClose(Modal modal) {
+        Open(modal);
+        const Action close[] = {AnswerBox(), CancelFile(), DismissMenu()};
+        At(4000, close[static_cast<int>(modal)]);
     }
-    void Run(const std::string& options, const std::string& where) {
-        At(5000, Key(27));
-        EXPECT_EQ(test::RunLine(options + chart_), 0) << where;
-        EXPECT_EQ(headless::Faults(), std::vector<std::string>{}) << where;
-        EXPECT_EQ(headless::ActionsLeft(), 0u) << where;
+    static void Expect(uint64_t ms, const std::string& state) {
+        At(ms, Call([=] { EXPECT_EQ(StateName(), state) << "at " << ms; }));
     }
-
-    test::TempFolder folder_;
-    const std::string chart_;
+    void RunToEnd(const std::string& options = "-P ") {
+        At(5000, Key(test::kEscape));
+        EXPECT_EQ(Run(options), 0);
+        EXPECT_EQ(Faults(), std::vector<std::string>{});
+        EXPECT_EQ(ActionsLeft(), 0u);
+    }
 };
 
 TEST_F(ModalTest, EachCommandInsideEach) {
     const struct {
-        const char* name;
         uint32_t message;
         int64_t wparam;
-        const char *inside, *behind;
-    } rows[] = {{"nothing", 1224 + 1, 0, "Held", "Running"}, {"1126", 1126, 0, "Held", "Running"},
-                {"1127", 1127, 0, "Held", "Running"},        {"1128", 1128, 0, "Running", "Running"},
-                {"1129", 1129, 1, "Running", "Running"},     {"1130", 1130, 200, "Held", "Running"},
-                {"1224", 1224, 0, "Held", "Running"}};
+        const char* inside;
+    } rows[] = {{1225, 0, "Held"},    {1126, 0, "Held"},   {1127, 0, "Held"}, {1128, 0, "Running"},
+                {1129, 1, "Running"}, {1130, 200, "Held"}, {1224, 0, "Held"}};  // 1225 is no command
     for (const Modal modal : kModals) {
         for (const auto& row : rows) {
-            const std::string where = std::string(row.name) + " in the " + kNames[static_cast<int>(modal)];
-            Script(modal);
-            Expect(2500, "Held", where);
+            SCOPED_TRACE(std::to_string(row.message) + " in the " + kNames[static_cast<int>(modal)]);
+            OpenAndClose(modal);
+            Expect(2500, "Held");
             At(3000, Remote(row.message, row.wparam));
-            Expect(3500, row.inside, where);
-            Expect(4500, row.behind, where);
-            Run("-P ", where);
-            EXPECT_EQ(g_nStartMeasure, row.message == 1129 ? 1 : -1) << where;
-            EXPECT_EQ(g_fSpeed, row.message == 1130 ? 200 * 0.01f : 1.0f) << where;
-            EXPECT_EQ(g_bHost, row.message == 1224 ? 1 : 0) << where;
+            Expect(3500, row.inside);
+            Expect(4500, "Running");
+            RunToEnd();
+            EXPECT_EQ(g_nStartMeasure, row.message == 1129 ? 1 : -1);
+            EXPECT_EQ(g_fSpeed, row.message == 1130 ? 200 * 0.01f : 1.0f);
+            EXPECT_EQ(g_bHost, row.message == 1224 ? 1 : 0);
         }
-    }
-}
-
-TEST_F(ModalTest, APauseOfTheUserSurvivesEach) {
-    for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        Script(modal);
-        At(1500, Key(32));
-        Expect(2500, "Paused", where);
-        Expect(4500, "Paused", where);
-        Run("-P ", where);
     }
 }
 
 TEST_F(ModalTest, ResumedAndStoppedInsideEach) {
     for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        Script(modal);
-        At(1500, Key(32));
+        SCOPED_TRACE(kNames[static_cast<int>(modal)]);
+        OpenAndClose(modal);
+        At(1500, Key(test::kSpace));
+        Expect(2400, "Paused");
         At(2500, Remote(WM_REMOTE_PLAY));
-        Expect(2600, "Running", where);
+        Expect(2600, "Running");
         At(3000, Remote(WM_REMOTE_STOP));
-        Expect(3100, "Paused", where);
-        Expect(4500, "Paused", where);
-        Run("-P ", where);
+        Expect(3100, "Paused");
+        Expect(4500, "Paused");
+        RunToEnd();
     }
 }
 
 TEST_F(ModalTest, AnEndedChartIsPausedByBoxAndMenuButNotByTheDialog) {
     for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        Script(modal);
+        SCOPED_TRACE(kNames[static_cast<int>(modal)]);
+        OpenAndClose(modal);
         At(1900, Call([] { g_dwStartTime -= 20'000; }));  // the end comes with the next frame
-        Expect(1990, "Ended", where);
-        const char* state = modal == Modal::kDialog ? "Ended" : "Paused";
-        Expect(2500, state, where);
-        Expect(4500, state, where);
-        Run("-P ", where);
+        Expect(1990, "Ended");
+        for (const uint64_t ms : {2500, 4500}) Expect(ms, modal == Modal::kDialog ? "Ended" : "Paused");
+        RunToEnd();
     }
 }
 
-TEST_F(ModalTest, IdleStaysIdleInEach) {
+TEST_F(ModalTest, AQuitOrADestroyedWindowInsideEachIsTheEnd) {
     for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        Script(modal);
-        Expect(2500, "Idle", where);
-        Expect(4500, "Idle", where);
-        Run("", where);
-    }
-}
-
-TEST_F(ModalTest, AQuitInsideEachEndsTheProgram) {
-    for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        test::FreshProgram();
-        if (modal == Modal::kDialog) {
-            At(2000, headless::DoubleClick());
-        } else {
-            At(2000, headless::WantMenu(5, 5));
-            if (modal == Modal::kAbout) At(2100, headless::ChooseMenu(IDM_ABOUT));
+        for (const bool quit : {true, false}) {
+            SCOPED_TRACE(kNames[static_cast<int>(modal)] + std::string(quit ? " quit" : " destroyed"));
+            Open(modal);
+            uint64_t frames = 0;
+            At(3000, Call([&] {
+                   frames = FrameCount();
+                   if (!quit) PostMessageA(g_hWnd, WM_CLOSE, 0, 0);
+               }));
+            At(3000, Remote(quit ? WM_REMOTE_QUIT : WM_REMOTE_RESTART));
+            EXPECT_EQ(Run("-P "), 0);
+            EXPECT_EQ(FrameCount(), frames);
+            EXPECT_EQ(Now(), 3000u);
+            EXPECT_EQ(g_pDSound, nullptr);
+            EXPECT_EQ(g_pBMS, nullptr);
+            EXPECT_EQ(TheWindow().open, quit);
         }
-        uint64_t frames = 0;
-        At(3000, Call([&frames] { frames = headless::FrameCount(); }));
-        At(3000, Remote(WM_REMOTE_QUIT));
-        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << where;
-        EXPECT_EQ(headless::FrameCount(), frames) << where;
-        EXPECT_EQ(headless::Now(), 3000u) << where;
-        EXPECT_EQ(g_pDSound, nullptr);
     }
-}
-
-TEST_F(ModalTest, AWindowDestroyedInsideEachIsTheEnd) {
-    for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        test::FreshProgram();
-        if (modal == Modal::kDialog) {
-            At(2000, headless::DoubleClick());
-        } else {
-            At(2000, headless::WantMenu(5, 5));
-            if (modal == Modal::kAbout) At(2100, headless::ChooseMenu(IDM_ABOUT));
-        }
-        At(3000, Call([] { PostMessageA(g_hWnd, WM_CLOSE, 0, 0); }));
-        At(3000, Remote(WM_REMOTE_RESTART));
-        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << where;
-        EXPECT_EQ(headless::Now(), 3000u) << where;
-        EXPECT_EQ(g_pBMS, nullptr);
-        EXPECT_FALSE(headless::TheWindow().open);
-    }
+    Reset();
 }
 
 TEST_F(ModalTest, LoadInsideEach) {
-    folder_.Write("next.bms", test::Chart({"#TITLE next", "#00111:05"}));
+    WriteChart("next.bms", test::Chart({"#TITLE next", "#00111:05"}));
     for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        Script(modal);
+        SCOPED_TRACE(kNames[static_cast<int>(modal)]);
+        OpenAndClose(modal);
         At(2500, Remote(WM_REMOTE_LOAD));
-        At(3000, headless::ChooseFile(folder_.Path("next.bms")));
-        At(3100,
-           Call([&] { EXPECT_EQ(headless::Titles().back(), "-(no genre)- next  [(no artist)] ") << where; }));
-        Expect(3100, "Running", where);
-        Expect(4500, "Running", where);
-        Run("-P ", where);
-        EXPECT_EQ(headless::FileDialogs().size(), modal == Modal::kDialog ? 2u : 1u) << where;
+        At(3000, ChooseFile(folder_.Path("next.bms")));
+        At(3100, Call([] { EXPECT_EQ(Titles().back(), "-(no genre)- next  [(no artist)] "); }));
+        Expect(3100, "Running");
+        Expect(4500, "Running");
+        RunToEnd();
+        EXPECT_EQ(FileDialogs().size(), modal == Modal::kDialog ? 2u : 1u);
     }
 }
 
 TEST_F(ModalTest, ADialogWithinADialogReplacesTheChartTwice) {
-    folder_.Write("inner.bms", test::Chart({"#TITLE inner", "#00111:05"}));
-    folder_.Write("outer.bms", test::Chart({"#TITLE outer", "#00211:05"}));
-    test::FreshProgram();
-    At(2000, headless::DoubleClick());
+    WriteChart("inner.bms", test::Chart({"#TITLE inner", "#00111:05"}));
+    WriteChart("outer.bms", test::Chart({"#TITLE outer", "#00211:05"}));
+    Open(Modal::kDialog);
     At(2100, Remote(WM_REMOTE_LOAD));
-    At(2200, headless::ChooseFile(folder_.Path("inner.bms")));
+    At(2200, ChooseFile(folder_.Path("inner.bms")));
     At(2300, Remote(WM_REMOTE_RESTART));
-    At(2400, headless::ChooseFile(folder_.Path("outer.bms")));
-    Expect(2500, "Running", "");
-    Run("", "");
-    EXPECT_EQ(headless::Titles().back(), "-(no genre)- outer  [(no artist)] ");
+    At(2400, ChooseFile(folder_.Path("outer.bms")));
+    Expect(2500, "Running");
+    RunToEnd("");
+    EXPECT_EQ(Titles().back(), "-(no genre)- outer  [(no artist)] ");
 }
 
 TEST_F(ModalTest, AFailureWithinADialogEndsBoth) {
-    test::FreshProgram();
-    At(2000, headless::DoubleClick());
+    Open(Modal::kDialog);
     At(2100, Remote(WM_REMOTE_LOAD));
-    At(2200, headless::ChooseFile(folder_.Path("gone.bms")));
+    At(2200, ChooseFile(folder_.Path("gone.bms")));
     At(2300, Remote(WM_REMOTE_RESTART));
-    At(2400, headless::AnswerBox());
-    EXPECT_EQ(test::RunLine("-P " + chart_), 0);
-    EXPECT_EQ(headless::Now(), 2400u);
-    EXPECT_EQ(headless::Boxes().size(), 1u);
-    EXPECT_EQ(headless::FileDialogs().size(), 2u);
+    At(2400, AnswerBox());
+    EXPECT_EQ(Run("-P "), 0);
+    EXPECT_EQ(Now(), 2400u);
+    EXPECT_EQ(Boxes().size(), 1u);
+    EXPECT_EQ(FileDialogs().size(), 2u);
+    Reset();
 }
 
 TEST_F(ModalTest, AFloodOfLoadsOpensFewDialogs) {
-    test::FreshProgram();
     for (int i = 0; i < 500; ++i) At(2000, Remote(WM_REMOTE_LOAD));
-    At(2100, Call([] { EXPECT_EQ(headless::FileDialogs().size(), 4u); }));
-    for (int i = 0; i < 4; ++i) At(2200, headless::CancelFile());
-    Expect(2300, "Running", "");
-    Run("-P ", "");
-    EXPECT_EQ(headless::FileDialogs().size(), 4u);
+    At(2100, Call([] { EXPECT_EQ(FileDialogs().size(), 4u); }));
+    for (int i = 0; i < 4; ++i) At(2200, CancelFile());
+    Expect(2300, "Running");
+    RunToEnd();
+    EXPECT_EQ(FileDialogs().size(), 4u);
 }
 
 TEST_F(ModalTest, CommandsKeepTheirOrderInsideEach) {
     for (const Modal modal : kModals) {
-        const std::string where = kNames[static_cast<int>(modal)];
-        Script(modal);
+        SCOPED_TRACE(kNames[static_cast<int>(modal)]);
+        OpenAndClose(modal);
         for (int i = 0; i < 500; ++i) {
             At(3000, Remote(WM_REMOTE_SEEK, i % 3));
             At(3000, Remote(WM_REMOTE_SPEED, 10 + i));
@@ -235,30 +172,25 @@ TEST_F(ModalTest, CommandsKeepTheirOrderInsideEach) {
         At(3000, Remote(WM_REMOTE_HOST));
         At(3000, Remote(WM_REMOTE_SEEK, 0));  // deaf by now, for good
         At(4500, Remote(WM_REMOTE_QUIT));
-        Run("-P ", where);
-        EXPECT_EQ(g_nStartMeasure, 499 % 3) << where;
-        EXPECT_EQ(g_fSpeed, 509 * 0.01f) << where;
-        EXPECT_GE(headless::Now(), 5000u) << where;
+        RunToEnd();
+        EXPECT_EQ(g_nStartMeasure, 499 % 3);
+        EXPECT_EQ(g_fSpeed, 509 * 0.01f);
+        EXPECT_GE(Now(), 5000u);
     }
 }
 
 TEST_F(ModalTest, TheMenuAndTheAboutBox) {
-    Script(Modal::kAbout);
-    Run("-P ", "");
-    ASSERT_EQ(headless::Menus().size(), 1u);
-    const auto& items = headless::Menus()[0].items;
-    ASSERT_GE(items.size(), 4u);
-    const auto* own = &items[items.size() - 4];
-    EXPECT_EQ(own[0].id, 0);
-    EXPECT_EQ(own[1].id, 257);
-    EXPECT_EQ(own[1].text, "&Load");
-    EXPECT_EQ(own[2].id, 0);
-    EXPECT_EQ(own[3].id, 256);
-    EXPECT_EQ(own[3].text, "&About...");
-    ASSERT_EQ(headless::Boxes().size(), 1u);
-    EXPECT_EQ(headless::Boxes()[0].text, "Lumetra 0.04");
-    EXPECT_EQ(headless::Boxes()[0].caption, "VersionInfo");
-    EXPECT_EQ(headless::Boxes()[0].icon, host::BoxIcon::kInformation);
+    OpenAndClose(Modal::kAbout);
+    RunToEnd();
+    ASSERT_EQ(Menus().size(), 1u);
+    std::string items;
+    for (const host::MenuItem& item : Menus()[0].items) items += std::to_string(item.id) + item.text + " ";
+    const std::string own = "0 257&Load 0 256&About... ";
+    EXPECT_EQ(items.substr(items.size() - own.size()), own);
+    ASSERT_EQ(Boxes().size(), 1u);
+    EXPECT_EQ(Boxes()[0].text, "Lumetra 0.04");
+    EXPECT_EQ(Boxes()[0].caption, "VersionInfo");
+    EXPECT_EQ(Boxes()[0].icon, host::BoxIcon::kInformation);
 }
 
 }  // namespace

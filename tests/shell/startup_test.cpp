@@ -1,98 +1,66 @@
 // Start-up in its order, with every box and exit code; the title; the loop; the end.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "display/ddraw.h"
-#include "fresh.h"
-#include "host/headless/sound.h"
-#include "platform/directdraw_test.h"
-#include "platform/directsound_test.h"
-#include "playback/playback.h"
 #include "shell/startup.h"
-#include "small_chart.h"
+#include "display/ddraw.h"
+#include "host/headless/sound.h"
+#include "shell_test.h"
 
 namespace {
 
-using headless::At;
-using headless::Call;
-using headless::Key;
+using namespace headless;
 
-constexpr int kEscape = 27;
-
-void ExpectOneBox(const std::string& text, const std::string& caption) {
-    ASSERT_EQ(headless::Boxes().size(), 1u);
-    EXPECT_EQ(headless::Boxes()[0].text, text);
-    EXPECT_EQ(headless::Boxes()[0].caption, caption);
-    EXPECT_EQ(headless::Boxes()[0].icon, host::BoxIcon::kWarning);
-}
-
-class StartUpTest : public testing::Test {
-protected:
-    StartUpTest() : chart_(test::WriteChart(folder_)) { test::FreshProgram(); }
-    ~StartUpTest() override {
-        EXPECT_EQ(headless::Faults(), std::vector<std::string>{});
-        EXPECT_EQ(headless::ActionsLeft(), 0u);
-        directdraw_test::FailNone();
-        directsound_test::FailNothing();
-    }
-
-    test::TempFolder folder_;
-    const std::string chart_;
-};
+class StartUpTest : public test::ShellTest {};
 
 TEST_F(StartUpTest, ARefusedWindowEndsWithoutAWord) {
-    headless::FailOpenWindow(true);
-    EXPECT_EQ(test::RunLine("-P " + chart_), 0);
+    FailOpenWindow(true);
+    EXPECT_EQ(Run("-P "), 0);
     EXPECT_EQ(g_hWnd, nullptr);
-    EXPECT_TRUE(headless::Boxes().empty());
+    EXPECT_TRUE(Boxes().empty());
     EXPECT_EQ(g_pDSound, nullptr);
 }
 
 TEST_F(StartUpTest, TheFirstDialogAndItsCancelling) {
-    At(0, headless::CancelFile());
-    EXPECT_EQ(test::RunLine("-P "), -1);
-    ASSERT_EQ(headless::FileDialogs().size(), 1u);
-    const headless::FileDialog& dialog = headless::FileDialogs()[0];
+    At(0, CancelFile());
+    EXPECT_EQ(RunLine("-P "), -1);
+    ASSERT_EQ(FileDialogs().size(), 1u);
+    const FileDialog& dialog = FileDialogs()[0];
     EXPECT_EQ(dialog.title, "Open BMS(BME) file");
     EXPECT_EQ(dialog.filter.name, "BMS(BME)File(*.bms|*.bme)");
     EXPECT_EQ(dialog.filter.patterns, "*.bms;*.bme");
-    EXPECT_TRUE(headless::Titles().empty());
-    EXPECT_TRUE(headless::Boxes().empty());
+    EXPECT_TRUE(Titles().empty());
+    EXPECT_TRUE(Boxes().empty());
 }
 
 TEST_F(StartUpTest, TheFirstDialogChooses) {
-    At(0, headless::ChooseFile(folder_.Path("song.bms")));
-    At(100, Key(kEscape));
-    EXPECT_EQ(test::RunLine(""), 0);
-    EXPECT_EQ(headless::Titles().back(), "-genre- title  [artist] ");
+    At(0, ChooseFile(folder_.Path("song.bms")));
+    At(100, Key(test::kEscape));
+    EXPECT_EQ(RunLine(""), 0);
+    EXPECT_EQ(Titles().back(), "-genre- title  [artist] ");
 }
 
 TEST_F(StartUpTest, NoSoundDevice) {
-    headless::RefuseSound(true);
-    At(0, headless::AnswerBox());
-    EXPECT_EQ(test::RunLine("missing.bms"), -1);  // the sound device comes first
+    RefuseSound(true);
+    At(0, AnswerBox());
+    EXPECT_EQ(RunLine("missing.bms"), -1);  // the sound device comes first
     ExpectOneBox("DirectSoundInitError", "Error!");
     EXPECT_NE(g_pDSound, nullptr);  // left to the end of the process, like the window
     EXPECT_EQ(g_pDDraw, nullptr);
-    EXPECT_TRUE(headless::TheWindow().open);
+    EXPECT_TRUE(TheWindow().open);
 }
 
 TEST_F(StartUpTest, AChartThatIsNotThere) {
-    At(0, headless::AnswerBox());
-    EXPECT_EQ(test::RunLine("\"missing chart.bms\""), -1);
+    At(0, AnswerBox());
+    EXPECT_EQ(RunLine("\"missing chart.bms\""), -1);
     ExpectOneBox("missing chart.bms", "FileLoadError!");
-    EXPECT_EQ(headless::Titles(),
-              (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading..."}));
-    EXPECT_EQ(headless::FrameCount(), 0u);
+    EXPECT_EQ(Titles(), (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading..."}));
+    EXPECT_EQ(FrameCount(), 0u);
 }
 
 TEST_F(StartUpTest, AChartOfMeasureZeroAlone) {
-    const std::string chart = test::WriteChart(folder_, "zero.bms", "#WAV01 long.wav\r\n#00011:01\r\n");
-    At(0, headless::AnswerBox());
-    EXPECT_EQ(test::RunLine(chart), -1);
+    const std::string chart = WriteChart("zero.bms", "#WAV01 long.wav\r\n#00011:01\r\n");
+    At(0, AnswerBox());
+    EXPECT_EQ(RunLine(chart), -1);
     ExpectOneBox(chart, "CompileError!");
-    EXPECT_EQ(headless::FrameCount(), 0u);
+    EXPECT_EQ(FrameCount(), 0u);
 }
 
 TEST_F(StartUpTest, EveryStepOfTheSoundDeviceIsFatal) {
@@ -103,54 +71,51 @@ TEST_F(StartUpTest, EveryStepOfTheSoundDeviceIsFatal) {
     } steps[] = {{Call::kCreate, 0},    {Call::kSetCooperativeLevel, 0}, {Call::kCreateSoundBuffer, 0},
                  {Call::kSetFormat, 0}, {Call::kCreateSoundBuffer, 1},   {Call::kPlay, 0}};
     for (const auto& step : steps) {
-        test::FreshProgram();
+        Fresh();
         directsound_test::FailNext(step.call, DSERR_INVALIDCALL, step.skip);
-        At(0, headless::AnswerBox());
-        EXPECT_EQ(test::RunLine(chart_), -1);
+        At(0, AnswerBox());
+        EXPECT_EQ(Run(), -1);
         ExpectOneBox("DirectSoundInitError", "Error!");
     }
 }
 
 TEST_F(StartUpTest, NoDisplayObject) {
     directdraw_test::FailNext(directdraw_test::Step::kCreate);
-    At(0, headless::AnswerBox());
-    EXPECT_EQ(test::RunLine("missing.bms"), -1);  // the display comes before the chart
+    At(0, AnswerBox());
+    EXPECT_EQ(RunLine("missing.bms"), -1);  // the display comes before the chart
     ExpectOneBox("DirectDrawInitError.", "ERROR!");
     EXPECT_EQ(g_pBMS, nullptr);
 }
 
 TEST_F(StartUpTest, GoesOnWithoutAPartsSurface) {
     for (int passes = 1; passes <= 5; ++passes) {  // the back surface is the first
-        test::FreshProgram();
+        Fresh();
         directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
-        At(10, headless::Remote(WM_REMOTE_RESTART));
-        At(10, headless::Remote(WM_REMOTE_SEEK, 1));
-        At(10, headless::Remote(WM_REMOTE_LOAD));
-        At(20, headless::AnswerBox());
+        At(10, Remote(WM_REMOTE_RESTART));
+        At(10, Remote(WM_REMOTE_SEEK, 1));
+        At(10, Remote(WM_REMOTE_LOAD));
+        At(20, AnswerBox());
         At(9000, Key(13));
-        At(9500, Key(kEscape));
-        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << passes;
+        At(9500, Key(test::kEscape));
+        EXPECT_EQ(Run("-P "), 0) << passes;
         ExpectOneBox("CreatePartsError", "ERROR!");
-        EXPECT_GT(headless::FrameCount(), 100u);
-        EXPECT_TRUE(headless::FileDialogs().empty());
+        EXPECT_GT(FrameCount(), 100u);
+        EXPECT_TRUE(FileDialogs().empty());
     }
 }
 
-TEST_F(StartUpTest, ClosedInsideTheBoxOfAMissingSurface) {
+TEST_F(StartUpTest, ClosedOrToldToQuitInsideTheBoxOfAMissingSurface) {
+    const Action close = Call([] { PostMessageA(g_hWnd, WM_CLOSE, 0, 0); });
     for (int passes = 1; passes <= 5; ++passes) {
-        test::FreshProgram();
-        directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
-        At(10, Call([] { PostMessageA(g_hWnd, WM_CLOSE, 0, 0); }));
-        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << passes;
-        EXPECT_EQ(headless::FrameCount(), 0u);
-        EXPECT_FALSE(headless::TheWindow().open);
-        EXPECT_EQ(directdraw_test::LiveObjects(), 0);
-
-        test::FreshProgram();
-        directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
-        At(10, headless::Remote(WM_REMOTE_QUIT));
-        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << passes;
-        EXPECT_EQ(headless::FrameCount(), 0u);
+        for (const bool quit : {false, true}) {
+            Fresh();
+            directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
+            At(10, quit ? Remote(WM_REMOTE_QUIT) : close);
+            EXPECT_EQ(Run("-P "), 0) << passes;
+            EXPECT_EQ(FrameCount(), 0u);
+            EXPECT_EQ(TheWindow().open, quit);
+            EXPECT_EQ(directdraw_test::LiveObjects(), 0);
+        }
     }
 }
 
@@ -162,28 +127,28 @@ TEST_F(StartUpTest, EachCommandInAFailureBoxIsHarmless) {
     } starts[] = {{"-P missing.bms", true}, {"missing.bms", true}, {"-P missing.bms", false}};
     for (const auto& start : starts) {
         for (const uint32_t message : messages) {
-            test::FreshProgram();
-            headless::RefuseSound(!start.sound);
-            At(10, headless::Remote(message, message == 274 ? IDM_LOAD : 2));
+            Fresh();
+            RefuseSound(!start.sound);
+            At(10, Remote(message, message == 274 ? IDM_LOAD : 2));
             // Straight to the window too, as its own messages come.
             At(20, Call([message] { PostMessageA(g_hWnd, message, message == 274 ? IDM_LOAD : 2, 0); }));
-            At(30, headless::Remote(WM_REMOTE_LOAD));
+            At(30, Remote(WM_REMOTE_LOAD));
             At(40, Key(13));
-            EXPECT_EQ(test::RunLine(start.line), -1) << message;
-            EXPECT_EQ(headless::Boxes().size(), 1u) << message;
-            EXPECT_TRUE(headless::FileDialogs().empty()) << message;
+            EXPECT_EQ(RunLine(start.line), -1) << message;
+            EXPECT_EQ(Boxes().size(), 1u) << message;
+            EXPECT_TRUE(FileDialogs().empty()) << message;
             EXPECT_EQ(g_nStartMeasure, -1) << message;
         }
     }
-    headless::Reset();
+    Reset();
 }
 
 TEST_F(StartUpTest, ASpeedOrAHostGetsThroughAFailureBox) {
-    At(10, headless::Remote(WM_REMOTE_SPEED, 300));
-    At(20, headless::Remote(WM_REMOTE_HOST));
-    At(30, headless::Remote(WM_REMOTE_SPEED, 400));
-    At(40, headless::AnswerBox());
-    EXPECT_EQ(test::RunLine("missing.bms"), -1);
+    At(10, Remote(WM_REMOTE_SPEED, 300));
+    At(20, Remote(WM_REMOTE_HOST));
+    At(30, Remote(WM_REMOTE_SPEED, 400));
+    At(40, AnswerBox());
+    EXPECT_EQ(RunLine("missing.bms"), -1);
     EXPECT_EQ(g_fSpeed, 300 * 0.01f);
     EXPECT_EQ(g_bHost, 1);
 }
@@ -194,16 +159,16 @@ TEST_F(StartUpTest, WhereTheWindowStands) {
         int x, y;
     } rows[] = {{"-X40 -Y60 ", 40, 60}, {"", 100, 100}, {"-X100 ", 100, -1}, {"-X0 -Y0 ", 0, 0}};
     for (const auto& row : rows) {
-        test::FreshProgram();
+        Fresh();
         At(100, Call([&row] {
-               EXPECT_EQ(headless::TheWindow().client.left, row.x) << row.options;
-               EXPECT_EQ(headless::TheWindow().client.top, row.y) << row.options;
-               EXPECT_EQ(headless::TheWindow().client.right - row.x, 452);
-               EXPECT_EQ(headless::TheWindow().client.bottom - row.y, 280);
-               EXPECT_TRUE(headless::TheWindow().topmost);
+               EXPECT_EQ(TheWindow().client.left, row.x) << row.options;
+               EXPECT_EQ(TheWindow().client.top, row.y) << row.options;
+               EXPECT_EQ(TheWindow().client.right - row.x, 452);
+               EXPECT_EQ(TheWindow().client.bottom - row.y, 280);
+               EXPECT_TRUE(TheWindow().topmost);
            }));
-        At(200, Key(kEscape));
-        EXPECT_EQ(test::RunLine(row.options + chart_), 0);
+        At(200, Key(test::kEscape));
+        EXPECT_EQ(Run(row.options), 0);
     }
 }
 
@@ -214,28 +179,28 @@ TEST_F(StartUpTest, StandsIdleWithoutPlayAndRunsWithIt) {
            EXPECT_EQ(g_dwNowTime, g_dwStartTime);
            EXPECT_EQ(g_TimeCaps.wPeriodMin, 1u);
        }));
-    At(600, Key(kEscape));
-    EXPECT_EQ(test::RunLine(chart_), 0);
-    EXPECT_EQ(headless::Titles(), (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading...",
-                                                            "-genre- title  [artist] "}));
+    At(600, Key(test::kEscape));
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(Titles(), (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading...",
+                                                  "-genre- title  [artist] "}));
     EXPECT_EQ(g_TimeCaps.wPeriodMin, 0u);
 
-    test::FreshProgram();
+    Fresh();
     At(500, Call([] {
            EXPECT_EQ(g_bPlaying, 1);
            EXPECT_EQ(g_bPaused, 0);
            EXPECT_GT(g_dwNowTime - g_dwStartTime, 400u);
            EXPECT_EQ(g_dwSeekTime, 4999);
        }));
-    At(600, Key(kEscape));
-    EXPECT_EQ(test::RunLine("-N2 -P " + chart_), 0);
+    At(600, Key(test::kEscape));
+    EXPECT_EQ(Run("-N2 -P "), 0);
 }
 
 TEST_F(StartUpTest, AMissingResourceIsLoggedOnce) {
-    At(100, Key(kEscape));
+    At(100, Key(test::kEscape));
     EXPECT_EQ(WinMain(nullptr, nullptr, std::string(chart_).data(), 1), 0);
-    EXPECT_EQ(headless::Log(), "LoadBitmap Error\n");
-    EXPECT_GT(headless::FrameCount(), 1u);
+    EXPECT_EQ(Log(), "LoadBitmap Error\n");
+    EXPECT_GT(FrameCount(), 1u);
 }
 
 TEST_F(StartUpTest, Titles) {
@@ -250,36 +215,35 @@ TEST_F(StartUpTest, Titles) {
          "-" + cut + "- " + cut + "  [" + cut + "] "},
     };
     for (const auto& row : rows) {
-        test::FreshProgram();
-        const std::string chart = test::WriteChart(folder_, "title.bms", row.headers + "#00111:01\r\n");
-        At(50, Key(kEscape));
-        EXPECT_EQ(test::RunLine(chart), 0);
-        EXPECT_EQ(headless::Titles().back(), row.title);
+        Fresh();
+        const std::string chart = WriteChart("title.bms", row.headers + "#00111:01\r\n");
+        At(50, Key(test::kEscape));
+        EXPECT_EQ(RunLine(chart), 0);
+        EXPECT_EQ(Titles().back(), row.title);
     }
 }
 
 TEST_F(StartUpTest, WaysOut) {
     const struct {
         const char* name;
-        headless::Action action;
+        Action action;
         bool windowStays;
-    } rows[] = {{"Esc", Key(kEscape), true},
-                {"1125", headless::Remote(WM_REMOTE_QUIT), true},
-                {"close", headless::Close(), false}};
+    } rows[] = {
+        {"Esc", Key(test::kEscape), true}, {"1125", Remote(WM_REMOTE_QUIT), true}, {"close", Close(), false}};
     for (const auto& row : rows) {
-        test::FreshProgram();
+        Fresh();
         uint64_t frames = 0;
-        At(299, Call([&frames] { frames = headless::FrameCount(); }));
+        At(299, Call([&frames] { frames = FrameCount(); }));
         At(300, row.action);
-        EXPECT_EQ(test::RunLine("-P " + chart_), 0) << row.name;
-        EXPECT_LE(headless::FrameCount(), frames + 1) << row.name;  // none behind the way out
-        EXPECT_EQ(headless::TheWindow().open, row.windowStays) << row.name;
+        EXPECT_EQ(Run("-P "), 0) << row.name;
+        EXPECT_LE(FrameCount(), frames + 1) << row.name;  // none behind the way out
+        EXPECT_EQ(TheWindow().open, row.windowStays) << row.name;
         EXPECT_EQ(g_pDSound, nullptr);
         EXPECT_EQ(g_pDDraw, nullptr);
         EXPECT_EQ(g_pBMS, nullptr);
         EXPECT_EQ(g_pBarList, nullptr);
         Shutdown();  // once more does nothing
-        EXPECT_FALSE(headless::SoundIsOpen());
+        EXPECT_FALSE(SoundIsOpen());
     }
 }
 

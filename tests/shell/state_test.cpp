@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
+#include "shell_test.h"
 
 #include <functional>
-#include <string>
 
-#include "fresh.h"
-#include "host/headless/headless.h"
-#include "playback/layout.h"
-#include "playback/playback.h"
-#include "shell/shell.h"
 #include "shell/startup.h"
-#include "small_chart.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
 
@@ -80,7 +73,7 @@ void RunTo(uint64_t milliseconds) {
 
 // A fresh start, then the way into the state as a user would take it. The sound has begun in all but Idle.
 void Enter(State state, const std::string& chart) {
-    test::FreshProgram();
+    test::ShellTest::Fresh();
     ASSERT_EQ(StartUp(chart.c_str(), -1, -1), START_PLAY);
     if (state == kIdle) return;
     Key(VK_RETURN);
@@ -140,9 +133,9 @@ void CheckCell(const Event& event, State from, const std::string& chart) {
     }
 }
 
-TEST(State, EveryEventInEveryState) {
-    test::TempFolder folder;
-    const std::string chart = test::WriteChart(folder);
+class StateTest : public test::ShellTest {};
+
+TEST_F(StateTest, EveryEventInEveryState) {
     const Event events[] = {
         {"Space", [] { Key(VK_SPACE); }, {kSame, kPaused, kRunning, kSame, kSame}},
         {"1126", [] { Tell(WM_REMOTE_STOP); }, {kSame, kPaused, kSame, kSame, kSame}},
@@ -164,20 +157,18 @@ TEST(State, EveryEventInEveryState) {
          [] { InModal(headless::CancelFile(), 0); },
          {kSame, kRunning, kSame, kRunning, kSame}},
         {"file chosen",
-         [&] { InModal(headless::ChooseFile(folder.Path("song.bms")), 0); },
+         [&] { InModal(headless::ChooseFile(folder_.Path("song.bms")), 0); },
          {kRunning, kRunning, kRunning, kRunning, kRunning}},
         {"another key", [] { Key('A'); }, {kSame, kSame, kSame, kSame, kSame}},
     };
     for (const Event& event : events) {
-        for (const State from : {kIdle, kRunning, kPaused, kHeld, kEnded}) CheckCell(event, from, chart);
+        for (const State from : {kIdle, kRunning, kPaused, kHeld, kEnded}) CheckCell(event, from, chart_);
     }
 }
 
-TEST(State, TheChartsEnd) {
-    test::TempFolder folder;
-    const std::string chart = test::WriteChart(folder);
+TEST_F(StateTest, TheChartsEnd) {
     for (const State from : {kRunning, kHeld}) {
-        ASSERT_NO_FATAL_FAILURE(Enter(from, chart));
+        ASSERT_NO_FATAL_FAILURE(Enter(from, chart_));
         const Snapshot before = Take();
         RunTo(test::kChartEnd);
         const Snapshot after = Take();
@@ -191,13 +182,11 @@ TEST(State, TheChartsEnd) {
     }
 }
 
-TEST(State, TheClockOfAPauseIsExactAcrossItsWrap) {
-    test::TempFolder folder;
-    const std::string chart = test::WriteChart(folder);
-    test::FreshProgram();
+TEST_F(StateTest, TheClockOfAPauseIsExactAcrossItsWrap) {
+    Fresh();
     constexpr uint64_t kWrap = uint64_t{1} << 32;
     headless::SetClock((kWrap - 10'000) * kMs);
-    ASSERT_EQ(StartUp(chart.c_str(), -1, -1), START_PLAY);
+    ASSERT_EQ(StartUp(chart_.c_str(), -1, -1), START_PLAY);
     Key(VK_RETURN);
     EXPECT_EQ(g_dwStartTime, static_cast<uint32_t>(kWrap - 10'000));
     RunTo(7'000);
@@ -207,9 +196,9 @@ TEST(State, TheClockOfAPauseIsExactAcrossItsWrap) {
     EXPECT_EQ(g_dwStartTime, static_cast<uint32_t>(kWrap - 5'000));
 
     // A pause that begins when the clock shows 0 can be ended too.
-    test::FreshProgram();
+    Fresh();
     headless::SetClock((kWrap - 5'000) * kMs);
-    ASSERT_EQ(StartUp(chart.c_str(), -1, -1), START_PLAY);
+    ASSERT_EQ(StartUp(chart_.c_str(), -1, -1), START_PLAY);
     Key(VK_RETURN);
     RunTo(5'000);
     ASSERT_EQ(timeGetTime(), 0u);
