@@ -36,6 +36,10 @@ protected:
         const RECT source = {nLeft, nRows - nTop - nHeight, nLeft + nWidth, nRows - nTop};
         return m_display.DrawDibSlot(1, &dest, &source, 4);
     }
+    void ExpectLayer(const PixelValue& color) const {
+        for (int y = 0; y < kLayerSide; ++y)
+            for (int x = 0; x < kLayerSide; ++x) ASSERT_EQ(At(x, y), color(x, y)) << x << " " << y;
+    }
     uint32_t At(int x, int y) const { return directdraw_test::PixelAt(m_display.m_apParts[4], x, y); }
 
     TempFolder m_folder;

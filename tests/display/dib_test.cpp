@@ -1,6 +1,4 @@
 // What is read of a file, and what is refused.
-#include <fstream>
-
 #include "display/dib_support.h"
 #include "platform/gdi.h"
 
@@ -21,11 +19,7 @@ protected:
         return dib.m_pBits - dib.m_pData;
     }
     static std::string File(int nBits, uint32_t nHeader, uint32_t nUsed) {
-        BmpSpec spec;
-        spec.bits = nBits;
-        spec.header_size = nHeader;
-        spec.colors_used = nUsed;
-        return test::BmpHead(spec) + std::string(2000, 'x');
+        return test::BmpHead({1, 1, nBits, nHeader, 0, nUsed, {}, {}}) + std::string(2000, 'x');
     }
 };
 

@@ -22,6 +22,11 @@ protected:
             }
         }
     }
+    // There, with a new size on the way, which forgets what was shown.
+    void PlaceAnew(CDDraw* pDisplay, int x, int y) {
+        pDisplay->FitWindow(m_hWnd, x, y, kWidth, kHeight - 1);
+        pDisplay->FitWindow(m_hWnd, x, y, kWidth, kHeight);
+    }
     // The part of the window that lies on the desktop shows its own part of the back surface, the rest stays
     // black.
     static void ExpectShown(const RECT& seen) {
@@ -135,8 +140,7 @@ TEST_F(Display, PresentShowsWhatLiesOnTheDesktop) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.x << ", " << row.y);
-        display.FitWindow(m_hWnd, row.x, row.y, kWidth, kHeight - 1);
-        display.FitWindow(m_hWnd, row.x, row.y, kWidth, kHeight);  // a new size forgets what was shown
+        PlaceAnew(&display, row.x, row.y);
         EXPECT_EQ(display.Present(), 0);
         ExpectShown(row.seen);
     }
@@ -166,8 +170,7 @@ TEST_F(Display, PresentPutsTheWindowBackToItsSizeAndFollowsTheDesktop) {
     EXPECT_EQ(display.Present(), 0);
     ExpectShown({0, 0, 452, 280});
     headless::SetDesktop(400, 300);  // narrower than the window: the left edge's rule comes first
-    display.FitWindow(m_hWnd, -30, 5, kWidth, kHeight - 1);
-    display.FitWindow(m_hWnd, -30, 5, kWidth, kHeight);
+    PlaceAnew(&display, -30, 5);
     EXPECT_EQ(display.Present(), 0);
     EXPECT_EQ(headless::ShownPicture().pixels[30], 1u + 52u);
     EXPECT_EQ(headless::ShownPicture().pixels[29], 0u);
@@ -177,24 +180,22 @@ TEST_F(Display, Pacing) {
     CDDraw display;
     ASSERT_EQ(display.Init(m_hWnd, 300, 200, kWidth, kHeight), 0);
     const struct {
-        DWORD nPassed, nSlept,
-            nStamp;  // ms: since the last present; of the clock; the stamp kept, after the last
-    } rows[] = {
-        {0, 15, 0},
-        {1, 14, 1},
-        {5, 10, 5},
-        {10, 5, 10},
-        {11, 4, 11},
-        {12, 4, 16},
-        {13, 3, 16},
-        {14, 2, 16},
-        {15, 0, 15},
-        {16, 0, 16},
-        {17, 0, 17},
-        {1000, 0, 1000},
-        {0x80000000u, 0, 0x80000000u},
-        {0xFFFFFFF0u, 0, 0xFFFFFFF0u},
-    };
+        // ms: since the last present; of the clock; the stamp kept, after the last
+        DWORD nPassed, nSlept, nStamp;
+    } rows[] = {{0, 15, 0},
+                {1, 14, 1},
+                {5, 10, 5},
+                {10, 5, 10},
+                {11, 4, 11},
+                {12, 4, 16},
+                {13, 3, 16},
+                {14, 2, 16},
+                {15, 0, 15},
+                {16, 0, 16},
+                {17, 0, 17},
+                {1000, 0, 1000},
+                {0x80000000u, 0, 0x80000000u},
+                {0xFFFFFFF0u, 0, 0xFFFFFFF0u}};
     for (const auto& row : rows) {
         headless::AdvanceClock(10'000'000);  // whole milliseconds, and no readings yet
         const uint64_t nBefore = headless::Clock();

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <vector>
 
 #include "platform/directdraw.h"
@@ -50,6 +51,16 @@ protected:
         return pSurface;
     }
 
+    static void Expect(IDirectDrawSurface7* pSurface, int nWidth, int nHeight,
+                       const std::function<uint32_t(int, int)>& color) {
+        for (int y = 0; y < nHeight; ++y)
+            for (int x = 0; x < nWidth; ++x) ASSERT_EQ(PixelAt(pSurface, x, y), color(x, y)) << x << " " << y;
+    }
+    static HRESULT Fill(IDirectDrawSurface7* pSurface, const RECT* pRect, DWORD dwColor) {
+        DDBLTFX fx = {sizeof(DDBLTFX), dwColor};
+        return pSurface->Blt(pRect, nullptr, nullptr, DDBLT_COLORFILL | DDBLT_WAIT, &fx);
+    }
+
     int m_nLive = 0;  // objects of others
     IDirectDraw7* m_pDD = nullptr;
     std::vector<IDirectDrawSurface7*> m_surfaces;
@@ -60,13 +71,9 @@ TEST_F(Surfaces, CopiesTheRectangleAndNothingElse) {
     IDirectDrawSurface7* pFrom = Make(20, 20, true);
     const RECT rect = {3, 4, 12, 9};
     EXPECT_EQ(pTo->BltFast(31, 25, pFrom, &rect, kPlain), DD_OK);  // up to the corner
-    for (int y = 0; y < 30; ++y) {
-        for (int x = 0; x < 40; ++x) {
-            const bool bIn = x >= 31 && y >= 25;
-            const uint32_t nExpected = bIn ? static_cast<uint32_t>(1 + (x - 28) + 256 * (y - 21)) : 0u;
-            ASSERT_EQ(PixelAt(pTo, x, y), nExpected) << x << " " << y;
-        }
-    }
+    Expect(pTo, 40, 30, [](int x, int y) {
+        return x >= 31 && y >= 25 ? static_cast<uint32_t>(1 + (x - 28) + 256 * (y - 21)) : 0u;
+    });
 }
 
 TEST_F(Surfaces, WhatSticksOutOrIsEmptyIsRefusedWhole) {
@@ -108,14 +115,10 @@ TEST_F(Surfaces, KeyedCopyLeavesTheKeyOut) {
     const DDCOLORKEY black = {0, 0}, other = {1 + 5 + 256 * 2, 1 + 5 + 256 * 2}, range = {0, 7};
     EXPECT_EQ(pFrom->SetColorKey(DDCKEY_SRCBLT, &range), DDERR_UNSUPPORTED);
     EXPECT_EQ(pFrom->SetColorKey(DDCKEY_SRCBLT, &black), DD_OK);
-    DDBLTFX fx = {};
-    fx.dwSize = sizeof fx;
-    fx.dwFillColor = 0xFF777777;
-    EXPECT_EQ(pTo->Blt(nullptr, nullptr, nullptr, DDBLT_COLORFILL | DDBLT_WAIT, &fx), DD_OK);
+    EXPECT_EQ(Fill(pTo, nullptr, 0xFF777777), DD_OK);
     EXPECT_EQ(pTo->BltFast(0, 0, pFrom, nullptr, kKeyed), DD_OK);
-    for (int y = 0; y < 20; ++y)
-        for (int x = 0; x < 64; ++x)
-            ASSERT_EQ(PixelAt(pTo, x, y), (x + y) % 3 ? static_cast<uint32_t>(1 + x + 256 * y) : 0x777777u);
+    Expect(pTo, 64, 20,
+           [](int x, int y) { return (x + y) % 3 ? static_cast<uint32_t>(1 + x + 256 * y) : 0x777777u; });
     EXPECT_EQ(pFrom->SetColorKey(DDCKEY_SRCBLT, &other), DD_OK);
     EXPECT_EQ(pTo->BltFast(0, 0, pFrom, nullptr, kKeyed), DD_OK);
     EXPECT_EQ(PixelAt(pTo, 5, 2), 0x000206u);  // kept from before
@@ -141,16 +144,13 @@ TEST(SurfaceCopy, EveryWidthAndOffsetOfAKeyedCopy) {
 
 TEST_F(Surfaces, FillsARectangleAndRefusesOtherBlts) {
     IDirectDrawSurface7* pTo = Make(10, 10, false);
-    DDBLTFX fx = {};
-    fx.dwSize = sizeof fx;
-    fx.dwFillColor = 0x12345678;
     const RECT rect = {2, 3, 4, 5}, outside = {2, 3, 4, 11};
-    EXPECT_EQ(pTo->Blt(&rect, nullptr, nullptr, DDBLT_COLORFILL, &fx), DD_OK);
-    EXPECT_EQ(PixelAt(pTo, 2, 3), 0x345678u);  // the fourth byte is no colour
-    EXPECT_EQ(PixelAt(pTo, 3, 4), 0x345678u);
-    EXPECT_EQ(PixelAt(pTo, 4, 4), 0u);
-    EXPECT_EQ(PixelAt(pTo, 1, 3), 0u);
-    EXPECT_EQ(pTo->Blt(&outside, nullptr, nullptr, DDBLT_COLORFILL, &fx), DDERR_INVALIDRECT);
+    EXPECT_EQ(Fill(pTo, &rect, 0x12345678), DD_OK);
+    Expect(pTo, 10, 10, [](int x, int y) {  // the fourth byte is no colour
+        return (x == 2 || x == 3) && (y == 3 || y == 4) ? 0x345678u : 0u;
+    });
+    EXPECT_EQ(Fill(pTo, &outside, 0x12345678), DDERR_INVALIDRECT);
+    DDBLTFX fx = {sizeof(DDBLTFX), 0};
     EXPECT_EQ(pTo->Blt(nullptr, nullptr, nullptr, DDBLT_WAIT, &fx), DDERR_UNSUPPORTED);
     EXPECT_EQ(pTo->Blt(nullptr, Make(2, 2, true), nullptr, DDBLT_COLORFILL, &fx), DDERR_UNSUPPORTED);
     EXPECT_EQ(pTo->Blt(nullptr, nullptr, nullptr, DDBLT_COLORFILL, nullptr), DDERR_INVALIDPARAMS);
@@ -221,13 +221,9 @@ TEST_F(Surfaces, ABitmapOfTheProgramComesThroughAMemoryContext) {
     EXPECT_EQ(DeleteDC(hMemory), 1);
     pTo->ReleaseDC(hDest);
     EXPECT_EQ(DeleteObject(hBitmap), 1);
-    for (int y = 0; y < 5; ++y) {
-        for (int x = 0; x < 5; ++x) {
-            const bool bIn = x < 4 && y >= 1 && y < 4;  // source columns 2..5, rows 1..3
-            ASSERT_EQ(PixelAt(pTo, x, y), bIn ? static_cast<uint32_t>(0x100 + y * 6 + x + 2) : 0u)
-                << x << " " << y;
-        }
-    }
+    Expect(pTo, 5, 5, [](int x, int y) {  // source columns 2..5, rows 1..3
+        return x < 4 && y >= 1 && y < 4 ? static_cast<uint32_t>(0x100 + y * 6 + x + 2) : 0u;
+    });
 }
 
 }  // namespace

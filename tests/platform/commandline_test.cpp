@@ -52,6 +52,8 @@ TEST_F(CommandLine, Rows) {
         {{"sub\\x.bms"}, "\"" + name + "\\sub\\x.bms\""},
         {{"-M", "1.5", "song.bms"}, "-M \"" + name + "\\1.5 song.bms\""},
         {{"song.bms", "-P"}, "\"" + name + "\\song.bms -P\""},
+        {{"/etc"}, "\"\\etc\""},  // a slash before what is there is a path
+        {{"/no-such-file-here"}, "/no-such-file-here"},
         {{"/no/such/file.bms"}, "\"\\no\\such\\file.bms\""},
         {{"-N3", native + "/a b.bms"}, "-N3 \"" + name + "\\a b.bms\""},
         {{name + "\\a b.bms"}, "\"" + name + "\\a b.bms\""},
@@ -62,11 +64,6 @@ TEST_F(CommandLine, Rows) {
         {{"\xE3\x81\x82.bms"}, "\"" + name + "\\\xE3\x81\x82.bms\""},
     };
     for (const auto& row : kRows) EXPECT_EQ(Line(row.arguments), row.line);
-}
-
-TEST_F(CommandLine, ASlashBeforeAnExistingFileIsAPath) {
-    EXPECT_EQ(Line({"/etc"}), "\"\\etc\"");
-    EXPECT_EQ(Line({"/no-such-file-here"}), "/no-such-file-here");
 }
 
 // The system's own treatment of the name: at most 260 bytes, one quote off each end.
@@ -119,20 +116,15 @@ TEST_F(CommandLine, PathsOfAnyLength) {
 }
 
 // The system cuts the folder off at the last `\`, which is a byte of a name here.
-TEST_F(CommandLine, ABackslashInAFoldersName) {
-    const std::string chart = folder.Path("odd\\folder/song.bms");
-    folder.Write("odd\\folder/song.bms", "x");
+TEST_F(CommandLine, ABackslashInANameOrItsFolders) {
     folder.Write("odd\\folder/sound.wav", "x");
-    const std::string taken = TakenBySystem(Line({chart}));
-    EXPECT_TRUE(CanOpen(taken)) << taken;
-    EXPECT_TRUE(CanOpen(taken.substr(0, taken.rfind('\\') + 1) + "sound.wav")) << taken;
-}
-
-TEST_F(CommandLine, ABackslashInTheNameOfADeepFile) {
-    const std::string name = "back\\slash.bms", deep = std::string(190, 'd') + "/";
-    folder.Write(deep + name, "x");
-    const std::string taken = TakenBySystem(Line({folder.Path(deep + name)}));
-    EXPECT_TRUE(CanOpen(taken)) << taken;
+    for (const std::string& name :
+         {std::string("odd\\folder/song.bms"), std::string(190, 'd') + "/back\\slash.bms"}) {
+        const std::string taken = TakenBySystem(Line({folder.Write(name, "x")}));
+        EXPECT_TRUE(CanOpen(taken)) << taken;
+        if (name[0] == 'o')
+            EXPECT_TRUE(CanOpen(taken.substr(0, taken.rfind('\\') + 1) + "sound.wav")) << taken;
+    }
 }
 
 TEST_F(CommandLine, DeeperThanAnyPath) {

@@ -30,6 +30,12 @@ protected:
         open.lpstrDefExt = "BMS";
     }
     void TearDown() override { std::filesystem::current_path(before); }
+    // Where a dialog begins, which is then cancelled.
+    std::string Beginning() {
+        At(0, CancelFile());
+        EXPECT_FALSE(GetOpenFileNameA(&open));
+        return FileDialogs().empty() ? "no dialog" : FileDialogs().back().folder;
+    }
     OPENFILENAME open{};
     char szFile[260] = "";
     TempFolder folder;
@@ -72,9 +78,7 @@ TEST_F(Dialog, GivesTheChosenFile) {
     EXPECT_EQ(dialog.filter.name, "BMS(BME)File(*.bms|*.bme)");
     EXPECT_EQ(dialog.filter.patterns, "*.bms;*.bme");
     EXPECT_EQ(dialog.folder, "");
-    At(20, CancelFile());
-    EXPECT_FALSE(GetOpenFileNameA(&open));
-    EXPECT_EQ(FileDialogs()[1].folder, folder.Path());
+    EXPECT_EQ(Beginning(), folder.Path());
 }
 
 TEST_F(Dialog, ADefaultExtensionForATypedName) {
@@ -109,8 +113,7 @@ TEST_F(Dialog, LongPathsAreHandedOverFromTheirFolder) {
     std::string deep = folder.Path();
     for (int i = 0; i < 9; ++i) deep += "/" + std::string(100, static_cast<char>('a' + i));
     std::filesystem::create_directories(deep);
-    const std::string name(251, 'n');
-    for (const std::string& file : {std::string("x.bms"), name + ".bms"}) {
+    for (const std::string& file : {std::string("x.bms"), std::string(251, 'n') + ".bms"}) {
         std::ofstream(deep + "/" + file) << "chart";
         At(0, ChooseFile(deep + "/" + file));
         ASSERT_TRUE(GetOpenFileNameA(&open));
@@ -119,13 +122,9 @@ TEST_F(Dialog, LongPathsAreHandedOverFromTheirFolder) {
         EXPECT_NE(pFile, nullptr);
         FileClose(pFile);
     }
-    At(0, CancelFile());
-    EXPECT_FALSE(GetOpenFileNameA(&open));
-    EXPECT_EQ(FileDialogs()[2].folder, deep);
+    EXPECT_EQ(Beginning(), deep);
     RememberOpenedFile(".\\x.bms");
-    At(0, CancelFile());
-    EXPECT_FALSE(GetOpenFileNameA(&open));
-    EXPECT_EQ(FileDialogs()[3].folder, deep);
+    EXPECT_EQ(Beginning(), deep);
 }
 
 TEST_F(Dialog, ADroppedFileAnswersOnce) {
@@ -134,17 +133,13 @@ TEST_F(Dialog, ADroppedFileAnswersOnce) {
     ASSERT_TRUE(GetOpenFileNameA(&open));
     EXPECT_EQ(szFile, TempFolder::Backslashes(path));
     EXPECT_TRUE(FileDialogs().empty());
-    At(0, CancelFile());
-    EXPECT_FALSE(GetOpenFileNameA(&open));
-    EXPECT_EQ(FileDialogs().size(), 1u);
+    EXPECT_EQ(Beginning(), folder.Path());
 }
 
 TEST_F(Dialog, RemembersTheFolderOfAName) {
     folder.Write("Songs/\xE8\xA1\xA8.bms", "chart");
     RememberOpenedFile(TempFolder::Backslashes(folder.Path("songs/\x95\x5C.BMS")).c_str());
-    At(0, CancelFile());
-    EXPECT_FALSE(GetOpenFileNameA(&open));
-    EXPECT_EQ(FileDialogs()[0].folder, folder.Path("Songs"));
+    EXPECT_EQ(Beginning(), folder.Path("Songs"));
 }
 
 TEST_F(Dialog, AQuitClosesWhatIsOpenAndWhatComes) {

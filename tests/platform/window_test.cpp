@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <sstream>
 
 #include "platform/dialog.h"
 #include "platform/resources.h"
@@ -31,6 +31,12 @@ LRESULT Record(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam) {
         g_got.back().wparam = reinterpret_cast<const WINDOWPOS*>(lParam)->flags;
     if (g_on_message) g_on_message(hWnd, nMessage);
     return DefWindowProcA(hWnd, nMessage, wParam, lParam);
+}
+
+std::string Edges(const RECT& r) {
+    std::ostringstream out;
+    out << r.left << ' ' << r.top << ' ' << r.right << ' ' << r.bottom;
+    return out.str();
 }
 
 class WindowTest : public testing::Test {
@@ -127,20 +133,15 @@ TEST_F(WindowTest, PlaceCountsTheFrame) {
     const HWND hWnd = Open();
     RECT rect{0, 0, 452, 280};
     ASSERT_TRUE(AdjustWindowRectEx(&rect, 0, 0, 0));
-    EXPECT_EQ(rect.left, -4);
-    EXPECT_EQ(rect.top, -20);
-    EXPECT_EQ(rect.right, 456);
-    EXPECT_EQ(rect.bottom, 286);
+    EXPECT_EQ(Edges(rect), "-4 -20 456 286");
     const int nWidth = rect.right - rect.left, nHeight = rect.bottom - rect.top;
     g_got.clear();
     EXPECT_TRUE(SetWindowPos(hWnd, HWND_TOPMOST, 10, -7, nWidth, nHeight, SWP_SHOWWINDOW));
     EXPECT_EQ(g_got, (Messages{{WM_WINDOWPOSCHANGING, SWP_SHOWWINDOW, 0}}));
     EXPECT_TRUE(GetWindowRect(hWnd, &rect));
-    EXPECT_EQ(rect.left, 10);
-    EXPECT_EQ(rect.top, -7);
+    EXPECT_EQ(Edges(rect), "10 -7 470 299");
     EXPECT_TRUE(GetClientRect(hWnd, &rect));
-    EXPECT_EQ(rect.right, 452);
-    EXPECT_EQ(rect.bottom, 280);
+    EXPECT_EQ(Edges(rect), "0 0 452 280");
     POINT point{1, 2};
     EXPECT_TRUE(ClientToScreen(hWnd, &point));
     EXPECT_EQ(point.x, 15);
@@ -264,22 +265,15 @@ TEST_F(WindowTest, SystemMenu) {
     ASSERT_EQ(Menus().size(), 1u);
     EXPECT_EQ(Menus()[0].x, -5);
     EXPECT_EQ(Menus()[0].y, 300);
-    const std::vector<std::pair<int, std::string>> kItems = {
-        {0xF020, "Mi&nimize"}, {0xF060, "&Close"}, {0, ""}, {256, "&About..."}, {257, "&Load"}};
-    ASSERT_EQ(Menus()[0].items.size(), kItems.size());
-    for (size_t i = 0; i < kItems.size(); ++i) {
-        EXPECT_EQ(Menus()[0].items[i].id, kItems[i].first);
-        EXPECT_EQ(Menus()[0].items[i].text, kItems[i].second);
-    }
-    AddScript({{30, WantMenu()}, {40, ChooseMenu(0xF020)}});
-    SetClock(kClockOrigin + 30'000'000);
+    std::ostringstream items;
+    for (const host::MenuItem& shown : Menus()[0].items) items << shown.id << shown.text << ' ';
+    EXPECT_EQ(items.str(), "61472Mi&nimize 61536&Close 0 256&About... 257&Load ");
+    AddScript({{Now(), WantMenu()}, {Now() + 10, ChooseMenu(0xF020)}});
     Serve();
     EXPECT_TRUE(TheWindow().minimized);
-    AddScript({{50, WantMenu()}, {60, Key(27)}});
-    SetClock(kClockOrigin + 50'000'000);
+    AddScript({{Now(), WantMenu()}, {Now() + 10, Key(27)}});
     EXPECT_EQ(Serve().back().message, WM_EXITMENULOOP);
-    AddScript({{70, WantMenu()}, {80, ChooseMenu(0xF060)}});
-    SetClock(kClockOrigin + 70'000'000);
+    AddScript({{Now(), WantMenu()}, {Now() + 10, ChooseMenu(0xF060)}});
     EXPECT_EQ(Serve().back().message, WM_DESTROY);
     EXPECT_TRUE(Faults().empty());
 }

@@ -31,11 +31,11 @@ std::string ShownRate(const Frame& frame) {
     static const Bitmap skin(DrawSkin, SCREEN_WIDTH, SCREEN_HEIGHT);
     std::string text = "???";
     for (int place = 0; place < 3; ++place) {
-        const int x = RATE_X + CHAR_STEP * place;
+        const int x = 433 + 6 * place, y = 270;
         for (int digit = 0; digit < 10; ++digit)
-            if (atlas.ShowsAt(frame, x, RATE_Y, SPRITE_DIGIT[digit])) text[place] = "0123456789"[digit];
-        const RECT digit = {x, RATE_Y, x + 6, RATE_Y + 9};
-        if (skin.ShowsAt(frame, x, RATE_Y, digit)) text[place] = ' ';
+            if (atlas.ShowsAt(frame, x, y, SPRITE_DIGIT[digit])) text[place] = "0123456789"[digit];
+        const RECT digit = {x, y, x + 6, y + 9};
+        if (skin.ShowsAt(frame, x, y, digit)) text[place] = ' ';
     }
     return text;
 }
