@@ -44,7 +44,8 @@ TEST_F(DibFormat, IndexedWithWholeAndSmallPalettes) {
         for (uint32_t nUsed : {0u, 1u, 2u, 5u, 300u}) {
             for (const Size& size : kSizes) {
                 const uint32_t nColors = 1u << nBits, nEntries = nUsed ? nUsed : nColors;
-                BmpSpec spec{size.nWidth, size.nHeight, nBits, 40, 0, nUsed, {}, {}};
+                BmpSpec spec{
+                    .width = size.nWidth, .height = size.nHeight, .bits = nBits, .colors_used = nUsed};
                 for (uint32_t i = 0; i < nEntries; ++i)
                     spec.palette.push_back((0x010203 + i * 0x050709) & 0xFFFFFF);
                 const auto index = [=](int x, int y) { return Hash(x, y) >> 13 & (nColors - 1); };
@@ -60,7 +61,7 @@ TEST_F(DibFormat, IndexedWithWholeAndSmallPalettes) {
 TEST_F(DibFormat, CoreHeaders) {
     for (int nBits : {1, 4, 8, 24}) {
         for (uint32_t nHeader : {12u, 39u}) {
-            BmpSpec spec{255, 60, nBits, nHeader, 0, 0, {}, {}};
+            BmpSpec spec{.width = 255, .height = 60, .bits = nBits, .header_size = nHeader};
             for (uint32_t i = 0; nBits <= 8 && i < 1u << nBits; ++i)
                 spec.palette.push_back((0xFFFEFD - i * 0x030201) & 0xFFFFFF);
             const auto value = [=](int x, int y) {
@@ -77,8 +78,8 @@ TEST_F(DibFormat, TrueColour) {
     for (int nBits : {24, 32}) {
         for (uint32_t nHeader : {40u, 56u, 124u}) {  // longer ones count as 40
             for (const Size& size : kSizes)
-                Expect({size.nWidth, size.nHeight, nBits, nHeader, 0, 0, {}, {}}, Hash,
-                       [](int x, int y) { return Hash(x, y) & 0xFFFFFF; });
+                Expect({.width = size.nWidth, .height = size.nHeight, .bits = nBits, .header_size = nHeader},
+                       Hash, [](int x, int y) { return Hash(x, y) & 0xFFFFFF; });
         }
     }
 }
@@ -93,7 +94,7 @@ uint32_t FiveOfEach(uint32_t v) {
 
 TEST_F(DibFormat, SixteenBitsWithoutMasksHaveFiveOfEachColour) {
     for (const Size& size : kSizes)
-        Expect({size.nWidth, size.nHeight, 16, 40, 0, 0, {}, {}}, Hash,
+        Expect({.width = size.nWidth, .height = size.nHeight, .bits = 16}, Hash,
                [](int x, int y) { return FiveOfEach(Hash(x, y)); });
 }
 
@@ -126,14 +127,19 @@ TEST_F(DibFormat, Masks) {
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "mask " << std::hex << row.masks[0]);
         for (uint32_t nHeader : {40u, 108u})
-            Expect({255, 99, row.nBits, nHeader, 3, 0, {}, row.masks}, Hash,
-                   [&](int x, int y) { return row.pfnColor(Hash(x, y)); });
+            Expect({.width = 255,
+                    .height = 99,
+                    .bits = row.nBits,
+                    .header_size = nHeader,
+                    .compression = 3,
+                    .masks = row.masks},
+                   Hash, [&](int x, int y) { return row.pfnColor(Hash(x, y)); });
     }
 }
 
 // A run-length file of 16 colours whose entry i is 0x111111 * i, or of 256 whose entry i is 0x010101 * i.
 std::string MakeRuns(int nBits, int nWidth, int nHeight, const std::vector<int>& codes) {
-    BmpSpec spec{nWidth, nHeight, nBits, 40, nBits == 8 ? 1u : 2u, 0, {}, {}};
+    BmpSpec spec{.width = nWidth, .height = nHeight, .bits = nBits, .compression = nBits == 8 ? 1u : 2u};
     for (uint32_t i = 0; i < 1u << nBits; ++i) spec.palette.push_back(i * (nBits == 8 ? 0x010101 : 0x111111));
     std::string out = test::BmpHead(spec);
     for (int nCode : codes) out.push_back(static_cast<char>(nCode));
@@ -208,7 +214,7 @@ TEST_F(DibFormat, FormatsThatCannotBeDrawnStayBlank) {
     } rows[] = {{0, 0}, {2, 0},  {3, 0}, {15, 0}, {48, 0}, {64, 0}, {0xFFFF, 0},     {8, 2},
                 {4, 1}, {24, 3}, {8, 3}, {24, 4}, {24, 5}, {32, 6}, {24, 0xFFFFFFFF}};
     for (const auto& row : rows) {
-        const BmpSpec spec{1, 1, row.nBits, 40, row.nCompression, 0, {}, {}};
+        const BmpSpec spec{.bits = row.nBits, .compression = row.nCompression};
         ASSERT_EQ(Load(test::BmpHead(spec) + std::string(3000, 'x')), 0);
         EXPECT_EQ(Draw(0, 0, 0, 0, 1, 1), 0);
         EXPECT_EQ(At(0, 0), 0u) << row.nBits << " " << row.nCompression;
@@ -216,7 +222,7 @@ TEST_F(DibFormat, FormatsThatCannotBeDrawnStayBlank) {
 }
 
 TEST_F(DibFormat, WhatLiesOutsideDrawsNothing) {
-    const BmpSpec spec{20, 10, 24, 40, 0, 0, {}, {}};
+    const BmpSpec spec{.width = 20, .height = 10};
     ASSERT_EQ(Load(MakeBmp(spec, [](int x, int y) { return static_cast<uint32_t>(1 + x + y * 256); })), 0);
     const struct {
         int x, y, nLeft, nTop, nWidth, nHeight;

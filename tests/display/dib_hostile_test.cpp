@@ -20,7 +20,12 @@ TEST_F(HostileDib, TruncatedAtEveryLength) {
                           {16, 40, 0, {}}, {24, 40, 0, {}}, {32, 40, 0, {}},
                           {24, 12, 0, {}}, {4, 12, 0, {}},  {16, 40, 3, {0xF800, 0x07E0, 0x001F}}};
     for (const Kind& kind : kinds) {
-        BmpSpec spec{9, 6, kind.nBits, kind.nHeader, kind.nCompression, 0, {}, kind.masks};
+        BmpSpec spec{.width = 9,
+                     .height = 6,
+                     .bits = kind.nBits,
+                     .header_size = kind.nHeader,
+                     .compression = kind.nCompression,
+                     .masks = kind.masks};
         for (uint32_t i = 0; kind.nBits <= 8 && i < 1u << kind.nBits; ++i)
             spec.palette.push_back(0xFFFFFF - i);
         const std::string whole =
@@ -50,7 +55,8 @@ TEST_F(HostileDib, SizesThatTheFileCannotHold) {
         for (uint32_t nUsed : {0u, 0x3FFFFFFFu}) {
             for (int nWidth : sizes) {
                 for (int nHeight : sizes) {
-                    const BmpSpec spec{nWidth, nHeight, nBits, 40, 0, nUsed, {}, {}};
+                    const BmpSpec spec{
+                        .width = nWidth, .height = nHeight, .bits = nBits, .colors_used = nUsed};
                     ASSERT_EQ(Load(test::BmpHead(spec) + std::string(60, '\x77')), 0);
                     const RECT near = {0, 0, 256, 256};
                     const RECT far = {INT_MIN, INT_MIN, INT_MIN + 256, INT_MIN + 256};
@@ -70,7 +76,7 @@ TEST_F(HostileDib, SizesThatTheFileCannotHold) {
 
 TEST_F(HostileDib, ATallPictureOfWhichTheFileHoldsTheLastRows) {
     // Stored from the bottom, so what is there is the picture's lower end.
-    const BmpSpec spec{4, 2000000000, 32, 40, 0, 0, {}, {}};
+    const BmpSpec spec{.width = 4, .height = 2000000000, .bits = 32};
     ASSERT_EQ(Load(test::BmpHead(spec) + std::string(4 * 4 * 3, '\x11')), 0);
     const RECT rect = {0, 0, 4, 5};
     ASSERT_EQ(m_display.DrawDibSlot(1, &rect, &rect, 4), 0);

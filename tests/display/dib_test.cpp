@@ -19,7 +19,8 @@ protected:
         return dib.m_pBits - dib.m_pData;
     }
     static std::string File(int nBits, uint32_t nHeader, uint32_t nUsed) {
-        return test::BmpHead({1, 1, nBits, nHeader, 0, nUsed, {}, {}}) + std::string(2000, 'x');
+        return test::BmpHead({.bits = nBits, .header_size = nHeader, .colors_used = nUsed}) +
+               std::string(2000, 'x');
     }
 };
 

@@ -46,8 +46,8 @@ TEST_F(Frame, NotesAreSeenFromLine1To269) {
     EXPECT_EQ(FrameAt(735, "white"), "");
     EXPECT_EQ(FrameAt(736, "white"), "white 28,1\n");
     EXPECT_EQ(FrameAt(999, "white"), "white 28,264\n");
-    EXPECT_EQ(FrameAt(1004, "white"),
-              "white 28,269\n");  // not done before: drawn in the frame in which it fires
+    // Not done before: drawn in the frame in which it fires.
+    EXPECT_EQ(FrameAt(1004, "white"), "white 28,269\n");
     EXPECT_TRUE(g_pNoteList[0].bDone);
     EXPECT_EQ(FrameAt(1004, "white"), "");
     Start(kPixel + "#00011:01\n#00102:1\n");

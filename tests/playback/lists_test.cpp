@@ -46,18 +46,11 @@ TEST_F(Lists, AreCopiesInTheOrderOfTheChart) {
 }
 
 TEST_F(Lists, RoundHalvesUpAndHoldTheEnds) {
-    const struct {
-        double time;
-        int32_t rounded;
-    } rows[] = {{1000.5, 1001},
-                {1000.49, 1000},
-                {1000.0, 1000},
-                {1e300, INT32_MAX},
-                {HUGE_VAL, INT32_MAX},
-                {2147483646.6, INT32_MAX},
-                {2147483646.4, 2147483646},
-                {std::nan(""), INT32_MAX}};
-    for (const auto& row : rows) EXPECT_EQ(RoundTime(row.time), row.rounded) << row.time;
+    EXPECT_EQ(RoundTime(1000.5), 1001);
+    for (double time : {1000.49, 1000.0}) EXPECT_EQ(RoundTime(time), 1000) << time;
+    EXPECT_EQ(RoundTime(2147483646.4), 2147483646);
+    for (double time : {2147483646.6, 1e300, HUGE_VAL, std::nan("")})
+        EXPECT_EQ(RoundTime(time), INT32_MAX) << time;
     EXPECT_EQ(TruncToInt(-1.9), -1);
     EXPECT_EQ(TruncToInt(-1e300), INT32_MIN);
     EXPECT_EQ(TruncToInt(std::nan("")), 0);
@@ -77,8 +70,8 @@ TEST_F(Lists, SeekPutsEveryRecordOnItsSide) {
         {3, 0, 6482, "11 1 110 1 11100", {2, 1, 2, 1, 3}, 240.0, "tempo 1"},
         {4, 0, 6982, "11 1 111 1 11110", {2, 1, 3, 1, 4}, 240.0, "tempo 1"},
         {2, 0, 5482, "11 1 000 0 11000", {2, 1, 0, 0, 2}, 240.0, "tempo 1"},
-        {5, 1, 77, "11 1 000 0 11000", {2, 1, 0, 0, 2}, 240.0, "tempo 1"},  // no such measure: nothing
-                                                                            // changes
+        // No such measure: nothing changes.
+        {5, 1, 77, "11 1 000 0 11000", {2, 1, 0, 0, 2}, 240.0, "tempo 1"},
         {1001, 1, 77, "11 1 000 0 11000", {2, 1, 0, 0, 2}, 240.0, "tempo 1"},
         {-7, 0, 0, "00 0 000 0 00000", {0, 0, 0, 0, 0}, 120.0, "bar 0"},
     };

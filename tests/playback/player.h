@@ -48,20 +48,13 @@ protected:
         recorder::Take();
     }
 
-    // Composes the frame at that chart time in ms; what it drew and played, one call to a line.
-    std::string FrameAt(int32_t time) {
+    // Composes the frame at that chart time in ms; what it drew and played, one call to a line, or of that
+    // only the lines that begin with the word.
+    std::string FrameAt(int32_t time, const std::string& word = "") {
         const uint32_t stamp = static_cast<uint32_t>(time - g_dwSeekTime) + g_dwStartTime;
         headless::SetClock(uint64_t{stamp} * 1'000'000);
         PlayFrame();
-        return recorder::Take();
-    }
-
-    // The same, of which only the lines that begin with the word.
-    std::string FrameAt(int32_t time, const std::string& word) {
-        const uint32_t stamp = static_cast<uint32_t>(time - g_dwSeekTime) + g_dwStartTime;
-        headless::SetClock(uint64_t{stamp} * 1'000'000);
-        PlayFrame();
-        return recorder::TakeOnly(word);
+        return word.empty() ? recorder::Take() : recorder::TakeOnly(word);
     }
 
     std::unique_ptr<CBMS> chart_;

@@ -43,10 +43,8 @@ protected:
     void TearDown() override { test::ResetProgram(); }
 
     void LoadPicture(int nWidth, int nHeight, int nSlot = 1) {
-        test::BmpSpec spec;
-        spec.width = nWidth;
-        spec.height = nHeight;
-        const std::string path = m_folder.Write("picture.bmp", test::MakeBmp(spec, PixelOf));
+        const std::string bytes = test::MakeBmp({.width = nWidth, .height = nHeight}, PixelOf);
+        const std::string path = m_folder.Write("picture.bmp", bytes);
         ASSERT_EQ(g_pDDraw->LoadDib(path.c_str(), nSlot), 0);
     }
     static void Fire(int32_t nChannel, void* pObject) {

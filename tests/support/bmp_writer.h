@@ -17,8 +17,8 @@ struct BmpSpec {
     uint32_t header_size = 40;  // below 40: a core header
     uint32_t compression = 0;
     uint32_t colors_used = 0;
-    std::vector<uint32_t> palette;  // 0xRRGGBB entries as they stand in the file, as many as there are
-    std::vector<uint32_t> masks;    // behind the header, with compression 3
+    std::vector<uint32_t> palette = {};  // 0xRRGGBB entries as they stand in the file, as many as there are
+    std::vector<uint32_t> masks = {};    // behind the header, with compression 3
 };
 
 inline void Put(std::string* out, uint32_t value, int bytes) {
