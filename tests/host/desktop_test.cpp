@@ -5,9 +5,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
 
 #include "host/desktop/copies.h"
 #include "host/desktop/copy_folder.h"
@@ -15,6 +13,7 @@
 #include "host/desktop/file_list.h"
 #include "host/desktop/main_window.h"
 #include "host/host.h"
+#include "support/tempfolder.h"
 
 using namespace host;
 using namespace host::desktop;
@@ -24,18 +23,12 @@ namespace {
 class Copies : public testing::Test {
 protected:
     void SetUp() override {
-        char name[] = "/tmp/lumXXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        m_folder = name;
-        setenv("XDG_RUNTIME_DIR", name, 1);
+        setenv("XDG_RUNTIME_DIR", m_folder.Path().c_str(), 1);
         setenv("DISPLAY", ":7.0", 1);
     }
-    void TearDown() override {
-        WithdrawCopy();
-        EXPECT_EQ(std::system(("rm -r " + m_folder).c_str()), 0);
-    }
+    void TearDown() override { WithdrawCopy(); }
 
-    std::string Mine() const { return m_folder + "/lumetra-7"; }
+    std::string Mine() const { return m_folder.Path("lumetra-7"); }
     // Of this process, which ListCopies leaves out.
     static uint64_t OwnId() { return static_cast<uint64_t>(getpid()); }
 
@@ -50,7 +43,7 @@ protected:
         return numbers;
     }
 
-    std::string m_folder;
+    test::TempFolder m_folder;
 };
 
 // A socket that somebody bound and left.
@@ -154,13 +147,13 @@ TEST_F(Copies, FoldersThatAreNotPrivateAreNotUsed) {
         EXPECT_TRUE(ReadCopyFolder(Mine()).empty());
         ASSERT_EQ(rmdir(Mine().c_str()), 0);
     }
-    ASSERT_EQ(mkdir((m_folder + "/other").c_str(), 0700), 0);
-    ASSERT_EQ(symlink((m_folder + "/other").c_str(), Mine().c_str()), 0);
+    ASSERT_EQ(mkdir(m_folder.Path("other").c_str(), 0700), 0);
+    ASSERT_EQ(symlink(m_folder.Path("other").c_str(), Mine().c_str()), 0);
     EXPECT_FALSE(AnnounceCopy("Lumetra_ZN"));
     EXPECT_FALSE(ListCopies(&copies));
     unlink(Mine().c_str());
-    chmod(m_folder.c_str(), 0755);  // then the run-time folder itself is not used
-    EXPECT_NE(FindCopyFolder(false).path.compare(0, m_folder.size(), m_folder), 0);
+    chmod(m_folder.Path().c_str(), 0755);  // then the run-time folder itself is not used
+    EXPECT_NE(FindCopyFolder(false).path.compare(0, m_folder.Path().size(), m_folder.Path()), 0);
 }
 
 TEST_F(Copies, ARoundGivesNoMoreThanHadComeBefore) {
@@ -217,18 +210,14 @@ TEST(FileList, PatternsAndNames) {
 }
 
 TEST(FileList, FoldersFirstThenChartsByName) {
-    char name[] = "/tmp/lumXXXXXX";
-    ASSERT_NE(mkdtemp(name), nullptr);
-    const std::string folder = name;
-    for (const char* file : {"b.bms", "A.BME", "\xE6\x9B\xB2.bms", "x.wav", ".hidden.bms"})
-        std::ofstream(folder + "/" + file);
-    mkdir((folder + "/zoo").c_str(), 0700);
-    mkfifo((folder + "/f.bms").c_str(), 0600);
+    test::TempFolder folder;
+    for (const char* file : {"b.bms", "A.BME", "\xE6\x9B\xB2.bms", "x.wav", ".hidden.bms", "zoo/x"})
+        folder.Write(file, "");
+    mkfifo(folder.Path("f.bms").c_str(), 0600);
     std::vector<std::string> names;
-    for (const FileEntry& entry : ListFolder(folder, "*.bms;*.bme")) names.push_back(entry.name);
+    for (const FileEntry& entry : ListFolder(folder.Path(), "*.bms;*.bme")) names.push_back(entry.name);
     EXPECT_EQ(names, (std::vector<std::string>{"..", "zoo", "A.BME", "b.bms", "\xE6\x9B\xB2.bms"}));
-    EXPECT_TRUE(ListFolder(folder + "/none", "").empty());
-    EXPECT_EQ(std::system(("rm -r " + folder).c_str()), 0);
+    EXPECT_TRUE(ListFolder(folder.Path("none"), "").empty());
 }
 
 }  // namespace

@@ -1,35 +1,20 @@
 // lumetra-check run as a user runs it: small charts, and exactly what it says about them.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <sstream>
 
 #include "support/media.h"
-#include "support/tempfolder.h"
+#include "tools/run_tool.h"
 #include "xa/encoder.h"
 
 namespace {
 
 using test::Chart;
 
-struct Result {
-    int code = -1;
-    std::string text;  // both outputs
-};
-
-class CheckTool : public ::testing::Test {
+class CheckTool : public test::ToolTest {
 protected:
-    Result Run(const std::string& arguments, const std::string& before = "") {
-        const std::string line = "cd '" + folder_.Path() + "' && " + before + " '" LUMETRA_CHECK_TOOL "' " +
-                                 arguments + " 2>&1 </dev/null";
-        FILE* pipe = popen(line.c_str(), "r");
-        Result result;
-        char chunk[4096];
-        while (const size_t count = fread(chunk, 1, sizeof chunk, pipe)) result.text.append(chunk, count);
-        const int status = pclose(pipe);
-        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return result;
+    test::ToolResult Run(const std::string& arguments) {
+        return RunTool(LUMETRA_CHECK_TOOL, folder_.Path(), arguments);
     }
 
     // The findings as `line:column severity code`, of a chart with some files beside it.
@@ -56,8 +41,6 @@ protected:
         folder_.Write("B.WAV", test::SquareWav(4410));
         folder_.Write("a.bmp", test::Bmp(8, 8, 0x123456));
     }
-
-    test::TempFolder folder_;
 };
 
 // A chart with nothing to say about, and lines between that are to be looked at, from line 6 on.
@@ -171,10 +154,8 @@ TEST_F(CheckTool, SaysWhatIsSkipped) {
         {{"#BGA00 01 0 0 8 8 0 00"}, "6:5 warning zero-number\n"},
         {{"#BGA02 07 0 0 8 8 0 00", "#00104:02"}, "6:1 warning undefined-picture\n"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::PrintToString(c.lines));
-        EXPECT_EQ(Findings(With(c.lines)), c.findings);
-    }
+    for (const Case& c : cases)
+        EXPECT_EQ(Findings(With(c.lines)), c.findings) << ::testing::PrintToString(c.lines);
 }
 
 // A WAV file whose format block has this tag.
@@ -204,17 +185,12 @@ TEST_F(CheckTool, LooksForFilesAndIntoThem) {
     folder_.Write("shifted.bmp", shifted);
     folder_.Write("odd.bmp", odd);
     folder_.Write("large.bmp", test::Bmp(300, 10, 0));
-    const Case sounds[] = {
+    const Case cases[] = {
         {{"#WAV02 b.wav"}, "6:8 note name-case\n"},
         {{"#WAV02 S\\\x83\x7C.WAV"}, "6:8 note name-encoding\n"},
         {{"#WAV02 s/\xE3\x83\x9D.wav"}, ""},
         {{"#WAV02 kick.wav"}, "6:8 error sound-missing\n"},
         {{"#WAV02  a.wav"}, "6:8 error sound-missing\n"},
-        {{"#WAV02 kick.ogg"}, "6:8 error sound-unreadable\n"},
-        {{"#WAV02 text.wav"}, "6:8 error sound-unreadable\n"},
-        {{"#WAV02 flac.wav"}, "6:8 error sound-unreadable\n"},
-        {{"#WAV02 empty.wav"}, "6:8 error sound-unreadable\n"},
-        {{"#WAV02 tag.wav"}, "6:8 error sound-unreadable\n"},
         {{"#WAV02 s"}, "6:8 error sound-missing\n"},
         {{"#WAV02 a.xa"}, "6:8 note sound-format\n"},
         {{"#WAV02 cut.wav"}, "6:8 warning sound-cut\n"},
@@ -223,13 +199,6 @@ TEST_F(CheckTool, LooksForFilesAndIntoThem) {
         {{"#PATH_WAV nowhere", "#WAV02 a.wav"}, "6:1 warning path-wav\n7:8 error sound-missing\n"},
         {{"#PATH_WAV " + folder_.Path() + "/s", "#WAV02 \x83\x7C.wav"},
          "6:1 warning path-wav\n7:8 note name-encoding\n"},
-    };
-    for (Case c : sounds) {
-        SCOPED_TRACE(::testing::PrintToString(c.lines));
-        c.lines.push_back("#00211:02");
-        EXPECT_EQ(Findings(With(c.lines)), c.findings);
-    }
-    const Case pictures[] = {
         {{"#BMP02 A.bmp"}, "6:8 note name-case\n"},
         {{"#BMP02 b.bmp"}, "6:8 error picture-missing\n"},
         {{"#BMP02 a.png"}, "6:8 error picture-unreadable\n"},
@@ -239,11 +208,13 @@ TEST_F(CheckTool, LooksForFilesAndIntoThem) {
         {{"#BMP02 odd.bmp"}, "6:8 error picture-format\n"},
         {{"#BMP02 large.bmp"}, "6:8 note picture-large\n"},
     };
-    for (Case c : pictures) {
-        SCOPED_TRACE(::testing::PrintToString(c.lines));
-        c.lines.push_back("#00204:02");
-        EXPECT_EQ(Findings(With(c.lines)), c.findings);
-    }
+    const auto findings = [this](std::vector<std::string> lines) {
+        lines.push_back(lines[0][1] == 'B' ? "#00204:02" : "#00211:02");  // uses it
+        return Findings(With(lines));
+    };
+    for (const Case& c : cases) EXPECT_EQ(findings(c.lines), c.findings) << c.lines[0];
+    for (const char* name : {"kick.ogg", "text.wav", "flac.wav", "empty.wav", "tag.wav"})
+        EXPECT_EQ(findings({std::string("#WAV02 ") + name}), "6:8 error sound-unreadable\n") << name;
     EXPECT_EQ(
         Findings(With({"#WAV02 kick.wav", "#BMP02 b.bmp"})),
         "6:1 note unused-sound\n6:8 note sound-missing\n7:1 note unused-picture\n7:8 note picture-missing\n");
@@ -254,7 +225,7 @@ TEST_F(CheckTool, SentencesSayWhatAndWhy) {
     folder_.Write("kick.ogg", "OggS and more of it, but nothing that is read");
     folder_.Write("c.bms", With({"#WAV02 kick.wav", "#WAV03 kick.ogg", "#WAV04 b.wav", "#00201:02",
                                  "#00201:03", "#00201:04", "#WAV05 \x83\x7C\x83N\x01\x82", "#00201:05"}));
-    const Result result = Run("--strict ./c.bms");
+    const test::ToolResult result = Run("--strict ./c.bms");
     EXPECT_EQ(result.code, 1);
     for (const char* text :
          {"./c.bms:6:8: error: `kick.wav` is not there; `kick.ogg` is there; its object makes no sound "
@@ -316,18 +287,14 @@ TEST_F(CheckTool, ExitCodesAndUse) {
         {"--version", 0, "lumetra-check " LUMETRA_VERSION "\n"},
         {"clean.bms >/dev/full", 3, ""},
     };
-    for (const Use& use : uses) {
-        const Result result = Run(use.arguments);
-        EXPECT_EQ(result.code, use.code) << use.arguments << "\n" << result.text;
-        EXPECT_NE(result.text.find(use.text), std::string::npos) << use.arguments << "\n" << result.text;
-    }
+    for (const Use& use : uses) ExpectSays(Run(use.arguments), use.code, use.text, use.arguments);
     EXPECT_EQ(Run("'" LUMETRA_SOURCE "/demo/demo.bms'").code, 0);
 }
 
 TEST_F(CheckTool, ManyFindingsAreCounted) {
     WriteFiles();
     folder_.Write("c.bms", With(std::vector<std::string>(1500, "#UNKNOWN x")));
-    const Result result = Run("c.bms");
+    const test::ToolResult result = Run("c.bms");
     EXPECT_NE(result.text.find("500 more of [unknown-command]"), std::string::npos);
     EXPECT_NE(result.text.find("0 errors, 1500 warnings"), std::string::npos);
 }

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <png.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,16 +15,11 @@
 #include "platform/commandline.h"
 #include "support/media.h"
 #include "support/program.h"
-#include "support/tempfolder.h"
+#include "tools/run_tool.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Result {
-    int code;
-    std::string text;  // standard error and output, as far as the shell leaves them
-};
 
 std::string ReadAll(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -42,7 +36,7 @@ std::vector<std::string> Lines(const std::string& text, const std::string& head)
     return lines;
 }
 
-class Render : public ::testing::Test {
+class Render : public test::ToolTest {
 protected:
     void SetUp() override {
         folder_.Write("song/song.bms",
@@ -53,16 +47,8 @@ protected:
         fs::create_directory(folder_.Path("out"));
     }
 
-    Result Run(const std::string& arguments, const std::string& before = "") {
-        const std::string line = "cd '" + folder_.Path("out") + "' && " + before + " '" LUMETRA_RENDER "' " +
-                                 arguments + " 2>&1 </dev/null";
-        FILE* pipe = popen(line.c_str(), "r");
-        Result result{-1, ""};
-        char chunk[4096];
-        while (const size_t count = fread(chunk, 1, sizeof chunk, pipe)) result.text.append(chunk, count);
-        const int status = pclose(pipe);
-        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return result;
+    test::ToolResult Run(const std::string& arguments, const std::string& before = "") {
+        return RunTool(LUMETRA_RENDER, folder_.Path("out"), arguments, before);
     }
     std::string Out(const std::string& name) { return ReadAll(folder_.Path("out/" + name)); }
     std::vector<std::string> OutFiles() {
@@ -72,8 +58,6 @@ protected:
         std::sort(names.begin(), names.end());
         return names;
     }
-
-    test::TempFolder folder_;
 };
 
 std::vector<int16_t> Samples(const std::string& wav) {
@@ -191,9 +175,7 @@ TEST_F(Render, VideoFeedsTheEncoderEachPicture) {
 
     chmod(folder_.Write("bin/ffmpeg", "#!/bin/sh\nexit 1\n").c_str(), 0755);
     EXPECT_EQ(Run("--video w.mkv ../song/song.bms", path).code, 3);
-    const Result missing = Run("--video w.mkv ../song/song.bms", "PATH=/nowhere");
-    EXPECT_EQ(missing.code, 3);
-    EXPECT_NE(missing.text.find("needs the ffmpeg program"), std::string::npos) << missing.text;
+    ExpectSays(Run("--video w.mkv ../song/song.bms", "PATH=/nowhere"), 3, "needs the ffmpeg program", "");
     EXPECT_EQ(OutFiles(), std::vector<std::string>{"v.mkv"});
 }
 
@@ -230,9 +212,7 @@ TEST_F(Render, SaysWhatIsWrongAndLeavesNothing) {
         {"--trace - ../song/song.bms >/dev/full", 3, ""},
     };
     for (const auto& row : rows) {
-        const Result result = Run(row.arguments);
-        EXPECT_EQ(result.code, row.code) << row.arguments << "\n" << result.text;
-        EXPECT_NE(result.text.find(row.text), std::string::npos) << row.arguments << "\n" << result.text;
+        ExpectSays(Run(row.arguments), row.code, row.text, row.arguments);
         fs::remove(folder_.Path("out/p"));  // fails, as it should, when a picture is in it
         EXPECT_EQ(OutFiles(), std::vector<std::string>{}) << row.arguments;
     }
