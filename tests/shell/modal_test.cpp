@@ -9,12 +9,6 @@ enum class Modal { kAbout, kDialog, kMenu };
 constexpr Modal kModals[] = {Modal::kAbout, Modal::kDialog, Modal::kMenu};
 constexpr const char* kNames[] = {"about box", "dialog", "menu"};
 
-std::string StateName() {
-    if (g_bPlaying) return g_bPaused ? "Ended" : "Running";
-    if (g_bPaused) return g_dwPauseTime ? "Paused" : "Idle";
-    return "Held";
-}
-
 class ModalTest : public test::ShellTest {
 protected:
     // A fresh run in which it opens at 2000 ms.
@@ -30,7 +24,7 @@ protected:
         At(4000, close[static_cast<int>(modal)]);
     }
     static void Expect(uint64_t ms, const std::string& state) {
-        At(ms, Call([=] { EXPECT_EQ(StateName(), state) << "at " << ms; }));
+        At(ms, Call([=] { EXPECT_EQ(test::StateName(), state) << "at " << ms; }));
     }
     void RunToEnd(const std::string& options = "-P ") {
         At(5000, Key(test::kEscape));

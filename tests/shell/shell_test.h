@@ -27,6 +27,12 @@ inline const std::string kChartText =
            "#00001:01", "#00111:02", "#00211:02"});
 constexpr int64_t kChartEnd = 7000;  // ms
 
+inline std::string StateName() {
+    if (g_bPlaying) return g_bPaused ? "Ended" : "Running";
+    if (g_bPaused) return g_dwPauseTime ? "Paused" : "Idle";
+    return "Held";
+}
+
 class ShellTest : public testing::Test {
 public:
     ShellTest() : chart_(WriteChart("song.bms", kChartText)) {

@@ -1,5 +1,7 @@
 // Start-up in its order, with every box and exit code; the title; the loop; the end.
 #include "shell/startup.h"
+#include <functional>
+
 #include "display/ddraw.h"
 #include "host/headless/sound.h"
 #include "shell_test.h"
@@ -8,7 +10,25 @@ namespace {
 
 using namespace headless;
 
-class StartUpTest : public test::ShellTest {};
+class StartUpTest : public test::ShellTest {
+protected:
+    using Failure = std::function<void()>;
+
+    // The box, the exit code and the objects that are left to the end of the process, as is the window.
+    void ExpectFailure(const Failure& fail, const std::string& line, const std::string& text,
+                       const std::string& caption, const std::string& left) {
+        Fresh();
+        fail();
+        At(0, AnswerBox());
+        EXPECT_EQ(RunLine(line), -1);
+        ExpectOneBox(text, caption);
+        EXPECT_EQ(
+            std::string(g_pDSound ? "sound " : "") + (g_pDDraw ? "display " : "") + (g_pBMS ? "chart " : ""),
+            left);
+        EXPECT_TRUE(TheWindow().open);
+        EXPECT_EQ(FrameCount(), 0u);
+    }
+};
 
 TEST_F(StartUpTest, ARefusedWindowEndsWithoutAWord) {
     FailOpenWindow(true);
@@ -37,54 +57,30 @@ TEST_F(StartUpTest, TheFirstDialogChooses) {
     EXPECT_EQ(Titles().back(), "-genre- title  [artist] ");
 }
 
-TEST_F(StartUpTest, NoSoundDevice) {
-    RefuseSound(true);
-    At(0, AnswerBox());
-    EXPECT_EQ(RunLine("missing.bms"), -1);  // the sound device comes first
-    ExpectOneBox("DirectSoundInitError", "Error!");
-    EXPECT_NE(g_pDSound, nullptr);  // left to the end of the process, like the window
-    EXPECT_EQ(g_pDDraw, nullptr);
-    EXPECT_TRUE(TheWindow().open);
-}
-
-TEST_F(StartUpTest, AChartThatIsNotThere) {
-    At(0, AnswerBox());
-    EXPECT_EQ(RunLine("\"missing chart.bms\""), -1);
-    ExpectOneBox("missing chart.bms", "FileLoadError!");
-    EXPECT_EQ(Titles(), (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading..."}));
-    EXPECT_EQ(FrameCount(), 0u);
-}
-
-TEST_F(StartUpTest, AChartOfMeasureZeroAlone) {
-    const std::string chart = WriteChart("zero.bms", "#WAV01 long.wav\r\n#00011:01\r\n");
-    At(0, AnswerBox());
-    EXPECT_EQ(RunLine(chart), -1);
-    ExpectOneBox(chart, "CompileError!");
-    EXPECT_EQ(FrameCount(), 0u);
-}
-
-TEST_F(StartUpTest, EveryStepOfTheSoundDeviceIsFatal) {
+TEST_F(StartUpTest, TheSoundDeviceComesFirst) {
     using directsound_test::Call;
-    const struct {
-        Call call;
-        int skip;
-    } steps[] = {{Call::kCreate, 0},    {Call::kSetCooperativeLevel, 0}, {Call::kCreateSoundBuffer, 0},
-                 {Call::kSetFormat, 0}, {Call::kCreateSoundBuffer, 1},   {Call::kPlay, 0}};
-    for (const auto& step : steps) {
-        Fresh();
-        directsound_test::FailNext(step.call, DSERR_INVALIDCALL, step.skip);
-        At(0, AnswerBox());
-        EXPECT_EQ(Run(), -1);
-        ExpectOneBox("DirectSoundInitError", "Error!");
-    }
+    const auto fail = [](Call call, int skip = 0) {
+        return [=] { directsound_test::FailNext(call, DSERR_INVALIDCALL, skip); };
+    };
+    const Failure steps[] = {[] { RefuseSound(true); },
+                             fail(Call::kCreate),
+                             fail(Call::kSetCooperativeLevel),
+                             fail(Call::kCreateSoundBuffer),
+                             fail(Call::kSetFormat),
+                             fail(Call::kCreateSoundBuffer, 1),
+                             fail(Call::kPlay)};
+    for (const Failure& step : steps)
+        ExpectFailure(step, "missing.bms", "DirectSoundInitError", "Error!", "sound ");
 }
 
-TEST_F(StartUpTest, NoDisplayObject) {
-    directdraw_test::FailNext(directdraw_test::Step::kCreate);
-    At(0, AnswerBox());
-    EXPECT_EQ(RunLine("missing.bms"), -1);  // the display comes before the chart
-    ExpectOneBox("DirectDrawInitError.", "ERROR!");
-    EXPECT_EQ(g_pBMS, nullptr);
+TEST_F(StartUpTest, ThenTheDisplayAndThenTheChart) {
+    ExpectFailure([] { directdraw_test::FailNext(directdraw_test::Step::kCreate); }, "missing.bms",
+                  "DirectDrawInitError.", "ERROR!", "sound display ");
+    const std::string zero = WriteChart("zero.bms", "#WAV01 long.wav\r\n#00011:01\r\n");
+    ExpectFailure([] {}, zero, zero, "CompileError!", "sound display chart ");
+    ExpectFailure([] {}, "\"missing chart.bms\"", "missing chart.bms", "FileLoadError!",
+                  "sound display chart ");
+    EXPECT_EQ(Titles(), (std::vector<std::string>{"Lumetra 0.04", "Now Initializing & Loading..."}));
 }
 
 TEST_F(StartUpTest, GoesOnWithoutAPartsSurface) {

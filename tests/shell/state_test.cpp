@@ -13,35 +13,21 @@ constexpr const char* kNames[] = {"Idle", "Running", "Paused", "Held", "Ended"};
 
 constexpr uint64_t kMs = 1'000'000;
 
-struct Snapshot {
-    int playing, paused;
-    uint32_t pauseTime, startTime, now;
-    int32_t seekTime;
-    int sounding, wasPlaying;
-    bool operator==(const Snapshot&) const = default;
-};
-
-Snapshot Later(Snapshot s, uint32_t now) {
-    s.now = now;
-    return s;
-}
-
 CDSBuffer* Sound() {
     return g_pDSound->m_pSlot[1];
 }
 
-Snapshot Take() {
-    return {g_bPlaying,    g_bPaused,    g_dwPauseTime,        g_dwStartTime,
-            timeGetTime(), g_dwSeekTime, Sound()->IsPlaying(), Sound()->m_bWasPlaying};
-}
+struct Snapshot {
+    std::string state = test::StateName();
+    uint32_t pauseTime = g_dwPauseTime, startTime = g_dwStartTime, now = timeGetTime();
+    int32_t seekTime = g_dwSeekTime;
+    int sounding = Sound()->IsPlaying(), wasPlaying = Sound()->m_bWasPlaying;
+    bool operator==(const Snapshot&) const = default;
+};
 
-State StateOf(const Snapshot& s) {
-    if (s.playing && !s.paused && !s.pauseTime) return kRunning;
-    if (!s.playing && s.paused && s.pauseTime) return kPaused;
-    if (!s.playing && !s.paused && s.pauseTime) return kHeld;
-    if (s.playing && s.paused && !s.pauseTime) return kEnded;
-    if (!s.playing && s.paused && !s.pauseTime) return kIdle;
-    return kSame;  // none of the five
+std::ostream& operator<<(std::ostream& out, const Snapshot& s) {
+    return out << s.state << ", paused " << s.pauseTime << ", started " << s.startTime << ", now " << s.now
+               << ", seek " << s.seekTime << ", sounds " << s.sounding << ", did " << s.wasPlaying;
 }
 
 void Key(WPARAM key) {
@@ -91,46 +77,27 @@ struct Event {
     State to[5];  // from Idle, Running, Paused, Held, Ended
 };
 
-void ExpectPause(const Snapshot& before, const Snapshot& after, const std::string& where) {
-    EXPECT_EQ(after.pauseTime, before.now) << where;
-    EXPECT_EQ(after.startTime, before.startTime) << where;
-    EXPECT_EQ(after.sounding, 0) << where;
-    EXPECT_EQ(after.wasPlaying, 1) << where;
-}
-
-void ExpectResume(const Snapshot& before, const Snapshot& after, const std::string& where) {
-    const uint32_t pausedAt = before.pauseTime ? before.pauseTime : before.now;
-    EXPECT_EQ(after.startTime, before.startTime + (after.now - pausedAt)) << where;
-    EXPECT_EQ(after.seekTime, before.seekTime) << where;
-    EXPECT_EQ(after.sounding, 1) << where;
-    EXPECT_EQ(after.wasPlaying, 0) << where;
-}
-
-void ExpectRestart(const Snapshot& before, const Snapshot& after, const std::string& where) {
-    EXPECT_EQ(after.startTime, after.now) << where;
-    EXPECT_EQ(after.seekTime, g_nStartMeasure < 0 ? 0 : 999 + 2000 * g_nStartMeasure) << where;
-    EXPECT_EQ(after.sounding, 0) << where;
-    EXPECT_EQ(after.wasPlaying, 0) << where;
-}
-
 void CheckCell(const Event& event, State from, const std::string& chart) {
-    const std::string where = std::string(event.name) + " in " + kNames[from];
-    ASSERT_NO_FATAL_FAILURE(Enter(from, chart)) << where;
-    const Snapshot before = Take();
-    ASSERT_EQ(StateOf(before), from) << where;
+    SCOPED_TRACE(std::string(event.name) + " in " + kNames[from]);
+    ASSERT_NO_FATAL_FAILURE(Enter(from, chart));
+    const Snapshot before;
+    ASSERT_EQ(before.state, kNames[from]);
     event.act();
-    const Snapshot after = Take();
+    const Snapshot after;
     const State to = event.to[from];
-    EXPECT_EQ(StateOf(after), to == kSame ? from : to) << where;
-    if (to == kSame) {
-        EXPECT_EQ(after, Later(before, after.now)) << where;
-    } else if (event.to[kIdle] == kRunning) {
-        ExpectRestart(before, after, where);
-    } else if (to == kRunning) {
-        ExpectResume(before, after, where);
-    } else {
-        ExpectPause(before, after, where);
+    Snapshot wanted = before;
+    wanted.now = after.now;
+    if (to != kSame) {
+        const bool runs = to == kRunning, restarts = event.to[kIdle] == kRunning;
+        const uint32_t pausedAt = before.pauseTime ? before.pauseTime : before.now;
+        wanted.state = kNames[to];
+        wanted.pauseTime = runs ? 0 : before.now;
+        if (runs) wanted.startTime = restarts ? after.now : before.startTime + (after.now - pausedAt);
+        if (restarts) wanted.seekTime = g_nStartMeasure < 0 ? 0 : 999 + 2000 * g_nStartMeasure;
+        wanted.sounding = runs && !restarts;
+        wanted.wasPlaying = !runs;
     }
+    EXPECT_EQ(after, wanted);
 }
 
 class StateTest : public test::ShellTest {};
@@ -169,16 +136,12 @@ TEST_F(StateTest, EveryEventInEveryState) {
 TEST_F(StateTest, TheChartsEnd) {
     for (const State from : {kRunning, kHeld}) {
         ASSERT_NO_FATAL_FAILURE(Enter(from, chart_));
-        const Snapshot before = Take();
+        Snapshot wanted;
         RunTo(test::kChartEnd);
-        const Snapshot after = Take();
-        EXPECT_EQ(StateOf(after), from == kRunning ? kEnded : kPaused);
-        EXPECT_EQ(after.startTime, after.now);
-        EXPECT_EQ(g_dwNowTime, after.now);
-        EXPECT_EQ(after.seekTime, 0);
-        EXPECT_EQ(after.pauseTime, before.pauseTime);
-        EXPECT_EQ(after.sounding, before.sounding);  // the last sounds ring out
-        EXPECT_EQ(after.wasPlaying, before.wasPlaying);
+        wanted.state = from == kRunning ? "Ended" : "Paused";
+        wanted.startTime = wanted.now = g_dwNowTime;
+        wanted.seekTime = 0;
+        EXPECT_EQ(Snapshot(), wanted);  // the last sounds ring out
     }
 }
 
@@ -203,9 +166,9 @@ TEST_F(StateTest, TheClockOfAPauseIsExactAcrossItsWrap) {
     RunTo(5'000);
     ASSERT_EQ(timeGetTime(), 0u);
     Key(VK_SPACE);
-    EXPECT_EQ(StateOf(Take()), kPaused);
+    EXPECT_EQ(test::StateName(), "Paused");
     Key(VK_SPACE);
-    EXPECT_EQ(StateOf(Take()), kRunning);
+    EXPECT_EQ(test::StateName(), "Running");
 }
 
 }  // namespace
