@@ -17,21 +17,14 @@ Doubles Times(BmsObject* const* list, int count) {
     return times;
 }
 
+// Where the measures start, and where the last ends.
 Doubles Starts(const CBMS& chart) {
-    Doubles starts;
-    for (int i = 0; i < chart.m_nMeasure; ++i) starts.push_back(chart.m_pMeasure[i].dStart);
+    Doubles starts = {1000.0};
+    for (int i = 0; i < chart.m_nMeasure; ++i) {
+        EXPECT_EQ(chart.m_pMeasure[i].dStart, starts.back());
+        starts.push_back(starts.back() + chart.m_pMeasure[i].dDuration);
+    }
     return starts;
-}
-
-TEST(Compile, AChangeOfTempoAndAShortMeasure) {
-    auto chart = CompileChart("#BPM 120\n#00102:0.5\n#00003:00F0\n#00011:01010101\n#00111:0001\n");
-    ASSERT_TRUE(chart);
-    EXPECT_EQ(Starts(*chart), (Doubles{1000.0, 2500.0, 3000.0}));
-    EXPECT_EQ(chart->m_pMeasure[0].dDuration, 1500.0);
-    EXPECT_EQ(chart->m_pMeasure[1].dDuration, 500.0);
-    EXPECT_EQ(chart->m_pMeasure[2].dDuration, 1000.0);
-    EXPECT_EQ(Times(chart->m_ppTempo, chart->m_nTempo), (Doubles{2000.0}));
-    EXPECT_EQ(Times(chart->m_ppNote, chart->m_nNote), (Doubles{1000.0, 1500.0, 2000.0, 2250.0, 2750.0}));
 }
 
 TEST(Compile, OneObjectBehindMeasure0IsNeeded) {
@@ -46,23 +39,27 @@ TEST(Compile, ChangesOfTempo) {
         const char* text;
         Doubles starts, notes;
     } rows[] = {
-        {"at the head of a measure", "#BPM 120\n#00103:F0\n#00111:0001\n", {1000, 3000, 4000}, {3500}},
+        {"in the middle of a measure, before a short one",
+         "#BPM 120\n#00102:0.5\n#00003:00F0\n#00011:01010101\n#00111:0001\n",
+         {1000, 2500, 3000, 4000},
+         {1000, 1500, 2000, 2250, 2750}},
+        {"at the head of a measure", "#BPM 120\n#00103:F0\n#00111:0001\n", {1000, 3000, 4000, 5000}, {3500}},
         {"two on one place: the higher channel acts last",
          "#BPM 120\n#BPM01 60\n#00108:01\n#00103:F0\n#00111:0101\n",
-         {1000, 3000, 7000},
+         {1000, 3000, 7000, 11000},
          {3000, 5000}},
         {"two of one channel on one place: the later in the file acts last",
          "#BPM 120\n#00103:3C\n#00103:F0\n#00111:0101\n",
-         {1000, 3000, 4000},
+         {1000, 3000, 4000, 5000},
          {3000, 3500}},
-        {"in the last measure", "#BPM 120\n#00111:0001\n#00103:00F0\n", {1000, 3000, 4500}, {4000}},
+        {"in the last measure", "#BPM 120\n#00111:0001\n#00103:00F0\n", {1000, 3000, 4500, 5500}, {4000}},
         {"behind a measure of length 0",
          "#BPM 120\n#00002:0\n#00011:0101\n#00103:F0\n",
-         {1000, 1000, 2000},
+         {1000, 1000, 2000, 3000},
          {1000, 1000}},
         {"lines out of order",
          "#BPM 120\n#00111:0001\n#00011:0001\n#00003:00F0\n",
-         {1000, 2500, 3500},
+         {1000, 2500, 3500, 4500},
          {2000, 3000}},
     };
     for (const auto& row : rows) {
@@ -82,7 +79,7 @@ TEST(Compile, WhatIsNoTempoLeavesTheOneInForce) {
     auto chart = CompileChart(
         "#BPM 120\n#BPM01 -1\n#00003:00F0\n#00103:0G\n#00108:0001\n#00111:0101\n#00111:00000001");
     ASSERT_TRUE(chart);
-    EXPECT_EQ(Starts(*chart), (Doubles{1000, 2500, 3500}));
+    EXPECT_EQ(Starts(*chart), (Doubles{1000, 2500, 3500, 4500}));
     EXPECT_EQ(Times(chart->m_ppNote, chart->m_nNote), (Doubles{2500, 3000, 3250}));
 }
 
@@ -90,7 +87,7 @@ TEST(Compile, WhatIsNoLengthCountsAsNone) {
     for (const char* length : {"-1", "1e999", "-1e999", "nan", "", "-0"}) {
         auto chart = CompileChart("#BPM 120\n#00002:" + std::string(length) + "\n#00111:01\n");
         ASSERT_TRUE(chart);
-        EXPECT_EQ(Starts(*chart), (Doubles{1000, 1000, 3000})) << length;
+        EXPECT_EQ(Starts(*chart), (Doubles{1000, 1000, 3000, 5000})) << length;
         EXPECT_FALSE(std::signbit(chart->m_pMeasure[0].dLength));
     }
     auto chart = CompileChart("#BPM 120\n#00002:2\n#00002:0.5\n#00111:01\n");

@@ -59,10 +59,7 @@ TEST(Reader, HeadersByTheirLengthsAndColumns) {
 
 TEST(Reader, LineEnds) {
     using namespace std::string_literals;
-    const struct {
-        std::string bytes;
-        const char* what;
-    } rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"#TITLE a\r\n#RANK 2", "title=arank=2"},
         {"#TITLE a\n#RANK 2", "title=a"},           // one line, seen up to its LF
         {"#TITLE a\r#RANK 2", "title=a\r#RANK 2"},  // a lone CR ends nothing
@@ -79,10 +76,10 @@ TEST(Reader, LineEnds) {
         {"\0"s, ""},
         {"\r\n", ""},
     };
-    for (const auto& row : rows) {
-        auto chart = LoadChart(row.bytes);
+    for (const auto& [bytes, what] : rows) {
+        auto chart = LoadChart(bytes);
         ASSERT_TRUE(chart);
-        EXPECT_EQ(Headers(*chart), row.what) << testing::PrintToString(row.bytes);
+        EXPECT_EQ(Headers(*chart), what) << testing::PrintToString(bytes);
         EXPECT_EQ(chart->m_nMeasure, 2);
         EXPECT_EQ(chart->Compile(), 1);
         EXPECT_EQ(chart->m_pMeasure, nullptr);

@@ -208,16 +208,14 @@ TEST_F(DibFormat, ALargeRunLengthPictureThroughWindows) {
 }
 
 TEST_F(DibFormat, FormatsThatCannotBeDrawnStayBlank) {
-    const struct {
-        int nBits;
-        uint32_t nCompression;
-    } rows[] = {{0, 0}, {2, 0},  {3, 0}, {15, 0}, {48, 0}, {64, 0}, {0xFFFF, 0},     {8, 2},
-                {4, 1}, {24, 3}, {8, 3}, {24, 4}, {24, 5}, {32, 6}, {24, 0xFFFFFFFF}};
-    for (const auto& row : rows) {
-        const BmpSpec spec{.bits = row.nBits, .compression = row.nCompression};
+    const std::pair<int, uint32_t> rows[] = {{0, 0},  {2, 0},      {3, 0},  {15, 0}, {48, 0},
+                                             {64, 0}, {0xFFFF, 0}, {8, 2},  {4, 1},  {24, 3},
+                                             {8, 3},  {24, 4},     {24, 5}, {32, 6}, {24, 0xFFFFFFFF}};
+    for (const auto& [nBits, nCompression] : rows) {
+        const BmpSpec spec{.bits = nBits, .compression = nCompression};
         ASSERT_EQ(Load(test::BmpHead(spec) + std::string(3000, 'x')), 0);
         EXPECT_EQ(Draw(0, 0, 0, 0, 1, 1), 0);
-        EXPECT_EQ(At(0, 0), 0u) << row.nBits << " " << row.nCompression;
+        EXPECT_EQ(At(0, 0), 0u) << nBits << " " << nCompression;
     }
 }
 

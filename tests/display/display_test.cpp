@@ -209,16 +209,4 @@ TEST_F(Display, Pacing) {
     }
 }
 
-TEST_F(Display, ShortFramesComeInPairs) {
-    CDDraw display;
-    ASSERT_EQ(display.Init(m_hWnd, 300, 200, kWidth, kHeight), 0);
-    std::vector<uint64_t> waits;
-    for (int i = 0; i < 6; ++i) {
-        const uint64_t nBefore = headless::Clock();
-        display.Present();
-        waits.push_back((headless::Clock() - nBefore) / 1'000'000);
-    }
-    EXPECT_EQ(waits, (std::vector<uint64_t>{0, 15, 0, 15, 0, 15}));
-}
-
 }  // namespace

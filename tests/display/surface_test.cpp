@@ -66,16 +66,6 @@ protected:
     std::vector<IDirectDrawSurface7*> m_surfaces;
 };
 
-TEST_F(Surfaces, CopiesTheRectangleAndNothingElse) {
-    IDirectDrawSurface7* pTo = Make(40, 30, false);
-    IDirectDrawSurface7* pFrom = Make(20, 20, true);
-    const RECT rect = {3, 4, 12, 9};
-    EXPECT_EQ(pTo->BltFast(31, 25, pFrom, &rect, kPlain), DD_OK);  // up to the corner
-    Expect(pTo, 40, 30, [](int x, int y) {
-        return x >= 31 && y >= 25 ? static_cast<uint32_t>(1 + (x - 28) + 256 * (y - 21)) : 0u;
-    });
-}
-
 TEST_F(Surfaces, WhatSticksOutOrIsEmptyIsRefusedWhole) {
     IDirectDrawSurface7* pTo = Make(40, 30, false);
     IDirectDrawSurface7* pFrom = Make(20, 20, true);

@@ -38,10 +38,7 @@ TEST_F(CommandLine, Rows) {
     folder.Write("a b.bms", "x");
     folder.Write("back\\slash.bms", "x");
     const std::string native = std::filesystem::current_path().string();
-    const struct {
-        std::vector<std::string> arguments;
-        std::string line;
-    } kRows[] = {
+    const std::pair<std::vector<std::string>, std::string> kRows[] = {
         {{}, ""},
         {{"-P"}, "-P"},
         {{"-P", "/M1.5", "-"}, "-P /M1.5 -"},
@@ -63,7 +60,7 @@ TEST_F(CommandLine, Rows) {
         {{"\x95\x5C.bms"}, "\"" + name + "\\\xE8\xA1\xA8.bms\""},
         {{"\xE3\x81\x82.bms"}, "\"" + name + "\\\xE3\x81\x82.bms\""},
     };
-    for (const auto& row : kRows) EXPECT_EQ(Line(row.arguments), row.line);
+    for (const auto& [arguments, line] : kRows) EXPECT_EQ(Line(arguments), line);
 }
 
 // The system's own treatment of the name: at most 260 bytes, one quote off each end.
@@ -118,13 +115,11 @@ TEST_F(CommandLine, PathsOfAnyLength) {
 // The system cuts the folder off at the last `\`, which is a byte of a name here.
 TEST_F(CommandLine, ABackslashInANameOrItsFolders) {
     folder.Write("odd\\folder/sound.wav", "x");
-    for (const std::string& name :
-         {std::string("odd\\folder/song.bms"), std::string(190, 'd') + "/back\\slash.bms"}) {
-        const std::string taken = TakenBySystem(Line({folder.Write(name, "x")}));
+    const std::string odd = TakenBySystem(Line({folder.Write("odd\\folder/song.bms", "x")}));
+    const std::string deep =
+        TakenBySystem(Line({folder.Write(std::string(190, 'd') + "/back\\slash.bms", "x")}));
+    for (const std::string& taken : {odd, odd.substr(0, odd.rfind('\\') + 1) + "sound.wav", deep})
         EXPECT_TRUE(CanOpen(taken)) << taken;
-        if (name[0] == 'o')
-            EXPECT_TRUE(CanOpen(taken.substr(0, taken.rfind('\\') + 1) + "sound.wav")) << taken;
-    }
 }
 
 TEST_F(CommandLine, DeeperThanAnyPath) {

@@ -83,13 +83,12 @@ TEST_F(Dialog, GivesTheChosenFile) {
 
 TEST_F(Dialog, ADefaultExtensionForATypedName) {
     folder.Write("plain", "x");
-    const struct {
-        const char *chosen, *taken;
-    } kRows[] = {{"song", "song.BMS"}, {"song.", "song."}, {"plain", "plain"}, {"s.bme", "s.bme"}};
-    for (const auto& row : kRows) {
-        At(0, ChooseFile(folder.Path(row.chosen)));
+    const std::pair<const char*, const char*> kRows[] = {
+        {"song", "song.BMS"}, {"song.", "song."}, {"plain", "plain"}, {"s.bme", "s.bme"}};
+    for (const auto& [chosen, taken] : kRows) {
+        At(0, ChooseFile(folder.Path(chosen)));
         ASSERT_TRUE(GetOpenFileNameA(&open));
-        EXPECT_EQ(szFile, TempFolder::Backslashes(folder.Path(row.taken)));
+        EXPECT_EQ(szFile, TempFolder::Backslashes(folder.Path(taken)));
     }
 }
 

@@ -75,8 +75,6 @@ protected:
     }
 };
 
-constexpr UINT kRemote = WM_USER + 110;
-
 using Messages = std::vector<Got>;
 
 TEST_F(WindowTest, ClassesAndCreation) {
@@ -295,38 +293,6 @@ TEST_F(WindowTest, ModalDialogsDeliverPostedMessages) {
     EXPECT_EQ(Now(), 60u);
     EXPECT_TRUE(Serve().empty());
     EXPECT_TRUE(Faults().empty());
-}
-
-TEST_F(WindowTest, DialogsNestAndAnswersFindTheirs) {
-    const HWND hWnd = Open();
-    g_on_message = [](HWND hOwner, UINT nMessage) {
-        if (nMessage == kRemote) MessageBoxA(hOwner, "inner", "", MB_OK);
-    };
-    AddScript({{10, Remote(kRemote)}, {20, AnswerBox()}, {30, AnswerBox()}, {40, AnswerBox()}});
-    MessageBoxA(hWnd, "outer", "", MB_OK);
-    EXPECT_EQ(Now(), 30u);
-    ASSERT_EQ(Boxes().size(), 2u);
-    EXPECT_TRUE(Boxes()[0].answered && Boxes()[1].answered);
-    SetClock(kClockOrigin + 50'000'000);
-    Serve();
-    EXPECT_EQ(Faults().size(), 1u);  // the third answer had no box
-}
-
-TEST_F(WindowTest, ADropOpensAsADoubleClickWithItsFile) {
-    Open();
-    g_on_message = [](HWND, UINT nMessage) {
-        if (nMessage != WM_LBUTTONDBLCLK) return;
-        char szFile[260] = "";
-        OPENFILENAME open{};
-        open.lStructSize = 76;
-        open.lpstrFile = szFile;
-        open.nMaxFile = sizeof(szFile);
-        EXPECT_TRUE(GetOpenFileNameA(&open));
-        EXPECT_STREQ(szFile, "\\songs\\x.bms");
-    };
-    At(0, Drop("/songs/x.bms"));
-    EXPECT_EQ(Serve().size(), 1u);
-    EXPECT_TRUE(FileDialogs().empty());
 }
 
 TEST_F(WindowTest, OtherCopies) {

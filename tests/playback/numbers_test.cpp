@@ -21,10 +21,7 @@ protected:
 };
 
 TEST_F(Numbers, PlayTime) {
-    const struct {
-        int32_t time;
-        const char* row;
-    } rows[] = {
+    const std::pair<int32_t, const char*> rows[] = {
         {0, "224:0 230:colon 236:0 242:0 "},
         {243999, "224:4 230:colon 236:0 242:3 "},
         {600000, "218:1 224:0 230:colon 236:0 242:0 "},
@@ -34,9 +31,9 @@ TEST_F(Numbers, PlayTime) {
         {INT32_MIN, "224:0 230:colon 236:0 242:0 "},
         {INT32_MAX, "218:9 224:1 230:colon 236:2 242:3 "},
     };
-    for (const auto& row : rows) {
-        DrawPlayTime(row.time);
-        EXPECT_EQ(Row(258), row.row) << row.time;
+    for (const auto& [time, row] : rows) {
+        DrawPlayTime(time);
+        EXPECT_EQ(Row(258), row) << time;
     }
 }
 
@@ -63,10 +60,7 @@ TEST_F(Numbers, BarCounter) {
 }
 
 TEST_F(Numbers, Tempo) {
-    const struct {
-        double tempo;
-        const char* row;
-    } rows[] = {
+    const std::pair<double, const char*> rows[] = {
         {130.0, "285:1 291:3 297:0 303:point 309:0 315:0 "},
         {99.5, "285:9 291:9 297:point 303:5 309:0 "},
         {0.004, "285:0 291:point 297:0 303:0 "},
@@ -76,20 +70,18 @@ TEST_F(Numbers, Tempo) {
         {147.125, "285:1 291:4 297:7 303:point 309:1 315:2 "},  // halves go to the even digit
         {147.375, "285:1 291:4 297:7 303:point 309:3 315:8 "},
     };
-    for (const auto& row : rows) {
-        DrawTempo(row.tempo);
-        EXPECT_EQ(Row(259), row.row) << row.tempo;
+    for (const auto& [tempo, row] : rows) {
+        DrawTempo(tempo);
+        EXPECT_EQ(Row(259), row) << tempo;
     }
 }
 
 TEST_F(Numbers, BarNumber) {
-    const struct {
-        int32_t bar;
-        const char* row;
-    } rows[] = {{0, "13:0 "}, {42, "7:4 13:2 "}, {999, "1:9 7:9 13:9 "}, {1000, "1:1 7:0 13:0 "}};
-    for (const auto& row : rows) {
-        DrawBarNumber(row.bar, 100);
-        EXPECT_EQ(Row(100), row.row) << row.bar;
+    const std::pair<int32_t, const char*> rows[] = {
+        {0, "13:0 "}, {42, "7:4 13:2 "}, {999, "1:9 7:9 13:9 "}, {1000, "1:1 7:0 13:0 "}};
+    for (const auto& [bar, row] : rows) {
+        DrawBarNumber(bar, 100);
+        EXPECT_EQ(Row(100), row) << bar;
     }
 }
 

@@ -35,10 +35,7 @@ Scan ScanAlone(const std::string& line) {
 }
 
 TEST(Options, TokensAndTheChartsName) {
-    const struct {
-        const char* line;
-        const char* rest;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"", ""},
         {" \t ", ""},
         {"song.bms", "song.bms"},
@@ -59,26 +56,23 @@ TEST(Options, TokensAndTheChartsName) {
         {"a\xffz", "a\xffz"},
         {"-\xff a", "a"},
     };
-    for (const auto& row : rows) {
-        const Scan scan = ScanAlone(row.line);
-        EXPECT_EQ(scan.result, SCAN_DONE) << row.line;
-        EXPECT_EQ(scan.rest, row.rest) << row.line;
+    for (const auto& [line, rest] : rows) {
+        const Scan scan = ScanAlone(line);
+        EXPECT_EQ(scan.result, SCAN_DONE) << line;
+        EXPECT_EQ(scan.rest, rest) << line;
     }
 }
 
 TEST(Options, Speed) {
-    const struct {
-        const char* line;
-        int hundredths;
-    } rows[] = {
+    const std::pair<const char*, int> rows[] = {
         {"-M1.5", 150}, {"/m1.5", 150},   {"-M", 50},       {"-M 1.5", 50},  {"-M8", 800},     {"-M8.01", 50},
         {"-Mabc", 50},  {"-M0.1", 50},    {"-M0.11", 11},   {"-M1.15", 114}, {"-M-1", 50},     {"-M0", 50},
         {"-Mnan", 50},  {"-Minf", 50},    {"-M1e999", 50},  {"-M1e-1", 50},  {"-M2x", 200},    {"-M.5", 50},
         {"-M0x2", 50},  {"-M2 -M3", 300}, {"-M7.999", 799}, {"-M1\t5", 100}, {"-M+2.25", 225},
     };
-    for (const auto& row : rows) {
-        ScanAlone(row.line);
-        EXPECT_EQ(g_fSpeed, static_cast<float>(row.hundredths) * 0.01f) << row.line;
+    for (const auto& [line, hundredths] : rows) {
+        ScanAlone(line);
+        EXPECT_EQ(g_fSpeed, static_cast<float>(hundredths) * 0.01f) << line;
     }
     EXPECT_EQ(SpeedFromText("0.1000000015"), 10);  // just above the float 0.1
     ScanAlone("-M8");
@@ -88,10 +82,7 @@ TEST(Options, Speed) {
 }
 
 TEST(Options, MeasureIsReadInPlaceAndLogged) {
-    const struct {
-        const char* line;
-        int measure;
-    } rows[] = {
+    const std::pair<const char*, int> rows[] = {
         {"-N12", 12},
         {"-n12", 12},
         {"-N", 0},
@@ -108,13 +99,13 @@ TEST(Options, MeasureIsReadInPlaceAndLogged) {
         {"-N99999999999999999999", INT32_MAX},
         {"-N-99999999999999999999", -1},
     };
-    for (const auto& row : rows) {
-        ScanAlone(row.line);
-        EXPECT_EQ(g_nStartMeasure, row.measure) << row.line;
-        const std::string last = "-N Option = " + std::to_string(row.measure) + "\n";
+    for (const auto& [line, measure] : rows) {
+        ScanAlone(line);
+        EXPECT_EQ(g_nStartMeasure, measure) << line;
+        const std::string last = "-N Option = " + std::to_string(measure) + "\n";
         const std::string& log = headless::Log();
-        ASSERT_GE(log.size(), last.size()) << row.line;
-        EXPECT_EQ(log.substr(log.size() - last.size()), last) << row.line;
+        ASSERT_GE(log.size(), last.size()) << line;
+        EXPECT_EQ(log.substr(log.size() - last.size()), last) << line;
     }
     ScanAlone("-W -X1");
     EXPECT_EQ(g_nStartMeasure, -1);
@@ -154,10 +145,7 @@ TEST(Options, AloneNothingIsForwarded) {
 }
 
 TEST(Options, QuotesGoOneAtEachEnd) {
-    const struct {
-        const char* in;
-        const char* out;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"\"c:\\my charts\\a b.bme\"", "c:\\my charts\\a b.bme"},
         {"c:\\my charts\\a b.bme", "c:\\my charts\\a b.bme"},
         {"\"a", "a"},
@@ -168,11 +156,11 @@ TEST(Options, QuotesGoOneAtEachEnd) {
         {"\"a\" ", "a\" "},
         {"", ""},
     };
-    for (const auto& row : rows) {
+    for (const auto& [in, out] : rows) {
         char szFile[FILE_NAME_SIZE] = "";
-        ASSERT_TRUE(row.in[0] == '\0' || TakeFileName(row.in, szFile)) << row.in;
-        if (row.in[0] == '\0') StripQuotes(szFile);
-        EXPECT_STREQ(szFile, row.out) << row.in;
+        ASSERT_TRUE(in[0] == '\0' || TakeFileName(in, szFile)) << in;
+        if (in[0] == '\0') StripQuotes(szFile);
+        EXPECT_STREQ(szFile, out) << in;
     }
     char szFile[FILE_NAME_SIZE];
     ASSERT_TRUE(TakeFileName(std::string(5000, 'x').c_str(), szFile));

@@ -201,21 +201,19 @@ TEST_F(StartUpTest, AMissingResourceIsLoggedOnce) {
 
 TEST_F(StartUpTest, Titles) {
     const std::string longText(100, 'x'), cut(70, 'x');
-    const struct {
-        std::string headers, title;
-    } rows[] = {
+    const std::pair<std::string, std::string> rows[] = {
         {"", "-(no genre)- (no title)  [(no artist)] "},
         {"#TITLE " + longText + "\r\n", "-(no genre)- " + cut + "  [(no artist)] "},
         {"#GENRE g\r\n#TITLE t\r\n#ARTIST " + longText + "\r\n", "-g- t  [" + cut + "] "},
         {"#GENRE " + longText + "\r\n#TITLE " + longText + "\r\n#ARTIST " + longText + "\r\n",
          "-" + cut + "- " + cut + "  [" + cut + "] "},
     };
-    for (const auto& row : rows) {
+    for (const auto& [headers, title] : rows) {
         Fresh();
-        const std::string chart = WriteChart("title.bms", row.headers + "#00111:01\r\n");
+        const std::string chart = WriteChart("title.bms", headers + "#00111:01\r\n");
         At(50, Key(test::kEscape));
         EXPECT_EQ(RunLine(chart), 0);
-        EXPECT_EQ(Titles().back(), row.title);
+        EXPECT_EQ(Titles().back(), title);
     }
 }
 
