@@ -101,20 +101,19 @@ TEST_F(Channels, PicturesWholeOrByDefinition) {
 
 TEST_F(Channels, Tempos) {
     const char* rows[][2] = {
-        {"#00103:FF\n", "tempo 3 1+0 255; "},
-        {"#00103:7g\n", "tempo 3 1+0 7; "},
-        {"#00103:0G\n", "tempo 3 1+0 0; "},
-        {"#00103:-1\n", "tempo 3 1+0 0; "},
-        {"#00103: F\n", "tempo 3 1+0 0; "},
-        {"#00103:G0\n", ""},
-        {"#00103:1002\n", "tempo 3 1+0 16; tempo 3 1+0.5 2; "},  // two characters at a time
-        {"#BPM01 180.5\n#00108:01\n", "tempo 8 1+0 180.5; "},
-        {"#00108:01\n#BPM01 180.5\n", "tempo 8 1+0 130; "},
-        {"#BPM01 180.5\n#00108:G1\n", "tempo 8 1+0 180.5; "},
-        {"#BPM01 180.5\n#00108:02\n", "tempo 8 1+0 130; "},
-        {"#BPM01 180.5\n#00108:10\n", "tempo 8 1+0 130; "},
+        {"FF", "tempo 3 1+0 255; "},
+        {"7g", "tempo 3 1+0 7; "},
+        {"0G", "tempo 3 1+0 0; "},
+        {"-1", "tempo 3 1+0 0; "},
+        {" F", "tempo 3 1+0 0; "},
+        {"G0", ""},
+        {"1002", "tempo 3 1+0 16; tempo 3 1+0.5 2; "},
     };
-    for (const auto& row : rows) EXPECT_EQ(Objects(row[0]), row[1]) << row[0];
+    for (const auto& [data, tempos] : rows)
+        EXPECT_EQ(Objects("#00103:" + std::string(data) + "\n"), tempos) << data;
+    EXPECT_EQ(Objects("#BPM01 180.5\n#00108:01G1\n"), "tempo 8 1+0 180.5; tempo 8 1+0.5 180.5; ");
+    EXPECT_EQ(Objects("#00108:01\n#BPM01 180.5\n"), "tempo 8 1+0 130; ");
+    EXPECT_EQ(Objects("#BPM01 180.5\n#00108:0210\n"), "tempo 8 1+0 130; tempo 8 1+0.5 130; ");
 }
 
 TEST_F(Channels, Lengths) {

@@ -1,17 +1,41 @@
 // The display on a window: its start, its failures, and what of it is seen where.
 #include <gtest/gtest.h>
 
-#include "display/display_window.h"
+#include "display/ddraw.h"
+#include "platform/directdraw_test.h"
 #include "platform/gdi.h"
 #include "platform/timer.h"
+#include "platform/window.h"
 #include "playback/layout.h"
+#include "support/program.h"
 
 namespace {
 
 using directdraw_test::Step;
 
-class Display : public test::DisplayWindow {
+class Display : public testing::Test {
 protected:
+    static constexpr int kWidth = 452, kHeight = 280;
+    static constexpr int kDesktopWidth = 1024, kDesktopHeight = 768;
+
+    void SetUp() override {
+        test::ResetProgram();
+        headless::SetDesktop(kDesktopWidth, kDesktopHeight);
+        WNDCLASSEXA windowClass = {};
+        windowClass.cbSize = 48;
+        windowClass.lpfnWndProc = DefWindowProcA;
+        windowClass.lpszClassName = "display test";
+        ASSERT_NE(RegisterClassExA(&windowClass), 0);
+        m_hWnd = CreateWindowExA(WS_EX_TOPMOST, "display test", "", WS_CAPTION | WS_VISIBLE, 300, 200, kWidth,
+                                 kHeight, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_NE(m_hWnd, nullptr);
+    }
+    void TearDown() override {
+        directdraw_test::FailNone();
+        DestroyWindow(m_hWnd);
+        test::ResetProgram();
+    }
+
     // A back surface of which each pixel is its own number.
     static void Number(IDirectDrawSurface7* pSurface) {
         for (int y = 0; y < kHeight; ++y) {
@@ -42,6 +66,8 @@ protected:
             }
         }
     }
+
+    HWND m_hWnd = nullptr;
 };
 
 TEST_F(Display, EachFailureOfTheStartHasItsBox) {

@@ -75,8 +75,8 @@ TEST_F(Surfaces, WhatSticksOutOrIsEmptyIsRefusedWhole) {
     } rows[] = {
         {21, 0, {0, 0, 20, 20}},
         {0, 11, {0, 0, 20, 20}},
-        {static_cast<DWORD>(-1), 0, {0, 0, 1, 1}},
-        {0, static_cast<DWORD>(-1), {0, 0, 1, 1}},
+        {0xFFFFFFFF, 0, {0, 0, 1, 1}},
+        {0, 0xFFFFFFFF, {0, 0, 1, 1}},
         {0xFFFFFFF0, 0, {0, 0, 20, 20}},
         {0, 0, {-1, 0, 5, 5}},
         {0, 0, {0, -1, 5, 5}},

@@ -116,10 +116,10 @@ TEST_F(CommandLine, PathsOfAnyLength) {
 TEST_F(CommandLine, ABackslashInANameOrItsFolders) {
     folder.Write("odd\\folder/sound.wav", "x");
     const std::string odd = TakenBySystem(Line({folder.Write("odd\\folder/song.bms", "x")}));
-    const std::string deep =
-        TakenBySystem(Line({folder.Write(std::string(190, 'd') + "/back\\slash.bms", "x")}));
-    for (const std::string& taken : {odd, odd.substr(0, odd.rfind('\\') + 1) + "sound.wav", deep})
-        EXPECT_TRUE(CanOpen(taken)) << taken;
+    EXPECT_TRUE(CanOpen(odd)) << odd;
+    EXPECT_TRUE(CanOpen(odd.substr(0, odd.rfind('\\') + 1) + "sound.wav")) << odd;
+    const std::string deep = folder.Write(std::string(190, 'd') + "/back\\slash.bms", "x");
+    EXPECT_TRUE(CanOpen(TakenBySystem(Line({deep}))));
 }
 
 TEST_F(CommandLine, DeeperThanAnyPath) {

@@ -24,6 +24,13 @@ protected:
         }
         return all.str();
     }
+    // The line ends at once, without a window, and sends that.
+    static void ExpectPosted(int copies, const char* line, const char* posted) {
+        EXPECT_EQ(RunBeside(copies, line), 1) << line;
+        EXPECT_EQ(Posted(), posted) << line;
+        EXPECT_TRUE(headless::Titles().empty()) << line;
+        EXPECT_TRUE(headless::FileDialogs().empty() && headless::Boxes().empty()) << line;
+    }
 };
 
 TEST_F(Forward, RemoteCopies) {
@@ -43,25 +50,14 @@ TEST_F(Forward, RemoteCopies) {
         {1, "-R -N3", "11:1128(0) "},
         {1, "-Q", "11:1125(0) "},
         {1, "-P -Q -R -S", "11:1127(0) "},
-        {1, "song.bms", ""},
-        {1, "song.bms -P", ""},
-        {1, "", ""},
-        {1, "-W -X5 -Y6 -z", ""},
         {1, "-D -Q", "11:1224(0) "},
-        {2, "-N5 -M2 -P -R -S song.bms", ""},
-        {2, "-Q", ""},
-        {2, "", ""},
         {2, "-N5 -d -D -R -q", "11:1224(0) 12:1224(0) 11:1224(0) 12:1224(0) "},
-        {3, "-P", ""},
-        {0, "-Q", ""},
-        {0, "-D -Q", ""},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(RunBeside(row.copies, row.line), 1) << row.line;
-        EXPECT_EQ(Posted(), row.posted) << row.line;
-        EXPECT_TRUE(headless::Titles().empty()) << row.line;  // no window
-        EXPECT_TRUE(headless::FileDialogs().empty() && headless::Boxes().empty()) << row.line;
-    }
+    for (const auto& row : rows) ExpectPosted(row.copies, row.line, row.posted);
+    for (const char* line : {"song.bms", "song.bms -P", "", "-W -X5 -Y6 -z"}) ExpectPosted(1, line, "");
+    for (const char* line : {"-N5 -M2 -P -R -S song.bms", "-Q", ""}) ExpectPosted(2, line, "");
+    for (const char* line : {"-Q", "-D -Q"}) ExpectPosted(0, line, "");
+    ExpectPosted(3, "-P", "");
 }
 
 TEST_F(Forward, SettingsTakeEffectHereToo) {

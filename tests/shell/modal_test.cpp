@@ -1,5 +1,7 @@
 // Commands that arrive while a box, a dialog or the menu has the thread.
 #include "shell_test.h"
+#include "sound/dsbuffer.h"
+#include "sound/dsound.h"
 
 namespace {
 
@@ -24,7 +26,11 @@ protected:
         At(4000, close[static_cast<int>(modal)]);
     }
     static void Expect(uint64_t ms, const std::string& state) {
-        At(ms, Call([=] { EXPECT_EQ(test::StateName(), state) << "at " << ms; }));
+        At(ms, Call([=] {
+               EXPECT_EQ(test::StateName(), state) << "at " << ms;
+               const bool silent = !g_pDSound->m_pSlot[1]->IsPlaying();
+               EXPECT_TRUE(silent || state == "Running") << "at " << ms;
+           }));
     }
     void RunToEnd(const std::string& options = "-P ") {
         At(5000, Key(test::kEscape));
@@ -53,6 +59,7 @@ TEST_F(ModalTest, EachCommandInsideEach) {
             EXPECT_EQ(g_nStartMeasure, row.message == 1129 ? 1 : -1);
             EXPECT_EQ(g_fSpeed, row.message == 1130 ? 200 * 0.01f : 1.0f);
             EXPECT_EQ(g_bHost, row.message == 1224 ? 1 : 0);
+            EXPECT_EQ(Titles().size(), 3u);
         }
     }
 }
@@ -68,17 +75,6 @@ TEST_F(ModalTest, ResumedAndStoppedInsideEach) {
         At(3000, Remote(WM_REMOTE_STOP));
         Expect(3100, "Paused");
         Expect(4500, "Paused");
-        RunToEnd();
-    }
-}
-
-TEST_F(ModalTest, AnEndedChartIsPausedByBoxAndMenuButNotByTheDialog) {
-    for (const Modal modal : kModals) {
-        SCOPED_TRACE(kNames[static_cast<int>(modal)]);
-        OpenAndClose(modal);
-        At(1900, Call([] { g_dwStartTime -= 20'000; }));  // the end comes with the next frame
-        Expect(1990, "Ended");
-        for (const uint64_t ms : {2500, 4500}) Expect(ms, modal == Modal::kDialog ? "Ended" : "Paused");
         RunToEnd();
     }
 }
