@@ -28,7 +28,8 @@ protected:
     static void Expect(uint64_t ms, const std::string& state) {
         At(ms, Call([=] {
                EXPECT_EQ(test::StateName(), state) << "at " << ms;
-               const bool silent = !g_pDSound->m_pSlot[1]->IsPlaying();
+               CDSBuffer* const sound = g_pDSound->m_pSlot[1];
+               const bool silent = !sound || !sound->IsPlaying();
                EXPECT_TRUE(silent || state == "Running") << "at " << ms;
            }));
     }
