@@ -117,14 +117,18 @@ std::string DenseChart() {
     return text;
 }
 
+std::vector<BmsObject*> Sorted(std::vector<BmsObject*> list) {
+    std::stable_sort(list.begin(), list.end(),
+                     [](BmsObject* a, BmsObject* b) { return CompareObjects(a, b) < 0; });
+    return list;
+}
+
 // The view against a plain stable sort, and the times against a walk over all tempos for each object.
 void CheckList(const CBMS& chart, BmsObject* list, BmsObject** view, int count) {
-    std::vector<BmsObject*> sorted;
-    for (int i = 0; i < count; ++i) sorted.push_back(list + i);
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [](BmsObject* a, BmsObject* b) { return CompareObjects(a, b) < 0; });
+    std::vector<BmsObject*> objects;
+    for (int i = 0; i < count; ++i) objects.push_back(list + i);
+    ASSERT_EQ(std::vector<BmsObject*>(view, view + count), Sorted(objects));
     for (int i = 0; i < count; ++i) {
-        ASSERT_EQ(view[i], sorted[static_cast<size_t>(i)]) << i;
         const BmsObject& o = *view[i];
         double p = 0.0, t = chart.m_pMeasure[o.nMeasure].dStart, bpm = chart.m_dBPM;
         for (int k = 0; k < chart.m_nTempo; ++k) {
@@ -166,7 +170,7 @@ TEST(Compile, SortsAsAStableSortDoes) {
     for (int count : {0, 1, 2, 3, 17, 100, 1000, 5000}) {
         for (int kind = 0; kind < 4; ++kind) {
             std::vector<BmsObject> objects(static_cast<size_t>(count));
-            std::vector<BmsObject*> list, wanted;
+            std::vector<BmsObject*> list;
             for (int i = 0; i < count; ++i) {
                 const unsigned n = static_cast<unsigned>(random());
                 BmsObject& o = objects[static_cast<size_t>(i)];
@@ -175,9 +179,7 @@ TEST(Compile, SortsAsAStableSortDoes) {
                 o.nChannel = 17 + static_cast<int>(n / 1024 % 3);
                 list.push_back(&o);
             }
-            wanted = list;
-            std::stable_sort(wanted.begin(), wanted.end(),
-                             [](BmsObject* a, BmsObject* b) { return CompareObjects(a, b) < 0; });
+            const std::vector<BmsObject*> wanted = Sorted(list);
             SortObjects(list.data(), count);
             EXPECT_EQ(list, wanted) << count << " of kind " << kind;
         }

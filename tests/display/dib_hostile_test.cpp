@@ -11,25 +11,21 @@ using test::MakeBmp;
 class HostileDib : public test::PictureTest {};
 
 TEST_F(HostileDib, TruncatedAtEveryLength) {
-    struct Kind {
-        int nBits;
-        uint32_t nHeader, nCompression;
-        std::vector<uint32_t> masks;
-    };
-    const Kind kinds[] = {{1, 40, 0, {}},  {4, 40, 0, {}},  {8, 40, 0, {}},
-                          {16, 40, 0, {}}, {24, 40, 0, {}}, {32, 40, 0, {}},
-                          {24, 12, 0, {}}, {4, 12, 0, {}},  {16, 40, 3, {0xF800, 0x07E0, 0x001F}}};
-    for (const Kind& kind : kinds) {
-        BmpSpec spec{.width = 9,
-                     .height = 6,
-                     .bits = kind.nBits,
-                     .header_size = kind.nHeader,
-                     .compression = kind.nCompression,
-                     .masks = kind.masks};
-        for (uint32_t i = 0; kind.nBits <= 8 && i < 1u << kind.nBits; ++i)
-            spec.palette.push_back(0xFFFFFF - i);
+    const BmpSpec kinds[] = {{.bits = 1},
+                             {.bits = 4},
+                             {.bits = 8},
+                             {.bits = 16},
+                             {.bits = 24},
+                             {.bits = 32},
+                             {.bits = 24, .header_size = 12},
+                             {.bits = 4, .header_size = 12},
+                             {.bits = 16, .compression = 3, .masks = {0xF800, 0x07E0, 0x001F}}};
+    for (BmpSpec spec : kinds) {
+        spec.width = 9;
+        spec.height = 6;
+        for (uint32_t i = 0; spec.bits <= 8 && i < 1u << spec.bits; ++i) spec.palette.push_back(0xFFFFFF - i);
         const std::string whole =
-            MakeBmp(spec, [&](int, int) { return kind.nBits == 32 ? ~0u : (1u << kind.nBits) - 1; });
+            MakeBmp(spec, [&](int, int) { return spec.bits == 32 ? ~0u : (1u << spec.bits) - 1; });
         const size_t nHead = test::BmpHead(spec).size(), nRow = (whole.size() - nHead) / 6;
         ASSERT_EQ(Load(whole), 0);
         ASSERT_EQ(Draw(0, 0, 0, 0, 9, 6), 0);
@@ -41,9 +37,9 @@ TEST_F(HostileDib, TruncatedAtEveryLength) {
             for (int i = 0; i < 9 * 6; ++i) {
                 const int x = i % 9, y = i / 9;
                 const size_t nEnd = nHead + nRow * static_cast<size_t>(5 - y) +
-                                    (static_cast<size_t>(x + 1) * static_cast<size_t>(kind.nBits) + 7) / 8;
+                                    (static_cast<size_t>(x + 1) * static_cast<size_t>(spec.bits) + 7) / 8;
                 ASSERT_EQ(At(x, y), nEnd <= nLength ? nFull : 0u)
-                    << kind.nBits << " bits cut at " << nLength << ": " << x << " " << y;
+                    << spec.bits << " bits cut at " << nLength << ": " << x << " " << y;
             }
         }
     }
