@@ -233,25 +233,23 @@ TEST_F(WindowTest, AFloodLetsTheFramesGoOn) {
 TEST_F(WindowTest, SystemMenu) {
     const HWND hWnd = Open();
     const HMENU hMenu = GetSystemMenu(hWnd, 0);
+    char szLoad[] = "&Load and more", szAbout[] = "&About...";
     MENUITEMINFO item{};
-    item.cbSize = 48;
-    EXPECT_FALSE(InsertMenuItemA(hMenu, 7, 0, &item));
     item.cbSize = 44;
     item.fType = MFT_SEPARATOR;
     EXPECT_TRUE(InsertMenuItemA(hMenu, 7, 0, &item));
-    char szLoad[] = "&Load and more", szAbout[] = "&About...";
     item.fType = 0;
     item.fMask = MIIM_ID | MIIM_TYPE;
-    item.wID = 257;
-    item.dwTypeData = szLoad;
-    item.cch = 5;
-    EXPECT_TRUE(InsertMenuItemA(hMenu, 8, 0, &item));
-    item.wID = 256;
-    item.dwTypeData = szAbout;
-    item.cch = 9;
-    EXPECT_TRUE(InsertMenuItemA(hMenu, 257, 0, &item));
+    for (const bool bLoad : {true, false}) {
+        item.wID = bLoad ? 257 : 256;
+        item.dwTypeData = bLoad ? szLoad : szAbout;
+        item.cch = bLoad ? 5 : 9;
+        EXPECT_TRUE(InsertMenuItemA(hMenu, bLoad ? 8 : 257, 0, &item));
+    }
     EXPECT_FALSE(InsertMenuItemA(hMenu, 0, 1, &item));
     EXPECT_FALSE(InsertMenuItemA(nullptr, 0, 0, &item));
+    item.cbSize = 48;
+    EXPECT_FALSE(InsertMenuItemA(hMenu, 7, 0, &item));
 
     AddScript({{0, WantMenu(-5, 300)}, {10, Remote(1126)}, {20, ChooseMenu(257)}});
     const LPARAM nPoint = static_cast<LPARAM>(0x012CFFFB);
@@ -320,9 +318,8 @@ TEST_F(WindowTest, OtherCopies) {
     RemoveCopy(11);
     EXPECT_FALSE(PostMessageA(windows[1], 1126, 0, 0));
     ASSERT_EQ(PostedToCopies().size(), 2u);
-    EXPECT_EQ(PostedToCopies()[0].copy, 11u);
-    EXPECT_EQ(PostedToCopies()[0].wparam, -5);
-    EXPECT_EQ(PostedToCopies()[0].lparam, 9);
+    const PostedMessage& posted = PostedToCopies()[0];
+    EXPECT_TRUE(posted.copy == 11 && posted.wparam == -5 && posted.lparam == 9);
     EXPECT_FALSE(DestroyWindow(windows[2]));
     const std::vector<HWND> before = windows;
     windows.clear();
