@@ -1,5 +1,6 @@
 // Start-up in its order, with every box and exit code; the title; the loop; the end.
 #include "shell/startup.h"
+
 #include <functional>
 
 #include "display/ddraw.h"
