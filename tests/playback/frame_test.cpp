@@ -65,6 +65,7 @@ TEST_F(Frame, BarsAreSeenFromLine1To269AndTheirNumbersFrom7) {
         if (bar) wanted += "bar 20," + std::to_string(line) + " key\n";
         if (number) wanted += "0 13," + std::to_string(line - 6) + " key\n";
         EXPECT_EQ(frame.substr(0, wanted.size()), wanted) << line;
+        EXPECT_EQ(frame.find("bar 20," + std::to_string(line) + " ") != std::string::npos, bar) << frame;
         EXPECT_EQ(frame.find("0 13,") != std::string::npos, number) << frame;
     }
 }
