@@ -31,7 +31,7 @@ constexpr Foreign kSound = {"other-dialect", Severity::kWarning,
                             "the player knows one form of sound, #WAVxx, and plays it as its file has it"};
 constexpr Foreign kPicture = {
     "other-dialect", Severity::kWarning,
-    "the player shows the BMP files of #BMPxx lines and the rectangles of #BGAxx lines "
+    "the player shows the pictures of #BMPxx lines and the rectangles of #BGAxx lines "
     "alone"};
 constexpr Foreign kRule = {"unused-header", Severity::kNote,
                            "the player judges nothing and has no use for it"};

@@ -70,7 +70,7 @@ Spelling CompareSpelling(const std::string& name, const std::string& found) {
     return same_but_case ? Spelling::kCase : Spelling::kEncoding;
 }
 
-std::string HintAboutMissing(const Definition& definition, const char* const* endings) {
+std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
     const std::string& name = definition.name;
     if (Exists(definition.path)) return "; it is there, but may not be read or is no file";
     if (!name.empty() && name.back() == ' ') return "; the name ends with a blank";
@@ -82,11 +82,26 @@ std::string HintAboutMissing(const Definition& definition, const char* const* en
     const std::string stem = name.substr(0, dot);
     const size_t left = definition.path.size() - (name.size() - stem.size());
     if (definition.path.size() < name.size()) return "";
-    for (; *endings; ++endings) {
-        const std::string other = definition.path.substr(0, left) + *endings;
-        if (!FileFind(other.c_str()).empty()) return "; " + Quote(stem + *endings) + " is there";
+    // Those that may stand for it have been tried.
+    for (const std::string& other : StandInPaths(definition.path, kind)) {
+        if (!FileFind(other.c_str()).empty())
+            return "; " + Quote(stem + EndingOf(other)) + " is there, but cannot be read";
+    }
+    for (const char* ending : {".xa", ".mpg", ".avi", ".mp4"}) {
+        if (!FileFind((definition.path.substr(0, left) + ending).c_str()).empty())
+            return "; " + Quote(stem + ending) + " is there";
     }
     return "";
+}
+
+std::string HintAboutKind(const std::string& name, MediaKind kind) {
+    const bool sound = kind == MediaKind::kSound;
+    const std::string ending = EndingOf(name), own = sound ? ".wav" : ".bmp";
+    const std::string save = sound ? "save it as a PCM WAV file" : "save it as a BMP file";
+    if (SameButCase(ending, own) || KindOfName(name) != kind) return "; " + save;
+    const std::string meant = name.substr(0, name.size() - ending.size()) + own;
+    return "; name " + Quote(meant) + " in the chart, for which it stands where that is not there, or " +
+           save;
 }
 
 const char* KindOf(const std::string& path) {

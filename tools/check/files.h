@@ -4,6 +4,7 @@
 #include <string>
 
 #include "check/tables.h"
+#include "platform/standin.h"
 
 namespace check {
 
@@ -21,9 +22,11 @@ void CheckSpelling(Spelling spelling, const std::string& name, const std::string
                    Findings* findings);
 
 // A clause about a file that was not found: what stands there in its place, or what is odd about the name.
-// Begins with
-// "; " or is empty.
-std::string HintAboutMissing(const Definition& definition, const char* const* endings);
+// Begins with "; " or is empty.
+std::string HintAboutMissing(const Definition& definition, MediaKind kind);
+
+// A clause about a file that is there and is none that the player reads: how it could be heard or seen.
+std::string HintAboutKind(const std::string& name, MediaKind kind);
 
 // The kind of file by its first bytes, such as "an Ogg file"; null when they say nothing.
 const char* KindOf(const std::string& path);

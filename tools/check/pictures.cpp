@@ -11,7 +11,6 @@
 namespace check {
 namespace {
 
-constexpr const char* kEndings[] = {".bmp", ".png", ".jpg", ".gif", ".mpg", ".avi", ".mp4", nullptr};
 constexpr int kNameColumn = 7;
 constexpr int kPixelOffsetAt = 10;  // of the file header, which the player never reads
 
@@ -104,9 +103,9 @@ void CheckPicture(Subject* subject, const Definition& definition, const CDib* di
     subject->findings.Add(
         NameOf(definition), severity, missing ? "picture-missing" : "picture-unreadable", [&] {
             return missing ? Quote(definition.name) + " is not there" +
-                                 HintAboutMissing(definition, kEndings) + cost
+                                 HintAboutMissing(definition, MediaKind::kPicture) + cost
                            : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
-                                 "; the player shows BMP files alone" + cost;
+                                 HintAboutKind(definition.name, MediaKind::kPicture) + cost;
         });
 }
 

@@ -13,7 +13,6 @@
 namespace check {
 namespace {
 
-constexpr const char* kEndings[] = {".wav", ".ogg", ".mp3", ".flac", ".xa", nullptr};
 constexpr int kNameColumn = 7;
 
 Place NameOf(const Definition& definition) {
@@ -165,7 +164,8 @@ void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer&
     file->found = FileFind(definition.path.c_str());
     if (file->found.empty()) {
         subject->findings.Add(NameOf(definition), severity, "sound-missing", [&] {
-            return Quote(definition.name) + " is not there" + HintAboutMissing(definition, kEndings) + cost;
+            return Quote(definition.name) + " is not there" +
+                   HintAboutMissing(definition, MediaKind::kSound) + cost;
         });
         return;
     }
@@ -177,7 +177,7 @@ void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer&
     const std::string log = LogOfLoad(sound);
     subject->findings.Add(NameOf(definition), severity, "sound-unreadable", [&] {
         return Quote(definition.name) + " cannot be played: " + WhyUnreadable(*file, log) +
-               "; save it as a PCM WAV file" + cost;
+               HintAboutKind(definition.name, MediaKind::kSound) + cost;
     });
 }
 

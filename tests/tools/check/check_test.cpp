@@ -3,6 +3,7 @@
 
 #include <sstream>
 
+#include "packages/encode.h"
 #include "support/media.h"
 #include "tools/run_tool.h"
 #include "xa/encoder.h"
@@ -168,6 +169,9 @@ TEST_F(CheckTool, LooksForFilesAndIntoThem) {
     WriteFiles();
     folder_.Write("s/\xE3\x83\x9D.wav", test::SquareWav(4410));
     folder_.Write("kick.ogg", "OggS and more of it, but nothing that is read");
+    folder_.Write("song.ogg", test::Encode(test::Tone(4410), test::SoundFile::kOgg));
+    folder_.Write("pic.png", test::EncodePng(test::Paint(8, 8, [](int, int) { return 0xFF123456; }),
+                                             test::PngKind::kRgb));
     folder_.Write("text.wav", "this is no sound at all");
     folder_.Write("flac.wav", "fLaC and more");
     folder_.Write("empty.wav", "");
@@ -192,6 +196,7 @@ TEST_F(CheckTool, LooksForFilesAndIntoThem) {
         {{"#WAV02 kick.wav"}, "6:8 error sound-missing\n"},
         {{"#WAV02  a.wav"}, "6:8 error sound-missing\n"},
         {{"#WAV02 s"}, "6:8 error sound-missing\n"},
+        {{"#WAV02 song.wav"}, "6:8 note stand-in\n"},
         {{"#WAV02 a.xa"}, "6:8 note sound-format\n"},
         {{"#WAV02 cut.wav"}, "6:8 warning sound-cut\n"},
         {{"#WAV02 none.wav"}, "6:8 warning sound-empty\n"},
@@ -202,6 +207,7 @@ TEST_F(CheckTool, LooksForFilesAndIntoThem) {
         {{"#BMP02 A.bmp"}, "6:8 note name-case\n"},
         {{"#BMP02 b.bmp"}, "6:8 error picture-missing\n"},
         {{"#BMP02 a.png"}, "6:8 error picture-unreadable\n"},
+        {{"#BMP02 pic.bmp"}, "6:8 note stand-in\n"},
         {{"#BMP02 short.bmp"}, "6:8 error picture-unreadable\n"},
         {{"#BMP02 cut.bmp"}, "6:8 warning picture-cut\n"},
         {{"#BMP02 shifted.bmp"}, "6:8 warning picture-shifted\n"},
@@ -228,9 +234,11 @@ TEST_F(CheckTool, SentencesSayWhatAndWhy) {
     const test::ToolResult result = Run("--strict ./c.bms");
     EXPECT_EQ(result.code, 1);
     for (const char* text :
-         {"./c.bms:6:8: error: `kick.wav` is not there; `kick.ogg` is there; its object makes no sound "
+         {"./c.bms:6:8: error: `kick.wav` is not there; `kick.ogg` is there, but cannot be read; its object "
+          "makes no sound "
           "[sound-missing]",
-          "./c.bms:7:8: error: `kick.ogg` cannot be played: it is an Ogg file; save it as a PCM WAV file; "
+          "./c.bms:7:8: error: `kick.ogg` cannot be played: it is an Ogg file; name `kick.wav` in the chart, "
+          "for which it stands where that is not there, or save it as a PCM WAV file; "
           "its object "
           "makes no sound [sound-unreadable]",
           "./c.bms:8:8: note: `b.wav` is found as `B.WAV`, in other letter case",
