@@ -1,40 +1,24 @@
 // Charts for tests, by way of a file.
 #pragma once
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <fstream>
 #include <memory>
 #include <string>
 
 #include "chart/bms.h"
+#include "support/tempfolder.h"
 
 // A chart file in a folder of its own, gone with the object.
 class ChartFile {
 public:
-    explicit ChartFile(const std::string& bytes) {
-        char folder[] = "/tmp/lumetra-chart-XXXXXX";
-        if (!mkdtemp(folder)) return;
-        folder_ = folder;
-        std::ofstream(folder_ + "/chart.bms", std::ios::binary) << bytes;
-    }
-    ~ChartFile() {
-        unlink((folder_ + "/chart.bms").c_str());
-        rmdir(folder_.c_str());
-    }
-    ChartFile(const ChartFile&) = delete;
-    ChartFile& operator=(const ChartFile&) = delete;
+    explicit ChartFile(const std::string& bytes) { folder_.Write("chart.bms", bytes); }
 
     std::string Folder() const {  // as the system spells it, with its closing backslash
-        std::string folder = folder_ + "/";
-        std::replace(folder.begin(), folder.end(), '/', '\\');
-        return folder;
+        return test::TempFolder::Backslashes(folder_.Path() + "/");
     }
     std::string Path() const { return Folder() + "chart.bms"; }
 
 private:
-    std::string folder_;
+    test::TempFolder folder_;
 };
 
 // Puts a CR LF behind each line of the text.

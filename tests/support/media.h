@@ -2,9 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
+
+#include "support/bmp_writer.h"
 
 namespace test {
 
@@ -49,21 +50,9 @@ inline std::string SquareWav(int frames, int half_period = 50, const WavSpec& sp
     return Wav(samples, spec);
 }
 
-// 24 bits, bottom row first; color gives 0x00RRGGBB of x, y from the top left.
-inline std::string Bmp(int width, int height, const std::function<uint32_t(int, int)>& color) {
-    std::string rows;
-    for (int y = height; y-- > 0;) {
-        std::string row;
-        for (int x = 0; x < width; ++x) row += LittleEndian(color(x, y), 3);
-        row.resize((row.size() + 3) / 4 * 4);
-        rows += row;
-    }
-    const std::string header = LittleEndian(40, 4) + LittleEndian(static_cast<uint64_t>(width), 4) +
-                               LittleEndian(static_cast<uint64_t>(height), 4) + LittleEndian(1, 2) +
-                               LittleEndian(24, 2) + LittleEndian(0, 4) + LittleEndian(rows.size(), 4) +
-                               std::string(16, '\0');
-    return "BM" + LittleEndian(54 + rows.size(), 4) + LittleEndian(0, 4) + LittleEndian(54, 4) + header +
-           rows;
+// 24 bits; color gives 0xRRGGBB of x, y from the top left.
+inline std::string Bmp(int width, int height, const PixelValue& color) {
+    return MakeBmp({width, height}, color);
 }
 
 inline std::string Bmp(int width, int height, uint32_t color) {

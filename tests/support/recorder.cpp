@@ -109,24 +109,6 @@ void Clear() {
 
 CDDraw::CDDraw() : m_apDib() {}
 CDDraw::~CDDraw() = default;
-int CDDraw::Init(HWND, int, int, int, int) {
-    return 0;
-}
-int CDDraw::FitWindow(HWND, int, int, int, int) {
-    return 1;
-}
-int CDDraw::CreateParts(int, int, int) {
-    return 0;
-}
-int CDDraw::LoadParts(HBITMAP, int, int, int) {
-    return 0;
-}
-int CDDraw::Present() {
-    return 0;
-}
-int CDDraw::FreeDib(int) {
-    return 0;
-}
 
 HRESULT CDDraw::ClearParts(int nParts, DWORD dwColor) {
     g_lines += "clear " + std::to_string(nParts) + ' ' + std::to_string(dwColor) + '\n';
@@ -166,21 +148,6 @@ CDSound::CDSound() : m_pDS(nullptr), m_pSlot() {}
 CDSound::~CDSound() {
     Term();
 }
-int CDSound::Init(HWND, int) {
-    return 0;
-}
-int CDSound::CreateSilentBuffer(DWORD) {
-    return 0;
-}
-int CDSound::PlaySilentBuffer() {
-    return 0;
-}
-int CDSound::StopSilentBuffer() {
-    return 0;
-}
-int CDSound::Compact() {
-    return 0;
-}
 
 int CDSound::Term() {
     for (auto& pSlot : m_pSlot) {
@@ -207,59 +174,5 @@ int CDSBuffer::Load(int bStream) {
 }
 int CDSBuffer::Play() {
     g_lines += "play " + std::to_string(SlotOf(this)) + '\n';
-    return 0;
-}
-void CDSBuffer::SetStreamSeconds(DWORD) {}
-IDirectSoundBuffer* CDSBuffer::GetDSBuffer() {
-    return nullptr;
-}
-int CDSBuffer::LoadWav(int) {
-    return 0;
-}
-int CDSBuffer::LoadXA(int) {
-    return 0;
-}
-int CDSBuffer::CreateDSB(DWORD) {
-    return 0;
-}
-int CDSBuffer::Term() {
-    return 0;
-}
-int CDSBuffer::PlayCurrent(int, int) {
-    return 0;
-}
-int CDSBuffer::Stop() {
-    return 0;
-}
-int CDSBuffer::Rewind() {
-    return 0;
-}
-int CDSBuffer::IsPlaying() {
-    return 0;
-}
-int CDSBuffer::Pause() {
-    return 0;
-}
-void CDSBuffer::Resume() {}
-void CDSBuffer::ClearPaused() {}
-int CDSBuffer::FadeStart() {
-    return 0;
-}
-int CDSBuffer::FadeStep() {
-    return 0;
-}
-int CDSBuffer::StreamPlay() {
-    return 0;
-}
-int CDSBuffer::StreamUpdateWav(DWORD, DWORD) {
-    return 0;
-}
-int CDSBuffer::StreamUpdateResetWav() {
-    return 0;
-}
-int CDSBuffer::StreamUpdateXA(DWORD, DWORD) {
-    return 0;
-}
-int CDSBuffer::StreamUpdateResetXA() {
     return 0;
 }

@@ -1,12 +1,18 @@
-// A folder of a test's own, removed with everything in it.
+// Files, and a folder of a test's own, removed with everything in it.
 #pragma once
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 
 namespace test {
+
+inline std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 class TempFolder {
 public:

@@ -40,16 +40,12 @@ TEST(XaHostile, HeadersThatNoFileHasAreRefused) {
     for (const Case& c : kCases) {
         Bytes file = SmallFile();
         file[c.at] = static_cast<uint8_t>(c.value);
-        WAVEFORMATEX format = {};
-        void* handle = xaDecodeOpen(file.data(), &format);
-        EXPECT_EQ(handle != nullptr, c.good) << c.what;
-        xaDecodeClose(handle);
+        EXPECT_EQ(Decoder(file).get() != nullptr, c.good) << c.what;
     }
     for (uint32_t rate : {0u, 99u, 384001u, 0x80000000u, 0xFFFFFFFFu}) {
         Bytes file = SmallFile();
         Put32(&file, XA_AT_RATE, rate);
-        WAVEFORMATEX format = {};
-        EXPECT_EQ(xaDecodeOpen(file.data(), &format), nullptr) << rate;
+        EXPECT_EQ(Decoder(file).get(), nullptr) << rate;
     }
 }
 
@@ -111,13 +107,10 @@ TEST(XaHostile, LyingCountsLeaveTheDataAsItIs) {
 }
 
 TEST(XaHostile, ADamagedBlockFailsAndWhatCameBeforeIsGiven) {
-    struct Case {
-        int at;
-        uint8_t value;
-    };
-    for (Case c : {Case{0, XA_FILTERS}, Case{1, XA_RANGES}, Case{2, 255}, Case{3, 255}}) {
+    const uint8_t damage[] = {XA_FILTERS, XA_RANGES, 255, 255};
+    for (int at = 0; at < 4; ++at) {
         Bytes file = SmallFile(), pcm = DecodeWhole(file);
-        file[XA_HEADER_SIZE + 84 + c.at] = c.value;
+        file[XA_HEADER_SIZE + 84 + at] = damage[at];
         Bytes data = DataOf(file), out;
         Decoder decoder(file);
         size_t used = 0;
@@ -125,26 +118,6 @@ TEST(XaHostile, ADamagedBlockFailsAndWhatCameBeforeIsGiven) {
         EXPECT_EQ(used, 84u);
         EXPECT_EQ(out, Bytes(pcm.begin(), pcm.begin() + 128));
         EXPECT_FALSE(decoder.Convert(data.data() + used, 84, 128, &out, &used));
-    }
-}
-
-TEST(XaHostile, AnyBytesAreSafe) {
-    std::mt19937 random(11);
-    for (int round = 0; round < 400; ++round) {
-        Bytes file = SmallFile(round % 2 ? Mode::kFast : Mode::kFine);
-        Put32(&file, XA_AT_DATA_BYTES, static_cast<uint32_t>(random() % 900));
-        for (size_t i = XA_HEADER_SIZE; i < file.size(); ++i)
-            file[i] = static_cast<uint8_t>(random() & (round % 3 ? 31 : 255));
-        Decoder decoder(file);
-        ASSERT_NE(decoder.get(), nullptr);
-        Bytes data = DataOf(file), out;
-        size_t at = 0, used = 0;
-        for (int call = 0; call < 40 && at < data.size(); ++call) {
-            size_t source = std::min<size_t>(random() % 100, data.size() - at);
-            if (!decoder.Convert(data.data() + at, source, random() % 300, &out, &used)) break;
-            at += used;
-        }
-        ASSERT_LE(out.size(), 40u * 300u);
     }
 }
 

@@ -4,8 +4,9 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 
+#include "support/media.h"
+#include "support/tempfolder.h"
 #include "xa_support.h"
 
 namespace {
@@ -18,18 +19,15 @@ struct Result {
     std::string text;  // both outputs
 };
 
+std::string Text(const Bytes& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
 class XaTool : public ::testing::Test {
 protected:
-    void SetUp() override {
-        std::string name = (fs::temp_directory_path() / "lumetra-xa-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder_ = name;
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-
     Result Run(const std::string& arguments) {
-        std::string line =
-            "cd '" + folder_.string() + "' && '" LUMETRA_XA_TOOL "' " + arguments + " 2>&1 </dev/null";
+        const std::string line =
+            "cd '" + folder_.Path() + "' && '" LUMETRA_XA_TOOL "' " + arguments + " 2>&1 </dev/null";
         FILE* pipe = popen(line.c_str(), "r");
         Result result = {-1, ""};
         char chunk[512];
@@ -38,40 +36,18 @@ protected:
         result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         return result;
     }
-    Bytes Read(const std::string& name) {
-        std::ifstream file(folder_ / name, std::ios::binary);
-        return Bytes(std::istreambuf_iterator<char>(file), {});
-    }
-    void Write(const std::string& name, const Bytes& bytes) {
-        std::ofstream file(folder_ / name, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    // The plain 44-byte head and the samples behind it.
-    static Bytes Wav(const Samples& samples, int channels, int rate) {
-        uint32_t size = static_cast<uint32_t>(samples.size() * 2), fields[11] = {};
-        std::memcpy(&fields[0], "RIFF", 4);
-        fields[1] = 36 + size;
-        std::memcpy(&fields[2], "WAVEfmt ", 8);
-        fields[4] = 16;
-        fields[5] = 1u | static_cast<uint32_t>(channels) << 16;
-        fields[6] = static_cast<uint32_t>(rate);
-        fields[7] = static_cast<uint32_t>(rate * channels * 2);
-        fields[8] = static_cast<uint32_t>(channels * 2) | 16u << 16;
-        std::memcpy(&fields[9], "data", 4);
-        fields[10] = size;
-        Bytes out(44 + size);
-        std::memcpy(out.data(), fields, 44);
-        std::memcpy(out.data() + 44, samples.data(), size);
-        return out;
-    }
-    size_t Entries() const { return static_cast<size_t>(std::distance(fs::directory_iterator(folder_), {})); }
+    std::string Read(const std::string& name) { return test::ReadFile(folder_.Path(name)); }
+    size_t Entries() const { return std::distance(fs::directory_iterator(folder_.Path()), {}); }
 
-    fs::path folder_;
+    test::TempFolder folder_;
+    const Samples music_ = Music(500, 1, 8000);
+    const std::string wav_ = test::Wav(music_, {1, 8000});
+    const std::string xa_ = Text(xa::Encode(music_, 1, 8000, xa::Mode::kFine));
 };
 
 TEST_F(XaTool, EncodesAndDecodesBack) {
     Samples music = Music(22050, 2, 44100);
-    Write("in file.wav", Wav(music, 2, 44100));
+    folder_.Write("in file.wav", test::Wav(music, {2, 44100}));
     struct Case {
         const char* option;
         double decibels;
@@ -85,7 +61,7 @@ TEST_F(XaTool, EncodesAndDecodesBack) {
             << c.option;
         Result decoded = Run("decode out.xa back.wav");
         ASSERT_EQ(decoded.code, 0) << decoded.text;
-        Bytes wav = Read("back.wav");
+        const std::string wav = Read("back.wav");
         ASSERT_EQ(wav.size(), 44 + music.size() * 2);
         EXPECT_GE(SignalToNoise(music, ToSamples(Bytes(wav.begin() + 44, wav.end()))), c.decibels)
             << c.option;
@@ -98,16 +74,15 @@ TEST_F(XaTool, EncodesAndDecodesBack) {
 }
 
 TEST_F(XaTool, WrongUseIsOneUnreadableInputTwoAndFailedOutputThree) {
-    Write("in.wav", Wav(Music(500, 1, 8000), 1, 8000));
-    Write("three.wav", Wav(Music(500, 1, 8000), 3, 8000));
-    Write("slow.wav", Wav(Music(500, 1, 8000), 1, 50));
-    Bytes xa = xa::Encode(Music(500, 1, 8000), 1, 8000, xa::Mode::kFine);
-    Write("good.xa", xa);
-    Bytes damaged = xa;
-    damaged[XA_HEADER_SIZE + 42] = 200;
-    Write("damaged.xa", damaged);
-    Write("stub.xa", Bytes(xa.begin(), xa.begin() + 31));
-    fs::create_directory(folder_ / "folder");
+    folder_.Write("in.wav", wav_);
+    folder_.Write("three.wav", test::Wav(music_, {3, 8000}));
+    folder_.Write("slow.wav", test::Wav(music_, {1, 50}));
+    folder_.Write("good.xa", xa_);
+    std::string damaged = xa_;
+    damaged[XA_HEADER_SIZE + 42] = '\xC8';
+    folder_.Write("damaged.xa", damaged);
+    folder_.Write("stub.xa", xa_.substr(0, 31));
+    fs::create_directory(folder_.Path("folder"));
     struct Case {
         const char* arguments;
         int code;
@@ -148,32 +123,33 @@ TEST_F(XaTool, WrongUseIsOneUnreadableInputTwoAndFailedOutputThree) {
 }
 
 TEST_F(XaTool, AFileThatEndsEarlyGivesWhatItHas) {
-    Bytes xa = xa::Encode(Music(500, 1, 8000), 1, 8000, xa::Mode::kFine), whole = DecodeWhole(xa);
-    Write("cut.xa", Bytes(xa.begin(), xa.begin() + 32 + 42 + 12));
+    const Bytes whole = DecodeWhole(Bytes(xa_.begin(), xa_.end()));
+    folder_.Write("cut.xa", xa_.substr(0, 32 + 42 + 12));
     Result result = Run("decode cut.xa out.wav");
     EXPECT_EQ(result.code, 0);
     EXPECT_NE(result.text.find("ends early, after 54 of "), std::string::npos) << result.text;
-    Bytes wav = Read("out.wav");
-    ASSERT_EQ(wav.size(), 44u + 64 + 16);
-    EXPECT_EQ(Bytes(wav.begin() + 44, wav.end()), Bytes(whole.begin(), whole.begin() + 80));
+    EXPECT_EQ(Read("out.wav").substr(44), Text(whole).substr(0, 64 + 16));
 }
 
 TEST_F(XaTool, AFailedRunLeavesTheOldOutputAlone) {
-    Bytes xa = xa::Encode(Music(500, 1, 8000), 1, 8000, xa::Mode::kFine);
-    xa[XA_HEADER_SIZE] = 99;
-    Write("damaged.xa", xa);
-    Write("out.wav", {1, 2, 3});
+    std::string damaged = xa_;
+    damaged[XA_HEADER_SIZE] = 99;
+    folder_.Write("damaged.xa", damaged);
+    folder_.Write("out.wav", "old");
     EXPECT_EQ(Run("decode damaged.xa out.wav").code, 2);
-    EXPECT_EQ(Read("out.wav"), (Bytes{1, 2, 3}));
-    // Its own input may be the output, a link stays a link, and the mode of a file stays.
-    Write("real.wav", Wav(Music(500, 1, 8000), 1, 8000));
-    fs::permissions(folder_ / "real.wav", fs::perms::owner_read | fs::perms::owner_write);
-    fs::create_symlink("real.wav", folder_ / "link.wav");
+    EXPECT_EQ(Read("out.wav"), "old");
+}
+
+// Its own input may be the output, a link stays a link, and the mode of a file stays.
+TEST_F(XaTool, OutputOverALink) {
+    const std::string real = folder_.Write("real.wav", wav_);
+    fs::permissions(real, fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("real.wav", folder_.Path("link.wav"));
     EXPECT_EQ(Run("encode link.wav link.wav").code, 0);
-    EXPECT_TRUE(fs::is_symlink(folder_ / "link.wav"));
-    EXPECT_EQ(Read("real.wav")[0], 'K');
+    EXPECT_TRUE(fs::is_symlink(folder_.Path("link.wav")));
+    EXPECT_EQ(Read("real.wav"), xa_);
     struct stat status = {};
-    ASSERT_EQ(stat((folder_ / "real.wav").c_str(), &status), 0);
+    ASSERT_EQ(stat(real.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
 }
 
@@ -185,8 +161,7 @@ TEST_F(XaTool, HelpAndVersionGoToTheOutput) {
     Result version = Run("--version");
     EXPECT_EQ(version.code, 0);
     EXPECT_EQ(version.text, "lumetra-xa " LUMETRA_VERSION "\n");
-    Result dash = Run("info -- --help");
-    EXPECT_EQ(dash.code, 2);
+    EXPECT_EQ(Run("info -- --help").code, 2);
 }
 
 }  // namespace
