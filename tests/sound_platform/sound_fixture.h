@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "host/headless/headless.h"
@@ -44,12 +45,16 @@ protected:
             EXPECT_EQ(m_device->Release(), 0u);
         }
         EXPECT_EQ(directsound_test::LiveBuffers(), 0);
+        EXPECT_EQ(directsound_test::LiveDevices(), 0);
         EXPECT_EQ(directsound_test::SampleBytes(), 0u);
     }
 
-    // Released by the test's end.
+    // Buffers are released by the test's end.
     IDirectSoundBuffer* Make(const WAVEFORMATEX& wfx, DWORD bytes) {
-        const DSBUFFERDESC desc = Describe(&wfx, bytes);
+        return Make(Describe(&wfx, bytes));
+    }
+    IDirectSoundBuffer* MakePrimary() { return Make(Describe(nullptr, 0, DSBCAPS_PRIMARYBUFFER)); }
+    IDirectSoundBuffer* Make(const DSBUFFERDESC& desc) {
         IDirectSoundBuffer* buffer = nullptr;
         EXPECT_EQ(m_device->CreateSoundBuffer(&desc, &buffer, nullptr), DS_OK);
         if (buffer != nullptr) m_buffers.push_back(buffer);
@@ -73,6 +78,15 @@ protected:
         if (part[1] != nullptr)
             std::memcpy(part[1], reinterpret_cast<const char*>(samples.data()) + bytes[0], bytes[1]);
         ASSERT_EQ(buffer->Unlock(part[0], bytes[0], part[1], bytes[1]), DS_OK);
+    }
+
+    static std::string Contents(IDirectSoundBuffer* buffer) {
+        void* part = nullptr;
+        DWORD bytes = 0;
+        EXPECT_EQ(buffer->Lock(0, 1, &part, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
+        const std::string text(static_cast<const char*>(part), bytes);
+        buffer->Unlock(part, bytes, nullptr, 0);
+        return text;
     }
 
     static DWORD Status(IDirectSoundBuffer* buffer) {
