@@ -1,11 +1,13 @@
 // Files that ask for too much are refused or cut, and memory stays bounded.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "packages/encode.h"
 #include "platform/picture_file.h"
 #include "platform/sound_file.h"
+#include "support/media.h"
 
 namespace {
 
@@ -18,11 +20,11 @@ bool IsPictureTaken(const std::string& file) {
     return PictureToBmp(Bytes(file), file.size(), &bmp);
 }
 
-void Put(std::string* file, size_t at, uint32_t value, int bytes, bool big_end_first) {
-    for (int i = 0; i < bytes; ++i) {
-        const int shift = 8 * (big_end_first ? bytes - 1 - i : i);
-        (*file)[at + static_cast<size_t>(i)] = static_cast<char>(value >> shift);
-    }
+// Puts another number at a place, its highest byte first.
+void Put(std::string* file, size_t at, uint32_t value, size_t bytes) {
+    std::string number = test::LittleEndian(value, static_cast<int>(bytes));
+    std::reverse(number.begin(), number.end());
+    file->replace(at, bytes, number);
 }
 
 uint32_t Crc(const std::string& bytes) {
@@ -36,23 +38,21 @@ uint32_t Crc(const std::string& bytes) {
 
 // The same file with other sizes in its head.
 std::string ResizedPng(std::string file, uint32_t width, uint32_t height) {
-    Put(&file, 16, width, 4, true);
-    Put(&file, 20, height, 4, true);
-    Put(&file, 29, Crc(file.substr(12, 17)), 4, true);
+    Put(&file, 16, width, 4);
+    Put(&file, 20, height, 4);
+    Put(&file, 29, Crc(file.substr(12, 17)), 4);
     return file;
 }
 
 std::string ResizedJpeg(std::string file, uint32_t width, uint32_t height) {
     const size_t frame = file.find("\xFF\xC0");
-    Put(&file, frame + 5, height, 2, true);
-    Put(&file, frame + 7, width, 2, true);
+    Put(&file, frame + 5, height, 2);
+    Put(&file, frame + 7, width, 2);
     return file;
 }
 
 std::string ResizedGif(std::string file, uint32_t width, uint32_t height) {
-    Put(&file, 6, width, 2, false);
-    Put(&file, 8, height, 2, false);
-    return file;
+    return file.replace(6, 4, test::LittleEndian(width, 2) + test::LittleEndian(height, 2));
 }
 
 TEST(PackageBounds, LargePicturesAreRefused) {

@@ -16,33 +16,25 @@ using test::Image;
 using test::PngKind;
 using test::SoundFile;
 
-const BYTE* Bytes(const std::string& text) {
-    return reinterpret_cast<const BYTE*>(text.data());
+template <class Convert>
+std::string Converted(const std::string& file, Convert convert) {
+    ByteBlock block;
+    if (!convert(reinterpret_cast<const BYTE*>(file.data()), file.size(), &block)) return "";
+    return std::string(reinterpret_cast<const char*>(block.Data()), block.Size());
 }
 
 std::string ToWav(const std::string& file) {
-    ByteBlock wav;
-    if (!SoundToWav(Bytes(file), file.size(), nullptr, &wav)) return "";
-    return std::string(reinterpret_cast<const char*>(wav.Data()), wav.Size());
+    return Converted(file, [](const BYTE* bytes, size_t size, ByteBlock* wav) {
+        return SoundToWav(bytes, size, nullptr, wav);
+    });
 }
 
-// 0xRRGGBB from the top left; empty when it is refused. By a reading of BMP of its own.
+// Empty when it is refused.
 Image ToImage(const std::string& file) {
-    ByteBlock bmp;
-    if (!PictureToBmp(Bytes(file), file.size(), &bmp)) return {};
-    const auto number = [&](size_t at, int bytes) {
-        uint32_t n = 0;
-        for (int i = bytes; i-- > 0;) n = n << 8 | bmp.Data()[at + static_cast<size_t>(i)];
-        return n;
-    };
-    const auto width = number(18, 4), height = number(22, 4), bits = number(28, 2);
-    const size_t stride = (width * bits / 8 + 3) / 4 * 4;
-    EXPECT_EQ(bmp.Size(), 54 + stride * height);
-    EXPECT_EQ(number(2, 4), bmp.Size());
-    return test::Paint(static_cast<int>(width), static_cast<int>(height), [&](int x, int y) {
-        return number(54 + (height - 1 - static_cast<size_t>(y)) * stride + static_cast<size_t>(x) * bits / 8,
-                      3);
-    });
+    const std::string bmp = Converted(file, PictureToBmp);
+    if (bmp.empty()) return {};
+    EXPECT_EQ(test::Number(bmp, 2, 4), bmp.size());
+    return test::ReadBmp(bmp);
 }
 
 uint32_t OnBlack(uint32_t color) {

@@ -2,81 +2,17 @@
 
 #include <gif_lib.h>
 #include <png.h>
-#include <sndfile.h>
 #include <turbojpeg.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <map>
-#include <memory>
 #include <stdexcept>
+
+#include "support/tempfolder.h"
 
 namespace test {
 namespace {
-
-struct Memory {
-    std::string bytes;
-    sf_count_t pos = 0;
-};
-
-sf_count_t MemoryLength(void* user) {
-    return static_cast<sf_count_t>(static_cast<Memory*>(user)->bytes.size());
-}
-
-sf_count_t MemorySeek(sf_count_t offset, int whence, void* user) {
-    auto* memory = static_cast<Memory*>(user);
-    if (whence == SEEK_CUR) offset += memory->pos;
-    if (whence == SEEK_END) offset += MemoryLength(user);
-    return memory->pos = offset;
-}
-
-sf_count_t MemoryRead(void* to, sf_count_t count, void* user) {
-    auto* memory = static_cast<Memory*>(user);
-    const auto n = std::clamp<sf_count_t>(MemoryLength(user) - memory->pos, 0, count);
-    std::memcpy(to, memory->bytes.data() + memory->pos, static_cast<size_t>(n));
-    memory->pos += n;
-    return n;
-}
-
-sf_count_t MemoryWrite(const void* from, sf_count_t count, void* user) {
-    auto* memory = static_cast<Memory*>(user);
-    const auto end = static_cast<size_t>(memory->pos + count);
-    if (memory->bytes.size() < end) memory->bytes.resize(end);
-    std::memcpy(memory->bytes.data() + memory->pos, from, static_cast<size_t>(count));
-    memory->pos += count;
-    return count;
-}
-
-sf_count_t MemoryTell(void* user) {
-    return static_cast<Memory*>(user)->pos;
-}
-
-SF_VIRTUAL_IO kIo = {MemoryLength, MemorySeek, MemoryRead, MemoryWrite, MemoryTell};
-
-int Format(SoundFile kind) {
-    switch (kind) {
-        case SoundFile::kFlac:
-            return SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
-        case SoundFile::kOgg:
-            return SF_FORMAT_OGG | SF_FORMAT_VORBIS;
-        case SoundFile::kOpus:
-            return SF_FORMAT_OGG | SF_FORMAT_OPUS;
-        case SoundFile::kMp3:
-            return SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III;
-        default:
-            return SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    }
-}
-
-struct Color {
-    unsigned char b, g, r, a;
-};
-static_assert(sizeof(Color) == 4);
-
-const Color* Colors(const Image& image) {
-    return reinterpret_cast<const Color*>(image.pixels.data());
-}
 
 // Each pixel's index among the colours in the order in which they come.
 std::vector<uint32_t> Palette(const Image& image, std::vector<unsigned char>* indexes) {
@@ -91,68 +27,45 @@ std::vector<uint32_t> Palette(const Image& image, std::vector<unsigned char>* in
     return palette;
 }
 
-// One pixel of the rows that the kind of PNG has.
-void AppendPngPixel(std::vector<unsigned char>* row, uint32_t pixel, PngKind kind, unsigned char index) {
-    const auto part = [&](int shift) { return static_cast<unsigned char>(pixel >> shift); };
-    switch (kind) {
-        case PngKind::kGrey:
-            row->push_back(part(8));
-            break;
-        case PngKind::kGreyAlpha:
-            row->insert(row->end(), {part(8), part(24)});
-            break;
-        case PngKind::kPalette:
-        case PngKind::kPaletteAlpha:
-            row->push_back(index);
-            break;
-        case PngKind::k16Bits:
-            row->insert(row->end(), {part(16), part(16), part(8), part(8), part(0), part(0)});
-            break;
-        case PngKind::kRgba:
-            row->insert(row->end(), {part(16), part(8), part(0), part(24)});
-            break;
-        default:
-            row->insert(row->end(), {part(16), part(8), part(0)});
-    }
-}
+// How the kind of PNG has its pixels: each byte of one is so many bits up in 0xAARRGGBB; a palette has none.
+struct PngLayout {
+    int color_type, bits;
+    std::vector<int> shifts;
+};
 
-int PngColorType(PngKind kind) {
+PngLayout Layout(PngKind kind) {
     switch (kind) {
         case PngKind::kGrey:
-            return PNG_COLOR_TYPE_GRAY;
+            return {PNG_COLOR_TYPE_GRAY, 8, {8}};
         case PngKind::kGreyAlpha:
-            return PNG_COLOR_TYPE_GRAY_ALPHA;
+            return {PNG_COLOR_TYPE_GRAY_ALPHA, 8, {8, 24}};
         case PngKind::kPalette:
         case PngKind::kPaletteAlpha:
-            return PNG_COLOR_TYPE_PALETTE;
+            return {PNG_COLOR_TYPE_PALETTE, 8, {}};
+        case PngKind::k16Bits:
+            return {PNG_COLOR_TYPE_RGB, 16, {16, 16, 8, 8, 0, 0}};
         case PngKind::kRgba:
-            return PNG_COLOR_TYPE_RGBA;
+            return {PNG_COLOR_TYPE_RGBA, 8, {16, 8, 0, 24}};
         default:
-            return PNG_COLOR_TYPE_RGB;
+            return {PNG_COLOR_TYPE_RGB, 8, {16, 8, 0}};
     }
 }
 
 }  // namespace
 
-std::string Encode(const Sound& sound, SoundFile kind) {
-    Memory memory;
-    SF_INFO info = {};
-    info.samplerate = sound.rate;
-    info.channels = sound.channels;
-    info.format = Format(kind);
-    SNDFILE* file = sf_open_virtual(&kIo, SFM_WRITE, &info, &memory);
+std::string Encode(const Sound& sound, int kind) {
+    const TempFolder folder;
+    SF_INFO info = {0, sound.rate, sound.channels, kind, 0, 0};
+    SNDFILE* file = sf_open(folder.Path("sound").c_str(), SFM_WRITE, &info);
     if (!file) throw std::runtime_error(sf_strerror(nullptr));
-    double best = kind == SoundFile::kFlac ? 0.5 : 1.0;
-    if (kind == SoundFile::kOgg) sf_command(file, SFC_SET_VBR_ENCODING_QUALITY, &best, sizeof best);
-    if (kind == SoundFile::kMp3) {
-        best = 0.0;
-        sf_command(file, SFC_SET_COMPRESSION_LEVEL, &best, sizeof best);
-    }
+    double quality = 1, compression = 0;
+    if (kind == kOgg) sf_command(file, SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof quality);
+    if (kind == kMp3) sf_command(file, SFC_SET_COMPRESSION_LEVEL, &compression, sizeof compression);
     // In pieces: one long write overflows the Vorbis encoder's stack.
     const size_t step = 4096 * static_cast<size_t>(sound.channels);
     for (size_t at = 0; at < sound.samples.size(); at += step) {
         const size_t n = std::min(step, sound.samples.size() - at);
-        if (kind == SoundFile::kMp3) {  // of 16 bit samples the library's encoder makes noise
+        if (kind == kMp3) {  // of 16 bit samples the library's encoder makes noise
             std::vector<float> part;
             for (size_t i = at; i < at + n; ++i) part.push_back(static_cast<float>(sound.samples[i]) / 32768);
             sf_write_float(file, part.data(), static_cast<sf_count_t>(n));
@@ -161,13 +74,13 @@ std::string Encode(const Sound& sound, SoundFile kind) {
         }
     }
     sf_close(file);
-    return memory.bytes;
+    return ReadFile(folder.Path("sound"));
 }
 
 Sound Decode(const std::string& file) {
-    Memory memory = {file, 0};
+    const TempFolder folder;
     SF_INFO info = {};
-    SNDFILE* open = sf_open_virtual(&kIo, SFM_READ, &info, &memory);
+    SNDFILE* open = sf_open(folder.Write("sound", file).c_str(), SFM_READ, &info);
     if (!open) throw std::runtime_error(sf_strerror(nullptr));
     Sound sound = {info.samplerate, info.channels, {}};
     sound.samples.resize(static_cast<size_t>(info.frames * info.channels));
@@ -195,11 +108,34 @@ Image Paint(int width, int height, const std::function<uint32_t(int, int)>& colo
     return image;
 }
 
+uint32_t Number(const std::string& bytes, size_t at, int count) {
+    uint32_t n = 0;
+    for (int i = count; i-- > 0;) n = n << 8 | static_cast<unsigned char>(bytes[at + static_cast<size_t>(i)]);
+    return n;
+}
+
+Image ReadBmp(const std::string& file) {
+    const uint32_t width = Number(file, 18, 4), height = Number(file, 22, 4), bits = Number(file, 28, 2);
+    const uint32_t used = bits > 8 ? 0 : Number(file, 46, 4) ? Number(file, 46, 4) : 1u << bits;
+    const size_t stride = (width * bits + 31) / 32 * 4, pixels = 54 + 4 * used;
+    if (Number(file, 30, 4) != 0 || file.size() != pixels + stride * height)
+        throw std::runtime_error("no plain BMP");
+    return Paint(static_cast<int>(width), static_cast<int>(height), [&](int x, int y) {
+        const size_t row = pixels + (height - 1 - static_cast<size_t>(y)) * stride,
+                     column = static_cast<size_t>(x);
+        if (bits > 8) return Number(file, row + column * bits / 8, 3);
+        const uint32_t byte = Number(file, row + column * bits / 8, 1);
+        const uint32_t index = bits == 8 ? byte : byte >> (8 - bits - column * bits % 8) & ((1u << bits) - 1);
+        return Number(file, 54 + 4 * index, 3);
+    });
+}
+
 std::string EncodePng(const Image& image, PngKind kind) {
+    const PngLayout layout = Layout(kind);
     std::vector<unsigned char> indexes;
     std::vector<png_color> colors;
     std::vector<unsigned char> alphas;
-    const bool palette = kind == PngKind::kPalette || kind == PngKind::kPaletteAlpha;
+    const bool palette = layout.shifts.empty();
     if (palette) {
         for (const uint32_t c : Palette(image, &indexes)) {
             colors.push_back(
@@ -207,17 +143,13 @@ std::string EncodePng(const Image& image, PngKind kind) {
             alphas.push_back(static_cast<unsigned char>(c >> 24));
         }
     }
-    std::vector<std::vector<unsigned char>> rows(static_cast<size_t>(image.height));
-    std::vector<png_bytep> pointers;
-    for (int y = 0; y < image.height; ++y) {
-        auto& row = rows[static_cast<size_t>(y)];
-        for (int x = 0; x < image.width; ++x) {
-            const size_t at =
-                static_cast<size_t>(y) * static_cast<size_t>(image.width) + static_cast<size_t>(x);
-            AppendPngPixel(&row, image.pixels[at], kind, palette ? indexes[at] : 0);
-        }
-        pointers.push_back(row.data());
+    std::vector<unsigned char> pixels = indexes;
+    for (const uint32_t pixel : image.pixels) {
+        for (const int shift : layout.shifts) pixels.push_back(static_cast<unsigned char>(pixel >> shift));
     }
+    const size_t stride = pixels.size() / static_cast<size_t>(image.height);
+    std::vector<png_bytep> rows;
+    for (size_t at = 0; at < pixels.size(); at += stride) rows.push_back(&pixels[at]);
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     std::string bytes;
@@ -228,24 +160,24 @@ std::string EncodePng(const Image& image, PngKind kind) {
         },
         nullptr);
     png_set_IHDR(png, info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
-                 kind == PngKind::k16Bits ? 16 : 8, PngColorType(kind),
+                 layout.bits, layout.color_type,
                  kind == PngKind::kInterlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (palette) png_set_PLTE(png, info, colors.data(), static_cast<int>(colors.size()));
     if (kind == PngKind::kPaletteAlpha)
         png_set_tRNS(png, info, alphas.data(), static_cast<int>(alphas.size()), nullptr);
-    png_set_rows(png, info, pointers.data());
+    png_set_rows(png, info, rows.data());
     png_write_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
     png_destroy_write_struct(&png, &info);
     return bytes;
 }
 
-std::string EncodeJpeg(const Image& image, int quality) {
+std::string EncodeJpeg(const Image& image) {
     tjhandle turbo = tjInitCompress();
     unsigned char* file = nullptr;
     unsigned long size = 0;
-    if (tjCompress2(turbo, reinterpret_cast<const unsigned char*>(Colors(image)), image.width, 0,
-                    image.height, TJPF_BGRX, &file, &size, TJSAMP_444, quality, TJFLAG_ACCURATEDCT) != 0)
+    if (tjCompress2(turbo, reinterpret_cast<const unsigned char*>(image.pixels.data()), image.width, 0,
+                    image.height, TJPF_BGRX, &file, &size, TJSAMP_444, 100, TJFLAG_ACCURATEDCT) != 0)
         throw std::runtime_error(tjGetErrorStr2(turbo));
     std::string bytes(reinterpret_cast<char*>(file), size);
     tjFree(file);

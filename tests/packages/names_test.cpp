@@ -18,20 +18,15 @@ namespace {
 namespace fs = std::filesystem;
 using test::TempFolder;
 
-std::string Ending(const std::string& name) {
-    const size_t dot = name.rfind('.');
-    std::string ending = dot == std::string::npos ? "" : name.substr(dot);
-    for (char& c : ending) c = static_cast<char>(tolower(c));
-    return ending;
-}
-
 // A good file of the kind that its name tells: sounds of that many hundred frames, pictures that wide.
 std::string Good(const std::string& name, int size) {
-    const std::string ending = Ending(name);
-    if (ending == ".ogg") return Encode(test::Tone(size * 100), test::SoundFile::kOgg);
-    if (ending == ".opus") return Encode(test::Tone(size * 100, 1, 48000), test::SoundFile::kOpus);
-    if (ending == ".flac") return Encode(test::Tone(size * 100), test::SoundFile::kFlac);
-    if (ending == ".mp3") return Encode(test::Tone(size * 100), test::SoundFile::kMp3);
+    std::string ending = fs::path(name).extension();
+    for (char& c : ending) c = static_cast<char>(tolower(c));
+    const auto tone = [&](int rate, int kind) { return Encode(test::Tone(size * 100, 1, rate), kind); };
+    if (ending == ".ogg") return tone(44100, test::kOgg);
+    if (ending == ".opus") return tone(48000, test::kOpus);
+    if (ending == ".flac") return tone(44100, test::kFlac);
+    if (ending == ".mp3") return tone(44100, test::kMp3);
     if (ending == ".wav") return test::SquareWav(size * 100);
     const test::Image image = test::Paint(size, 3, [](int, int) { return 0xFF406080u; });
     if (ending == ".png") return EncodePng(image, test::PngKind::kRgb);
@@ -41,7 +36,7 @@ std::string Good(const std::string& name, int size) {
 }
 
 struct Entry {
-    const char* name;
+    std::string name;
     int size = 0;  // 0: of no kind; -1: a folder; -2: a link to nowhere; -3: cut in its head; -4: empty
 };
 
@@ -66,13 +61,8 @@ std::string Find(const std::string& name) {
     std::string bytes(100'000, '\0');
     bytes.resize(FileRead(bytes.data(), 1, bytes.size(), file));
     FileClose(file);
-    const auto number = [&](size_t at) {
-        unsigned n = 0;
-        for (size_t i = 4; i-- > 0;) n = n << 8 | static_cast<unsigned char>(bytes[at + i]);
-        return n;
-    };
-    if (bytes.rfind("RIFF", 0) == 0) return "sound " + std::to_string(number(40) / 200);
-    if (bytes.rfind("BM", 0) == 0) return "picture " + std::to_string(number(18));
+    if (bytes.rfind("RIFF", 0) == 0) return "sound " + std::to_string(test::Number(bytes, 40, 4) / 200);
+    if (bytes.rfind("BM", 0) == 0) return "picture " + std::to_string(test::Number(bytes, 18, 4));
     return bytes.substr(0, 10);
 }
 
@@ -86,8 +76,13 @@ struct Row {
 std::string Stands(const std::string& asked, const std::string& name) {
     return "Files: " + asked + " not there, " + name + " stands for it\n";
 }
-std::string Refused(const std::string& asked, const std::string& name) {
-    return "Files: " + asked + " not there, " + name + " cannot be read\n";
+
+// A row in which the one that has the size 5 is found; `shown`: the asked name in the log, if not its end.
+Row Instead(const char* what, const std::string& asked, const std::vector<Entry>& disk, const char* stand,
+            std::string shown = "") {
+    if (shown.empty()) shown = asked.substr(asked.rfind('\\') + 1);
+    const bool picture = fs::path(stand).extension() == ".png";
+    return {what, asked, disk, picture ? "picture 5" : "sound 5", Stands(shown, stand)};
 }
 
 // Opened twice, as a loader does it.
@@ -111,11 +106,7 @@ TEST(PackageNames, FilesThatAreThereAreNeverReplaced) {
         {"even nothing", "k.wav", {{"k.wav", -4}, {"k.ogg", 6}}, "", ""},
         {"a sound of another kind under its own name", "k.ogg", {{"k.ogg", 5}, {"k.wav", 6}}, "OggS", ""},
         {"a picture", "b.bmp", {{"b.bmp", 5}, {"b.png", 6}}, "picture 5", ""},
-        {"nothing beside it",
-         "k.wav",
-         {{"other.ogg", 5}, {"k.txt", 0}, {"kk.ogg", 5}, {"k.ogg.bak", 0}},
-         "none",
-         ""},
+        {"other names", "k.wav", {{"o.ogg", 5}, {"k.txt", 0}, {"kk.ogg", 5}, {"k.ogg.bak", 0}}, "none", ""},
         {"neither sound nor picture", "k.bms", {{"k.ogg", 5}, {"k.png", 5}}, "none", ""},
         {"no ending", "k", {{"k.ogg", 5}, {"k.png", 5}}, "none", ""},
         {"only an ending", ".wav", {{".ogg", 5}}, "none", ""},
@@ -129,122 +120,75 @@ TEST(PackageNames, FilesThatAreThereAreNeverReplaced) {
 TEST(PackageNames, KindsComeInTheirOrder) {
     const std::vector<Entry> sounds = {
         {"k.ogg", 11}, {"k.opus", 12}, {"k.flac", 13}, {"k.mp3", 14}, {"k.wav", 15}};
-    for (size_t first = 0; first < sounds.size(); ++first) {
-        const std::vector<Entry> rest(sounds.begin() + static_cast<ptrdiff_t>(first), sounds.end());
-        Check({"sounds", "k.xa", rest, "sound " + std::to_string(sounds[first].size),
-               Stands("k.xa", sounds[first].name)});
+    for (auto first = sounds.begin(); first != sounds.end(); ++first) {
+        const std::vector<Entry> disk(first, sounds.end());
+        Check({"sounds", "k.xa", disk, "sound " + std::to_string(first->size), Stands("k.xa", first->name)});
     }
     const std::vector<Entry> pictures = {
         {"k.png", 11}, {"k.jpg", 12}, {"k.jpeg", 13}, {"k.gif", 14}, {"k.bmp", 15}};
-    for (size_t first = 0; first + 1 < pictures.size(); ++first) {
-        const std::vector<Entry> rest(pictures.begin() + static_cast<ptrdiff_t>(first), pictures.end());
-        const std::string asked = first == 0 ? "k.bmp" : pictures[first - 1].name;
-        std::vector<Entry> disk = rest;
-        if (asked == "k.bmp") disk.pop_back();
-        Check({"pictures", asked, disk, "picture " + std::to_string(pictures[first].size),
-               Stands(asked, pictures[first].name)});
+    std::string asked = "k.bmp";  // then the kind before
+    for (auto first = pictures.begin(); first + 1 != pictures.end(); asked = first++->name) {
+        const std::vector<Entry> disk(first, pictures.end() - (asked == "k.bmp"));
+        Check(
+            {"pictures", asked, disk, "picture " + std::to_string(first->size), Stands(asked, first->name)});
     }
 }
 
 TEST(PackageNames, TheForgivingMatchHoldsForWhatStands) {
+    const std::string cp932 = "\x83\x4C\x83\x62\x83\x4E";  // a word of three letters, and the same in UTF-8
+    const std::string kick = "\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF";
+    const std::string kick_ogg = kick + ".ogg", kick_wav = kick + ".wav";
+    const char* const composed = "\xE3\x81\x94.png";
+    const char* const decomposed = "\xE3\x81\x8B\xE3\x82\x99.ogg";
+    const char* const decomposed_pa = "\xE3\x83\x8F\xE3\x82\x9A.flac";
+    // Letters that have a backslash as second byte.
+    const char* const table = "\xE8\xA1\xA8.ogg";
+    const char* const so_so = "\xE3\x82\xBD\xE3\x82\xBD.png";
     const Row rows[] = {
-        {"case of both parts", "Kick.WAV", {{"kick.Ogg", 5}}, "sound 5", Stands("Kick.WAV", "kick.Ogg")},
-        {"the exact stem wins", "k.wav", {{"K.ogg", 5}, {"k.ogg", 6}}, "sound 6", Stands("k.wav", "k.ogg")},
-        {"the kind goes before the spelling",
-         "k.wav",
-         {{"K.ogg", 5}, {"k.flac", 6}},
-         "sound 5",
-         Stands("k.wav", "K.ogg")},
-        {"dots in the stem",
-         "a.b.wav",
-         {{"a.ogg", 4}, {"a.b.ogg", 5}},
-         "sound 5",
-         Stands("a.b.wav", "a.b.ogg")},
-        {"folders in other case", "SND\\k.wav", {{"snd/K.ogg", 5}}, "sound 5", Stands("k.wav", "K.ogg")},
-        {"a look-alike of the folder",
-         "Snd\\k.wav",
-         {{"Snd/x.ogg", 4}, {"snd/k.ogg", 5}},
-         "sound 5",
-         Stands("k.wav", "k.ogg")},
+        Instead("case of both parts", "Kick.WAV", {{"kick.Ogg", 5}}, "kick.Ogg"),
+        Instead("the exact stem wins", "k.wav", {{"K.ogg", 6}, {"k.ogg", 5}}, "k.ogg"),
+        Instead("the kind goes before the spelling", "k.wav", {{"K.ogg", 5}, {"k.flac", 6}}, "K.ogg"),
+        Instead("dots in the stem", "a.b.wav", {{"a.ogg", 4}, {"a.b.ogg", 5}}, "a.b.ogg"),
+        Instead("folders in other case", "SND\\k.wav", {{"snd/K.ogg", 5}}, "K.ogg"),
+        Instead("a look-alike of the folder", "Snd\\k.wav", {{"Snd/x.ogg", 4}, {"snd/k.ogg", 5}}, "k.ogg"),
         {"not in the folder above", "snd\\k.wav", {{"k.ogg", 4}, {"snd/x", 0}}, "none", ""},
-        {"CP932 for UTF-8",
-         "\x83\x4C\x83\x62\x83\x4E.wav",
-         {{"\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.ogg", 5}},
-         "sound 5",
-         Stands("\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.wav", "\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.ogg")},
-        {"CP932 on both sides",
-         "\x83\x4C\x83\x62\x83\x4E.wav",
-         {{"\x83\x4C\x83\x62\x83\x4E.ogg", 5}},
-         "sound 5",
-         Stands("\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.wav", "\xE3\x82\xAD\xE3\x83\x83\xE3\x82\xAF.ogg")},
-        {"decomposed on disk",
-         "\xE3\x81\x8C.wav",
-         {{"\xE3\x81\x8B\xE3\x82\x99.ogg", 5}},
-         "sound 5",
-         Stands("\xE3\x81\x8C.wav", "\xE3\x81\x8B\xE3\x82\x99.ogg")},
-        {"decomposed on disk for CP932",
-         "\x83\x70.wav",
-         {{"\xE3\x83\x8F\xE3\x82\x9A.flac", 5}},
-         "sound 5",
-         Stands("\xE3\x83\x91.wav", "\xE3\x83\x8F\xE3\x82\x9A.flac")},
-        {"composed on disk",
-         "\xE3\x81\x93\xE3\x82\x99.bmp",
-         {{"\xE3\x81\x94.png", 5}},
-         "picture 5",
-         Stands("\xE3\x81\x93\xE3\x82\x99.bmp", "\xE3\x81\x94.png")},
-        {"a backslash as second byte",
-         "\x95\x5C.wav",
-         {{"\xE8\xA1\xA8.ogg", 5}},
-         "sound 5",
-         Stands("\xE8\xA1\xA8.wav", "\xE8\xA1\xA8.ogg")},
-        {"the same on both sides",
-         "\x83\x5C\x83\x5C.bmp",
-         {{"\x83\x5C\x83\x5C.png", 5}},
-         "picture 5",
-         Stands("\xE3\x82\xBD\xE3\x82\xBD.bmp", "\xE3\x82\xBD\xE3\x82\xBD.png")},
-        {"and in a folder's name",
-         "\x95\x5C\\\x95\x5C.wav",
-         {{"\xE8\xA1\xA8/\xE8\xA1\xA8.ogg", 5}},
-         "sound 5",
-         Stands("\xE8\xA1\xA8.wav", "\xE8\xA1\xA8.ogg")},
+        Instead("CP932 for UTF-8", cp932 + ".wav", {{kick_ogg, 5}}, kick_ogg.c_str(), kick_wav),
+        Instead("CP932 on both sides", cp932 + ".wav", {{cp932 + ".ogg", 5}}, kick_ogg.c_str(), kick_wav),
+        Instead("decomposed on disk", "\xE3\x81\x8C.wav", {{decomposed, 5}}, decomposed),
+        Instead("decomposed on disk for CP932", "\x83\x70.wav", {{decomposed_pa, 5}}, decomposed_pa,
+                "\xE3\x83\x91.wav"),
+        Instead("composed on disk", "\xE3\x81\x93\xE3\x82\x99.bmp", {{composed, 5}}, composed),
+        Instead("a backslash as second byte", "\x95\x5C.wav", {{table, 5}}, table, "\xE8\xA1\xA8.wav"),
+        Instead("the same on both sides", "\x83\x5C\x83\x5C.bmp", {{"\x83\x5C\x83\x5C.png", 5}}, so_so,
+                "\xE3\x82\xBD\xE3\x82\xBD.bmp"),
+        Instead("and in a folder's name", "\x95\x5C\\\x95\x5C.wav", {{"\xE8\xA1\xA8/\xE8\xA1\xA8.ogg", 5}},
+                table, "\xE8\xA1\xA8.wav"),
     };
     for (const Row& row : rows) Check(row);
 }
 
 TEST(PackageNames, WhatCannotBeReadGivesWayToTheNext) {
+    const auto refused = [](const std::string& asked, const std::vector<std::string>& names) {
+        std::string log;
+        for (const std::string& name : names)
+            log += "Files: " + asked + " not there, " + name + " cannot be read\n";
+        return log;
+    };
+    const std::string all_sounds = refused("k.wav", {"k.ogg", "k.opus", "k.flac", "k.mp3"}),
+                      all_pictures = refused("b.bmp", {"b.png", "b.jpg", "b.gif"}),
+                      next = refused("k.wav", {"k.ogg"}) + Stands("k.wav", "k.flac");
     const Row rows[] = {
-        {"a folder under the name",
-         "k.wav",
-         {{"k.wav", -1}, {"k.ogg", 5}},
-         "sound 5",
-         Stands("k.wav", "k.ogg")},
-        {"a dangling link under the name",
-         "k.wav",
-         {{"k.wav", -2}, {"k.ogg", 5}},
-         "sound 5",
-         Stands("k.wav", "k.ogg")},
+        Instead("a folder under the name", "k.wav", {{"k.wav", -1}, {"k.ogg", 5}}, "k.ogg"),
+        Instead("a dangling link under the name", "k.wav", {{"k.wav", -2}, {"k.ogg", 5}}, "k.ogg"),
         {"a folder beside it", "k.wav", {{"k.ogg", -1}, {"k.mp3", -2}}, "none", ""},
-        {"a folder, then a file",
-         "k.wav",
-         {{"k.ogg", -1}, {"k.opus", -2}, {"k.flac", 5}},
-         "sound 5",
-         Stands("k.wav", "k.flac")},
-        {"damaged, then good",
-         "k.wav",
-         {{"k.ogg", -3}, {"k.flac", 5}},
-         "sound 5",
-         Refused("k.wav", "k.ogg") + Stands("k.wav", "k.flac")},
+        Instead("then a file", "k.wav", {{"k.ogg", -1}, {"k.opus", -2}, {"k.flac", 5}}, "k.flac"),
+        {"damaged, then good", "k.wav", {{"k.ogg", -3}, {"k.flac", 5}}, "sound 5", next},
         {"all damaged",
          "k.wav",
          {{"k.ogg", -3}, {"k.opus", -4}, {"k.flac", -3}, {"k.mp3", 0}},
          "none",
-         Refused("k.wav", "k.ogg") + Refused("k.wav", "k.opus") + Refused("k.wav", "k.flac") +
-             Refused("k.wav", "k.mp3")},
-        {"damaged pictures",
-         "b.bmp",
-         {{"b.png", -3}, {"b.jpg", -3}, {"b.gif", -3}},
-         "none",
-         Refused("b.bmp", "b.png") + Refused("b.bmp", "b.jpg") + Refused("b.bmp", "b.gif")},
+         all_sounds},
+        {"damaged pictures", "b.bmp", {{"b.png", -3}, {"b.jpg", -3}, {"b.gif", -3}}, "none", all_pictures},
         {"a picture is no sound", "k.wav", {{"k.png", 5}}, "none", ""},
     };
     for (const Row& row : rows) Check(row);

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -17,33 +16,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string Read(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
-uint32_t Number(const std::string& bytes, size_t at, int count) {
-    uint32_t n = 0;
-    for (int i = count; i-- > 0;) n = n << 8 | static_cast<unsigned char>(bytes[at + static_cast<size_t>(i)]);
-    return n;
-}
-
-// A BMP of 4, 8 or 24 bits without compression, by a reading of its own.
-test::Image ReadBmp(const std::string& file) {
-    const uint32_t width = Number(file, 18, 4), height = Number(file, 22, 4), bits = Number(file, 28, 2);
-    const uint32_t used = bits > 8 ? 0 : Number(file, 46, 4) ? Number(file, 46, 4) : 1u << bits;
-    const size_t stride = (width * bits + 31) / 32 * 4, pixels = 54 + 4 * used;
-    EXPECT_EQ(Number(file, 30, 4), 0u);
-    return test::Paint(static_cast<int>(width), static_cast<int>(height), [&](int x, int y) {
-        const size_t row = pixels + (height - 1 - static_cast<size_t>(y)) * stride,
-                     column = static_cast<size_t>(x);
-        if (bits == 24) return 0xFF000000u | Number(file, row + column * 3, 3);
-        const uint32_t byte = Number(file, row + column * bits / 8, 1);
-        const uint32_t index = bits == 8 ? byte : byte >> (8 - bits - column * bits % 8) & ((1u << bits) - 1);
-        return 0xFF000000u | Number(file, 54 + 4 * index, 3);
-    });
-}
 
 struct Played {
     std::string log;
@@ -82,16 +54,16 @@ struct Counts {
 Counts MakePackage(const test::TempFolder& folder, test::SoundFile kind, const std::string& ending) {
     Counts counts;
     for (const auto& entry : fs::directory_iterator(LUMETRA_DEMO_FOLDER)) {
-        const std::string name = entry.path().filename(), stem = entry.path().stem(),
-                          own = entry.path().extension();
+        const std::string stem = entry.path().stem(), own = entry.path().extension(),
+                          bytes = test::ReadFile(entry.path());
         if (own == ".wav") {
-            folder.Write(stem + ending, Encode(test::Decode(Read(entry.path())), kind));
+            folder.Write(stem + ending, Encode(test::Decode(bytes), kind));
             ++counts.sounds;
         } else if (own == ".bmp") {
-            folder.Write(stem + ".png", EncodePng(ReadBmp(Read(entry.path())), test::PngKind::kRgb));
+            folder.Write(stem + ".png", EncodePng(test::ReadBmp(bytes), test::PngKind::kRgb));
             ++counts.pictures;
         } else if (own == ".xa" || own == ".bms") {
-            folder.Write(name, Read(entry.path()));
+            folder.Write(stem + own, bytes);
         }
     }
     return counts;

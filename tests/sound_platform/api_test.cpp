@@ -205,15 +205,14 @@ TEST_F(SoundTest, APrimaryBufferTakesFormatsOnly) {
 }
 
 TEST_F(SoundTest, FormatAndCompactNeedPriority) {
-    IDirectSoundBuffer* primary = MakePrimary();
     EXPECT_EQ(m_device->Compact(), DS_OK);
     ASSERT_EQ(m_device->SetCooperativeLevel(nullptr, DSSCL_NORMAL), DS_OK);
-    EXPECT_EQ(primary->SetFormat(&kStereo), DSERR_PRIOLEVELNEEDED);
+    EXPECT_EQ(MakePrimary()->SetFormat(&kStereo), DSERR_PRIOLEVELNEEDED);
     EXPECT_EQ(m_device->Compact(), DSERR_PRIOLEVELNEEDED);
 }
 
 TEST_F(SoundTest, LostBuffersComeBackSilent) {
-    IDirectSoundBuffer* buffer = Make(Pcm(1, 22050, 8), std::string(1000, '\xFF'));
+    IDirectSoundBuffer* buffer = Make(Pcm(1, 22050, 8), std::vector<char>(1000, '\xFF'));
     ASSERT_EQ(buffer->Play(0, 0, DSBPLAY_LOOPING), DS_OK);
     directsound_test::Lose(buffer);
     EXPECT_EQ(Status(buffer), DSBSTATUS_BUFFERLOST);
@@ -237,7 +236,7 @@ TEST_F(SoundTest, NewBuffersAreSilentWhereOthersHaveBeen) {
             const std::string silence(100000, bits == 8 ? '\x80' : '\0');
             IDirectSoundBuffer* buffer = Make(Pcm(1, 44100, bits), 100000);
             EXPECT_EQ(Contents(buffer), silence);
-            Write(buffer, 0, std::string(100000, '\x55'));
+            Write(buffer, 0, std::vector<char>(100000, '\x55'));
             buffer->Release();
             m_buffers.clear();
         }

@@ -69,8 +69,8 @@ void ExpectRamp(int64_t frame, int count, int from) {
 }
 
 // Nothing is lost or repeated; a voice that is converted stops between two of its own samples and goes on
-// there. A voice that has not ended is cut by its restart.
-TEST_F(SoundTest, PauseResumeAndRestart) {
+// there.
+TEST_F(SoundTest, PauseAndResume) {
     std::vector<int16_t> samples;
     for (int i = 0; i < 8000; ++i) samples.push_back(static_cast<int16_t>((i * 7919) % 20011 - 10000));
     for (const int rate : {44100, 22050, 48000, 44101}) {

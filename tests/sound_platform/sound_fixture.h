@@ -50,9 +50,7 @@ protected:
     }
 
     // Buffers are released by the test's end.
-    IDirectSoundBuffer* Make(const WAVEFORMATEX& wfx, DWORD bytes) {
-        return Make(Describe(&wfx, bytes));
-    }
+    IDirectSoundBuffer* Make(const WAVEFORMATEX& wfx, DWORD bytes) { return Make(Describe(&wfx, bytes)); }
     IDirectSoundBuffer* MakePrimary() { return Make(Describe(nullptr, 0, DSBCAPS_PRIMARYBUFFER)); }
     IDirectSoundBuffer* Make(const DSBUFFERDESC& desc) {
         IDirectSoundBuffer* buffer = nullptr;
