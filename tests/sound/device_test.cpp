@@ -8,30 +8,11 @@ using directsound_test::FailNext;
 
 namespace {
 
-class Device : public testing::Test {
+class Device : public SoundTest {
 protected:
-    void SetUp() override {
+    void SetUp() override {  // without a device
         headless::Reset();
         directsound_test::FailNothing();
-    }
-    void TearDown() override {
-        EXPECT_EQ(directsound_test::LiveBuffers(), 0);
-        EXPECT_EQ(directsound_test::LiveDevices(), 0);
-    }
-
-    static std::string SilentBytes(CDSound& device) {
-        void* part = nullptr;
-        DWORD bytes = 0;
-        EXPECT_EQ(device.m_pSilent->Lock(0, 1, &part, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
-        std::string text(static_cast<const char*>(part), bytes);
-        device.m_pSilent->Unlock(part, bytes, nullptr, 0);
-        return text;
-    }
-
-    static DWORD StatusOf(IDirectSoundBuffer* buffer) {
-        DWORD status = 0;
-        buffer->GetStatus(&status);
-        return status;
     }
 };
 
@@ -51,46 +32,49 @@ TEST_F(Device, IsEmptyAtFirst) {
     EXPECT_EQ(headless::Log(), "");
 }
 
-TEST_F(Device, FormatAndSilence) {
-    struct Row {
+TEST_F(Device, FormatSilenceAndOperations) {
+    const struct {
         int quality;
         WAVEFORMATEX wfx;
         size_t bytes;
         char silence;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {1, {1, 2, 44100, 176400, 4, 16, 0}, 352800, '\0'},
         {7, {1, 2, 44100, 176400, 4, 16, 0}, 352800, '\0'},
         {0, {1, 1, 22050, 22050, 1, 8, 0}, 44100, '\x80'},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         CDSound device;
         ASSERT_EQ(device.Init(nullptr, row.quality), 0);
         EXPECT_EQ(device.m_bHighQuality, row.quality);
         EXPECT_EQ(std::memcmp(&device.m_wfxPrimary, &row.wfx, sizeof(row.wfx)), 0);
         EXPECT_EQ(device.m_pSilent, device.m_pSilentCreated);
-        EXPECT_EQ(SilentBytes(device), std::string(row.bytes, row.silence));
-        EXPECT_EQ(StatusOf(device.m_pSilent), DSBSTATUS_PLAYING | DSBSTATUS_LOOPING);
+        EXPECT_EQ(Contents(device.m_pSilent), std::string(row.bytes, row.silence));
         headless::AdvanceClock(5'000'000'000);
-        EXPECT_EQ(StatusOf(device.m_pSilent), DSBSTATUS_PLAYING | DSBSTATUS_LOOPING);
+        EXPECT_EQ(Status(device.m_pSilent), DSBSTATUS_PLAYING | DSBSTATUS_LOOPING);
         EXPECT_EQ(device.Compact(), 0);
         EXPECT_EQ(device.StopSilentBuffer(), 0);
-        EXPECT_EQ(StatusOf(device.m_pSilent), 0u);
+        EXPECT_EQ(Status(device.m_pSilent), 0u);
         EXPECT_EQ(device.PlaySilentBuffer(), 0);
+        FailNext(Call::kPlay, DSERR_BUFFERLOST);
+        EXPECT_EQ(device.PlaySilentBuffer(), 1);
+        FailNext(Call::kStop, DSERR_INVALIDCALL);
+        EXPECT_EQ(device.StopSilentBuffer(), 1);
+        FailNext(Call::kCompact, DSERR_PRIOLEVELNEEDED);
+        EXPECT_EQ(device.Compact(), 1);
     }
     EXPECT_EQ(headless::Log(), "");
 }
 
 TEST_F(Device, InitFailures) {
-    struct Row {
+    const char* const kCreate = "HRESULT->DSERR_OUTOFMEMORY\nCDSound::CreateSilentBuffer CreateDSBError\n";
+    const struct {
         Call call;
         int skip;
         int result;
         const char* log;
         bool device, primary, silent;
-    };
-    const char* const kCreate = "HRESULT->DSERR_OUTOFMEMORY\nCDSound::CreateSilentBuffer CreateDSBError\n";
-    const Row rows[] = {
+    } rows[] = {
         {Call::kCreate, 0, 1, "", false, false, false},
         {Call::kSetCooperativeLevel, 0, 2, "", true, false, false},
         {Call::kCreateSoundBuffer, 0, 3, "", true, false, false},
@@ -100,7 +84,7 @@ TEST_F(Device, InitFailures) {
         {Call::kUnlock, 0, 5, "CDSound::CreateSilentBuffer UnlockError\n", true, true, true},
         {Call::kPlay, 0, 6, "", true, true, true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         headless::Reset();
         directsound_test::FailNothing();
         CDSound device;
@@ -119,25 +103,13 @@ TEST_F(Device, InitFailures) {
     }
 }
 
-TEST_F(Device, OperationsFailWithTheirCalls) {
-    CDSound device;
-    ASSERT_EQ(device.Init(nullptr, 1), 0);
-    FailNext(Call::kPlay, DSERR_BUFFERLOST);
-    EXPECT_EQ(device.PlaySilentBuffer(), 1);
-    FailNext(Call::kStop, DSERR_INVALIDCALL);
-    EXPECT_EQ(device.StopSilentBuffer(), 1);
-    FailNext(Call::kCompact, DSERR_PRIOLEVELNEEDED);
-    EXPECT_EQ(device.Compact(), 1);
-    EXPECT_EQ(headless::Log(), "");
-}
-
 TEST_F(Device, SilentBufferIsReplaced) {
     CDSound device;
     ASSERT_EQ(device.Init(nullptr, 1), 0);
     const int live = directsound_test::LiveBuffers();
     EXPECT_EQ(device.CreateSilentBuffer(3), 0);
     EXPECT_EQ(directsound_test::LiveBuffers(), live);
-    EXPECT_EQ(SilentBytes(device).size(), 529200u);
+    EXPECT_EQ(Contents(device.m_pSilent).size(), 529200u);
     FailNext(Call::kCreateSoundBuffer, DSERR_BADFORMAT);
     EXPECT_EQ(device.CreateSilentBuffer(2), 1);
     EXPECT_EQ(headless::Log(), "HRESULT->DSERR_BADFORMAT\nCDSound::CreateSilentBuffer CreateDSBError\n");

@@ -1,7 +1,5 @@
 #include "sound/faults.h"
 
-#include <iterator>
-
 #include "platform/acm.h"
 #include "platform/directsound.h"
 #include "platform/files.h"
@@ -63,50 +61,50 @@ void HalveNextLock() {
     g_halve_lock = true;
 }
 
-void LeaveXaRateOpen(bool leave) {
-    g_leave_rate_open = leave;
+void LeaveXaRateOpen() {
+    g_leave_rate_open = true;
 }
 
 }  // namespace faults
 
-// SYMBOL is the mangled name; the linker knows the true function as __real_ and calls it as __wrap_.
-#define FAULT(RESULT, SYMBOL, CALL, PARAMETERS, ARGUMENTS)               \
-    extern "C" RESULT __real_##SYMBOL PARAMETERS;                        \
-    extern "C" RESULT __wrap_##SYMBOL PARAMETERS;                        \
+// SYMBOL is FUNCTION's mangled name; the linker knows the true function as __real_ and calls it as __wrap_.
+#define FAULT(FUNCTION, SYMBOL, CALL, RESULT, PARAMETERS, ARGUMENTS)     \
+    extern "C" decltype(FUNCTION) __real_##SYMBOL, __wrap_##SYMBOL;      \
     extern "C" RESULT __wrap_##SYMBOL PARAMETERS {                       \
         int64_t result;                                                  \
         if (Fails(faults::Call::CALL, &result)) return (RESULT)(result); \
         return __real_##SYMBOL ARGUMENTS;                                \
     }
 
-FAULT(MMRESULT, _Z11mmioDescendP8MmioFileP8MMCKINFOPKS1_j, kMmioDescend,
+FAULT(mmioDescend, _Z11mmioDescendP8MmioFileP8MMCKINFOPKS1_j, kMmioDescend, MMRESULT,
       (HMMIO h, MMCKINFO* chunk, const MMCKINFO* parent, UINT flags), (h, chunk, parent, flags))
-FAULT(MMRESULT, _Z10mmioAscendP8MmioFileP8MMCKINFOj, kMmioAscend, (HMMIO h, MMCKINFO* chunk, UINT flags),
-      (h, chunk, flags))
-FAULT(LONG, _Z8mmioReadP8MmioFilePvi, kMmioRead, (HMMIO h, void* to, LONG count), (h, to, count))
-FAULT(LONG, _Z8mmioSeekP8MmioFileii, kMmioSeek, (HMMIO h, LONG offset, int origin), (h, offset, origin))
-FAULT(MMRESULT, _Z16acmFormatSuggestP9AcmDriverP12WAVEFORMATEXS2_jj, kAcmFormatSuggest,
+FAULT(mmioAscend, _Z10mmioAscendP8MmioFileP8MMCKINFOj, kMmioAscend, MMRESULT,
+      (HMMIO h, MMCKINFO* chunk, UINT flags), (h, chunk, flags))
+FAULT(mmioRead, _Z8mmioReadP8MmioFilePvi, kMmioRead, LONG, (HMMIO h, void* to, LONG count), (h, to, count))
+FAULT(acmFormatSuggest, _Z16acmFormatSuggestP9AcmDriverP12WAVEFORMATEXS2_jj, kAcmFormatSuggest, MMRESULT,
       (AcmDriver * d, WAVEFORMATEX* from, WAVEFORMATEX* to, DWORD size, DWORD flags),
       (d, from, to, size, flags))
-FAULT(MMRESULT, _Z13acmStreamOpenPP9AcmStreamP9AcmDriverP12WAVEFORMATEXS5_P10WAVEFILTERmmj, kAcmStreamOpen,
+FAULT(acmStreamOpen, _Z13acmStreamOpenPP9AcmStreamP9AcmDriverP12WAVEFORMATEXS5_P10WAVEFILTERmmj,
+      kAcmStreamOpen, MMRESULT,
       (HACMSTREAM * h, AcmDriver* d, WAVEFORMATEX* from, WAVEFORMATEX* to, WAVEFILTER* filter,
        uintptr_t callback, uintptr_t instance, DWORD flags),
       (h, d, from, to, filter, callback, instance, flags))
-FAULT(MMRESULT, _Z13acmStreamSizeP9AcmStreamjPjj, kAcmStreamSize,
+FAULT(acmStreamSize, _Z13acmStreamSizeP9AcmStreamjPjj, kAcmStreamSize, MMRESULT,
       (HACMSTREAM h, DWORD in, DWORD* out, DWORD flags), (h, in, out, flags))
-FAULT(MMRESULT, _Z22acmStreamPrepareHeaderP9AcmStreamP15ACMSTREAMHEADERj, kAcmPrepare,
+FAULT(acmStreamPrepareHeader, _Z22acmStreamPrepareHeaderP9AcmStreamP15ACMSTREAMHEADERj, kAcmPrepare, MMRESULT,
       (HACMSTREAM h, ACMSTREAMHEADER* header, DWORD flags), (h, header, flags))
-FAULT(MMRESULT, _Z24acmStreamUnprepareHeaderP9AcmStreamP15ACMSTREAMHEADERj, kAcmUnprepare,
-      (HACMSTREAM h, ACMSTREAMHEADER* header, DWORD flags), (h, header, flags))
-FAULT(int, _Z12xaDecodeSizePvjPj, kXaSize, (void* h, DWORD length, DWORD* pcm), (h, length, pcm))
-FAULT(int, _Z15xaDecodeConvertPvP14XaConvertBlock, kXaConvert, (void* h, XaConvertBlock* block), (h, block))
-FAULT(size_t, _Z8FileReadPvmmP10FileStream, kFileRead,
+FAULT(acmStreamUnprepareHeader, _Z24acmStreamUnprepareHeaderP9AcmStreamP15ACMSTREAMHEADERj, kAcmUnprepare,
+      MMRESULT, (HACMSTREAM h, ACMSTREAMHEADER* header, DWORD flags), (h, header, flags))
+FAULT(xaDecodeSize, _Z12xaDecodeSizePvjPj, kXaSize, int, (void* h, DWORD length, DWORD* pcm),
+      (h, length, pcm))
+FAULT(xaDecodeConvert, _Z15xaDecodeConvertPvP14XaConvertBlock, kXaConvert, int,
+      (void* h, XaConvertBlock* block), (h, block))
+FAULT(FileRead, _Z8FileReadPvmmP10FileStream, kFileRead, size_t,
       (void* to, size_t size, size_t count, FileStream* file), (to, size, count, file))
 
-extern "C" MMRESULT __real__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HACMSTREAM, ACMSTREAMHEADER*,
-                                                                              DWORD);
-extern "C" MMRESULT __wrap__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HACMSTREAM, ACMSTREAMHEADER*,
-                                                                              DWORD);
+// Those that do more than to fail.
+extern "C" decltype(acmStreamConvert) __real__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj,
+    __wrap__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj;
 extern "C" MMRESULT __wrap__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HACMSTREAM h,
                                                                               ACMSTREAMHEADER* header,
                                                                               DWORD flags) {
@@ -116,8 +114,8 @@ extern "C" MMRESULT __wrap__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(HA
     return __real__Z16acmStreamConvertP9AcmStreamP15ACMSTREAMHEADERj(h, header, flags);
 }
 
-extern "C" void* __real__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE*, WAVEFORMATEX*);
-extern "C" void* __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE*, WAVEFORMATEX*);
+extern "C" decltype(xaDecodeOpen) __real__Z12xaDecodeOpenPKhP12WAVEFORMATEX,
+    __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX;
 extern "C" void* __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE* header, WAVEFORMATEX* format) {
     int64_t result;
     if (Fails(faults::Call::kXaOpen, &result)) return nullptr;
@@ -126,10 +124,9 @@ extern "C" void* __wrap__Z12xaDecodeOpenPKhP12WAVEFORMATEX(const BYTE* header, W
     return handle;
 }
 
-extern "C" HRESULT __real__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(IDirectSoundBuffer*, DWORD, DWORD,
-                                                                      void**, DWORD*, void**, DWORD*, DWORD);
-extern "C" HRESULT __wrap__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(IDirectSoundBuffer*, DWORD, DWORD,
-                                                                      void**, DWORD*, void**, DWORD*, DWORD);
+using LockCall = HRESULT(IDirectSoundBuffer*, DWORD, DWORD, void**, DWORD*, void**, DWORD*, DWORD);
+extern "C" LockCall __real__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j,
+    __wrap__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j;
 extern "C" HRESULT __wrap__ZN18IDirectSoundBuffer4LockEjjPPvPjS1_S2_j(IDirectSoundBuffer* buffer,
                                                                       DWORD offset, DWORD bytes, void** part1,
                                                                       DWORD* bytes1, void** part2,

@@ -1,6 +1,5 @@
 // Makes the RIFF, codec and XA calls of the sound code fail, and counts them. The linker leads these calls
-// here first
-// (--wrap), so that nothing of this is in the program itself.
+// here first (--wrap), so that nothing of this is in the program itself.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +11,6 @@ enum class Call {
     kMmioDescend,
     kMmioAscend,
     kMmioRead,
-    kMmioSeek,
     kAcmFormatSuggest,
     kAcmStreamOpen,
     kAcmStreamSize,
@@ -39,6 +37,6 @@ const std::string& ConvertFlags();
 void HalveNextLock();
 
 // From now on xaDecodeOpen leaves nAvgBytesPerSec at 0.
-void LeaveXaRateOpen(bool leave);
+void LeaveXaRateOpen();
 
 }  // namespace faults

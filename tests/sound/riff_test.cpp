@@ -10,14 +10,22 @@
 namespace soundtest {
 namespace {
 
-TEST(Riff, RefusesWhatItDoesNotKnow) {
-    test::TempFolder folder;
-    const std::string path = folder.Write("a.wav", "0123456789");
-    EXPECT_EQ(mmioOpenA(nullptr, nullptr, MMIO_READ), nullptr);
-    EXPECT_EQ(mmioOpenA(path.c_str(), nullptr, 1), nullptr);
-    HMMIO h = mmioOpenA(path.c_str(), nullptr, MMIO_READ);
-    ASSERT_NE(h, nullptr);
+class RiffFile : public testing::Test {
+protected:
+    HMMIO Open(const std::string& bytes) {
+        m_path = m_folder.Write("a.wav", bytes);
+        return mmioOpenA(m_path.c_str(), nullptr, MMIO_READ | MMIO_ALLOCBUF);
+    }
+    test::TempFolder m_folder;
+    std::string m_path;
     MMCKINFO chunk = {};
+};
+
+TEST_F(RiffFile, RefusesWhatItDoesNotKnow) {
+    HMMIO h = Open("0123456789");
+    ASSERT_NE(h, nullptr);
+    EXPECT_EQ(mmioOpenA(nullptr, nullptr, MMIO_READ), nullptr);
+    EXPECT_EQ(mmioOpenA(m_path.c_str(), nullptr, 1), nullptr);
     EXPECT_EQ(mmioDescend(h, &chunk, nullptr, 1), MMIOERR_INVALIDPARAM);
     EXPECT_EQ(mmioDescend(h, nullptr, nullptr, 0), MMIOERR_INVALIDPARAM);
     EXPECT_EQ(mmioAscend(h, &chunk, 1), MMIOERR_INVALIDPARAM);
@@ -29,10 +37,8 @@ TEST(Riff, RefusesWhatItDoesNotKnow) {
     EXPECT_EQ(mmioSeek(nullptr, 0, SEEK_SET), -1);
 }
 
-TEST(Riff, ReadsAndSeeks) {
-    test::TempFolder folder;
-    HMMIO h = mmioOpenA(folder.Write("a.wav", "0123456789").c_str(), nullptr, MMIO_READ | MMIO_ALLOCBUF);
-    ASSERT_NE(h, nullptr);
+TEST_F(RiffFile, ReadsAndSeeks) {
+    HMMIO h = Open("0123456789");
     char text[16] = {};
     EXPECT_EQ(mmioRead(h, text, 4), 4);
     EXPECT_EQ(mmioSeek(h, 0, SEEK_CUR), 4);
@@ -56,11 +62,10 @@ TEST(Riff, ReadsAndSeeks) {
     EXPECT_EQ(mmioClose(h, 0), MMSYSERR_NOERROR);
 }
 
-TEST(Riff, FindsChunks) {
-    test::TempFolder folder;
+TEST_F(RiffFile, FindsChunks) {
     const std::string inner = Chunk("one ", "abc") + Chunk("LIST", "infoxxxx") + Chunk("two ", "defg");
-    HMMIO h = mmioOpenA(folder.Write("a", Riff(inner)).c_str(), nullptr, MMIO_READ);
-    MMCKINFO riff = {}, chunk = {};
+    HMMIO h = Open(Riff(inner));
+    MMCKINFO riff = {};
     ASSERT_EQ(mmioDescend(h, &riff, nullptr, 0), MMSYSERR_NOERROR);
     EXPECT_EQ(riff.dwDataOffset, 8u);
     EXPECT_EQ(riff.cksize, 4 + inner.size());
@@ -87,13 +92,9 @@ TEST(Riff, FindsChunks) {
 }
 
 // A file of nothing but empty chunks must not be walked to its end, chunk by chunk.
-TEST(Riff, SearchIsBounded) {
-    test::TempFolder folder;
-    const std::string path = folder.Write("a.wav", Riff(""));
-    std::filesystem::resize_file(path, 0x7FFF0000);
-    HMMIO h = mmioOpenA(path.c_str(), nullptr, MMIO_READ);
-    ASSERT_NE(h, nullptr);
-    MMCKINFO chunk = {};
+TEST_F(RiffFile, SearchIsBounded) {
+    HMMIO h = Open(Riff(""));
+    std::filesystem::resize_file(m_path, 0x7FFF0000);
     ASSERT_EQ(mmioDescend(h, &chunk, nullptr, 0), MMSYSERR_NOERROR);
     chunk.ckid = mmioFOURCC('d', 'a', 't', 'a');
     EXPECT_EQ(mmioDescend(h, &chunk, nullptr, MMIO_FINDCHUNK), MMIOERR_CHUNKNOTFOUND);

@@ -6,17 +6,14 @@
 
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "host/headless/headless.h"
-#include "host/headless/sound.h"
-#include "platform/directsound_test.h"
+#include "packages/encode.h"
 #include "sound/dsbuffer.h"
 #include "sound/faults.h"
+#include "sound_platform/sound_fixture.h"
 #include "support/media.h"
 #include "support/tempfolder.h"
 #include "xa/encoder.h"
@@ -53,7 +50,7 @@ inline std::string Riff(const std::string& chunks) {
 
 struct Format {
     int tag = 1, channels = 1, rate = 44100, average = -1, align = -1, bits = 16;
-    std::string extension;  // with its length in front
+    std::string extension = {};  // with its length in front
 };
 
 inline std::string FormatBlock(const Format& f) {
@@ -74,74 +71,39 @@ inline std::string Bytes(const Samples& samples) {
     return std::string(reinterpret_cast<const char*>(samples.data()), samples.size() * 2);
 }
 
-// A WAV file with a codec of the library, and its samples as the library itself reads them.
-struct CodedWav {
+// A file with a codec of the library, and its samples as the library itself reads them.
+struct CodedFile {
     std::string file;
     Samples samples;
 };
 
-inline std::string ReadAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+inline CodedFile Encode(int subtype, const Samples& samples, int channels, int rate,
+                        int container = SF_FORMAT_WAV) {
+    const std::string file = test::Encode({rate, channels, samples}, container | subtype);
+    return {file, test::Decode(file).samples};
 }
 
-inline CodedWav Encode(const std::string& path, int subtype, const Samples& samples, int channels, int rate,
-                       int container = SF_FORMAT_WAV) {
-    SF_INFO info = {};
-    info.samplerate = rate;
-    info.channels = channels;
-    info.format = container | subtype;
-    SNDFILE* out = sf_open(path.c_str(), SFM_WRITE, &info);
-    EXPECT_NE(out, nullptr) << sf_strerror(nullptr);
-    if (out == nullptr) return {};
-    sf_write_short(out, samples.data(), static_cast<sf_count_t>(samples.size()));
-    sf_close(out);
-    CodedWav coded;
-    coded.file = ReadAll(path);
-    SF_INFO in_info = {};
-    SNDFILE* in = sf_open(path.c_str(), SFM_READ, &in_info);
-    EXPECT_NE(in, nullptr);
-    if (in == nullptr) return coded;
-    coded.samples.resize(static_cast<size_t>(in_info.frames) * static_cast<size_t>(channels));
-    sf_read_short(in, coded.samples.data(), static_cast<sf_count_t>(coded.samples.size()));
-    sf_close(in);
-    return coded;
+inline std::string XaFile(const Samples& samples, int channels, int rate, xa::Mode mode = xa::Mode::kFine) {
+    const std::vector<uint8_t> file = xa::Encode(samples, channels, static_cast<uint32_t>(rate), mode);
+    return {file.begin(), file.end()};
 }
 
-class SoundTest : public testing::Test {
+inline void OrderNoFailures() {
+    directsound_test::FailNothing();
+    faults::FailNothing();
+}
+
+class SoundTest : public ::SoundTest {
 protected:
     void SetUp() override {
-        headless::Reset();
-        directsound_test::FailNothing();
+        ::SoundTest::SetUp();
         faults::FailNothing();
-        OpenDevice(44100, 2);
     }
 
     void TearDown() override {
+        OrderNoFailures();
         m_sound.reset();
-        if (m_primary != nullptr) m_primary->Release();
-        if (m_device != nullptr) m_device->Release();
-        EXPECT_EQ(directsound_test::LiveBuffers(), 0);
-        EXPECT_EQ(directsound_test::LiveDevices(), 0);
-    }
-
-    void OpenDevice(int rate, int channels) {
-        if (m_primary != nullptr) m_primary->Release();
-        if (m_device != nullptr) m_device->Release();
-        ASSERT_EQ(DirectSoundCreate(nullptr, &m_device, nullptr), DS_OK);
-        ASSERT_EQ(m_device->SetCooperativeLevel(nullptr, DSSCL_PRIORITY), DS_OK);
-        DSBUFFERDESC desc = {};
-        desc.dwSize = sizeof(desc);
-        desc.dwFlags = DSBCAPS_PRIMARYBUFFER;
-        ASSERT_EQ(m_device->CreateSoundBuffer(&desc, &m_primary, nullptr), DS_OK);
-        WAVEFORMATEX wfx = {WAVE_FORMAT_PCM,
-                            static_cast<WORD>(channels),
-                            static_cast<DWORD>(rate),
-                            static_cast<DWORD>(rate * channels * 2),
-                            static_cast<WORD>(channels * 2),
-                            16,
-                            0};
-        ASSERT_EQ(m_primary->SetFormat(&wfx), DS_OK);
+        ::SoundTest::TearDown();
     }
 
     // A new sound with that file's bytes. Its load has not begun.
@@ -159,16 +121,6 @@ protected:
         return headless::Log().substr(before);
     }
 
-    static std::string Contents(IDirectSoundBuffer* buffer) {
-        void* part = nullptr;
-        DWORD bytes = 0;
-        if (buffer->Lock(0, 1, &part, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER) != DS_OK)
-            return "(locked)";
-        std::string text(static_cast<const char*>(part), bytes);
-        buffer->Unlock(part, bytes, nullptr, 0);
-        return text;
-    }
-
     static Samples ContentSamples(IDirectSoundBuffer* buffer) {
         const std::string bytes = Contents(buffer);
         Samples samples(bytes.size() / 2);
@@ -177,8 +129,6 @@ protected:
     }
 
     test::TempFolder m_folder;
-    IDirectSound* m_device = nullptr;
-    IDirectSoundBuffer* m_primary = nullptr;
     std::unique_ptr<CDSBuffer> m_sound;
 };
 

@@ -12,7 +12,20 @@ struct Step {
 
 class Trace : public SoundTest {
 protected:
-    static void Expect(const CDSBuffer& s, const Step& step, int line) {
+    // 5300 bytes at 1000 bytes a second; the ring has 2000.
+    CDSBuffer* LoadWav(int loop) {
+        Samples samples(5300);
+        for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<int16_t>((i % 200 + 20) << 8);
+        const std::string wav = test::Wav(samples, {1, 1000, 8});
+        m_pcm = wav.substr(44);
+        CDSBuffer* sound = Make(wav);
+        sound->SetStreamSeconds(5);
+        sound->m_bLoop = loop;
+        EXPECT_EQ(sound->Load(1), 0);
+        return sound;
+    }
+
+    static void Expect(const CDSBuffer& s, const Step& step, size_t line) {
         EXPECT_EQ(s.m_nSrcRead, step.read) << line;
         EXPECT_EQ(s.m_nSrcUsed, step.used) << line;
         EXPECT_EQ(s.m_nDstDone, step.done) << line;
@@ -22,9 +35,8 @@ protected:
         EXPECT_EQ(s.m_nEndHalf, step.end_half) << line;
     }
 
-    template <size_t N>
-    static void Run(CDSBuffer* sound, const Step (&steps)[N]) {
-        for (size_t i = 0; i < N; ++i) {
+    static void Run(CDSBuffer* sound, const std::vector<Step>& steps) {
+        for (size_t i = 0; i < steps.size(); ++i) {
             if (i == 1) {
                 EXPECT_EQ(sound->Play(), 0);
             }
@@ -32,24 +44,20 @@ protected:
                 EXPECT_EQ(sound->m_pDSB->SetCurrentPosition(steps[i].cursor), DS_OK);
                 EXPECT_EQ(sound->StreamPlay(), 0);
             }
-            Expect(*sound, steps[i], static_cast<int>(i));
+            Expect(*sound, steps[i], i);
         }
     }
+
+    std::string m_pcm;
 };
 
-// 5300 bytes at 1000 bytes a second; the ring has 2000.
 TEST_F(Trace, Wav) {
-    Samples samples(5300);
-    for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<int16_t>((i % 200 + 20) << 8);
-    const std::string wav = test::Wav(samples, {1, 1000, 8}), pcm = wav.substr(44);
-    CDSBuffer* sound = Make(wav);
-    sound->SetStreamSeconds(5);
-    ASSERT_EQ(sound->Load(1), 0);
+    CDSBuffer* sound = LoadWav(0);
     EXPECT_EQ(sound->m_nSeconds, 5u);
     EXPECT_EQ(sound->m_nBufSize, 2000u);
     EXPECT_EQ(sound->m_nSrcSize, 2000u);
     EXPECT_EQ(sound->m_nDstSize, 2000u);
-    const Step steps[] = {
+    const std::vector<Step> steps = {
         {0, 2000, 2000, 2000, 0, 0, 0, 0},        // load
         {0, 2000, 2000, 2000, 0, 0, 0, 0},        // Play starts over
         {700, 2000, 2000, 2000, 0, 0, 0, 0},      // nothing due
@@ -67,21 +75,15 @@ TEST_F(Trace, Wav) {
     EXPECT_EQ(sound->IsPlaying(), 0);
     EXPECT_EQ(Contents(sound->m_pDSB), std::string(2000, '\x80'));
     EXPECT_EQ(sound->Play(), 0);
-    Expect(*sound, steps[0], -1);
-    EXPECT_EQ(Contents(sound->m_pDSB), pcm.substr(0, 2000));
+    Expect(*sound, steps[0], 0);
+    EXPECT_EQ(Contents(sound->m_pDSB), m_pcm.substr(0, 2000));
     EXPECT_EQ(sound->IsPlaying(), 1);
 }
 
 // A repeating one: the source starts over inside an update, and the state never leaves 0.
 TEST_F(Trace, LoopingWav) {
-    Samples samples(5300);
-    for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<int16_t>((i % 200 + 20) << 8);
-    const std::string wav = test::Wav(samples, {1, 1000, 8}), pcm = wav.substr(44);
-    CDSBuffer* sound = Make(wav);
-    sound->SetStreamSeconds(5);
-    sound->m_bLoop = 1;
-    ASSERT_EQ(sound->Load(1), 0);
-    const Step steps[] = {
+    CDSBuffer* sound = LoadWav(1);
+    const std::vector<Step> steps = {
         {0, 2000, 2000, 2000, 0, 0, 0, 0},
         {0, 2000, 2000, 2000, 0, 0, 0, 0},
         {1200, 3000, 3000, 3000, 1000, 1, 0, 0},
@@ -91,16 +93,16 @@ TEST_F(Trace, LoopingWav) {
         {1200, 1700, 1700, 1700, 1000, 1, 0, 0},
     };
     Run(sound, steps);
-    EXPECT_EQ(Contents(sound->m_pDSB), pcm.substr(700, 1000) + pcm.substr(5000) + pcm.substr(0, 700));
+    EXPECT_EQ(Contents(sound->m_pDSB), m_pcm.substr(700, 1000) + m_pcm.substr(5000) + m_pcm.substr(0, 700));
 }
 
 // 5300 frames at 1000 a second: 10600 bytes of PCM, a ring of 4000. A block has 32 frames in 42 bytes, so the
 // data are 165 blocks and one of 20 frames in 27 bytes: 6957 bytes.
 TEST_F(Trace, Xa) {
     const Samples samples = Music(5300, 1, 1000);
-    const std::vector<uint8_t> file = xa::Encode(samples, 1, 1000, xa::Mode::kFine);
+    const std::string file = XaFile(samples, 1, 1000);
     ASSERT_EQ(file.size(), 32u + 6957u);
-    CDSBuffer* sound = Make(std::string(file.begin(), file.end()), "s.xa");
+    CDSBuffer* sound = Make(file, "s.xa");
     sound->SetStreamSeconds(5);
     ASSERT_EQ(sound->Load(1), 0);
     EXPECT_EQ(sound->m_nKind, 2);
@@ -108,7 +110,7 @@ TEST_F(Trace, Xa) {
     EXPECT_EQ(sound->m_nSrcSize, 10000u);
     EXPECT_EQ(sound->m_nPcmLen, 10600u);
     EXPECT_EQ(sound->m_nDataPos, 32u);
-    const Step steps[] = {
+    const std::vector<Step> steps = {
         {0, 2646, 2646, 4000, 0, 0, 0, 0},         // 62 blocks and 16 frames of a 63rd
         {0, 2646, 2646, 4000, 0, 0, 0, 0},         // Play starts over
         {2400, 3948, 3948, 6000, 2000, 1, 0, 0},   // [A] 16 frames, 30 blocks, 24 frames of one more
@@ -121,7 +123,7 @@ TEST_F(Trace, Xa) {
     EXPECT_EQ(LogOf([&] { Run(sound, steps); }), "");
     EXPECT_EQ(sound->IsPlaying(), 0);
     EXPECT_EQ(sound->Rewind(), 0);
-    Expect(*sound, steps[0], -1);
+    Expect(*sound, steps[0], 0);
     EXPECT_EQ(sound->IsPlaying(), 0);
 }
 

@@ -7,8 +7,6 @@ using faults::Call;
 namespace soundtest {
 namespace {
 
-const std::string kNoFile = "";
-
 class Wav : public SoundTest {
 protected:
     std::string LoadLog(CDSBuffer* sound, int stream = 0) {
@@ -20,66 +18,58 @@ protected:
 
 constexpr char kLine[] = "CDSBuffer::LoadWav ";
 
-struct Row {
-    const char* log;
-    std::function<void()> fail;
-    bool format, converter, buffer;
-    char content;  // of the buffer: 's' silence, 'd' the sound, '?' anything, '-' no buffer
-};
-
-void Mm(Call call, int skip = 0) {
-    faults::FailNext(call, 1, skip);
-}
-
 TEST_F(Wav, FailuresAndWhatTheyLeave) {
     const Samples samples = Music(8820, 1, 44100);
-    const auto lose = [](int times) {
-        directsound_test::FailNext(DsCall::kLock, DSERR_BUFFERLOST, 0, times);
+    const auto mm = [](Call call, int64_t result = 1, int skip = 0) {
+        return [=] { faults::FailNext(call, result, skip); };
     };
-    const Row rows[] = {
-        {"RIFF DecError\n", [] { Mm(Call::kMmioDescend); }, false, false, false, '-'},
-        {"fmt DecError\n", [] { Mm(Call::kMmioDescend, 1); }, false, false, false, '-'},
-        {"fmt read Error\n", [] { faults::FailNext(Call::kMmioRead, 17); }, true, false, false, '-'},
-        {"fmtAscError\n", [] { Mm(Call::kMmioAscend); }, false, false, false, '-'},
-        {"data DecError\n", [] { Mm(Call::kMmioDescend, 2); }, false, false, false, '-'},
-        {"ACM SUGGEST ERROR\n", [] { Mm(Call::kAcmFormatSuggest); }, false, false, false, '-'},
-        {"ACM OPEN ERROR\n", [] { Mm(Call::kAcmStreamOpen); }, false, false, false, '-'},
-        {"Size(s2d)Get Error\n", [] { Mm(Call::kAcmStreamSize); }, false, true, false, '-'},
-        {"DSBCreateError\n", [] { directsound_test::FailNext(DsCall::kGetCaps, kFailed); }, false, true, true,
-         '?'},
-        {"LockError\n", [] { directsound_test::FailNext(DsCall::kLock, kFailed); }, false, true, true, '?'},
-        {"LockError\n", [&] { lose(2); }, false, true, true, '?'},
-        {"PrepareError\n", [] { Mm(Call::kAcmPrepare); }, false, true, true, 's'},
-        {"ConvertError\n", [] { Mm(Call::kAcmConvert); }, false, true, true, 's'},
-        {"UnprepareError\n", [] { Mm(Call::kAcmUnprepare); }, false, true, true, 'd'},
-        {"UnlockError\n", [] { directsound_test::FailNext(DsCall::kUnlock, kFailed); }, false, true, true,
-         'd'},
+    const auto ds = [](DsCall call, HRESULT result = kFailed, int times = 1) {
+        return [=] { directsound_test::FailNext(call, result, 0, times); };
     };
-    for (const Row& row : rows) {
+    const struct {
+        std::string log;
+        std::function<void()> fail;
+        bool format, converter, buffer;
+        char content;  // of the buffer: 's' silence, 'd' the sound, '?' anything, '-' no buffer
+    } rows[] = {
+        {"RIFF DecError\n", mm(Call::kMmioDescend), false, false, false, '-'},
+        {"fmt DecError\n", mm(Call::kMmioDescend, 1, 1), false, false, false, '-'},
+        {"fmt read Error\n", mm(Call::kMmioRead, 17), true, false, false, '-'},
+        {"fmtAscError\n", mm(Call::kMmioAscend), false, false, false, '-'},
+        {"data DecError\n", mm(Call::kMmioDescend, 1, 2), false, false, false, '-'},
+        {"ACM SUGGEST ERROR\n", mm(Call::kAcmFormatSuggest), false, false, false, '-'},
+        {"ACM OPEN ERROR\n", mm(Call::kAcmStreamOpen), false, false, false, '-'},
+        {"Size(s2d)Get Error\n", mm(Call::kAcmStreamSize), false, true, false, '-'},
+        {"DSBCreateError\n", ds(DsCall::kGetCaps), false, true, true, '?'},
+        {"LockError\n", ds(DsCall::kLock), false, true, true, '?'},
+        {"LockError\n", ds(DsCall::kLock, DSERR_BUFFERLOST, 2), false, true, true, '?'},
+        {"PrepareError\n", mm(Call::kAcmPrepare), false, true, true, 's'},
+        {"ConvertError\n", mm(Call::kAcmConvert), false, true, true, 's'},
+        {"UnprepareError\n", mm(Call::kAcmUnprepare), false, true, true, 'd'},
+        {"UnlockError\n", ds(DsCall::kUnlock), false, true, true, 'd'},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.log);
         CDSBuffer* sound = Make(test::Wav(samples));
-        directsound_test::FailNothing();
-        faults::FailNothing();
+        OrderNoFailures();
         row.fail();
-        std::string log = LogOf([&] { EXPECT_EQ(sound->LoadWav(0), 1); });
-        directsound_test::FailNothing();
-        if (row.log == std::string("DSBCreateError\n")) {
-            EXPECT_EQ(log.substr(0, log.find('\n') + 1), "CDSBuffer::CreateDSB GetCapsError\n");
-            log = log.substr(log.find('\n') + 1);
-        }
-        EXPECT_EQ(log, kLine + std::string(row.log));
-        EXPECT_EQ(sound->m_hFile, nullptr) << row.log;
-        EXPECT_EQ(sound->m_pSrc, nullptr) << row.log;
-        EXPECT_EQ(sound->m_pSrcFormat != nullptr, row.format) << row.log;
-        EXPECT_EQ(sound->m_hAcm != nullptr, row.converter) << row.log;
-        EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer) << row.log;
-        EXPECT_EQ(sound->Play(), row.buffer ? 0 : 1) << row.log;
+        const std::string log = LogOf([&] { EXPECT_EQ(sound->LoadWav(0), 1); });
+        OrderNoFailures();
+        const bool caps = row.log == "DSBCreateError\n";
+        EXPECT_EQ(log, (caps ? "CDSBuffer::CreateDSB GetCapsError\n" : "") + (kLine + row.log));
+        EXPECT_EQ(sound->m_hFile, nullptr);
+        EXPECT_EQ(sound->m_pSrc, nullptr);
+        EXPECT_EQ(sound->m_pSrcFormat != nullptr, row.format);
+        EXPECT_EQ(sound->m_hAcm != nullptr, row.converter);
+        EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer);
+        EXPECT_EQ(sound->Play(), row.buffer ? 0 : 1);
         if (row.content == 's') {
-            EXPECT_EQ(Contents(sound->m_pDSB), std::string(17640, '\0')) << row.log;
+            EXPECT_EQ(Contents(sound->m_pDSB), std::string(17640, '\0'));
         }
         if (row.content == 'd') {
-            EXPECT_EQ(Contents(sound->m_pDSB), Bytes(samples)) << row.log;
+            EXPECT_EQ(Contents(sound->m_pDSB), Bytes(samples));
         }
-        EXPECT_EQ(LogOf([&] { sound->Term(); }), "") << row.log;  // nothing is left that it cannot close
+        EXPECT_EQ(LogOf([&] { sound->Term(); }), "");  // nothing is left that it cannot close
         EXPECT_EQ(sound->m_pDSB, nullptr);
         EXPECT_EQ(sound->m_hAcm, nullptr);
         EXPECT_EQ(sound->m_pSrcFormat, nullptr);
@@ -189,18 +179,17 @@ TEST_F(Wav, FilesThatAreWrongButLoad) {
 }
 
 TEST_F(Wav, ShortSoundsGetASilentTail) {
-    struct Size {
+    const struct {
         int frames, channels, rate, bits;
         size_t bytes;
-    };
-    const Size rows[] = {
+    } rows[] = {
         {4410, 2, 44100, 16, 26460},                               // 100 ms
         {0, 2, 44100, 16, 26460},    {6614, 2, 44100, 16, 26460},  // one frame short of 150 ms
         {6615, 2, 44100, 16, 26460}, {6616, 2, 44100, 16, 26464},
         {10, 1, 11025, 8, 1653},     {10, 1, 11025, 16, 3308},  // 3307.5, in whole frames
         {10, 2, 22050, 16, 13232},
     };
-    for (const Size& row : rows) {
+    for (const auto& row : rows) {
         const Samples samples = Music(row.frames, row.channels, row.rate);
         const std::string wav = test::Wav(samples, {row.channels, row.rate, row.bits});
         EXPECT_EQ(LoadLog(wav), "");
@@ -288,29 +277,30 @@ TEST_F(Wav, HostileNumbers) {
         "HRESULT->DSERR_INVALIDPARAM\nCDSBuffer::CreateDSB 1stCreateFailed\n"
         "HRESULT->DSERR_INVALIDPARAM\nCDSBuffer::CreateDSB CreateDSBError\n"
         "CDSBuffer::LoadWav DSBCreateError\n";
-    std::string bad_rate = refused;
-    for (size_t at; (at = bad_rate.find("INVALIDPARAM")) != std::string::npos;)
-        bad_rate.replace(at, 12, "BADFORMAT");
+    const std::string bad_rate =
+        "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB 1stCreateFailed\n"
+        "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB CreateDSBError\n"
+        "CDSBuffer::LoadWav DSBCreateError\n";
+    const std::string no_codec = "CDSBuffer::LoadWav ACM SUGGEST ERROR\n";
+    constexpr int k4GHz = -294967296;
     const std::pair<std::string, std::string> rows[] = {
         {header({}, 16, 0xFFFFFFFF), refused},
         {header({}, 16, 0xFFFFFFFE), refused},
-        {header({1, 1, 44100, -1, -1, 8, ""}, 16, 0xFFFFFFFF), refused},
-        {header({7, 1, 44100, -1, -1, 8, ""}, 16, 0xFFFFFFFF), refused},
-        {header({17, 1, 44100, -1, 1024, 4, ""}, 16, 0xFFFFFFFF), refused},
-        {header({1, 0, 44100, -1, -1, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
-        {header({1, 9, 44100, -1, -1, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
-        {header({1, 1, 44100, -1, 0, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
-        {header({17, 2, 44100, -1, 0, 4, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
-        {header({17, 2, 44100, -1, 8, 4, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
-        {header({1, 1, 0, -1, -1, 16, ""}, 16, 100), "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
-        {header({1, 1, -294967296, -1, -1, 16, ""}, 16, 100),
-         "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},  // 4 GHz
-        {header({1, 1, -294967296, -1, -1, 8, ""}, 16, 100), bad_rate},
+        {header({1, 1, 44100, -1, -1, 8}, 16, 0xFFFFFFFF), refused},
+        {header({7, 1, 44100, -1, -1, 8}, 16, 0xFFFFFFFF), refused},
+        {header({17, 1, 44100, -1, 1024, 4}, 16, 0xFFFFFFFF), refused},
+        {header({1, 0, 44100, -1, -1, 16}, 16, 100), no_codec},
+        {header({1, 9, 44100, -1, -1, 16}, 16, 100), no_codec},
+        {header({1, 1, 44100, -1, 0, 16}, 16, 100), no_codec},
+        {header({17, 2, 44100, -1, 0, 4}, 16, 100), no_codec},
+        {header({17, 2, 44100, -1, 8, 4}, 16, 100), no_codec},
+        {header({1, 1, 0, -1, -1, 16}, 16, 100), no_codec},
+        {header({1, 1, k4GHz, -1, -1, 16}, 16, 100), no_codec},
+        {header({1, 1, k4GHz, -1, -1, 8}, 16, 100), bad_rate},
         {header({}, 0, 100), "CDSBuffer::LoadWav data DecError\n"},
         {header({}, 0x80000000, 100), "CDSBuffer::LoadWav fmt read Error\n"},
         {header({}, 0xFFFFFFFF, 100), "CDSBuffer::LoadWav fmt read Error\n"},
-        {header({0xFFFE, 2, 44100, -1, -1, 16, "\xff\xff"}, 18, 100),
-         "CDSBuffer::LoadWav ACM SUGGEST ERROR\n"},
+        {header({0xFFFE, 2, 44100, -1, -1, 16, "\xff\xff"}, 18, 100), no_codec},
     };
     int number = 0;
     for (const auto& [bytes, log] : rows) {

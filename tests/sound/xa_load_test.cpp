@@ -14,11 +14,6 @@ protected:
         m_samples = Music(22 * 8000 + 5, 1, 8000);
         m_file = XaFile(m_samples, 1, 8000);
     }
-    static std::string XaFile(const Samples& samples, int channels, int rate,
-                              xa::Mode mode = xa::Mode::kFine) {
-        const std::vector<uint8_t> file = xa::Encode(samples, channels, static_cast<uint32_t>(rate), mode);
-        return {file.begin(), file.end()};
-    }
     Samples m_samples;
     std::string m_file;
 };
@@ -47,18 +42,17 @@ TEST_F(Xa, LoadedWhole) {
 }
 
 TEST_F(Xa, FailuresAndWhatTheyLeave) {
-    struct Row {
-        std::string log;
-        std::function<void()> fail;
-        bool converter, buffer;
-    };
     const auto ds = [](DsCall call, HRESULT result, int times = 1) {
         return [=] { directsound_test::FailNext(call, result, 0, times); };
     };
     const std::string create =
         "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB 1stCreateFailed\n"
         "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB CreateDSBError\n";
-    const Row rows[] = {
+    const struct {
+        std::string log;
+        std::function<void()> fail;
+        bool converter, buffer;
+    } rows[] = {
         {"CDSBuffer::LoadXA DecodeOpenError\n", [] { faults::FailNext(Call::kXaOpen, 0); }, false, false},
         {"CDSBuffer::LoadXA DecodeSizeError\n", [] { faults::FailNext(Call::kXaSize, 0); }, true, false},
         {create + "CDSBuffer::LoadXA DSBCreateError\n", ds(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT, 2),
@@ -69,11 +63,10 @@ TEST_F(Xa, FailuresAndWhatTheyLeave) {
         {"HRESULT->DSERR_INVALIDCALL\nCDSBuffer::LoadXA UnlockError\n",
          ds(DsCall::kUnlock, DSERR_INVALIDCALL), true, true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         for (bool through_load : {false, true}) {
             CDSBuffer* sound = Make(m_file);
-            faults::FailNothing();
-            directsound_test::FailNothing();
+            OrderNoFailures();
             row.fail();
             EXPECT_EQ(LogOf([&] { EXPECT_EQ(through_load ? sound->Load(0) : sound->LoadXA(0), 1); }),
                       row.log + (through_load ? "CDSBuffer::LoadWav WAVE not found\n" : ""));
@@ -83,8 +76,6 @@ TEST_F(Xa, FailuresAndWhatTheyLeave) {
             EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer && !through_load) << row.log;
         }
     }
-    faults::FailNothing();
-    directsound_test::FailNothing();
 }
 
 TEST_F(Xa, StreamedLoadFailures) {
@@ -96,7 +87,6 @@ TEST_F(Xa, StreamedLoadFailures) {
     EXPECT_NE(sound->m_hAcm, nullptr);
     EXPECT_EQ(sound->m_pSrc, nullptr);
     sound = Make(m_file);
-    faults::FailNothing();
     faults::FailNext(Call::kXaConvert, 0);
     EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->LoadXA(1), 1); }),
               "CDSBuffer::StreamUpdateXA ConvertError\nCDSBuffer::LoadXA StreamUpdateError\n");
@@ -127,7 +117,7 @@ TEST_F(Xa, WhatIsNoXaIsLeftToTheOtherLoader) {
 }
 
 TEST_F(Xa, RateLeftOpenIsWorkedOut) {
-    faults::LeaveXaRateOpen(true);
+    faults::LeaveXaRateOpen();
     CDSBuffer* sound = Make(m_file);
     EXPECT_EQ(sound->Load(0), 0);
     EXPECT_EQ(sound->m_wfx.nAvgBytesPerSec, 16000u);
@@ -136,15 +126,11 @@ TEST_F(Xa, RateLeftOpenIsWorkedOut) {
 
 // The header's sample count cuts; a count beyond the data adds nothing.
 TEST_F(Xa, ExactLength) {
-    const auto with_count = [&](uint64_t count) {
-        std::string file = m_file;
-        return file.replace(8, 4, test::LittleEndian(count, 4));
-    };
     Make(m_file)->Load(0);
     const std::string whole = Contents(m_sound->m_pDSB);
-    for (uint64_t count : {uint64_t{0}, uint64_t{1}, uint64_t{100000}, uint64_t{176005}, uint64_t{176006},
-                           uint64_t{0xFFFFFFFF}}) {
-        EXPECT_EQ(Make(with_count(count))->Load(0), 0);
+    for (const int64_t count : {0LL, 1LL, 100000LL, 176005LL, 176006LL, 0xFFFFFFFFLL}) {
+        std::string file = m_file;
+        EXPECT_EQ(Make(file.replace(8, 4, test::LittleEndian(count, 4)))->Load(0), 0);
         const size_t kept = std::min<size_t>(whole.size(), count * 2);
         EXPECT_EQ(Contents(m_sound->m_pDSB), whole.substr(0, kept) + std::string(whole.size() - kept, '\0'))
             << count;
