@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -91,6 +92,19 @@ inline std::string XaFile(const Samples& samples, int channels, int rate, xa::Mo
 inline void OrderNoFailures() {
     directsound_test::FailNothing();
     faults::FailNothing();
+}
+
+// To be called in front of what shall fail.
+using Failure = std::function<void()>;
+
+inline Failure Fail(faults::Call call, int64_t result, int skip = 0) {
+    return [=] { faults::FailNext(call, result, skip); };
+}
+inline Failure Fail(directsound_test::Call call, HRESULT result, int times = 1) {
+    return [=] { directsound_test::FailNext(call, result, 0, times); };
+}
+inline Failure Both(const Failure& first, const Failure& second) {
+    return [=] { first(), second(); };
 }
 
 class SoundTest : public ::SoundTest {

@@ -1,4 +1,4 @@
-// Streams: what a refill does at which cursor, every failure, and what goes on after one.
+// Streams: what a refill does at which cursor, every failure of one, and what goes on after it.
 #include "sound/sound_support.h"
 
 using DsCall = directsound_test::Call;
@@ -8,18 +8,6 @@ namespace soundtest {
 namespace {
 
 constexpr DWORD kRing = 32000;  // two seconds at 8000 Hz, 16 bits
-
-using Failure = std::function<void()>;
-
-Failure Fail(Call call, int64_t result, int skip = 0) {
-    return [=] { faults::FailNext(call, result, skip); };
-}
-Failure Fail(DsCall call, HRESULT result, int times = 1) {
-    return [=] { directsound_test::FailNext(call, result, 0, times); };
-}
-Failure Both(const Failure& first, const Failure& second) {
-    return [=] { first(), second(); };
-}
 
 class Stream : public SoundTest {
 protected:
@@ -57,44 +45,6 @@ protected:
     Samples m_samples;
     std::string m_wav;
 };
-
-TEST_F(Stream, LoadFailures) {
-    const struct {
-        const char* log;
-        Failure fail;
-        bool held, buffer;  // file, format and blocks
-    } rows[] = {
-        {"CDSBuffer::LoadWav Size(d2s)Get Error\n", Fail(Call::kAcmStreamSize, 1, 1), false, false},
-        {"CDSBuffer::LoadWav Size(s2d)Get Error\n", Fail(Call::kAcmStreamSize, 1, 2), false, false},
-        {"HRESULT->DSERR_OUTOFMEMORY\nCDSBuffer::CreateDSB 1stCreateFailed\nHRESULT->DSERR_OUTOFMEMORY\n"
-         "CDSBuffer::CreateDSB CreateDSBError\nCDSBuffer::LoadWav DSBCreateError(Stream)\n",
-         Fail(DsCall::kCreateSoundBuffer, DSERR_OUTOFMEMORY, 2), false, false},
-        {"CDSBuffer::CreateDSB GetCapsError\nCDSBuffer::LoadWav DSBCreateError(Stream)\n",
-         Fail(DsCall::kGetCaps, kFailed), false, true},
-        {"CDSBuffer::StreamUpdateWav ReadError\nCDSBuffer::LoadWav StreamUpdateError\n",
-         Fail(Call::kMmioRead, -1, 1), true, true},
-    };
-    for (const auto& row : rows) {
-        CDSBuffer* sound = Make(m_wav);
-        OrderNoFailures();
-        row.fail();
-        EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(1), 1); }), row.log);
-        OrderNoFailures();
-        EXPECT_EQ(sound->m_hFile != nullptr, row.held) << row.log;
-        EXPECT_EQ(sound->m_pSrcFormat != nullptr, row.held) << row.log;
-        EXPECT_EQ(sound->m_pSrc != nullptr, row.held) << row.log;
-        EXPECT_EQ(sound->m_pDst != nullptr, row.held) << row.log;
-        EXPECT_NE(sound->m_hAcm, nullptr) << row.log;
-        EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer) << row.log;
-        EXPECT_EQ(sound->m_bStream, 1);
-        // Whatever is done with what is left, nothing is read without a file.
-        EXPECT_EQ(sound->Play(), row.held ? 0 : 1) << row.log;
-        if (row.buffer) SetCursor(sound, row.held ? 0 : 1);
-        sound->PlayCurrent(0, 0);
-        sound->StreamPlay();
-        EXPECT_EQ(faults::Calls(Call::kMmioRead) > 0, row.held) << row.log;
-    }
-}
 
 struct RefillRow {
     const char* log;

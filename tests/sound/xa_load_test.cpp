@@ -1,7 +1,6 @@
 // Whole XA sounds, and how a file's kind is told.
 #include "sound/sound_support.h"
 
-using DsCall = directsound_test::Call;
 using faults::Call;
 
 namespace soundtest {
@@ -39,61 +38,6 @@ TEST_F(Xa, LoadedWhole) {
         level += std::pow(m_samples[i], 2);
     }
     EXPECT_LT(noise, level * 1e-4);
-}
-
-TEST_F(Xa, FailuresAndWhatTheyLeave) {
-    const auto ds = [](DsCall call, HRESULT result, int times = 1) {
-        return [=] { directsound_test::FailNext(call, result, 0, times); };
-    };
-    const std::string create =
-        "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB 1stCreateFailed\n"
-        "HRESULT->DSERR_BADFORMAT\nCDSBuffer::CreateDSB CreateDSBError\n";
-    const struct {
-        std::string log;
-        std::function<void()> fail;
-        bool converter, buffer;
-    } rows[] = {
-        {"CDSBuffer::LoadXA DecodeOpenError\n", [] { faults::FailNext(Call::kXaOpen, 0); }, false, false},
-        {"CDSBuffer::LoadXA DecodeSizeError\n", [] { faults::FailNext(Call::kXaSize, 0); }, true, false},
-        {create + "CDSBuffer::LoadXA DSBCreateError\n", ds(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT, 2),
-         true, false},
-        {"CDSBuffer::LoadXA LockError\n", ds(DsCall::kLock, kFailed), true, true},
-        {"CDSBuffer::LoadXA LockError\n", ds(DsCall::kLock, DSERR_BUFFERLOST, 2), true, true},
-        {"CDSBuffer::LoadXA Convert\n", [] { faults::FailNext(Call::kXaConvert, 0); }, true, true},
-        {"HRESULT->DSERR_INVALIDCALL\nCDSBuffer::LoadXA UnlockError\n",
-         ds(DsCall::kUnlock, DSERR_INVALIDCALL), true, true},
-    };
-    for (const auto& row : rows) {
-        for (bool through_load : {false, true}) {
-            CDSBuffer* sound = Make(m_file);
-            OrderNoFailures();
-            row.fail();
-            EXPECT_EQ(LogOf([&] { EXPECT_EQ(through_load ? sound->Load(0) : sound->LoadXA(0), 1); }),
-                      row.log + (through_load ? "CDSBuffer::LoadWav WAVE not found\n" : ""));
-            EXPECT_EQ(sound->m_hFile, nullptr) << row.log;
-            EXPECT_EQ(sound->m_pSrc, nullptr) << row.log;
-            EXPECT_EQ(sound->m_hAcm != nullptr, row.converter && !through_load) << row.log;
-            EXPECT_EQ(sound->m_pDSB != nullptr, row.buffer && !through_load) << row.log;
-        }
-    }
-}
-
-TEST_F(Xa, StreamedLoadFailures) {
-    CDSBuffer* sound = Make(m_file);
-    directsound_test::FailNext(DsCall::kGetCaps, kFailed);
-    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->LoadXA(1), 1); }),
-              "CDSBuffer::CreateDSB GetCapsError\nCDSBuffer::LoadXA DSBCreateError(Stream)\n");
-    EXPECT_EQ(sound->m_hFile, nullptr);
-    EXPECT_NE(sound->m_hAcm, nullptr);
-    EXPECT_EQ(sound->m_pSrc, nullptr);
-    sound = Make(m_file);
-    faults::FailNext(Call::kXaConvert, 0);
-    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->LoadXA(1), 1); }),
-              "CDSBuffer::StreamUpdateXA ConvertError\nCDSBuffer::LoadXA StreamUpdateError\n");
-    EXPECT_NE(sound->m_hFile, nullptr);
-    EXPECT_NE(sound->m_hAcm, nullptr);
-    EXPECT_NE(sound->m_pSrc, nullptr);
-    EXPECT_NE(sound->m_pDst, nullptr);
 }
 
 TEST_F(Xa, WhatIsNoXaIsLeftToTheOtherLoader) {
