@@ -16,18 +16,6 @@ struct Row {
 
 class LoadFailures : public SoundTest {
 protected:
-    // The parts that the sound holds.
-    static std::string Held(const CDSBuffer& sound) {
-        std::string held;
-        if (sound.m_hFile != nullptr) held += "file ";
-        if (sound.m_pSrcFormat != nullptr) held += "format ";
-        if (sound.m_pSrc != nullptr) held += "source ";
-        if (sound.m_pDst != nullptr) held += "pcm ";
-        if (sound.m_hAcm != nullptr) held += "converter ";
-        if (sound.m_pDSB != nullptr) held += "buffer ";
-        return held;
-    }
-
     template <class Load>
     std::string FailedLoad(const std::string& file, const Failure& fail, Load load) {
         Make(file);

@@ -68,20 +68,6 @@ TEST_F(Play, NothingLoaded) {
     EXPECT_EQ(headless::Log(), "");
 }
 
-TEST_F(Play, FiringAgainCutsAndStartsOver) {
-    Wait(1);
-    const int64_t start = Now();
-    EXPECT_EQ(m_sound->Play(), 0);
-    Wait(10);
-    const int64_t again = Now();
-    EXPECT_EQ(m_sound->Play(), 0);
-    Wait(150);
-    for (int64_t i = 0; i < 4410; ++i) ASSERT_EQ(Heard(start + i), m_samples[static_cast<size_t>(i)]) << i;
-    for (int64_t i = 0; i < 44100; ++i) ASSERT_EQ(Heard(again + i), m_samples[static_cast<size_t>(i)]) << i;
-    for (int64_t i = 44100; i < 60000; ++i) ASSERT_EQ(Heard(again + i), 0) << i;
-    EXPECT_EQ(m_sound->IsPlaying(), 0);
-}
-
 TEST_F(Play, AtMostFourCalls) {
     const auto calls = [] {
         int sum = 0;

@@ -21,22 +21,6 @@ protected:
     MMCKINFO chunk = {};
 };
 
-TEST_F(RiffFile, RefusesWhatItDoesNotKnow) {
-    HMMIO h = Open("0123456789");
-    ASSERT_NE(h, nullptr);
-    EXPECT_EQ(mmioOpenA(nullptr, nullptr, MMIO_READ), nullptr);
-    EXPECT_EQ(mmioOpenA(m_path.c_str(), nullptr, 1), nullptr);
-    EXPECT_EQ(mmioDescend(h, &chunk, nullptr, 1), MMIOERR_INVALIDPARAM);
-    EXPECT_EQ(mmioDescend(h, nullptr, nullptr, 0), MMIOERR_INVALIDPARAM);
-    EXPECT_EQ(mmioAscend(h, &chunk, 1), MMIOERR_INVALIDPARAM);
-    EXPECT_EQ(mmioClose(h, 1), MMIOERR_INVALIDPARAM);
-    EXPECT_EQ(mmioClose(h, 0), MMSYSERR_NOERROR);
-    EXPECT_EQ(mmioClose(nullptr, 0), MMIOERR_INVALIDPARAM);
-    EXPECT_EQ(mmioDescend(nullptr, &chunk, nullptr, 0), MMIOERR_INVALIDPARAM);
-    EXPECT_EQ(mmioRead(nullptr, &chunk, 1), -1);
-    EXPECT_EQ(mmioSeek(nullptr, 0, SEEK_SET), -1);
-}
-
 TEST_F(RiffFile, ReadsAndSeeks) {
     HMMIO h = Open("0123456789");
     char text[16] = {};

@@ -135,6 +135,18 @@ protected:
         return headless::Log().substr(before);
     }
 
+    // The parts that the sound holds.
+    static std::string Held(const CDSBuffer& sound) {
+        std::string held;
+        if (sound.m_hFile != nullptr) held += "file ";
+        if (sound.m_pSrcFormat != nullptr) held += "format ";
+        if (sound.m_pSrc != nullptr) held += "source ";
+        if (sound.m_pDst != nullptr) held += "pcm ";
+        if (sound.m_hAcm != nullptr) held += "converter ";
+        if (sound.m_pDSB != nullptr) held += "buffer ";
+        return held;
+    }
+
     static Samples ContentSamples(IDirectSoundBuffer* buffer) {
         const std::string bytes = Contents(buffer);
         Samples samples(bytes.size() / 2);

@@ -195,37 +195,37 @@ TEST_F(Stream, PlayOperations) {
 }
 
 TEST_F(Stream, ResetFailures) {
-    CDSBuffer* sound = Loaded(m_wav);
-    faults::FailNext(Call::kAcmConvert, 2);
-    EXPECT_EQ(
-        LogOf([&] { EXPECT_EQ(sound->Play(), 1); }),
-        "CDSBuffer::StreamUpdateWav ConvertError 2\nCDSBuffer::StreamUpdateResetWav StreamUpdateError\n");
-    EXPECT_NE(sound->m_hFile, nullptr);
-    EXPECT_NE(sound->m_pSrcFormat, nullptr);
-    EXPECT_EQ(sound->Play(), 0);
-
-    faults::FailNext(Call::kAcmStreamOpen, 1);
-    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Rewind(), 1); }),
-              "CDSBuffer::StreamUpdateResetWav ACM OPEN ERROR\n");
-    EXPECT_EQ(sound->m_hFile, nullptr);
-    EXPECT_EQ(sound->m_pSrcFormat, nullptr);
-    ExpectNoReading(sound);
-
-    sound = Loaded(XaFile(m_samples, 1, 8000));
-    faults::FailNext(Call::kXaConvert, 0);
-    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Play(), 1); }),
-              "CDSBuffer::StreamUpdateXA ConvertError\nCDSBuffer::StreamUpdateResetXA StreamUpdateError\n");
-    EXPECT_NE(sound->m_hFile, nullptr);
-    EXPECT_EQ(sound->Play(), 0);
-    faults::FailNext(Call::kXaOpen, 0);
-    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Rewind(), 1); }),
-              "CDSBuffer::StreamUpdateResetXA DecodeOpenError\n");
-    EXPECT_EQ(sound->m_hFile, nullptr);
-    sound = Loaded(XaFile(m_samples, 1, 8000));
-    faults::FailNext(Call::kFileRead, 31);
-    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Rewind(), 1); }), "CDSBuffer::LoadXA HeaderReadError\n");
-    EXPECT_EQ(sound->m_hFile, nullptr);
-    ExpectNoReading(sound);
+    const std::string xa_file = XaFile(m_samples, 1, 8000);
+    const struct {
+        const std::string& file;
+        Failure fail;
+        const char* log;
+        bool held;  // the file: else it has to be loaded anew
+    } rows[] = {
+        {m_wav, Fail(Call::kAcmConvert, 2),
+         "CDSBuffer::StreamUpdateWav ConvertError 2\nCDSBuffer::StreamUpdateResetWav StreamUpdateError\n",
+         true},
+        {m_wav, Fail(Call::kAcmStreamOpen, 1), "CDSBuffer::StreamUpdateResetWav ACM OPEN ERROR\n", false},
+        {xa_file, Fail(Call::kXaConvert, 0),
+         "CDSBuffer::StreamUpdateXA ConvertError\nCDSBuffer::StreamUpdateResetXA StreamUpdateError\n", true},
+        {xa_file, Fail(Call::kXaOpen, 0), "CDSBuffer::StreamUpdateResetXA DecodeOpenError\n", false},
+        {xa_file, Fail(Call::kFileRead, 31), "CDSBuffer::LoadXA HeaderReadError\n", false},
+    };
+    for (const auto& row : rows) {
+        for (const bool play : {false, true}) {
+            SCOPED_TRACE(row.log);
+            CDSBuffer* sound = Loaded(row.file);
+            row.fail();
+            EXPECT_EQ(LogOf([&] { EXPECT_EQ(play ? sound->Play() : sound->Rewind(), 1); }), row.log);
+            EXPECT_EQ(sound->m_hFile != nullptr, row.held);
+            EXPECT_EQ(sound->m_pSrcFormat != nullptr, row.held && sound->m_nKind == 1);
+            if (row.held) {
+                EXPECT_EQ(sound->Play(), 0);
+            } else {
+                ExpectNoReading(sound);
+            }
+        }
+    }
 }
 
 // A file that ends before its declared length: silence for what is missing, and the end at the declared
@@ -284,21 +284,10 @@ TEST_F(Stream, PassesWithoutProgressReturn) {
         return text + wav.substr(text.size(), size);
     };
     const std::string pcm = test::Wav(samples, {1, 8000, 16});
-    const std::string files[] = {data(pcm, 0),
-                                 data(pcm, 1),
-                                 data(pcm, 2),
-                                 data(pcm, 40001),
-                                 data(ima, 255),
-                                 data(ima, 3),
-                                 data(ima, 9000),
-                                 data(ms, 9001),
-                                 cut(ima, 1),
-                                 cut(ms, 77),
-                                 cut(xa_file, 1),
-                                 cut(xa_file, 5000),
-                                 cut(xa_file, xa_file.size() - 32),
-                                 longer,
-                                 cut(longer, 100)};
+    std::vector<std::string> files = {data(ms, 9001), cut(ima, 1), cut(ms, 77), longer, cut(longer, 100)};
+    for (const size_t size : {0, 1, 2, 40001}) files.push_back(data(pcm, size));
+    for (const size_t size : {3, 255, 9000}) files.push_back(data(ima, size));
+    for (const size_t by : {size_t{1}, size_t{5000}, xa_file.size() - 32}) files.push_back(cut(xa_file, by));
     int number = 0;
     for (const std::string& file : files) {
         for (int loop : {0, 1}) {

@@ -22,14 +22,10 @@ TEST_F(Wav, LoadedWhole) {
     CDSBuffer* sound = Make(test::Wav(samples, {2, 22050, 16}));
     EXPECT_EQ(LoadLog(sound), "");
     EXPECT_EQ(m_result, 0);
-    EXPECT_NE(sound->m_pDSB, nullptr);
+    EXPECT_EQ(Held(*sound), "buffer ");
     EXPECT_EQ(sound->m_pDSBCreated, sound->m_pDSB);
     EXPECT_EQ(sound->m_nKind, 1);
     EXPECT_EQ(sound->m_bStream, 0);
-    EXPECT_EQ(sound->m_hFile, nullptr);
-    EXPECT_EQ(sound->m_hAcm, nullptr);
-    EXPECT_EQ(sound->m_pSrc, nullptr);
-    EXPECT_EQ(sound->m_pSrcFormat, nullptr);
     EXPECT_EQ(sound->m_nDataLen, 40000u);
     EXPECT_EQ(sound->m_nDataPos, 44u);
     EXPECT_EQ(sound->m_nPcmLen, 40000u);

@@ -27,9 +27,7 @@ TEST_F(Xa, LoadedWhole) {
     EXPECT_EQ(sound->m_nDataLen, m_file.size() - 32);
     EXPECT_EQ(sound->m_nSrcSize, m_file.size() - 32);
     EXPECT_EQ(sound->m_nBufSize, m_samples.size() * 2);
-    EXPECT_EQ(sound->m_hFile, nullptr);
-    EXPECT_EQ(sound->m_hAcm, nullptr);
-    EXPECT_EQ(sound->m_pSrc, nullptr);
+    EXPECT_EQ(Held(*sound), "buffer ");
     EXPECT_EQ(faults::Calls(Call::kXaConvert), 1);
     const Samples content = ContentSamples(sound->m_pDSB);
     double noise = 0, level = 0;

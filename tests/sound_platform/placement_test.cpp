@@ -190,17 +190,6 @@ TEST_F(SoundTest, AFloodOfOrdersEndsInItsLast) {
     ExpectRamp(0, 1000, 1001);
 }
 
-TEST_F(SoundTest, AVirtualClockThatIsSetBackDelaysNothing) {
-    IDirectSoundBuffer* sound = Make(kStereo, Ramp(3000));
-    WaitUntilFrame(441000);
-    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
-    headless::Reset();
-    ASSERT_EQ(sound->SetCurrentPosition(0), DS_OK);
-    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
-    WaitUntilFrame(1000);
-    ExpectRamp(0, 1000, 1);
-}
-
 // The output may change its rate while a voice sounds; the voice goes on where it is.
 TEST_F(SoundTest, ANewOutputRateKeepsThePlaces) {
     IDirectSoundBuffer* primary = MakePrimary();
