@@ -100,35 +100,22 @@ TEST(PackageSounds, WhatBreaksOffIsCut) {
 }
 
 TEST(PackagePictures, EveryPngShowsItsColours) {
-    const auto many = [](int x, int y) {
-        return 0xFF000000u | static_cast<uint32_t>(x * 7 << 16 | y * 5 << 8 | (x ^ y));
-    };
-    const auto grey = [](int x, int y) {
-        return 0xFF000000u | 0x010101u * static_cast<uint32_t>((x * y) & 0xFF);
-    };
-    const auto few = [](int x, int y) {
-        return 0xFF000000u | static_cast<uint32_t>((x % 5) << 20 | (y % 3) << 6);
-    };
-    const auto seen_through = [](int x, int y) {
-        return static_cast<uint32_t>((x * 8 & 0xFF) << 24 | (y * 9 & 0xFF) << 16 | x << 8 | 0xC0);
-    };
-    const auto grey_through = [](int x, int y) {
-        return static_cast<uint32_t>((y * 8 & 0xFF) << 24) | 0x010101u * static_cast<uint32_t>(x * 8 & 0xFF);
-    };
-    const auto few_through = [](int x, int y) {
-        return static_cast<uint32_t>((x % 4 * 85) << 24 | (y % 3) << 20 | 0xFF);
-    };
+    using Part = uint32_t;  // one byte of it counts
+    constexpr uint32_t kOpaque = 0xFF000000;
+    const auto many = [](Part x, Part y) { return kOpaque | x * 7 << 16 | y * 5 << 8 | (x ^ y); };
     const struct {
         PngKind kind;
-        std::function<uint32_t(int, int)> color;
-    } rows[] = {{PngKind::kRgb, many},
-                {PngKind::k16Bits, many},
-                {PngKind::kInterlaced, many},
-                {PngKind::kGrey, grey},
-                {PngKind::kPalette, few},
-                {PngKind::kRgba, seen_through},
-                {PngKind::kGreyAlpha, grey_through},
-                {PngKind::kPaletteAlpha, few_through}};
+        std::function<uint32_t(Part, Part)> color;
+    } rows[] = {
+        {PngKind::kRgb, many},
+        {PngKind::k16Bits, many},
+        {PngKind::kInterlaced, many},
+        {PngKind::kGrey, [](Part x, Part y) { return kOpaque | 0x010101 * (x * y & 0xFF); }},
+        {PngKind::kPalette, [](Part x, Part y) { return kOpaque | x % 5 << 20 | y % 3 << 6; }},
+        {PngKind::kRgba, [](Part x, Part y) { return x * 8 << 24 | y * 9 % 256 << 16 | x << 8 | 0xC0; }},
+        {PngKind::kGreyAlpha, [](Part x, Part y) { return y * 8 << 24 | 0x010101 * (x * 8 & 0xFF); }},
+        {PngKind::kPaletteAlpha, [](Part x, Part y) { return x % 4 * 85 << 24 | y % 3 << 20 | 0xFF; }},
+    };
     for (const auto& row : rows) {
         for (const int width : {1, 2, 3, 31}) {
             const Image image = test::Paint(width, 29, row.color);
@@ -141,8 +128,8 @@ TEST(PackagePictures, EveryPngShowsItsColours) {
 }
 
 TEST(PackagePictures, JpegShowsItsColoursClosely) {
-    const Image image = test::Paint(
-        37, 21, [](int x, int y) { return static_cast<uint32_t>((x * 6) << 16 | (y * 11) << 8 | 64); });
+    const Image image =
+        test::Paint(37, 21, [](uint32_t x, uint32_t y) { return x * 6 << 16 | y * 11 << 8 | 64; });
     const Image got = ToImage(EncodeJpeg(image));
     ASSERT_EQ(got.width, 37);
     ASSERT_EQ(got.height, 21);

@@ -12,6 +12,19 @@ struct Step {
 
 class Trace : public SoundTest {
 protected:
+    // 5300 bytes at 1000 bytes a second; the ring has 2000.
+    CDSBuffer* LoadWav(int loop) {
+        Samples samples(5300);
+        for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<int16_t>((i % 200 + 20) << 8);
+        const std::string wav = test::Wav(samples, {1, 1000, 8});
+        m_pcm = wav.substr(44);
+        CDSBuffer* sound = Make(wav);
+        sound->SetStreamSeconds(5);
+        sound->m_bLoop = loop;
+        EXPECT_EQ(sound->Load(1), 0);
+        return sound;
+    }
+
     static void Expect(const CDSBuffer& s, const Step& step, size_t line) {
         EXPECT_EQ(s.m_nSrcRead, step.read) << line;
         EXPECT_EQ(s.m_nSrcUsed, step.used) << line;
@@ -34,16 +47,12 @@ protected:
             Expect(*sound, steps[i], i);
         }
     }
+
+    std::string m_pcm;
 };
 
-// 5300 bytes at 1000 bytes a second; the ring has 2000.
 TEST_F(Trace, Wav) {
-    Samples samples(5300);
-    for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<int16_t>((i % 200 + 20) << 8);
-    const std::string wav = test::Wav(samples, {1, 1000, 8});
-    CDSBuffer* sound = Make(wav);
-    sound->SetStreamSeconds(5);
-    ASSERT_EQ(sound->Load(1), 0);
+    CDSBuffer* sound = LoadWav(0);
     EXPECT_EQ(sound->m_nSeconds, 5u);
     EXPECT_EQ(sound->m_nBufSize, 2000u);
     EXPECT_EQ(sound->m_nSrcSize, 2000u);
@@ -67,8 +76,24 @@ TEST_F(Trace, Wav) {
     EXPECT_EQ(Contents(sound->m_pDSB), std::string(2000, '\x80'));
     EXPECT_EQ(sound->Play(), 0);
     Expect(*sound, steps[0], 0);
-    EXPECT_EQ(Contents(sound->m_pDSB), wav.substr(44, 2000));
+    EXPECT_EQ(Contents(sound->m_pDSB), m_pcm.substr(0, 2000));
     EXPECT_EQ(sound->IsPlaying(), 1);
+}
+
+// A repeating one: the source starts over inside an update, and the state never leaves 0.
+TEST_F(Trace, LoopingWav) {
+    CDSBuffer* sound = LoadWav(1);
+    const std::vector<Step> steps = {
+        {0, 2000, 2000, 2000, 0, 0, 0, 0},
+        {0, 2000, 2000, 2000, 0, 0, 0, 0},
+        {1200, 3000, 3000, 3000, 1000, 1, 0, 0},
+        {500, 4000, 4000, 4000, 0, 0, 0, 0},
+        {1200, 5000, 5000, 5000, 1000, 1, 0, 0},
+        {500, 700, 700, 700, 0, 0, 0, 0},  // 300 to the end, then 700 from the beginning in a second pass
+        {1200, 1700, 1700, 1700, 1000, 1, 0, 0},
+    };
+    Run(sound, steps);
+    EXPECT_EQ(Contents(sound->m_pDSB), m_pcm.substr(700, 1000) + m_pcm.substr(5000) + m_pcm.substr(0, 700));
 }
 
 // 5300 frames at 1000 a second: 10600 bytes of PCM, a ring of 4000. A block has 32 frames in 42 bytes, so the
@@ -117,6 +142,15 @@ TEST_F(Trace, OverRunLine) {
     sound->m_pDSB->SetCurrentPosition(500);
     EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->StreamPlay(), 0); }), line);
     EXPECT_EQ(Contents(sound->m_pDSB).substr(1000, 401), std::string(400, '\x81') + '\x80');
+
+    // An XA stream that is served on when it has ended: 400 frames, of which its header counts 100.
+    std::string file = XaFile(Music(400, 1, 1000), 1, 1000);
+    sound = Make(file.replace(8, 4, test::LittleEndian(100, 4)));
+    sound->SetStreamSeconds(0);
+    ASSERT_EQ(sound->Load(1), 0);
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->StreamUpdateXA(1999, 1000), 0); }), "");  // silence
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->StreamUpdateXA(3999, 3000), 0); }),
+              "隊長！！大変です(号泣 Over=600 nDstLen=2000 nDstPos=0\n");
 }
 
 }  // namespace
