@@ -1,19 +1,17 @@
 // The demo played by the whole program: everything is found, pictures that move, no hole in the music; and
 // its sound, sample by sample, is what its records, heard one by one, add up to when each begins in the frame
 // that the clock says.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <set>
 
 #include "display/ddraw.h"
-#include "host/headless/sound.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
+#include "sound_platform/sound_fixture.h"
 #include "support/program.h"
 #include "support/tempfolder.h"
 
@@ -29,7 +27,7 @@ struct Record {
 
 struct Content {
     WAVEFORMATEX format = {};
-    std::vector<char> bytes;
+    std::string bytes;
 };
 
 enum class Act { kFrame, kPause, kResume, kRestart };
@@ -101,12 +99,7 @@ void TakeChart(Course* run) {
     for (int i = 0; i < SOUND_SLOTS; ++i) {
         CDSBuffer* sound = g_pDSound->m_pSlot[i];
         if (sound == nullptr) continue;
-        void* part = nullptr;
-        DWORD size = 0;
-        ASSERT_EQ(sound->m_pDSB->Lock(0, 0, &part, &size, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
-        const char* bytes = static_cast<const char*>(part);
-        run->contents[static_cast<size_t>(i)] = {sound->m_wfx, {bytes, bytes + size}};
-        sound->m_pDSB->Unlock(part, size, nullptr, 0);
+        run->contents[static_cast<size_t>(i)] = {sound->m_wfx, Contents(sound->m_pDSB)};
     }
 }
 

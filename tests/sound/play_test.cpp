@@ -33,9 +33,7 @@ TEST_F(Play, ConstructionState) {
         EXPECT_EQ(sound->m_nFadeSteps, 5);
         EXPECT_EQ(sound->m_szName[0], '\0');
         EXPECT_EQ(sound->m_nKind, 0);
-        EXPECT_EQ(sound->m_pDSB, nullptr);
-        EXPECT_EQ(sound->m_hFile, nullptr);
-        EXPECT_EQ(sound->m_hAcm, nullptr);
+        EXPECT_EQ(Held(*sound), "");
         EXPECT_EQ(sound->m_bStream + sound->m_bLoop + sound->m_bWasPlaying + sound->m_nPlayParam, 0);
     }
     a.SetStreamSeconds(7);
@@ -128,31 +126,31 @@ TEST_F(Play, PauseAndResume) {
     EXPECT_EQ(m_sound->IsPlaying(), 1);
     Wait(120);
 
-    const auto expect_no_restart = [&](int was_playing) {
-        EXPECT_EQ(m_sound->m_bWasPlaying, was_playing);
+    const auto expect_no_restart = [&] {
         m_sound->Resume();
         EXPECT_EQ(m_sound->IsPlaying(), 0);
+        EXPECT_EQ(m_sound->m_bWasPlaying, 0);
     };
     m_sound->Pause();  // it has ended
-    expect_no_restart(0);
+    EXPECT_EQ(m_sound->m_bWasPlaying, 0);
+    expect_no_restart();
 
     m_sound->Play();
     m_sound->Pause();
     m_sound->Pause();
-    expect_no_restart(0);
+    EXPECT_EQ(m_sound->m_bWasPlaying, 0);
+    expect_no_restart();
 
     m_sound->Play();
     m_sound->Pause();
     m_sound->Stop();
     m_sound->ClearPaused();
-    expect_no_restart(0);
+    expect_no_restart();
 
     m_sound->Play();
     m_sound->FadeStart();
     m_sound->Pause();
-    m_sound->Resume();
-    EXPECT_EQ(m_sound->IsPlaying(), 0);
-    EXPECT_EQ(m_sound->m_bWasPlaying, 0);
+    expect_no_restart();
 }
 
 TEST_F(Play, OnlyOneLoops) {

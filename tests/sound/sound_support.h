@@ -26,15 +26,15 @@ using Samples = std::vector<int16_t>;
 constexpr HRESULT kFailed = E_FAIL;  // logged as HRESULT->UnknownError
 
 // Tones that wander, with noise: no two stretches are alike, and the mixer's limiter stays out of it.
-inline Samples Music(int frames, int channels, int rate, uint32_t seed = 1) {
+inline Samples Music(int frames, int channels, int rate) {
     Samples samples;
     samples.reserve(static_cast<size_t>(frames) * static_cast<size_t>(channels));
-    uint32_t noise = seed * 2654435761u + 1;
+    uint32_t noise = 1;
     for (int i = 0; i < frames; ++i) {
         const double t = static_cast<double>(i) / rate;
         for (int c = 0; c < channels; ++c) {
             noise = noise * 1664525u + 1013904223u;
-            const double tone = std::sin(t * (1400 + 300 * c + 200 * std::sin(0.7 * t)) * (1 + 0.01 * seed));
+            const double tone = std::sin(t * (1400 + 300 * c + 200 * std::sin(0.7 * t)));
             samples.push_back(static_cast<int16_t>(9000 * tone + static_cast<int>(noise >> 22) - 512));
         }
     }

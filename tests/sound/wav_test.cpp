@@ -45,6 +45,7 @@ TEST_F(Wav, LostBufferIsRestoredOnce) {
     directsound_test::FailNext(DsCall::kLock, DSERR_BUFFERLOST);
     directsound_test::FailNext(DsCall::kRestore, kFailed);  // its result is not looked at
     EXPECT_EQ(LoadLog(test::Wav(samples)), "");
+    EXPECT_EQ(directsound_test::Calls(DsCall::kRestore), 1);
     EXPECT_EQ(m_result, 0);
     EXPECT_EQ(ContentSamples(m_sound->m_pDSB), samples);
 }

@@ -30,6 +30,15 @@ inline DSBUFFERDESC Describe(const WAVEFORMATEX* wfx, DWORD bytes, DWORD flags =
     return {sizeof(DSBUFFERDESC), flags, bytes, 0, wfx};
 }
 
+inline std::string Contents(IDirectSoundBuffer* buffer) {
+    void* part = nullptr;
+    DWORD bytes = 0;
+    EXPECT_EQ(buffer->Lock(0, 1, &part, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
+    const std::string text(static_cast<const char*>(part), bytes);
+    buffer->Unlock(part, bytes, nullptr, 0);
+    return text;
+}
+
 class SoundTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -76,15 +85,6 @@ protected:
         if (part[1] != nullptr)
             std::memcpy(part[1], reinterpret_cast<const char*>(samples.data()) + bytes[0], bytes[1]);
         ASSERT_EQ(buffer->Unlock(part[0], bytes[0], part[1], bytes[1]), DS_OK);
-    }
-
-    static std::string Contents(IDirectSoundBuffer* buffer) {
-        void* part = nullptr;
-        DWORD bytes = 0;
-        EXPECT_EQ(buffer->Lock(0, 1, &part, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER), DS_OK);
-        const std::string text(static_cast<const char*>(part), bytes);
-        buffer->Unlock(part, bytes, nullptr, 0);
-        return text;
     }
 
     static DWORD Status(IDirectSoundBuffer* buffer) {

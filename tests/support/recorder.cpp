@@ -17,14 +17,13 @@ std::string NameOfRect(const RECT& rect, int parts) {
         if (same(SPRITE_DIGIT[i])) return std::to_string(i);
     }
     if (parts != PARTS_SPRITES) return "part";
-    if (same(SPRITE_COLON)) return "colon";
-    if (same(SPRITE_SLASH)) return "slash";
-    if (same(SPRITE_POINT)) return "point";
-    if (same(SPRITE_BAR)) return "bar";
-    if (same(SPRITE_NOTE_WHITE)) return "white";
-    if (same(SPRITE_NOTE_BLUE)) return "blue";
-    if (same(SPRITE_NOTE_RED)) return "red";
-    if (same(SPRITE_NOTE_YELLOW)) return "yellow";
+    const std::pair<const RECT*, const char*> names[] = {
+        {&SPRITE_COLON, "colon"},  {&SPRITE_SLASH, "slash"},       {&SPRITE_POINT, "point"},
+        {&SPRITE_BAR, "bar"},      {&SPRITE_NOTE_WHITE, "white"},  {&SPRITE_NOTE_BLUE, "blue"},
+        {&SPRITE_NOTE_RED, "red"}, {&SPRITE_NOTE_YELLOW, "yellow"}};
+    for (const auto& [sprite, name] : names) {
+        if (same(*sprite)) return name;
+    }
     return "unknown";
 }
 
