@@ -1,6 +1,5 @@
-// The demo played by the whole program: everything is found, pictures that move, no hole in the music; and
-// its sound, sample by sample, is what its records, heard one by one, add up to when each begins in the frame
-// that the clock says.
+// The demo played by the whole program: everything is found, the pictures move; and its sound, sample by
+// sample, is what its records, heard one by one, add up to when each begins in the frame that the clock says.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -73,12 +72,6 @@ uint64_t FieldHash() {
             hash = (hash ^ shown.pixels[static_cast<size_t>(y) * shown.width + x]) * 1099511628211u;
     }
     return hash;
-}
-
-double Loudness(const headless::SoundCapture& sound, int64_t from, int64_t to) {
-    double sum = 0;
-    for (int64_t i = from; i < to; ++i) sum += std::abs(sound.At(i, 0)) + std::abs(sound.At(i, 1));
-    return sum / static_cast<double>(2 * (to - from));
 }
 
 void TakeRecords(const BmsEvent* list, int count, Course* run) {
@@ -253,18 +246,13 @@ TEST(DemoOnsets, EveryRecordBeginsInTheFrameThatTheClockSays) {
     EXPECT_EQ(ExpectAsReckoned(run), run.records.size());
     EXPECT_GT(run.fields.size(), 40u) << "of 73 looks at the pictures few differ";
 
-    const headless::SoundCapture& sound = run.sound;
     float peak = 0;
-    for (float x : sound.samples) peak = std::max(peak, std::abs(x));
+    for (float x : run.sound.samples) peak = std::max(peak, std::abs(x));
     EXPECT_LT(peak, 0.97f);
     EXPECT_GT(peak, 0.7f);
     int64_t first = 0;
-    while (first < sound.End() && std::abs(sound.At(first, 0)) < 0.002f) ++first;
-    EXPECT_NEAR(static_cast<double>(first) / sound.rate, 1.0, 0.06);
-    for (int quarter = 5; quarter < 38 * 4; ++quarter) {
-        const int64_t from = int64_t{sound.rate} * quarter / 4, to = int64_t{sound.rate} * (quarter + 1) / 4;
-        EXPECT_GT(Loudness(sound, from, to), 0.003) << "silence at " << quarter / 4.0 << " s";
-    }
+    while (first < run.sound.End() && std::abs(run.sound.At(first, 0)) < 0.002f) ++first;
+    EXPECT_NEAR(static_cast<double>(first) / run.sound.rate, 1.0, 0.06);
 }
 
 TEST(DemoOnsets, PauseResumeAndRestartLoseAndRepeatNothing) {

@@ -52,7 +52,8 @@ inline std::string SquareWav(int frames, int half_period = 50, const WavSpec& sp
 
 // 24 bits; color gives 0xRRGGBB of x, y from the top left.
 inline std::string Bmp(int width, int height, const PixelValue& color) {
-    return MakeBmp({width, height}, color);
+    std::string file = MakeBmp({width, height}, color);
+    return file.replace(2, 12, LittleEndian(file.size(), 4) + LittleEndian(0, 4) + LittleEndian(54, 4));
 }
 
 inline std::string Bmp(int width, int height, uint32_t color) {
