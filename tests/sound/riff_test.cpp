@@ -6,19 +6,13 @@
 namespace soundtest {
 namespace {
 
-class RiffFile : public testing::Test {
-protected:
-    HMMIO Open(const std::string& bytes) {
-        m_path = m_folder.Write("a.wav", bytes);
-        return mmioOpenA(m_path.c_str(), nullptr, MMIO_READ | MMIO_ALLOCBUF);
-    }
-    test::TempFolder m_folder;
-    std::string m_path;
-    MMCKINFO chunk = {};
-};
+HMMIO Open(const std::string& path) {
+    return mmioOpenA(path.c_str(), nullptr, MMIO_READ | MMIO_ALLOCBUF);
+}
 
-TEST_F(RiffFile, ReadsAndSeeks) {
-    HMMIO h = Open("0123456789");
+TEST(RiffFile, ReadsAndSeeks) {
+    test::TempFolder folder;
+    HMMIO h = Open(folder.Write("a.wav", "0123456789"));
     char text[16] = {};
     EXPECT_EQ(mmioRead(h, text, 4), 4);
     EXPECT_EQ(mmioSeek(h, -5, SEEK_CUR), -1);
@@ -42,9 +36,12 @@ TEST_F(RiffFile, ReadsAndSeeks) {
 }
 
 // A file of nothing but empty chunks must not be walked to its end, chunk by chunk.
-TEST_F(RiffFile, SearchIsBounded) {
-    HMMIO h = Open(Riff(""));
-    std::filesystem::resize_file(m_path, 0x7FFF0000);
+TEST(RiffFile, SearchIsBounded) {
+    test::TempFolder folder;
+    const std::string path = folder.Write("a.wav", Riff(""));
+    std::filesystem::resize_file(path, 0x7FFF0000);
+    HMMIO h = Open(path);
+    MMCKINFO chunk = {};
     ASSERT_EQ(mmioDescend(h, &chunk, nullptr, 0), MMSYSERR_NOERROR);
     chunk.ckid = mmioFOURCC('d', 'a', 't', 'a');
     EXPECT_EQ(mmioDescend(h, &chunk, nullptr, MMIO_FINDCHUNK), MMIOERR_CHUNKNOTFOUND);

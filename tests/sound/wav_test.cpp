@@ -93,6 +93,7 @@ TEST_F(Wav, FilesThatAreWrongButLoad) {
         {"chunks in front and between", Riff(Chunk("JUNK", "abc") + Chunk("LIST", "INFOxyz") + fmt +
                                              Chunk("fact", "1234") + Chunk("cue ", "odd") + data)},
         {"odd chunk without pad", Riff(odd("note", "abc") + fmt + odd("cue ", "a") + data)},
+        {"odd chunk padded by a space", Riff(odd("note", "abc") + " " + fmt + data)},
         {"empty chunks", Riff(Chunk("JUNK", "") + fmt + Chunk("JUNK", "") + data)},
         {"long format block", Riff(long_fmt + data)},
         {"format block of 2 bytes in excess", Riff(Chunk("fmt ", FormatBlock({}) + "\xff\xff") + data)},
