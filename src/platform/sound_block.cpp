@@ -10,7 +10,8 @@ constexpr size_t kChunk = 1024;              // output frames that are converted
 constexpr size_t kBusRatio = 2;              // rates up to twice the output's share conversions
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
-constexpr int64_t kRounding = 2;  // frames that a block may seem to begin before the end of the last
+constexpr int64_t kRounding =
+    2;  // frames that a block may seem to begin before or behind the end of the last
 
 float* At(float* stereo, int64_t frame) {
     return stereo + 2 * static_cast<ptrdiff_t>(frame);
@@ -39,17 +40,23 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
     // A virtual clock's blocks begin on whole frames, cut to nanoseconds; a device's lie anywhere between
     // two.
     const int64_t first = FrameAt(time + kSecond / (2 * static_cast<uint64_t>(m_rate)));
-    int64_t gap = 0;
-    const size_t due = Begin(first, frames, &gap);
+    const size_t due = Begin(first, frames);
     std::fill_n(out, 2 * static_cast<size_t>(frames), 0.0f);
     // What nobody has heard, while the device was being opened or stood still, is over all the same.
-    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) voice->done = -gap;
+    // A block that seems to begin a little early or late makes no voice stop or jump.
+    for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) {
+        voice->done = voice->at - first;
+        if (voice->done >= -kRounding && voice->done <= kRounding) voice->done = 0;
+    }
     for (size_t i = 0; i < due; ++i) {
         const Order& order = m_due[i];
-        const int64_t early = first - order.frame;
-        const int64_t at = early > kRounding ? -early : std::clamp<int64_t>(-early, 0, frames);
-        if (order.voice->listed) MixUntil(order.voice, out, at);
-        order.voice->done = at;
+        Voice* voice = order.voice;
+        int64_t at = order.frame - first;
+        if (at < 0 && at >= -kRounding) at = 0;
+        if (voice->listed)
+            MixUntil(voice, out, at);
+        else
+            voice->done = at;
         CarryOut(order);
     }
     for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) {
@@ -61,16 +68,14 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
         for (float* x = out; x != At(out, frames); x += 2) x[0] = x[1] = (x[0] + x[1]) * 0.5f;
     }
     m_limiter.Run(out, static_cast<size_t>(frames));
-    End(first + frames, due);
+    End(first, frames, due);
 }
 
-// Takes the orders that fall into the block and those that come late. *gap: what was not mixed before it.
-size_t Mixer::Begin(int64_t first, int frames, int64_t* gap) {
+// Takes the orders that fall into the block and those that come late.
+size_t Mixer::Begin(int64_t first, int frames) {
     const std::lock_guard<std::mutex> hold(m_lock);
     const int64_t end = first + frames;
     if (first + kRounding < m_taken) Rebase(first);
-    // An output that has just been opened goes on with what sounds from where it is.
-    *gap = m_taken != 0 && first > m_taken + kRounding ? first - m_taken : 0;
     m_mixing = true;
     m_taken = end;
     size_t due = 0;
@@ -84,20 +89,20 @@ size_t Mixer::Begin(int64_t first, int frames, int64_t* gap) {
 }
 
 // Tells the callers how far each voice has come, unless an order waits that they know of already.
-void Mixer::End(int64_t end, size_t due) {
+void Mixer::End(int64_t first, int frames, size_t due) {
     const std::lock_guard<std::mutex> hold(m_lock);
     for (size_t i = 0; i < due; ++i) --m_due[i].voice->waiting;
     for (Voice* voice = m_sounding; voice != nullptr;) {
         Voice* next = voice->next;
-        voice->done = 0;
+        voice->at = first + voice->done;
         if (voice->waiting == 0) {
             voice->told = voice->now;
-            voice->since = end;
+            voice->since = voice->at;
         }
         if (!voice->now.playing) Unlist(voice);
         voice = next;
     }
-    m_mixed = end;
+    m_mixed = first + frames;
     m_mixing = false;
     if (m_block_waiters > 0) m_block_ended.notify_all();
 }
@@ -117,13 +122,14 @@ void Mixer::Unlist(Voice* voice) {
     voice->previous = voice->next = nullptr;
 }
 
-// Mixes a voice from where this block has it up to `end`; what lies before the block passes unheard.
+// Mixes a voice from where this block has it up to `end`, if that is not behind; what lies before the block
+// passes unheard.
 void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
     Motion& now = voice->now;
     if (voice->done < 0) {
         const int64_t until = std::min<int64_t>(end, 0);
         now = Later(voice->frames, voice->step, now, until - voice->done);
-        voice->done = until;
+        voice->done = std::max(voice->done, until);
     }
     while (now.playing && voice->done < end) {
         int64_t run = end - voice->done;
@@ -142,7 +148,7 @@ void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
             now.lapped = true;
         }
     }
-    voice->done = end;
+    voice->done = std::max(voice->done, end);
 }
 
 // A voice that is converted and plays through the whole block adds itself to a bus. False: it is to be mixed

@@ -9,6 +9,7 @@ namespace {
 
 constexpr size_t kOrders = 4096;
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
+constexpr int kLatest = 5;                   // the part of a second by which a device that runs is never late
 
 }  // namespace
 
@@ -63,7 +64,11 @@ void Mixer::Configure(int rate) {
     if (rate == 0) return;
     m_limiter.SetRate(rate);
     MakeRoom();
-    for (Voice* voice : m_voices) Retune(voice);
+    const int64_t now = FrameAt(host::Nanoseconds());  // no output is open that this could make mix
+    for (Voice* voice : m_voices) {
+        Retune(voice);
+        voice->since = voice->at = now;
+    }
 }
 
 void Mixer::Close() {
@@ -156,14 +161,14 @@ void Mixer::Apply(const Order& order, Motion* motion) {
 void Mixer::Tell(Order order) {
     const uint64_t time = host::Nanoseconds();
     std::unique_lock<std::mutex> hold(m_lock);
-    const int64_t frame = FrameAt(time);
-    if (frame + m_rate / 2 < m_latest) Rebase(frame);
-    order.frame = std::max({frame, m_taken, m_latest});
-    m_latest = order.frame;
     if (m_order_count == kOrders) {
         WaitForBlock(hold);
         CarryOutFirst();
     }
+    const int64_t frame = FrameAt(time);
+    if (frame + m_rate / 2 < m_latest) Rebase(frame);
+    order.frame = std::max({frame, m_taken, m_latest});
+    m_latest = order.frame;
     Voice& voice = *order.voice;
     voice.told =
         Later(voice.frames, voice.step, voice.told, std::max(order.frame, voice.since) - voice.since);
@@ -179,7 +184,10 @@ void Mixer::Rebase(int64_t frame) {
         Order& order = m_orders[(m_first_order + i) % kOrders];
         order.frame = std::min(order.frame, frame);
     }
-    for (Voice* voice : m_voices) voice->since = std::min(voice->since, frame);
+    for (Voice* voice : m_voices) {
+        voice->since = std::min(voice->since, frame);
+        voice->at = std::min(voice->at, frame);
+    }
     m_latest = std::min(m_latest, frame);
     m_taken = std::min(m_taken, frame);
     m_mixed = std::min(m_mixed, frame);
@@ -192,24 +200,32 @@ void Mixer::CarryOut(const Order& order) {
     if (order.kind == Kind::kPlay && !voice->listed) List(voice);
 }
 
-// Early rather than never, when more orders have come within a block than the ring holds.
+// Between two blocks, when more orders have come than the ring holds. What the voice would have played until
+// then is not heard.
 void Mixer::CarryOutFirst() {
     if (m_order_count == 0) return;
     const Order order = m_orders[m_first_order];
     m_first_order = (m_first_order + 1) % kOrders;
     --m_order_count;
-    if (order.voice == nullptr) return;
+    Voice* voice = order.voice;
+    if (voice == nullptr) return;
+    voice->now = Later(voice->frames, voice->step, voice->now, order.frame - voice->at);
+    voice->at = voice->now.playing ? std::max(voice->at, order.frame) : order.frame;
     CarryOut(order);
-    --order.voice->waiting;
+    --voice->waiting;
 }
 
 void Mixer::CarryOutAll() {
     while (m_order_count > 0) CarryOutFirst();
 }
 
+// While the device is being opened, or stands still, time goes on without it: what lies so far behind the
+// clock will not be heard any more.
 Cursor Mixer::Where(Voice* voice) {
+    const uint64_t time = host::Nanoseconds();
     const std::lock_guard<std::mutex> hold(m_lock);
-    const Motion motion = Later(voice->frames, voice->step, voice->told, m_mixed - voice->since);
+    const int64_t passed = std::max(m_mixed, FrameAt(time) - m_rate / kLatest);
+    const Motion motion = Later(voice->frames, voice->step, voice->told, passed - voice->since);
     return {motion.playing, motion.playing && motion.looping, motion.place.frame};
 }
 

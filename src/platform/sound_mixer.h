@@ -43,8 +43,9 @@ private:
 
     // The mixing thread's own while it mixes.
     Motion now;
+    int64_t at = 0;  // the output frame that `now` is of, while it plays
     float gain = 1;
-    int64_t done = 0;  // frames of this block that have been mixed; negative: its place is so long before it
+    int64_t done = 0;  // `at`, counted from the first frame of the block that is being mixed
     bool listed = false;
     Voice *previous = nullptr, *next = nullptr;
 };
@@ -104,8 +105,8 @@ private:
 
     static void Callback(void* user, float* out, int frames, uint64_t time);
     void Render(float* out, int frames, uint64_t time);
-    size_t Begin(int64_t first, int frames, int64_t* gap);  // how many orders are due
-    void End(int64_t end, size_t due);
+    size_t Begin(int64_t first, int frames);  // how many orders are due
+    void End(int64_t first, int frames, size_t due);
     void MixUntil(Voice* voice, float* out, int64_t end);
     bool MixShared(Voice* voice, int frames);
     void MixBuses(float* out, int frames);

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int kRate = 44100, kFrames = 256;
+constexpr int kRate = 44100, kFrames = 384;
 constexpr double kLength = kFrames * 1e9 / kRate;
 constexpr uint64_t kBegin = 5'000'000'000;
 
@@ -61,11 +61,11 @@ TEST(BlockClock, TimesAreEvenWhateverTheDevicesHabit) {
         // The later one of a pair may not lie in the future.
         {"bursts", [](int n, double) { return n / 2 * 2 * kLength; }, 20000, 1000, kLength + 1.5e6, 0},
         // A driver that takes what it gets as fast as it gets it is held to the clock, once that is known.
-        {"no pace", [](int n, double done) { return done + 5e6 + Jitter(n, 0.5e6); }, 20000, 600, 1.5e6,
-         kAny},
+        {"no pace", [](int n, double done) { return done + kLength - 0.8e6 + Jitter(n, 0.5e6); }, 6000, 1500,
+         1.5e6, kAny},
         // On a busy machine such a driver is late now and then, and catches up.
-        {"held", [](int n, double done) { return done + 5e6 + (n % 40 == 0 ? 30e6 : 0); }, 20000, 100, 40e6,
-         kAny, true},
+        {"held", [](int n, double done) { return done + kLength - 0.8e6 + (n % 40 == 0 ? 30e6 : 0); }, 20000,
+         100, 40e6, kAny, true},
         {"standstill", [](int n, double) { return n * kLength + (n >= 2000 ? 3e9 : 0); }, 5000, 2500, 2e6,
          kAny},
     };
@@ -94,6 +94,16 @@ TEST(BlockClock, ADeviceThatTurnsEarly) {
     const auto asked = [](int n, double) { return n * kLength * 0.9995 + 20e6 - (n >= 2000 ? 4e6 : 0); };
     EXPECT_LT(Serve(20000, 2600, asked).most_wait, 0.5e6);
     EXPECT_NEAR(Serve(20000, 100, asked).shortest / kLength, 1, 0.0041);
+}
+
+// A device may ask for its whole buffer at once before it keeps its pace.
+TEST(BlockClock, ALargeFirstFill) {
+    for (const int fill : {2, 7, 10, 12, 17, 23}) {
+        const auto asked = [=](int n, double done) {
+            return n < fill ? done : (n - fill) * kLength * 0.9996 + Jitter(n, 0.5e6);
+        };
+        EXPECT_LT(Serve(60000, fill + 10, asked).most_wait, 0.7e6) << fill;
+    }
 }
 
 }  // namespace

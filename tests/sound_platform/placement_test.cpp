@@ -246,6 +246,37 @@ TEST_F(SoundTest, ADeviceThatStandsStill) {
     EXPECT_EQ(Status(shorter), 0u);
 }
 
+// A sound that has ended while nothing was heard is at its end all the same, and pausing it starts nothing
+// anew.
+TEST_F(SoundTest, ASoundThatEndsUnheard) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(500));
+    headless::StallSound(true);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    EXPECT_EQ(Status(sound), DWORD{DSBSTATUS_PLAYING});
+    WaitUntilFrame(22050);
+    EXPECT_EQ(Status(sound), 0u);
+    headless::StallSound(false);
+    WaitUntilFrame(30000);
+    EXPECT_EQ(Status(sound), 0u);
+    for (int frame = 0; frame < 30000; ++frame) ASSERT_EQ(Heard16(frame, 0), 0) << frame;
+}
+
+// More orders than are kept for a device that does not run: what was carried out early has its time all the
+// same.
+TEST_F(SoundTest, AFloodWhileTheDeviceStandsStill) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(30000));
+    IDirectSoundBuffer* other = Make(kStereo, Ramp(10));
+    headless::StallSound(true);
+    WaitUntilFrame(1000);
+    ASSERT_EQ(sound->SetCurrentPosition(0), DS_OK);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    for (int i = 0; i < 5000; ++i) ASSERT_EQ(other->Stop(), DS_OK);
+    WaitUntilFrame(20000);
+    headless::StallSound(false);
+    WaitUntilFrame(21000);
+    for (int frame = 20000; frame < 21000; ++frame) ASSERT_EQ(Heard16(frame, 0), frame - 999) << frame;
+}
+
 TEST_F(SoundTest, ReleasingAVoiceThatSounds) {
     IDirectSoundBuffer* first = Make(kStereo, Ramp(3000));
     IDirectSoundBuffer* second = Make(kStereo, Ramp(3000));

@@ -2,9 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "platform/files.h"
 #include "platform/pathmatch.h"
@@ -98,7 +100,9 @@ std::string HintAboutKind(const std::string& name, MediaKind kind) {
     const bool sound = kind == MediaKind::kSound;
     const std::string ending = EndingOf(name), own = sound ? ".wav" : ".bmp";
     const std::string save = sound ? "save it as a PCM WAV file" : "save it as a BMP file";
-    if (SameButCase(ending, own) || KindOfName(name) != kind) return "; " + save;
+    const std::vector<std::string> others = StandInPaths(name, kind);
+    const auto stands = [&](const std::string& other) { return SameButCase(EndingOf(other), ending); };
+    if (SameButCase(ending, own) || std::none_of(others.begin(), others.end(), stands)) return "; " + save;
     const std::string meant = name.substr(0, name.size() - ending.size()) + own;
     return "; name " + Quote(meant) + " in the chart, for which it stands where that is not there, or " +
            save;

@@ -32,18 +32,20 @@ private:
 
     double m_length;  // ns
     bool m_held = false;
-    int m_blocks = 0;         // so far
+    bool m_learning = true;
+    int m_blocks = 0;         // while learning, so far
+    int m_burst = 0;          // the latest of them that was asked for in a burst
     uint64_t m_base = 0;      // readings below are relative to the first
     double m_end = 0;         // of the latest block
     double m_earliest = 0;    // while learning: the earliest that a block was asked for, against an even pace
     double m_slack = 0;       // the least time between a block's end and its mixing in this window
-    double m_last_slack = 0;  // in the last one
-    int m_trials = 0;         // windows in a row in which the blocks were made to come later
     bool m_paceless = false;  // the driver, as far as is known
-    int m_window = 0;         // blocks in it
-    int m_waits = 0;          // of them, those that were asked for before they had ended
-    int m_late_windows = 0;   // in a row
-    double m_pace = 1;        // of the times, against the nominal one
+    int m_trial = 0;          // windows since the question was opened, or since it was answered
+    double m_trial_slack = 0;  // at its opening
+    int m_window = 0;          // blocks in it
+    int m_waits = 0;           // of them, those that were asked for before they had ended
+    int m_late_windows = 0;    // in a row
+    double m_pace = 1;         // of the times, against the nominal one
 };
 
 }  // namespace host

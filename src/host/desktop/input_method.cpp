@@ -28,14 +28,21 @@ namespace {
 
 InputMethod* g_innermost = nullptr;
 XIM g_method = nullptr;
+XIC g_toolkit = nullptr;  // FLTK's own, which ours stands for
 
 bool IsOurs(XIC context) {
     return context && g_method && XIMOfIC(context) == g_method;
 }
 
+// FLTK looks keys up in another way, for good, when it has no context at all.
+void GiveBack() {
+    fl_xim_ic = g_toolkit;
+    g_toolkit = nullptr;
+}
+
 // Its contexts are gone with it.
 void OnMethodGone(XIM, XPointer, XPointer) {
-    if (IsOurs(fl_xim_ic)) fl_xim_ic = nullptr;
+    if (IsOurs(fl_xim_ic)) GiveBack();
     g_method = nullptr;
 }
 
@@ -57,7 +64,9 @@ void GiveContext(Window window) {
     XIC context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow,
                             window, XNFocusWindow, window, nullptr);
     if (!context) return;
-    if (fl_xim_ic) XDestroyIC(fl_xim_ic);
+    if (g_toolkit) XDestroyIC(g_toolkit);
+    g_toolkit = fl_xim_ic;
+    if (g_toolkit) XUnsetICFocus(g_toolkit);  // or it takes the keys first
     fl_xim_ic = context;
     XSetICFocus(context);
 }
@@ -91,7 +100,7 @@ InputMethod::~InputMethod() {
     g_innermost = m_outer;
     if (!IsOurs(fl_xim_ic)) return;
     XDestroyIC(fl_xim_ic);
-    fl_xim_ic = nullptr;
+    GiveBack();
 }
 
 }  // namespace host::desktop
