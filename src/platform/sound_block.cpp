@@ -13,6 +13,8 @@ constexpr uint64_t kSecond = 1'000'000'000;  // ns
 constexpr int64_t kRounding =
     2;  // frames that a block may seem to begin before or behind the end of the last
 
+constexpr int64_t kCacheLine = 64, kMostAhead = 8192;  // bytes
+
 float* At(float* stereo, int64_t frame) {
     return stereo + 2 * static_cast<ptrdiff_t>(frame);
 }
@@ -60,6 +62,7 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
         CarryOut(order);
     }
     for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) {
+        if (voice->next != nullptr) FetchAhead(*voice->next, frames);
         if (voice->done < 0) MixUntil(voice, out, 0);
         if (!MixShared(voice, frames)) MixUntil(voice, out, frames);
     }
@@ -105,6 +108,18 @@ void Mixer::End(int64_t first, int frames, size_t due) {
     m_mixed = first + frames;
     m_mixing = false;
     if (m_block_waiters > 0) m_block_ended.notify_all();
+}
+
+// Brings what a voice will play in a block near the processor while the one before it is mixed. A walk
+// through one sound the processor sees coming by itself, but with each block hundreds of them begin anew.
+void Mixer::FetchAhead(const Voice& voice, int frames) {
+    const int64_t needed = int64_t{frames} * voice.step.numerator / voice.step.denominator;
+    const int64_t left = voice.frames - voice.now.place.frame;
+    const int64_t bytes = std::min(std::min(needed, left) * voice.format.frame_bytes, kMostAhead);
+    const unsigned char* from = voice.data + voice.now.place.frame * voice.format.frame_bytes;
+    for (int64_t i = 0; i < bytes; i += kCacheLine) __builtin_prefetch(from + i);
+    asm volatile(
+        "");  // a function that does nothing else counts as without effect, and calls of it are dropped
 }
 
 void Mixer::List(Voice* voice) {

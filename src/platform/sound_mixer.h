@@ -107,6 +107,7 @@ private:
     void Render(float* out, int frames, uint64_t time);
     size_t Begin(int64_t first, int frames);  // how many orders are due
     void End(int64_t first, int frames, size_t due);
+    static void FetchAhead(const Voice& voice, int frames);
     void MixUntil(Voice* voice, float* out, int64_t end);
     bool MixShared(Voice* voice, int frames);
     void MixBuses(float* out, int frames);
