@@ -56,6 +56,7 @@ private:
     MediaKind m_kind = MediaKind::kNone;
     std::unordered_map<std::string, size_t> m_places;
     std::vector<std::thread> m_threads;
+    bool m_bConverts = false;  // something of the list has been converted
     std::string m_keptName;
     StandInPtr m_pKept;
 
