@@ -10,8 +10,8 @@ constexpr size_t kChunk = 1024;              // output frames that are converted
 constexpr size_t kBusRatio = 2;              // rates up to twice the output's share conversions
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
-constexpr int64_t kRounding =
-    2;  // frames that a block may seem to begin before or behind the end of the last
+// Frames that a block may seem to begin before or behind the end of the last.
+constexpr int64_t kRounding = 2;
 
 constexpr int64_t kCacheLine = 64, kMostAhead = 8192;  // bytes
 
@@ -118,8 +118,8 @@ void Mixer::FetchAhead(const Voice& voice, int frames) {
     const int64_t bytes = std::min(std::min(needed, left) * voice.format.frame_bytes, kMostAhead);
     const unsigned char* from = voice.data + voice.now.place.frame * voice.format.frame_bytes;
     for (int64_t i = 0; i < bytes; i += kCacheLine) __builtin_prefetch(from + i);
-    asm volatile(
-        "");  // a function that does nothing else counts as without effect, and calls of it are dropped
+    // A function that does nothing else counts as without effect, and calls of it are dropped.
+    asm volatile("");
 }
 
 void Mixer::List(Voice* voice) {
