@@ -24,11 +24,11 @@ first and hold their value without a blank; everything behind them is the chart.
   -M<x>      scroll speed, 0.1 to 8 (default 1)
   -X<n>      left edge of the window
   -Y<n>      top edge of the window
-  -D         play beside other copies; none of them takes commands any more
+  -D         play beside other instances; none of them takes commands any more
   --help     this text
   --version  the version
 
-While a copy is running, another one commands it and ends:
+While an instance is running, another one commands it and ends:
 
   -P         go on        -R   play again from the start measure
   -S         stop         -N<n>  play from measure n
@@ -52,8 +52,8 @@ const char* AnswerAtOnce(int argc, char** argv) {
 int Run(int argc, char** argv) {
     std::string line = BuildCommandLine(argc, argv);
     const int nExitCode = WinMain(GetProgramModule(), nullptr, line.data(), 1);
-    // Neither a window nor a command given to another copy: was there a screen to open one on, or the dialog
-    // before it?
+    // Neither a window nor a command given to another instance: was there a screen to open one on, or the
+    // dialog before it?
     if (nExitCode != kExitRemote && !g_hWnd && !host::HasDisplay()) {
         std::fputs("lumetra: no display to open a window on; lumetra-render works without one\n", stderr);
         return kExitFailed;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The real player on a real (virtual) screen: window, keys, dialogs, and copies that command each other."""
+"""The real player on a real (virtual) screen: window, keys, dialogs, and instances that command each other."""
 import os
 import stat
 import subprocess
@@ -76,18 +76,18 @@ class EndToEnd(unittest.TestCase):
             self.assertEqual(screen.remote("-Q"), 1)  # nobody to tell
 
     def test_hosts(self):
-        """Copies with -D play beside each other and are deaf from then on."""
+        """Instances with -D play beside each other and are deaf from then on."""
         with Screen() as screen:
             path = screen.chart()
             first = screen.player("-P", path)
             first.find()
             second = screen.player("-D", path)
-            until("two copies", lambda: len(screen.copies()) == 2)
+            until("two instances", lambda: len(screen.instances()) == 2)
             until("the word to the first", lambda: (HOST, 0) in first.messages())
             self.assertEqual(screen.remote("-Q"), 1)  # two others: nothing is sent
             second.process.terminate()
             second.process.wait()
-            self.assertEqual(len(screen.copies()), 1)
+            self.assertEqual(len(screen.instances()), 1)
             self.assertEqual(screen.remote("-Q"), 1)
             until("1125", lambda: (QUIT, 0) in first.messages())
             first.runs()
@@ -95,7 +95,7 @@ class EndToEnd(unittest.TestCase):
             first.ends(0)
 
     def test_many_remotes(self):
-        """Two hundred copies in a row: none is lost, out of order or left behind."""
+        """Two hundred instances in a row: none is lost, out of order or left behind."""
         with Screen() as screen:
             player = screen.player(screen.chart())
             player.find()
@@ -108,19 +108,19 @@ class EndToEnd(unittest.TestCase):
             self.assertEqual(len(speeds), 200)
             for (_, got), (_, wanted) in zip(speeds, sent):
                 self.assertTrue(got in (wanted, wanted - 1) or wanted == 10, (got, wanted))
-            self.assertEqual(len(screen.copies()), 1)
+            self.assertEqual(len(screen.instances()), 1)
             self.assertEqual(len(os.listdir(screen.runtime)), 1)
 
     def test_killed(self):
-        """A copy that was killed leaves nothing that disturbs the next."""
+        """An instance that was killed leaves nothing that disturbs the next."""
         with Screen() as screen:
             path = screen.chart()
             player = screen.player(path)
             player.find()
             player.kill()
-            self.assertEqual(len(screen.copies()), 1)
+            self.assertEqual(len(screen.instances()), 1)
             self.assertEqual(screen.remote("-R", "-Q"), 1)  # alone: -R does nothing, -Q ends it
-            self.assertEqual(screen.copies(), [])
+            self.assertEqual(screen.instances(), [])
             player = screen.player("-P", path)
             player.find()
             self.assertEqual(screen.remote("-Q"), 1)
@@ -132,7 +132,7 @@ class EndToEnd(unittest.TestCase):
             self.assertEqual(os.listdir(screen.runtime), [])
 
     def test_while_loading(self):
-        """Five hundred commands to a copy that still loads are all carried out, in their order."""
+        """Five hundred commands to an instance that still loads are all carried out, in their order."""
         with Screen() as screen:
             line = "01" * 500
             text = "#TITLE E2E\n#BPM 120\n" + "".join(f"#{measure:03}01:{line}\n" for measure in range(1, 998)) * 14
@@ -159,7 +159,7 @@ class EndToEnd(unittest.TestCase):
             sending.send(good)
             until("the good one", player.messages)
             self.assertEqual(player.messages(), [(SPEED, 123)])
-            self.assertEqual(stat.S_IMODE(os.stat(os.path.dirname(screen.copies()[0])).st_mode), 0o700)
+            self.assertEqual(stat.S_IMODE(os.stat(os.path.dirname(screen.instances()[0])).st_mode), 0o700)
             if os.geteuid() == 0:
                 # Even with the door held open by this user.
                 stranger = os.fork()
@@ -173,7 +173,7 @@ class EndToEnd(unittest.TestCase):
             player.runs()
 
     def test_unsafe_folder(self):
-        """A folder that others may write to, or a link to one, is not used: the copy plays alone and says so."""
+        """A folder that others may write to, or a link to one, is not used: the instance plays alone and says so."""
         with Screen() as screen:
             path = screen.chart()
             folder = os.path.join(screen.runtime, f"lumetra-{screen.number}")
@@ -199,7 +199,7 @@ class EndToEnd(unittest.TestCase):
             script = ("import socket, sys, time\n"
                       "s = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM); s.connect(sys.argv[1])\n"
                       "while True: s.send(bytes.fromhex(sys.argv[2]))\n")
-            flood = screen._start([sys.executable, "-c", script, screen.copies()[0], packet(SPEED, 100).hex()])
+            flood = screen._start([sys.executable, "-c", script, screen.instances()[0], packet(SPEED, 100).hex()])
             until("the flood", lambda: len(player.messages()) > 2000)
             player.runs()
             player.runs()
@@ -269,7 +269,7 @@ class EndToEnd(unittest.TestCase):
                 box = screen.window(caption)
                 screen.keys(box, "Return")
                 player.ends(255)
-                self.assertEqual(screen.copies(), [])
+                self.assertEqual(screen.instances(), [])
             player = screen.player(rows[0][0])
             screen.window("FileLoadError!")
             self.assertEqual(screen.remote("-N5"), 1)  # inside a start-up box: nothing to seek in

@@ -1,4 +1,4 @@
-"""A screen of its own, a window manager and real copies of the player, for the tests of this folder."""
+"""A screen of its own, a window manager and real instances of the player, for the tests of this folder."""
 import mmap
 import os
 import random
@@ -158,12 +158,12 @@ class Screen:
         return self.players[-1]
 
     def remote(self, *arguments):
-        """Runs a copy to its end; its exit code."""
+        """Runs an instance to its end; its exit code."""
         return subprocess.run([LUMETRA, *arguments], env=self.env, stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL, timeout=LIMIT).returncode
 
-    def copies(self):
-        """The sockets of the copies on this screen."""
+    def instances(self):
+        """The sockets of the instances on this screen."""
         folder = os.path.join(self.runtime, f"lumetra-{self.number}")
         try:
             return sorted(os.path.join(folder, name) for name in os.listdir(folder))
@@ -171,9 +171,9 @@ class Screen:
             return []
 
     def sender(self):
-        """A socket that sends to the one copy that runs."""
+        """A socket that sends to the one instance that runs."""
         sending = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
-        sending.connect(until("a copy", self.copies)[0])
+        sending.connect(until("an instance", self.instances)[0])
         self.senders.append(sending)
         return sending
 
@@ -191,7 +191,7 @@ class Player:
             return log.read()
 
     def messages(self):
-        """The messages of other copies that the program has taken, in order: number and first parameter."""
+        """The messages of other instances that the program has taken, in order: number and first parameter."""
         return [(int(number), int(value)) for number, value in re.findall(r"host: message (\d+) (-?\d+)", self.log())]
 
     def ends(self, code):

@@ -7,10 +7,10 @@
 
 #include <cstring>
 
-#include "host/desktop/copies.h"
-#include "host/desktop/copy_folder.h"
-#include "host/desktop/copy_message.h"
 #include "host/desktop/file_list.h"
+#include "host/desktop/instance_folder.h"
+#include "host/desktop/instance_message.h"
+#include "host/desktop/instances.h"
 #include "host/desktop/main_window.h"
 #include "host/host.h"
 #include "support/tempfolder.h"
@@ -20,16 +20,16 @@ using namespace host::desktop;
 
 namespace {
 
-class Copies : public testing::Test {
+class Instances : public testing::Test {
 protected:
     void SetUp() override {
         setenv("XDG_RUNTIME_DIR", m_folder.Path().c_str(), 1);
         setenv("DISPLAY", ":7.0", 1);
     }
-    void TearDown() override { WithdrawCopy(); }
+    void TearDown() override { WithdrawInstance(); }
 
     std::string Mine() const { return m_folder.Path("lumetra-7"); }
-    // Of this process, which ListCopies leaves out.
+    // Of this process, which ListInstances leaves out.
     static uint64_t OwnId() { return static_cast<uint64_t>(getpid()); }
 
     std::vector<uint32_t> TakeAll(size_t count) {
@@ -56,34 +56,34 @@ void LeaveSocket(const std::string& path) {
     close(fd);
 }
 
-TEST(CopyMessage, OnlyWellFormedPacketsAreTaken) {
-    uint8_t good[kCopyMessageBytes];
-    EncodeCopyMessage({1129, -5, INT64_MIN}, good);
-    const uint8_t expected[kCopyMessageBytes] = {'L',  'M',  'T', 'R', 1, 0,    0,    0,    0x69, 4,    0,
-                                                 0,    0,    0,   0,   0, 0xFB, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
-                                                 0xFF, 0xFF, 0,   0,   0, 0,    0,    0,    0,    0x80};
+TEST(InstanceMessage, OnlyWellFormedPacketsAreTaken) {
+    uint8_t good[kInstanceMessageBytes];
+    EncodeInstanceMessage({1129, -5, INT64_MIN}, good);
+    const uint8_t expected[kInstanceMessageBytes] = {
+        'L',  'M',  'T',  'R',  1,    0,    0,    0,    0x69, 4, 0, 0, 0, 0, 0, 0,
+        0xFB, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0,    0, 0, 0, 0, 0, 0, 0x80};
     EXPECT_EQ(std::memcmp(good, expected, sizeof(good)), 0);
-    CopyMessage message;
-    ASSERT_TRUE(DecodeCopyMessage(good, sizeof(good), &message));
+    InstanceMessage message;
+    ASSERT_TRUE(DecodeInstanceMessage(good, sizeof(good), &message));
     EXPECT_EQ(message.message, 1129u);
     EXPECT_EQ(message.wparam, -5);
     EXPECT_EQ(message.lparam, INT64_MIN);
     for (size_t count = 0; count < sizeof(good); ++count)
-        EXPECT_FALSE(DecodeCopyMessage(good, count, &message));
+        EXPECT_FALSE(DecodeInstanceMessage(good, count, &message));
     for (size_t at : {0, 3, 4, 5, 6, 7, 12, 15}) {
-        uint8_t bad[kCopyMessageBytes];
+        uint8_t bad[kInstanceMessageBytes];
         std::memcpy(bad, good, sizeof(bad));
         bad[at] ^= 0x10;
-        EXPECT_FALSE(DecodeCopyMessage(bad, sizeof(bad), &message)) << at;
+        EXPECT_FALSE(DecodeInstanceMessage(bad, sizeof(bad), &message)) << at;
     }
     for (uint32_t number : {0u, 16u, 70u, 1023u, 1024u, 0xBFFFu, 0xC000u, UINT32_MAX}) {
-        EncodeCopyMessage({number, 0, 0}, good);
+        EncodeInstanceMessage({number, 0, 0}, good);
         const bool taken = number == 1024 || number == 0xBFFF;
-        EXPECT_EQ(DecodeCopyMessage(good, sizeof(good), &message), taken) << number;
+        EXPECT_EQ(DecodeInstanceMessage(good, sizeof(good), &message), taken) << number;
     }
 }
 
-TEST(CopyFolderNames, DisplaysAndSockets) {
+TEST(InstanceFolderNames, DisplaysAndSockets) {
     const std::pair<const char*, const char*> displays[] = {
         {":0", "0"},
         {":0.1", "0"},
@@ -96,7 +96,7 @@ TEST(CopyFolderNames, DisplaysAndSockets) {
         {"a.b:3.2", "a_b_3"},
     };
     for (const auto& [display, key] : displays) EXPECT_EQ(DisplayKey(display), key);
-    CopySocket socket;
+    InstanceSocket socket;
     EXPECT_EQ(SocketName({"Lumetra_ZN", 42}), "Lumetra_ZN.42");
     EXPECT_EQ(SocketName({"a b/.", 1}), "a%20b%2F%2E.1");
     ASSERT_TRUE(ParseSocketName("a%20b%2F%2E.1", &socket));
@@ -106,59 +106,59 @@ TEST(CopyFolderNames, DisplaysAndSockets) {
         EXPECT_FALSE(ParseSocketName(bad, &socket)) << bad;
 }
 
-TEST_F(Copies, AnnounceListPostWithdraw) {
-    std::vector<Copy> copies;
-    EXPECT_TRUE(ListCopies(&copies));
+TEST_F(Instances, AnnounceListPostWithdraw) {
+    std::vector<Instance> instances;
+    EXPECT_TRUE(ListInstances(&instances));
     EXPECT_NE(access(Mine().c_str(), F_OK), 0) << "looking makes no folder";
-    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
-    EXPECT_TRUE(ListCopies(&copies));
-    EXPECT_TRUE(copies.empty());
-    EXPECT_FALSE(PostToCopy(OwnId() + 1, 1125, 0, 0));
-    for (uint32_t i = 0; i < 500; ++i) ASSERT_TRUE(PostToCopy(OwnId(), 2000 + i, 0, 0));
+    ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
+    EXPECT_TRUE(ListInstances(&instances));
+    EXPECT_TRUE(instances.empty());
+    EXPECT_FALSE(PostToInstance(OwnId() + 1, 1125, 0, 0));
+    for (uint32_t i = 0; i < 500; ++i) ASSERT_TRUE(PostToInstance(OwnId(), 2000 + i, 0, 0));
     const std::vector<uint32_t> numbers = TakeAll(500);
     ASSERT_EQ(numbers.size(), 500u);
     for (uint32_t i = 0; i < 500; ++i) EXPECT_EQ(numbers[i], 2000 + i);
-    WithdrawCopy();
+    WithdrawInstance();
     EXPECT_NE(access(Mine().c_str(), F_OK), 0) << "the last one takes the folder away";
-    EXPECT_FALSE(PostToCopy(OwnId(), 1125, 0, 0));
+    EXPECT_FALSE(PostToInstance(OwnId(), 1125, 0, 0));
 }
 
-TEST_F(Copies, DeadSocketsAreSweptAndTheirNamesTakenOver) {
+TEST_F(Instances, DeadSocketsAreSweptAndTheirNamesTakenOver) {
     ASSERT_EQ(mkdir(Mine().c_str(), 0700), 0);
     LeaveSocket(Mine() + "/Lumetra_ZN.99");
     LeaveSocket(Mine() + "/Lumetra_ZN." + std::to_string(OwnId()));
     std::ofstream(Mine() + "/notes.txt") << "somebody's";
-    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
-    EXPECT_TRUE(PostToCopy(OwnId(), 1125, 0, 0));
-    std::vector<Copy> copies;
-    EXPECT_TRUE(ListCopies(&copies));
-    EXPECT_TRUE(copies.empty());
-    EXPECT_EQ(ReadCopyFolder(Mine()).size(), 1u);
+    ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
+    EXPECT_TRUE(PostToInstance(OwnId(), 1125, 0, 0));
+    std::vector<Instance> instances;
+    EXPECT_TRUE(ListInstances(&instances));
+    EXPECT_TRUE(instances.empty());
+    EXPECT_EQ(ReadInstanceFolder(Mine()).size(), 1u);
     EXPECT_EQ(access((Mine() + "/notes.txt").c_str(), F_OK), 0);
 }
 
-TEST_F(Copies, FoldersThatAreNotPrivateAreNotUsed) {
-    std::vector<Copy> copies;
+TEST_F(Instances, FoldersThatAreNotPrivateAreNotUsed) {
+    std::vector<Instance> instances;
     for (mode_t mode : {0777, 0710, 0701}) {
         ASSERT_EQ(mkdir(Mine().c_str(), 0700), 0);
         chmod(Mine().c_str(), mode);
-        EXPECT_FALSE(AnnounceCopy("Lumetra_ZN"));
-        EXPECT_FALSE(ListCopies(&copies));
-        EXPECT_TRUE(ReadCopyFolder(Mine()).empty());
+        EXPECT_FALSE(AnnounceInstance("Lumetra_ZN"));
+        EXPECT_FALSE(ListInstances(&instances));
+        EXPECT_TRUE(ReadInstanceFolder(Mine()).empty());
         ASSERT_EQ(rmdir(Mine().c_str()), 0);
     }
     ASSERT_EQ(mkdir(m_folder.Path("other").c_str(), 0700), 0);
     ASSERT_EQ(symlink(m_folder.Path("other").c_str(), Mine().c_str()), 0);
-    EXPECT_FALSE(AnnounceCopy("Lumetra_ZN"));
-    EXPECT_FALSE(ListCopies(&copies));
+    EXPECT_FALSE(AnnounceInstance("Lumetra_ZN"));
+    EXPECT_FALSE(ListInstances(&instances));
     unlink(Mine().c_str());
     chmod(m_folder.Path().c_str(), 0755);  // then the run-time folder itself is not used
-    EXPECT_NE(FindCopyFolder(false).path.compare(0, m_folder.Path().size(), m_folder.Path()), 0);
+    EXPECT_NE(FindInstanceFolder(false).path.compare(0, m_folder.Path().size(), m_folder.Path()), 0);
 }
 
-TEST_F(Copies, ARoundGivesNoMoreThanHadComeBefore) {
-    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
-    for (int i = 0; i < 1500; ++i) ASSERT_TRUE(PostToCopy(OwnId(), 3000, 0, 0));
+TEST_F(Instances, ARoundGivesNoMoreThanHadComeBefore) {
+    ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
+    for (int i = 0; i < 1500; ++i) ASSERT_TRUE(PostToInstance(OwnId(), 3000, 0, 0));
     usleep(50000);
     Event event;
     int first = 0;
@@ -168,10 +168,10 @@ TEST_F(Copies, ARoundGivesNoMoreThanHadComeBefore) {
     EXPECT_EQ(TakeAll(static_cast<size_t>(1500 - first)).size(), static_cast<size_t>(1500 - first));
 }
 
-TEST_F(Copies, AFullQueueMakesTheSenderWaitAndThenFail) {
-    ASSERT_TRUE(AnnounceCopy("Lumetra_ZN"));
+TEST_F(Instances, AFullQueueMakesTheSenderWaitAndThenFail) {
+    ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
     size_t sent = 0;
-    while (sent < 20000 && PostToCopy(OwnId(), 3000, 0, 0)) ++sent;
+    while (sent < 20000 && PostToInstance(OwnId(), 3000, 0, 0)) ++sent;
     EXPECT_GE(sent, 10000u);
     EXPECT_LT(sent, 12000u);
     EXPECT_EQ(TakeAll(sent).size(), sent) << "none of those that were accepted is lost";

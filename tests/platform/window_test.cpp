@@ -294,9 +294,9 @@ TEST_F(WindowTest, ModalDialogsDeliverPostedMessages) {
 }
 
 TEST_F(WindowTest, OtherCopies) {
-    AddCopy(11, "Class");
-    AddCopy(22, "class");
-    AddCopy(33, "");
+    AddInstance(11, "Class");
+    AddInstance(22, "class");
+    AddInstance(33, "");
     const HWND hWnd = Open();
     static std::vector<HWND> windows;
     windows.clear();
@@ -315,17 +315,17 @@ TEST_F(WindowTest, OtherCopies) {
     EXPECT_EQ(GetClassNameA(windows[3], szName, 256), 0);
     EXPECT_TRUE(PostMessageA(windows[1], 1129, static_cast<WPARAM>(-5), 9));
     EXPECT_TRUE(PostMessageA(windows[2], 1126, 0, 0));
-    RemoveCopy(11);
+    RemoveInstance(11);
     EXPECT_FALSE(PostMessageA(windows[1], 1126, 0, 0));
-    ASSERT_EQ(PostedToCopies().size(), 2u);
-    const PostedMessage& posted = PostedToCopies()[0];
-    EXPECT_TRUE(posted.copy == 11 && posted.wparam == -5 && posted.lparam == 9);
+    ASSERT_EQ(PostedToInstances().size(), 2u);
+    const PostedMessage& posted = PostedToInstances()[0];
+    EXPECT_TRUE(posted.instance == 11 && posted.wparam == -5 && posted.lparam == 9);
     EXPECT_FALSE(DestroyWindow(windows[2]));
     const std::vector<HWND> before = windows;
     windows.clear();
     EXPECT_TRUE(EnumWindows(pfnAdd, 0));
     EXPECT_EQ(windows, (std::vector<HWND>{hWnd, before[2], before[3]}));  // the same handle for the same copy
-    FailListCopies(true);
+    FailListInstances(true);
     EXPECT_FALSE(EnumWindows(pfnAdd, 0));
 }
 
