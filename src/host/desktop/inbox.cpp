@@ -19,7 +19,8 @@ constexpr size_t kRoundBound = 1000;
 // A round also ends after this time, because in a dialog no frame ends it.
 constexpr uint64_t kRoundNanoseconds = 10'000'000;
 
-// The kernel fills in the credentials; the sender cannot forge them.
+}  // namespace
+
 bool IsFromThisUser(msghdr* header) {
     for (cmsghdr* part = CMSG_FIRSTHDR(header); part; part = CMSG_NXTHDR(header, part)) {
         if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_CREDENTIALS) continue;
@@ -29,8 +30,6 @@ bool IsFromThisUser(msghdr* header) {
     }
     return false;
 }
-
-}  // namespace
 
 Inbox::Inbox(int socket) : m_socket(socket) {
     if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0) m_pipe[0] = m_pipe[1] = -1;

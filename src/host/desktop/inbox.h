@@ -10,7 +10,13 @@
 #include "host/desktop/instance_message.h"
 #include "host/host.h"
 
+struct msghdr;
+
 namespace host::desktop {
+
+// Whether a received message carries this user's credentials. The kernel fills them in; the sender cannot
+// forge them.
+bool IsFromThisUser(msghdr* header);
 
 // Lives from the announcement to the withdrawal; see TakePosted for the meaning of a round.
 class Inbox {
