@@ -16,6 +16,8 @@ struct Output {
     int64_t next = 0;  // the next frame to mix
     bool refuse = false;
     bool stalled = false;
+    int lag_frames = 0;  // of a block of a lagging device
+    uint64_t lag = 0;    // ns
     headless::SoundSink sink = nullptr;
     void* sink_user = nullptr;
     headless::SoundCapture capture;
@@ -57,13 +59,18 @@ void MixBlock(int frames) {
 
 void OnClock(uint64_t, uint64_t now) {
     if (g_output.callback == nullptr) return;
-    const int64_t end = FrameAt(now, g_output.capture.rate);
+    const int64_t end = FrameAt(now - std::min(now, g_output.lag), g_output.capture.rate);
+    const int whole = g_output.lag_frames;
+    while (whole > 0 && g_output.next + whole <= end) MixBlock(whole);
+    if (whole > 0) return;
     while (g_output.next < end) MixBlock(static_cast<int>(std::min<int64_t>(kBlock, end - g_output.next)));
 }
 
 // An output that is still open continues from the clock's origin.
 void OnReset() {
     g_output.refuse = g_output.stalled = false;
+    g_output.lag_frames = 0;
+    g_output.lag = 0;
     g_output.sink = nullptr;
     g_output.capture.samples.clear();
     if (g_output.callback == nullptr) {
@@ -107,6 +114,11 @@ void RefuseSound(bool refuse) {
 
 void StallSound(bool stall) {
     g_output.stalled = stall;
+}
+
+void LagSound(int frames, uint64_t nanoseconds) {
+    g_output.lag_frames = std::min(frames, kBlock);
+    g_output.lag = nanoseconds;
 }
 
 }  // namespace headless

@@ -224,9 +224,15 @@ void Mixer::CarryOutAll() {
 Cursor Mixer::Where(Voice* voice) {
     const uint64_t time = host::Nanoseconds();
     const std::lock_guard<std::mutex> hold(m_lock);
-    const int64_t passed = std::max(m_mixed, FrameAt(time) - m_rate / kLatest);
-    const Motion motion = Later(voice->frames, voice->step, voice->told, passed - voice->since);
-    return {motion.playing, motion.playing && motion.looping, motion.place.frame};
+    const int64_t clock = FrameAt(time);
+    const auto motion_at = [voice](int64_t frame) {
+        return Later(voice->frames, voice->step, voice->told, frame - voice->since);
+    };
+    // A stop takes effect at the clock's frame, so a sound that ends before it has ended: resumed after a
+    // pause, it would be heard again.
+    const Motion mixed = motion_at(std::max(m_mixed, clock - m_rate / kLatest));
+    const Motion now = motion_at(std::max({clock, m_taken, m_latest}));
+    return {now.playing, now.playing && now.looping, mixed.place.frame};
 }
 
 }  // namespace audio
