@@ -68,6 +68,24 @@ TEST_F(SoundTest, APauseAroundTheEndNeverRepeatsTheSound) {
     EXPECT_EQ(ended, 300);
 }
 
+// Catching up with a device moves what starts, never what sounds.
+TEST_F(SoundTest, SoundingVoicesPlayOnWhileBlocksCatchUp) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(4000));
+    IDirectSoundBuffer* late = Make(kStereo, Ramp(100, 10'000));
+    headless::LagSound(384, 1'000'000, 30);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    Wait(200'000);
+    for (int i = 0; i < 4000; ++i) ASSERT_EQ(Heard16(i, 0), 1 + i);
+    for (uint64_t i = 1; i <= 40; ++i) {  // wherever it starts, also between two blocks
+        headless::SetClock(headless::kClockOrigin + 200'000'000 + i * 20'300'000);
+        ASSERT_EQ(late->Play(0, 0, 0), DS_OK);
+    }
+    Wait(200'000);
+    int begun = 0;
+    for (int64_t frame = 0; frame < headless::Sound().End(); ++frame) begun += Heard16(frame, 0) == 10'000;
+    EXPECT_EQ(begun, 40);
+}
+
 // A chord of all slots, each cut off and started anew: reading the clock for each order moves nothing.
 TEST_F(SoundTest, AChordOfAllSlotsStartsInOneFrame) {
     constexpr int kVoices = 576;

@@ -18,6 +18,7 @@ struct Output {
     bool stalled = false;
     int lag_frames = 0;  // of a block of a lagging device
     uint64_t lag = 0;    // ns
+    int lag_apart = 0;   // frames
     headless::SoundSink sink = nullptr;
     void* sink_user = nullptr;
     headless::SoundCapture capture;
@@ -61,7 +62,7 @@ void OnClock(uint64_t, uint64_t now) {
     if (g_output.callback == nullptr) return;
     const int64_t end = FrameAt(now - std::min(now, g_output.lag), g_output.capture.rate);
     const int whole = g_output.lag_frames;
-    while (whole > 0 && g_output.next + whole <= end) MixBlock(whole);
+    for (; whole > 0 && g_output.next + whole <= end; g_output.next += g_output.lag_apart) MixBlock(whole);
     if (whole > 0) return;
     while (g_output.next < end) MixBlock(static_cast<int>(std::min<int64_t>(kBlock, end - g_output.next)));
 }
@@ -69,8 +70,7 @@ void OnClock(uint64_t, uint64_t now) {
 // An output that is still open continues from the clock's origin.
 void OnReset() {
     g_output.refuse = g_output.stalled = false;
-    g_output.lag_frames = 0;
-    g_output.lag = 0;
+    headless::LagSound(0, 0);
     g_output.sink = nullptr;
     g_output.capture.samples.clear();
     if (g_output.callback == nullptr) {
@@ -116,9 +116,10 @@ void StallSound(bool stall) {
     g_output.stalled = stall;
 }
 
-void LagSound(int frames, uint64_t nanoseconds) {
+void LagSound(int frames, uint64_t nanoseconds, int apart) {
     g_output.lag_frames = std::min(frames, kBlock);
     g_output.lag = nanoseconds;
+    g_output.lag_apart = apart;
 }
 
 }  // namespace headless

@@ -12,6 +12,7 @@ constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
 // Frames that a block may seem to begin before or behind the end of the last.
 constexpr int64_t kRounding = 2;
+constexpr int64_t kSteering = 10;  // the part of a block by which it may begin late
 
 constexpr int64_t kCacheLine = 64, kMostAhead = 8192;  // bytes
 
@@ -45,16 +46,18 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
     const size_t due = Begin(first, frames);
     std::fill_n(out, 2 * static_cast<size_t>(frames), 0.0f);
     // What nobody has heard, while the device was being opened or stood still, is over all the same.
-    // A block that seems to begin a little early or late makes no voice stop or jump.
+    // A block that begins a little early makes no voice stop, and one that begins a little late makes none
+    // jump: the host steers its blocks after the device.
+    const int64_t steering = std::max(kRounding, frames / kSteering);
     for (Voice* voice = m_sounding; voice != nullptr; voice = voice->next) {
         voice->done = voice->at - first;
-        if (voice->done >= -kRounding && voice->done <= kRounding) voice->done = 0;
+        if (voice->done >= -steering && voice->done <= kRounding) voice->done = 0;
     }
     for (size_t i = 0; i < due; ++i) {
         const Order& order = m_due[i];
         Voice* voice = order.voice;
         int64_t at = order.frame - first;
-        if (at < 0 && at >= -kRounding) at = 0;
+        if (at < 0 && at >= -steering) at = 0;
         if (voice->listed)
             MixUntil(voice, out, at);
         else
