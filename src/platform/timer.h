@@ -17,7 +17,8 @@ DWORD timeGetTime();
 // Fills *pCaps with 1 and 1000000 when nSize is 8 and pCaps is set; otherwise gives TIMERR_NOCANDO.
 MMRESULT timeGetDevCaps(TIMECAPS* pCaps, UINT nSize);
 
-// The clock has its full resolution at all times here; the calls check their range and count nothing.
+// The clock has its full resolution at all times here. TIMERR_NOCANDO for a period out of range, and for an end
+// without a beginning.
 MMRESULT timeBeginPeriod(UINT nPeriod);
 MMRESULT timeEndPeriod(UINT nPeriod);
 
