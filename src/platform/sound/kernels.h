@@ -34,7 +34,7 @@ struct Kernels {
     // out[k] = sum of row[j] * in[k + j]; reads and writes up to 31 more than count
     void (*convolve)(const float* in, const float* row, int taps, float* out, size_t count);
     float (*dot)(const float* in, const float* row, int taps);  // taps: a multiple of 8
-    void (*weave)(const float* even, const float* odd, float* out, size_t pairs);
+    void (*interleave)(const float* even, const float* odd, float* out, size_t pairs);
     float (*peak)(const float* x, size_t count);  // the largest magnitude
 };
 

@@ -101,7 +101,7 @@ AVX2 float Dot(const float* in, const float* row, int taps) {
     return _mm_cvtss_f32(_mm_add_ss(s, _mm_movehdup_ps(s)));
 }
 
-AVX2 void Weave(const float* even, const float* odd, float* out, size_t pairs) {
+AVX2 void Interleave(const float* even, const float* odd, float* out, size_t pairs) {
     size_t i = 0;
     for (; i + 8 <= pairs; i += 8) {
         const __m256 e = _mm256_loadu_ps(even + i), o = _mm256_loadu_ps(odd + i);
@@ -109,7 +109,7 @@ AVX2 void Weave(const float* even, const float* odd, float* out, size_t pairs) {
         _mm256_storeu_ps(out + 2 * i, _mm256_permute2f128_ps(low, high, 0x20));
         _mm256_storeu_ps(out + 2 * i + 8, _mm256_permute2f128_ps(low, high, 0x31));
     }
-    PlainKernels().weave(even + i, odd + i, out + 2 * i, pairs - i);
+    PlainKernels().interleave(even + i, odd + i, out + 2 * i, pairs - i);
 }
 
 AVX2 float Peak(const float* x, size_t count) {
@@ -126,7 +126,8 @@ AVX2 float Peak(const float* x, size_t count) {
     return head > tail ? head : tail;
 }
 
-const Kernels kVector = {AddStereo16, AddMono16, AddStereo, AddPlane, ReadMono16, Convolve, Dot, Weave, Peak};
+const Kernels kVector = {AddStereo16, AddMono16, AddStereo,  AddPlane, ReadMono16,
+                         Convolve,    Dot,       Interleave, Peak};
 
 }  // namespace
 

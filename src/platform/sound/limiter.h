@@ -13,7 +13,7 @@ public:
     void Run(float* stereo, size_t frames);  // interleaved, in place
 
 private:
-    float m_keep = 1;      // of the reduction, from frame to frame
+    float m_release = 1;   // of the reduction, from frame to frame
     float m_envelope = 1;  // at least 1; the gain is its inverse
 };
 

@@ -72,11 +72,11 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena() { Unmap(m_base, m_bytes); }
 
-    bool Holds(const unsigned char* p) const { return p >= m_base && p < m_base + m_bytes; }
+    bool Contains(const unsigned char* p) const { return p >= m_base && p < m_base + m_bytes; }
     bool Empty() const { return m_used == 0; }
 
     // First fit, so that a chart after another one settles where memory is already mapped.
-    unsigned char* Take(size_t bytes, bool* fresh) {
+    unsigned char* Allocate(size_t bytes, bool* fresh) {
         for (auto it = m_free.begin(); it != m_free.end(); ++it) {
             if (it->second < bytes) continue;
             const size_t at = it->first, left = it->second - bytes;
@@ -90,7 +90,7 @@ public:
         return nullptr;
     }
 
-    void Give(const unsigned char* p, size_t bytes) {
+    void Free(const unsigned char* p, size_t bytes) {
         m_used -= bytes;
         auto it = m_free.emplace(static_cast<size_t>(p - m_base), bytes).first;
         const auto after = std::next(it);
@@ -151,12 +151,12 @@ SampleBlock AllocateSamples(size_t bytes) {
     if (heap.used + size > kSampleMemoryLimit) return block;
     bool fresh = false;
     for (auto& arena : heap.arenas) {
-        block.data = arena->Take(size, &fresh);
+        block.data = arena->Allocate(size, &fresh);
         if (block.data != nullptr) break;
     }
     if (block.data == nullptr) {
         Arena* arena = AddArena(heap, size);
-        if (arena != nullptr) block.data = arena->Take(size, &fresh);
+        if (arena != nullptr) block.data = arena->Allocate(size, &fresh);
     }
     if (block.data == nullptr) return block;
     heap.used += size;
@@ -172,8 +172,8 @@ void FreeSamples(const SampleBlock& block) {
     Heap& heap = TheHeap();
     const std::lock_guard<std::mutex> hold(heap.lock);
     for (auto it = heap.arenas.begin(); it != heap.arenas.end(); ++it) {
-        if (!(*it)->Holds(block.data)) continue;
-        (*it)->Give(block.data, block.bytes);
+        if (!(*it)->Contains(block.data)) continue;
+        (*it)->Free(block.data, block.bytes);
         heap.used -= block.bytes;
         if ((*it)->Empty()) heap.arenas.erase(it);
         if (heap.arenas.empty()) heap.next_arena = kFirstArena;
