@@ -1,4 +1,4 @@
-// Mixing one block of output.
+// Mixes one block of output.
 #include <algorithm>
 
 #include "platform/sound/mixer.h"
@@ -6,11 +6,11 @@
 namespace audio {
 namespace {
 
-constexpr size_t kChunk = 1024;              // output frames that are converted at a stretch
-constexpr size_t kBusRatio = 2;              // rates up to twice the output's share conversions
+constexpr size_t kChunk = 1024;              // output frames converted at once
+constexpr size_t kBusRatio = 2;              // voices up to twice the output's rate share conversions
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
-// Frames that a block may seem to begin before or behind the end of the last.
+// Tolerance, in frames, between the end of one block and the start of the next.
 constexpr int64_t kRounding = 2;
 
 constexpr int64_t kCacheLine = 64, kMaxPrefetch = 8192;  // bytes
@@ -39,13 +39,13 @@ void Mixer::Callback(void* user, float* out, int frames, uint64_t time) {
 }
 
 void Mixer::Render(float* out, int frames, uint64_t time) {
-    // A virtual clock's blocks begin on whole frames, cut to nanoseconds; a device's lie anywhere between
-    // two.
+    // Blocks of a virtual clock start on whole frames, truncated to nanoseconds. Blocks of a device start
+    // anywhere.
     const int64_t first = FrameAt(time + kSecond / (2 * static_cast<uint64_t>(m_rate)));
     const size_t due = BeginBlock(first, frames);
     std::fill_n(out, 2 * static_cast<size_t>(frames), 0.0f);
-    // What nobody has heard, while the device was being opened or stood still, is over all the same.
-    // A block that seems to begin a little early or late makes no voice stop or jump.
+    // Sound that fell due while the device was opening or stalled is skipped. A block that starts slightly
+    // early or late must not stop a voice or make it jump.
     for (Voice* voice = m_first_active; voice != nullptr; voice = voice->next) {
         voice->done = voice->at - first;
         if (voice->done >= -kRounding && voice->done <= kRounding) voice->done = 0;
@@ -74,7 +74,7 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
     EndBlock(first, frames, due);
 }
 
-// Takes the orders that fall into the block and those that come late.
+// Takes the commands that are due in this block or overdue.
 size_t Mixer::BeginBlock(int64_t first, int frames) {
     const std::lock_guard<std::mutex> hold(m_lock);
     const int64_t end = first + frames;
@@ -91,7 +91,8 @@ size_t Mixer::BeginBlock(int64_t first, int frames) {
     return due;
 }
 
-// Tells the callers how far each voice has come, unless an order waits that they know of already.
+// Publishes each voice's state to the callers, unless commands are pending: their effect has already been
+// predicted.
 void Mixer::EndBlock(int64_t first, int frames, size_t due) {
     const std::lock_guard<std::mutex> hold(m_lock);
     for (size_t i = 0; i < due; ++i) --m_due[i].voice->pending;
@@ -110,15 +111,15 @@ void Mixer::EndBlock(int64_t first, int frames, size_t due) {
     if (m_block_waiters > 0) m_block_ended.notify_all();
 }
 
-// Brings what a voice will play in a block near the processor while the one before it is mixed. A walk
-// through one sound the processor sees coming by itself, but with each block hundreds of them begin anew.
+// Prefetches the next voice's samples while the current one is mixed. The hardware prefetcher follows a
+// single sound by itself, but each block starts hundreds of them.
 void Mixer::Prefetch(const Voice& voice, int frames) {
     const int64_t needed = int64_t{frames} * voice.step.numerator / voice.step.denominator;
     const int64_t left = voice.frames - voice.now.position.frame;
     const int64_t bytes = std::min(std::min(needed, left) * voice.format.frame_bytes, kMaxPrefetch);
     const unsigned char* from = voice.data + voice.now.position.frame * voice.format.frame_bytes;
     for (int64_t i = 0; i < bytes; i += kCacheLine) __builtin_prefetch(from + i);
-    // A function that does nothing else counts as without effect, and calls of it are dropped.
+    // Without this, the compiler treats the function as free of effects and drops the calls.
     asm volatile("");
 }
 
@@ -137,8 +138,8 @@ void Mixer::Deactivate(Voice* voice) {
     voice->previous = voice->next = nullptr;
 }
 
-// Mixes a voice from where this block has it up to `end`, if that is not behind; what lies before the block
-// passes unheard.
+// Mixes a voice from its position in this block up to frame `end`. Anything before the block is skipped in
+// silence.
 void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
     PlayState& now = voice->now;
     if (voice->done < 0) {
@@ -148,7 +149,7 @@ void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
     }
     while (now.playing && voice->done < end) {
         int64_t run = end - voice->done;
-        // A filter reads across the loop's end by itself; copying stops there.
+        // A filter reads across the loop's end; the unconverted path stops there.
         if (!now.looping || voice->filter == nullptr)
             run = std::min(run, FramesUntil(now.position, voice->step, voice->frames));
         run = std::min<int64_t>(run, kChunk);
@@ -166,8 +167,7 @@ void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
     voice->done = std::max(voice->done, end);
 }
 
-// A voice that is converted and plays through the whole block adds itself to a bus. False: it is to be mixed
-// by itself.
+// Adds a converted voice that plays through the whole block to a bus. False: mix it on its own.
 bool Mixer::MixShared(Voice* voice, int frames) {
     PlayState& now = voice->now;
     const auto count = static_cast<size_t>(frames);
@@ -252,8 +252,8 @@ void Mixer::MixRun(const Voice& voice, float* acc, size_t frames) {
     kernels.add_stereo(m_left.data(), right, acc, frames, voice.gain);
 }
 
-// Reads frames from `first` on, which may lie before the beginning, with what is heard there: silence around
-// a sound that plays once, and before a loop that has not come round yet.
+// Reads `count` frames starting at `first`, which may be negative. Fills in silence around a one-shot sound
+// and before the first lap of a loop.
 void Mixer::ReadAround(const Voice& voice, int64_t first, size_t count) {
     const bool mono16 = voice.format.kind == SampleKind::kS16 && voice.format.channels == 1;
     const bool loops = voice.now.looping;

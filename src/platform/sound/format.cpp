@@ -38,7 +38,7 @@ struct S32 {
     }
 };
 
-// Bytes of a file may spell infinities and not-a-numbers, which would stay in the mix for good.
+// A file can contain infinities and NaNs, which would stay in the mix for good.
 struct F32 {
     static constexpr int kBytes = 4;
     SOUND_RACY static float Read(const unsigned char* p) {
@@ -54,8 +54,8 @@ struct Sides {
     float left, right;
 };
 
-// Rows: 3 to 8 channels. Front left and right, then centre, low frequency, back and side as far as each count
-// has them.
+// Rows for 3 to 8 channels: front left and right, then centre, low frequency, back and side, as far as
+// present.
 constexpr Sides kBoth{kHalfPower, kHalfPower}, kLeft{kHalfPower, 0}, kRight{0, kHalfPower};
 constexpr Sides kDownmix[6][kMaxChannels] = {
     {{1, 0}, {0, 1}, kBoth},

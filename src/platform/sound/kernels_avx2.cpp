@@ -13,7 +13,7 @@ SOUND_RACY AVX2 inline __m256 Load16(const unsigned char* p) {  // eight samples
     return _mm256_cvtepi32_ps(_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
 }
 
-// Multiplied and added apart, as the plain loop does that finishes a run.
+// Multiplies and adds separately, as the plain loop that finishes a run does.
 AVX2 inline void Add8(float* acc, __m256 x) {
     _mm256_storeu_ps(acc, _mm256_add_ps(_mm256_loadu_ps(acc), x));
 }
@@ -27,7 +27,7 @@ SOUND_RACY AVX2 void AddStereo16(const unsigned char* source, float* acc, size_t
     PlainKernels().add_stereo16(source + 4 * i, acc + 2 * i, frames - i, gain);
 }
 
-// Eight values to both sides.
+// Adds eight values to both sides.
 AVX2 inline void AddBoth(float* acc, __m256 x) {
     const __m256 low = _mm256_unpacklo_ps(x, x), high = _mm256_unpackhi_ps(x, x);
     Add8(acc, _mm256_permute2f128_ps(low, high, 0x20));
@@ -68,7 +68,7 @@ SOUND_RACY AVX2 void ReadMono16(const unsigned char* source, float* out, size_t 
     PlainKernels().read_mono16(source + 2 * i, out + i, frames - i);
 }
 
-// Thirty-two outputs at a time, so that every coefficient is spread once for all of them.
+// Computes thirty-two outputs at once, so each coefficient is broadcast only once for all of them.
 AVX2 void Convolve(const float* in, const float* row, int taps, float* out, size_t count) {
     for (size_t k = 0; k < count; k += 32) {
         __m256 a = _mm256_setzero_ps(), b = a, c = a, d = a;

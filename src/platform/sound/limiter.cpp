@@ -9,7 +9,7 @@ namespace audio {
 namespace {
 
 constexpr double kRelease = 0.1;     // s, time constant
-constexpr float kRecovered = 1e-5f;  // above full scale; below this the gain is 1 again
+constexpr float kRecovered = 1e-5f;  // above full scale; below this the gain snaps back to 1
 
 }  // namespace
 

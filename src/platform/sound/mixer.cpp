@@ -9,7 +9,7 @@ namespace {
 
 constexpr size_t kQueueSize = 4096;
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
-constexpr int kDelayPart = 5;                // a running device is never later than this part of a second
+constexpr int kDelayPart = 5;                // a running device is never later than this fraction of a second
 
 }  // namespace
 
@@ -29,13 +29,13 @@ Mixer::~Mixer() {
     Close();
 }
 
-// The output frame that sounds at a clock reading.
+// The output frame at a clock reading.
 int64_t Mixer::FrameAt(uint64_t time) const {
     const auto rate = static_cast<uint64_t>(m_rate);
     return static_cast<int64_t>(time / kSecond * rate + time % kSecond * rate / kSecond);
 }
 
-// ---- opening and closing: no block is mixed meanwhile ----
+// ---- opening and closing; no block is mixed meanwhile ----
 
 bool Mixer::Open(int rate, bool mono) {
     const int before = m_rate;
@@ -64,7 +64,8 @@ void Mixer::Configure(int rate) {
     if (rate == 0) return;
     m_limiter.SetRate(rate);
     Allocate();
-    const int64_t now = FrameAt(host::Nanoseconds());  // no output is open that this could make mix
+    const int64_t now =
+        FrameAt(host::Nanoseconds());  // no output is open that this reading could cause to mix
     for (Voice* voice : m_voices) {
         Retune(voice);
         voice->predicted_at = voice->at = now;
@@ -84,7 +85,7 @@ void Mixer::Close() {
     m_rate = 0;
 }
 
-// Fits a voice to the output's rate. All its orders have been carried out.
+// Adapts a voice to the output's rate. All its commands must have been executed.
 void Mixer::Retune(Voice* voice) {
     const uint32_t denominator = voice->step.denominator;
     voice->step = MakeStep(voice->format.rate, m_rate);
@@ -98,7 +99,7 @@ void Mixer::Retune(Voice* voice) {
 // ---- voices ----
 
 void Mixer::Add(Voice* voice) {
-    // Made before the lock is taken: a large table takes longer than a block lasts.
+    // Created before taking the lock: a large table takes longer than one block.
     const auto filter = m_rate != 0 ? FilterFor(voice->format.rate, m_rate) : nullptr;
     const std::lock_guard<std::mutex> hold(m_lock);
     if (m_rate != 0) Retune(voice);
@@ -123,7 +124,7 @@ void Mixer::WaitForBlock(std::unique_lock<std::mutex>& hold) {
     --m_block_waiters;
 }
 
-// ---- orders ----
+// ---- commands ----
 
 void Mixer::Play(Voice* voice, bool looping) {
     Enqueue({voice, Kind::kPlay, looping, 0, 0, 0});
@@ -156,8 +157,8 @@ void Mixer::Apply(const Command& command, PlayState* state) {
     }
 }
 
-// The clock is read before the lock is taken: reading a virtual clock may mix a block. What is being mixed
-// already can't be changed any more, so an order comes behind it.
+// Reads the clock before taking the lock, because reading a virtual clock may mix a block. A command cannot
+// change a block that is being mixed, so it takes effect after it.
 void Mixer::Enqueue(Command command) {
     const uint64_t time = host::Nanoseconds();
     std::unique_lock<std::mutex> hold(m_lock);
@@ -178,7 +179,7 @@ void Mixer::Enqueue(Command command) {
     m_commands[(m_first_command + m_command_count++) % kQueueSize] = command;
 }
 
-// A virtual clock can be set back: what waits for its old readings is then due at once.
+// A virtual clock can be set back. Commands queued for later readings are then due at once.
 void Mixer::Rebase(int64_t frame) {
     for (size_t i = 0; i < m_command_count; ++i) {
         Command& command = m_commands[(m_first_command + i) % kQueueSize];
@@ -200,8 +201,8 @@ void Mixer::Execute(const Command& command) {
     if (command.kind == Kind::kPlay && !voice->active) Activate(voice);
 }
 
-// Between two blocks, when more orders have come than the ring holds. What the voice would have played until
-// then is not heard.
+// Executes the oldest command between two blocks, when the queue is full. What its voice would have played
+// before is not heard.
 void Mixer::ExecuteOldest() {
     if (m_command_count == 0) return;
     const Command command = m_commands[m_first_command];
@@ -219,8 +220,8 @@ void Mixer::ExecuteAll() {
     while (m_command_count > 0) ExecuteOldest();
 }
 
-// While the device is being opened, or stands still, time goes on without it: what lies so far behind the
-// clock will not be heard any more.
+// While the device is opening or stalled, positions follow the clock: sound that far in the past will not be
+// heard.
 Cursor Mixer::Where(Voice* voice) {
     const uint64_t time = host::Nanoseconds();
     const std::lock_guard<std::mutex> hold(m_lock);

@@ -15,14 +15,14 @@ namespace audio {
 namespace {
 
 constexpr int kTapsUp = 96;     // twice the zero crossings on each side
-constexpr int kTapsDown = 128;  // the same, in units of the output's samples
+constexpr int kTapsDown = 128;  // the same, in output samples
 constexpr double kBeta = 9.2;   // Kaiser; about 92 dB, by 0.1102 (A - 8.7)
 constexpr double kAttenuation = 92.0;
 constexpr uint32_t kMaxPhases = 512;
-constexpr uint32_t kMaxCoefficients = 1 << 16;  // of a table with a row for each phase
-constexpr uint32_t kInterpolatedPhases = 512;   // of a table that is interpolated: error below -100 dB
+constexpr uint32_t kMaxCoefficients = 1 << 16;  // of a table with one row per phase
+constexpr uint32_t kInterpolatedPhases = 512;   // of an interpolated table: error below -100 dB
 
-// The modified Bessel function of order 0, by its power series.
+// The modified Bessel function of order 0, from its power series.
 double Bessel0(double x) {
     double sum = 1, term = 1;
     for (int k = 1; k < 60; ++k) {
@@ -41,8 +41,8 @@ bool IsDownsampling(Step step) {
     return step.numerator > step.denominator;
 }
 
-// Source frames per output frame. A table that is interpolated takes the next of 32 steps per octave, so
-// that even a set of files with a rate each leads to few tables.
+// Source frames per output frame. For an interpolated table, rounded up to one of 32 steps per octave, so
+// that files with many different rates share few tables.
 double Ratio(Step step, bool coarse) {
     const double ratio = static_cast<double>(step.numerator) / step.denominator;
     return coarse ? std::exp2(std::ceil(std::log2(ratio) * 32 - 1e-9) / 32) : ratio;
@@ -103,7 +103,7 @@ void Filter::MakePhases(double cutoff) {
             sum += row[static_cast<size_t>(j)] = Sinc(cutoff * x) * window;
         }
         float* out = m_table.data() + size_t{r} * static_cast<size_t>(m_taps);
-        for (double h : row) *out++ = static_cast<float>(h / sum);  // every row has gain 1 at 0 Hz
+        for (double h : row) *out++ = static_cast<float>(h / sum);  // every row has unity gain at 0 Hz
     }
 }
 
@@ -118,7 +118,7 @@ size_t Filter::MaxInputLength(int output_rate, size_t count) {
            static_cast<size_t>(std::max(TapsFor(ratio), kTapsUp));
 }
 
-// Between two rows, linearly.
+// Interpolates linearly between two rows.
 float Filter::Interpolate(const float* in, uint32_t fraction, uint32_t denominator) const {
     const Kernels& kernels = BestKernels();
     const double at = static_cast<double>(fraction) * m_phases / denominator;
@@ -129,14 +129,14 @@ float Filter::Interpolate(const float* in, uint32_t fraction, uint32_t denominat
     return a + (b - a) * weight;
 }
 
-// A whole number of outputs for each input: each row runs over the input at a stretch.
+// A whole number of outputs per input: convolves the input with each row in one run.
 void Filter::RunIntegerRatio(const float* in, uint32_t fraction, Step step, size_t count, float* out,
                              float* scratch) const {
     const Kernels& kernels = BestKernels();
     const uint32_t rows = step.denominator;
     const size_t each = (fraction + count - 1) / rows + 1;
     if (rows == 2) {
-        // Row 0 is a single 1: the source itself.
+        // Row 0 is a single 1, which is the source itself.
         kernels.convolve(in, m_table.data() + m_taps, m_taps, scratch, each);
         if (fraction == 0) {
             kernels.interleave(in + Before(), scratch, out, each);
