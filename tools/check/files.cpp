@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/ascii.h"
-#include "platform/files.h"
-#include "platform/pathmatch.h"
+#include "platform/files/files.h"
+#include "platform/files/pathmatch.h"
 
 namespace check {
 namespace {
@@ -80,7 +80,7 @@ std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
     const size_t left = definition.path.size() - (name.size() - stem.size());
     if (definition.path.size() < name.size()) return "";
     // The player has already tried these substitutes.
-    for (const std::string& other : StandInPaths(definition.path, kind)) {
+    for (const std::string& other : SubstitutePaths(definition.path, kind)) {
         if (!FileFind(other.c_str()).empty())
             return "; " + Quote(stem + EndingOf(other)) + " exists but cannot be read";
     }
@@ -95,7 +95,7 @@ std::string HintAboutKind(const std::string& name, MediaKind kind) {
     const bool sound = kind == MediaKind::kSound;
     const std::string ending = EndingOf(name), own = sound ? ".wav" : ".bmp";
     const std::string save = sound ? "save it as a PCM WAV file" : "save it as a BMP file";
-    const std::vector<std::string> others = StandInPaths(name, kind);
+    const std::vector<std::string> others = SubstitutePaths(name, kind);
     const auto same = [&](const std::string& other) { return AsciiEqual(EndingOf(other), ending); };
     if (AsciiEqual(ending, own) || std::none_of(others.begin(), others.end(), same)) return "; " + save;
     const std::string meant = name.substr(0, name.size() - ending.size()) + own;

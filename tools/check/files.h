@@ -4,7 +4,7 @@
 #include <string>
 
 #include "check/tables.h"
-#include "platform/standin.h"
+#include "platform/substitutes/substitute.h"
 
 namespace check {
 

@@ -5,8 +5,8 @@
 #include "check/files.h"
 #include "check/subject.h"
 #include "host/headless/headless.h"
-#include "platform/files.h"
-#include "platform/mmio.h"
+#include "platform/codec/mmio.h"
+#include "platform/files/files.h"
 #include "sound/dsbuffer.h"
 #include "sound/xaformat.h"
 
