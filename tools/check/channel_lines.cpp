@@ -97,14 +97,14 @@ void LineChecker::CheckPairs(const Line& line, int32_t measure, int32_t channel)
     const char* data = line.text + kDataColumn;
     const size_t bytes = std::strlen(data);
     const bool hex = channel == 3;
-    bool told = false;
+    bool reported = false;
     for (size_t i = 0; i + 2 <= bytes; i += 2) {
         const char* pair = data + i;
         if (pair[0] == '0' && pair[1] == '0') continue;
         if (hex && !IsHexPair(pair)) {
             CheckTempoPair(line, ColumnOf(line, i), pair);
-        } else if (!IsId(pair) && !told) {
-            told = true;
+        } else if (!IsId(pair) && !reported) {
+            reported = true;
             findings_->Add(line.At(ColumnOf(line, i)), "bad-digit", [&] {
                 return Quote(PairAt(pair)) +
                        " is not two digits of 0-9 and A-Z; it still takes a position in the measure, and the "

@@ -36,6 +36,30 @@ bool Exists(const std::string& path) {
     return MatchPath(path, there, nullptr);
 }
 
+// Which similar file exists, or what is odd about the name. Begins with "; " or is empty.
+std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
+    const std::string& name = definition.name;
+    if (!name.empty() && name.back() == ' ') return "; the name ends with a blank";
+    if (!name.empty() && name.front() == ' ') return "; the name begins with a blank";
+    if (name.find('"') != name.npos) return "; the quotes count as part of the name";
+    if (name.size() > 2 && (name[1] == ':' || name[0] == '\\' || name[0] == '/'))
+        return "; a name is always looked up in the chart's folder";
+    const size_t dot = name.rfind('.');
+    const std::string stem = name.substr(0, dot);
+    const size_t left = definition.path.size() - (name.size() - stem.size());
+    if (definition.path.size() < name.size()) return "";
+    // The player has already tried these substitutes.
+    for (const std::string& other : SubstitutePaths(definition.path, kind)) {
+        if (!FileFind(other.c_str()).empty())
+            return "; " + Quote(stem + EndingOf(other)) + " exists but cannot be read";
+    }
+    for (const char* ending : {".xa", ".mpg", ".avi", ".mp4"}) {
+        if (!FileFind((definition.path.substr(0, left) + ending).c_str()).empty())
+            return "; " + Quote(stem + ending) + " exists";
+    }
+    return "";
+}
+
 }  // namespace
 
 void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
@@ -67,28 +91,9 @@ Spelling CompareSpelling(const std::string& name, const std::string& found) {
     return same_but_case ? Spelling::kCase : Spelling::kEncoding;
 }
 
-std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
-    const std::string& name = definition.name;
-    if (Exists(definition.path)) return "; it exists but is not a readable file";
-    if (!name.empty() && name.back() == ' ') return "; the name ends with a blank";
-    if (!name.empty() && name.front() == ' ') return "; the name begins with a blank";
-    if (name.find('"') != name.npos) return "; the quotes count as part of the name";
-    if (name.size() > 2 && (name[1] == ':' || name[0] == '\\' || name[0] == '/'))
-        return "; a name is always looked up in the chart's folder";
-    const size_t dot = name.rfind('.');
-    const std::string stem = name.substr(0, dot);
-    const size_t left = definition.path.size() - (name.size() - stem.size());
-    if (definition.path.size() < name.size()) return "";
-    // The player has already tried these substitutes.
-    for (const std::string& other : SubstitutePaths(definition.path, kind)) {
-        if (!FileFind(other.c_str()).empty())
-            return "; " + Quote(stem + EndingOf(other)) + " exists but cannot be read";
-    }
-    for (const char* ending : {".xa", ".mpg", ".avi", ".mp4"}) {
-        if (!FileFind((definition.path.substr(0, left) + ending).c_str()).empty())
-            return "; " + Quote(stem + ending) + " exists";
-    }
-    return "";
+std::string WhyMissing(const Definition& definition, MediaKind kind) {
+    if (Exists(definition.path)) return " exists but is not a readable file";
+    return " does not exist" + HintAboutMissing(definition, kind);
 }
 
 std::string HintAboutKind(const std::string& name, MediaKind kind) {

@@ -21,9 +21,8 @@ Spelling CompareSpelling(const std::string& name, const std::string& found);
 void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
                    Findings* findings);
 
-// A clause about a file that was not found: which similar file exists, or what is odd about the name. Begins
-// with "; " or is empty.
-std::string HintAboutMissing(const Definition& definition, MediaKind kind);
+// The end of a sentence that begins with the name of a file that was not found: " does not exist", and why.
+std::string WhyMissing(const Definition& definition, MediaKind kind);
 
 // A clause about an existing file that the player cannot read: how to make it heard or seen.
 std::string HintAboutKind(const std::string& name, MediaKind kind);

@@ -85,7 +85,7 @@ void CheckTempoIds(Subject* subject) {
         const std::string id = IdOf(static_cast<int32_t>(i));
         if (definition.place.line == 0 && use.objects > 0) {
             subject->findings.Add(use.place, "undefined-tempo", [&] {
-                return "no #BPM" + id + " line defines this tempo; the player uses 130 for its " +
+                return "no #BPM" + id + " line defines this tempo; the player uses 130 for " +
                        Objects(use.objects);
             });
         } else if (use.early_objects > 0) {

@@ -107,8 +107,8 @@ void LineChecker::CheckLoneLf(const Line& line, const char* lf) {
     if (lines == 0) return;
     const Severity severity = commands ? kError : kWarning;
     findings_->Add(line.At(lf - line.raw), "lone-lf", severity, [lines] {
-        return "a LF without a CR does not end a line: the player skips the " + CountOf(lines, "line") +
-               " from here to the next CR LF; save the file with CR LF line ends";
+        return "a LF without a CR does not end a line: the player skips " + CountOf(lines, "line") +
+               " up to the next CR LF; save the file with CR LF line ends";
     });
 }
 

@@ -97,8 +97,7 @@ void CheckPicture(Subject* subject, const Definition& definition, const CDib* di
     const bool missing = file->found.empty();
     const Code code = missing ? Code("picture-missing") : "picture-unreadable";
     subject->findings.Add(NameOf(definition), code, uses > 0 ? kError : kNote, [&] {
-        return missing ? Quote(definition.name) + " does not exist" +
-                             HintAboutMissing(definition, MediaKind::kPicture) + cost
+        return missing ? Quote(definition.name) + WhyMissing(definition, MediaKind::kPicture) + cost
                        : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
                              HintAboutKind(definition.name, MediaKind::kPicture) + cost;
     });

@@ -164,8 +164,7 @@ void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer&
     file->found = FileFind(definition.path.c_str());
     if (file->found.empty()) {
         subject->findings.Add(NameOf(definition), "sound-missing", severity, [&] {
-            return Quote(definition.name) + " does not exist" +
-                   HintAboutMissing(definition, MediaKind::kSound) + cost;
+            return Quote(definition.name) + WhyMissing(definition, MediaKind::kSound) + cost;
         });
         return;
     }
