@@ -9,9 +9,9 @@
 
 #include "display/ddraw.h"
 #include "display/dib.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 #include "platform/timer.h"
-#include "platform/window.h"
+#include "platform/window/window.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"

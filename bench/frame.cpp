@@ -9,8 +9,8 @@
 #include <random>
 #include <vector>
 
-#include "platform/directdraw.h"
-#include "platform/gdi_object.h"
+#include "platform/graphics/directdraw.h"
+#include "platform/graphics/gdi_object.h"
 
 namespace {
 

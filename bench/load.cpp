@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/sound_format.h"
-#include "platform/sound_resampler.h"
+#include "platform/sound/format.h"
+#include "platform/sound/resampler.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
 
@@ -44,42 +44,42 @@ struct Space {
 };
 
 // One side through the filter: `frames` frames in, `made` out.
-void Resample(const sound::Filter& filter, sound::Step step, const std::vector<float>& in, size_t made,
+void Resample(const audio::Filter& filter, audio::Step step, const std::vector<float>& in, size_t made,
               std::vector<float>* out, std::vector<float>* scratch) {
     constexpr size_t kChunk = 2048;
-    scratch->resize(kChunk + 2 * sound::Filter::kOverrun);
-    out->resize(made + kChunk + 2 * sound::Filter::kOverrun);
-    sound::Place place;
+    scratch->resize(kChunk + 2 * audio::Filter::kOverrun);
+    out->resize(made + kChunk + 2 * audio::Filter::kOverrun);
+    audio::Place place;
     for (size_t at = 0; at < made; at += kChunk) {
         const size_t count = std::min(kChunk, made - at);
         filter.Run(&in[static_cast<size_t>(place.frame)], place.fraction, step, count, out->data() + at,
                    scratch->data());
-        place = sound::Advance(place, step, static_cast<int64_t>(count));
+        place = audio::Advance(place, step, static_cast<int64_t>(count));
     }
 }
 
 // The frames of a loaded sound as floats, with silence on both sides for the filter.
-void ReadSides(const BYTE* data, size_t frames, const sound::Format& format, size_t before, size_t behind,
+void ReadSides(const BYTE* data, size_t frames, const audio::Format& format, size_t before, size_t behind,
                Space* space) {
     for (std::vector<float>& side : space->side) side.assign(before + frames + behind, 0);
-    sound::ReadFrames(format, data, frames, space->side[0].data() + before, space->side[1].data() + before);
+    audio::ReadFrames(format, data, frames, space->side[0].data() + before, space->side[1].data() + before);
 }
 
 std::vector<int16_t> ToStereo44(const CDSBuffer& loaded, Space* space) {
-    sound::Format format;
+    audio::Format format;
     void* data = nullptr;
     DWORD bytes = 0;
-    if (!sound::ParseFormat(loaded.m_wfx, &format) ||
+    if (!audio::ParseFormat(loaded.m_wfx, &format) ||
         loaded.m_pDSB->Lock(0, 0, &data, &bytes, nullptr, nullptr, DSBLOCK_ENTIREBUFFER) != DS_OK)
         Die("a sound without samples");
     const size_t frames = loaded.m_nPcmLen / static_cast<size_t>(format.frame_bytes);
-    const auto filter = sound::FilterFor(format.rate, kRate);
+    const auto filter = audio::FilterFor(format.rate, kRate);
     size_t made = frames, before = 0, behind = 0;
-    const sound::Step step = sound::MakeStep(format.rate, kRate);
+    const audio::Step step = audio::MakeStep(format.rate, kRate);
     if (filter) {
-        made = static_cast<size_t>(sound::FramesUntil({}, step, static_cast<int64_t>(frames)));
+        made = static_cast<size_t>(audio::FramesUntil({}, step, static_cast<int64_t>(frames)));
         before = static_cast<size_t>(filter->Before());
-        behind = static_cast<size_t>(filter->Taps()) + 4 * sound::Filter::kOverrun;
+        behind = static_cast<size_t>(filter->Taps()) + 4 * audio::Filter::kOverrun;
     }
     ReadSides(static_cast<const BYTE*>(data), frames, format, before, behind, space);
     const int sides = format.channels == 1 ? 1 : 2;

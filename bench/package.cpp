@@ -8,7 +8,7 @@
 
 #include "chart/bms.h"
 #include "display/ddraw.h"
-#include "platform/directsound.h"
+#include "platform/sound/directsound.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
 

@@ -7,7 +7,7 @@
 
 #include "host/headless/headless.h"
 #include "host/headless/sound.h"
-#include "platform/directsound.h"
+#include "platform/sound/directsound.h"
 
 namespace {
 

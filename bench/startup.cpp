@@ -1,7 +1,7 @@
 // The player on a real display with the demo, or the chart given, for a stopwatch that watches the screen
 // from outside.
 #include "host/host.h"
-#include "platform/commandline.h"
+#include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "check/report.h"
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int file = memfd_create("chart", 0);

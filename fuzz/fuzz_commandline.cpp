@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "host/headless/headless.h"
-#include "platform/commandline.h"
 #include "platform/process.h"
+#include "platform/window/commandline.h"
 #include "shell/options.h"
 #include "shell/shell.h"
 #include "shell/winlist.h"

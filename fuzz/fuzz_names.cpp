@@ -5,9 +5,9 @@
 #include <fstream>
 #include <string>
 
-#include "platform/files.h"
-#include "platform/namefold.h"
-#include "platform/text.h"
+#include "platform/files/files.h"
+#include "platform/files/namefold.h"
+#include "platform/files/text.h"
 
 namespace {
 

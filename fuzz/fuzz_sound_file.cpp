@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/sound_file.h"
+#include "platform/substitutes/sound.h"
 
 // A Vorbis head that breaks off costs 6 kB each, inside the library.
 extern "C" const char* __lsan_default_suppressions() {

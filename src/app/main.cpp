@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/host.h"
-#include "platform/commandline.h"
+#include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
 

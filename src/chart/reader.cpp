@@ -5,10 +5,10 @@
 
 #include "chart/text.h"
 #include "display/ddraw.h"
-#include "platform/files.h"
-#include "shell/diagnostics.h"
+#include "platform/files/files.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
+#include "system/diagnostics.h"
 
 char* ReadChartText(const char* pszPath, int64_t* pnSize) {
     FileForgetListings();

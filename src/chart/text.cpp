@@ -5,14 +5,11 @@
 #include <limits>
 
 #include "chart/digits.h"
-
-static char FoldCase(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
+#include "platform/ascii.h"
 
 int HasHeadI(const char* pszText, const char* pszHead) {
     for (; *pszHead; ++pszText, ++pszHead) {
-        if (FoldCase(*pszText) != FoldCase(*pszHead)) return 0;  // the text's NUL differs too
+        if (AsciiUpper(*pszText) != AsciiUpper(*pszHead)) return 0;  // the text's NUL differs too
     }
     return 1;
 }

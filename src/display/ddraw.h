@@ -1,7 +1,7 @@
 // The display: surfaces, the picture's way to the window, and the 576 image slots.
 #pragma once
 
-#include "platform/directdraw.h"
+#include "platform/graphics/directdraw.h"
 #include "platform/wintypes.h"
 
 class CDib;

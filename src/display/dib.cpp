@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // A BMP file in memory, as its bytes.
 #pragma once
 
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 
 class CDib {
 public:

@@ -4,7 +4,7 @@
 
 #include "display/ddraw.h"
 #include "platform/timer.h"
-#include "platform/window.h"
+#include "platform/window/window.h"
 
 namespace {
 

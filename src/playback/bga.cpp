@@ -6,13 +6,9 @@
 #include "playback/bga.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/globals.h"
+#include "system/globals.h"
 
 namespace {
-
-bool IsLayer(int32_t nChannel) {
-    return nChannel == LAYER_BGA || nChannel == LAYER_POOR || nChannel == LAYER_OVERLAY;
-}
 
 bool FitsLong(int64_t n) {
     return n >= INT32_MIN && n <= INT32_MAX;

@@ -3,7 +3,7 @@
 
 #include "display/ddraw.h"
 #include "playback/layout.h"
-#include "shell/globals.h"
+#include "system/globals.h"
 
 // Plain, and with black left out; pRect null: the whole surface. Nothing without a display.
 inline void DrawPart(int x, int y, const RECT* pRect, int nParts) {

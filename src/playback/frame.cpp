@@ -3,14 +3,14 @@
 // when it fires.
 #include <initializer_list>
 
+#include "chart/charttime.h"
 #include "display/ddraw.h"
 #include "platform/timer.h"
-#include "playback/chartmath.h"
 #include "playback/draw.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/globals.h"
 #include "sound/dsbuffer.h"
+#include "system/globals.h"
 
 static int IsOnScreen(int32_t y) {
     return y >= 1 && y < LINE_LIMIT;
@@ -29,10 +29,11 @@ static int32_t BeginFrame(double dSpeed) {
 // Puts the anchor on its line, and the bar of its measure, from which the bar walk goes on.
 static void PlaceAnchor(int32_t nNow, double dSpeed) {
     const double dAhead = static_cast<double>(int64_t{g_pAnchor->nTime} - nNow);
-    g_pAnchor->nChannel = HoldInt(int64_t{LINE_NOW} - TruncToInt(dAhead * g_dPixelsPerSec * 0.001));
+    g_pAnchor->nChannel = ClampToInt(int64_t{LINE_NOW} - TruncToInt(dAhead * g_dPixelsPerSec * 0.001));
     g_nBarCursor = g_pAnchor->nMeasure;
     BmsEvent& bar = g_pBarList[g_nBarCursor];
-    bar.nChannel = HoldInt(int64_t{TruncToInt(dSpeed * bar.dValue * g_pAnchor->dPos)} + g_pAnchor->nChannel);
+    bar.nChannel =
+        ClampToInt(int64_t{TruncToInt(dSpeed * bar.dValue * g_pAnchor->dPos)} + g_pAnchor->nChannel);
 }
 
 static void DrawBar(int32_t nBar, int32_t y) {
@@ -61,7 +62,7 @@ static void WalkBars(int32_t nNow, double dSpeed) {
                 g_pAnchor = &bar;
             }
         }
-        y = HoldInt(int64_t{y} - TruncToInt(dSpeed * bar.dValue));
+        y = ClampToInt(int64_t{y} - TruncToInt(dSpeed * bar.dValue));
     }
 }
 
@@ -74,7 +75,7 @@ static void WalkEvents(BmsEvent* pList, int32_t nCount, int32_t* pnCursor, int32
     for (int32_t i = *pnCursor; i < nCount; ++i) {
         BmsEvent& event = pList[i];
         const BmsEvent& bar = g_pBarList[event.nMeasure];
-        const int32_t y = HoldInt(int64_t{bar.nChannel} - TruncToInt(dSpeed * bar.dValue * event.dPos));
+        const int32_t y = ClampToInt(int64_t{bar.nChannel} - TruncToInt(dSpeed * bar.dValue * event.dPos));
         if (y < 0) return;
         if (event.bDone) continue;
         if (IsOnScreen(y)) fnDraw(event, y);
@@ -109,7 +110,7 @@ static int FireNote(const BmsEvent& event) {
 static int FirePicture(const BmsEvent& event) {
     const int32_t n =
         event.nChannel >= BGADEF_CHANNEL_BASE ? event.nChannel - BGADEF_CHANNEL_BASE : event.nChannel;
-    if (n != LAYER_BGA && n != LAYER_POOR && n != LAYER_OVERLAY) return 0;
+    if (!IsLayer(n)) return 0;
     if (g_pDDraw) FireBga(&event);
     return 1;
 }
@@ -136,7 +137,7 @@ static void EndChart(int32_t nNow) {
     g_dwStartTime = g_dwNowTime;
     SeekMeasure(g_nStartMeasure, &g_dwSeekTime);
     if (!g_pDDraw) return;
-    for (int nLayer : {LAYER_BGA, LAYER_POOR, LAYER_OVERLAY}) g_pDDraw->ClearParts(nLayer, 0);
+    for (int nLayer : LAYERS) g_pDDraw->ClearParts(nLayer, 0);
 }
 
 void PlayFrame() {

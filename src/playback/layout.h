@@ -10,6 +10,9 @@ constexpr int SCREEN_WIDTH = 452, SCREEN_HEIGHT = 280;
 // Parts surfaces.
 constexpr int PARTS_SPRITES = 0, PARTS_SKIN = 1, LAYER_BGA = 4, LAYER_POOR = 6, LAYER_OVERLAY = 7;
 constexpr int SPRITES_WIDTH = 64, SPRITES_HEIGHT = 48;
+// The picture layers; a layer's surface has the number of its channel.
+constexpr int LAYERS[] = {LAYER_BGA, LAYER_POOR, LAYER_OVERLAY};
+bool IsLayer(int32_t nChannel);
 constexpr int LAYER_SIZE = 256;
 constexpr int LAYER_X = 195, LAYER_Y = 1;
 

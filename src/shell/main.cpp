@@ -7,7 +7,6 @@
 #include "shell/framerate.h"
 #include "shell/options.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 #include "shell/winlist.h"
 
 namespace {

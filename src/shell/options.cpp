@@ -3,10 +3,10 @@
 #include <cstring>
 
 #include "chart/text.h"
-#include "platform/dialog.h"
-#include "shell/diagnostics.h"
+#include "platform/window/dialog.h"
 #include "shell/shell.h"
 #include "shell/winlist.h"
+#include "system/diagnostics.h"
 
 namespace {
 

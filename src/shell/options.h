@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "platform/wintypes.h"
+
 class CWinList;
 
 constexpr int FILE_NAME_SIZE = 260;  // bytes of a chart's name, its NUL included
@@ -34,3 +36,8 @@ int32_t LimitMeasure(int32_t nMeasure);
 // The chart's name from the rest of the line, or from the dialog when that is empty; FILE_NAME_SIZE bytes,
 // cut. False when the dialog was cancelled.
 bool TakeFileName(const char* pszRest, char* szFile);
+
+// The open dialog, at start and for a change of chart. Zero when it was cancelled. szFile: FILE_NAME_SIZE
+// bytes, zeroed by the caller.
+BOOL AskChartFile(HWND hOwner, HINSTANCE hInstance, char* szFile);
+void StripQuotes(char* szFile);  // those around a name

@@ -1,14 +1,14 @@
-// Another chart on the same window, sound device and display.
+#include "shell/reload.h"
+
 #include <cstring>
 #include <new>
 
 #include "chart/bms.h"
 #include "display/ddraw.h"
-#include "platform/dialog.h"
+#include "platform/window/dialog.h"
 #include "playback/playback.h"
 #include "shell/options.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
 

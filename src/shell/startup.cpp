@@ -4,13 +4,13 @@
 
 #include "chart/bms.h"
 #include "display/ddraw.h"
-#include "platform/dialog.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
+#include "platform/window/dialog.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/diagnostics.h"
 #include "shell/shell.h"
 #include "sound/dsound.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -53,9 +53,7 @@ int StartDisplay(int32_t nWindowX, int32_t nWindowY) {
     if (g_pDDraw->Init(g_hWnd, nWindowX, nWindowY, SCREEN_WIDTH, SCREEN_HEIGHT)) return EXIT_FAILED;
     LoadSurface(BITMAP_SPRITES, true, PARTS_SPRITES, SPRITES_WIDTH, SPRITES_HEIGHT);
     if (g_pDDraw) LoadSurface(BITMAP_SKIN, false, PARTS_SKIN, SCREEN_WIDTH, SCREEN_HEIGHT);
-    MakeLayer(LAYER_BGA);
-    MakeLayer(LAYER_POOR);
-    MakeLayer(LAYER_OVERLAY);
+    for (int nLayer : LAYERS) MakeLayer(nLayer);
     return g_pDDraw ? START_PLAY : 0;
 }
 

@@ -1,20 +1,18 @@
-// The playing state: Idle, Running, Paused, Held around a menu or a box, Ended.
+#include "shell/state.h"
+
 #include "display/ddraw.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/shell.h"
-#include "shell/startup.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
+#include "system/globals.h"
 
 bool HasChart() {
     return g_pDSound && g_pDDraw && g_pBMS && g_pBarList;
 }
 
 void ClearLayers() {
-    g_pDDraw->ClearParts(LAYER_BGA, 0);
-    g_pDDraw->ClearParts(LAYER_POOR, 0);
-    g_pDDraw->ClearParts(LAYER_OVERLAY, 0);
+    for (int nLayer : LAYERS) g_pDDraw->ClearParts(nLayer, 0);
 }
 
 void PauseChart(int bUser) {

@@ -1,11 +1,11 @@
-// The one window, and its title.
+#include "shell/window.h"
+
 #include <cstring>
 
 #include "chart/bms.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 
 namespace {
 

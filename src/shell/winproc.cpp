@@ -1,10 +1,9 @@
 // What the window is told, message by message. Every message goes on to the default handling.
 #include <cstring>
 
-#include "platform/dialog.h"
+#include "platform/window/dialog.h"
 #include "shell/options.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 
 namespace {
 

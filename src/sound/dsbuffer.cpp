@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/xadec.h"
+#include "system/diagnostics.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // One sound: a sound buffer with what is needed to fill it from a WAV or an XA file.
 #pragma once
 
-#include "platform/acm.h"
-#include "platform/directsound.h"
-#include "platform/files.h"
-#include "platform/mmio.h"
+#include "platform/codec/acm.h"
+#include "platform/codec/mmio.h"
+#include "platform/files/files.h"
+#include "platform/sound/directsound.h"
 
 // m_nKind: how m_hFile and m_hAcm are closed.
 constexpr int SOUND_KIND_NONE = 0, SOUND_KIND_WAV = 1, SOUND_KIND_XA = 2;

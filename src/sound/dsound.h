@@ -1,7 +1,7 @@
 // The one sound device with its 576 slots.
 #pragma once
 
-#include "platform/directsound.h"
+#include "platform/sound/directsound.h"
 
 class CDSBuffer;
 

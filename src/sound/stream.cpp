@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
+#include "system/diagnostics.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/dsbuffer.h"
 #include "sound/stream.h"
+#include "system/diagnostics.h"
 
 namespace {
 

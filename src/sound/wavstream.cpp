@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/stream.h"
+#include "system/diagnostics.h"
 
 namespace {
 

@@ -4,18 +4,15 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
+#include "platform/bytes.h"
 #include "sound/dsbuffer.h"
 #include "sound/stream.h"
 #include "sound/xadec.h"
+#include "system/diagnostics.h"
 
 namespace {
 
 constexpr int AT_DATA_BYTES = 4, AT_FRAMES = 8, AT_CHANNELS = 15;  // in the header
-
-DWORD ReadDword(const BYTE* p) {
-    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<DWORD>(p[3]) << 24;
-}
 
 FileStream* FileOf(const CDSBuffer& sound) {
     return static_cast<FileStream*>(sound.m_hFile);
@@ -37,7 +34,7 @@ int CDSBuffer::LoadXA(int bStream) {
     BYTE aHeader[XA_HEADER_SIZE];
     if (OpenXA(aHeader) != 0) return 1;
     // 64 bits, so that lengths which no file can have end as a tail that is never reached.
-    const uint64_t nExact = uint64_t{aHeader[AT_CHANNELS]} * ReadDword(aHeader + AT_FRAMES) * 2;
+    const uint64_t nExact = uint64_t{aHeader[AT_CHANNELS]} * ReadLe32(aHeader + AT_FRAMES) * 2;
     return IsStreamWanted(bStream) ? StartXAStream(nExact) : LoadWholeXA(nExact);
 }
 
@@ -55,7 +52,7 @@ int CDSBuffer::OpenXA(BYTE* pHeader) {
         CloseXAFile();
         return 1;
     }
-    m_nDataLen = ReadDword(pHeader + AT_DATA_BYTES);
+    m_nDataLen = ReadLe32(pHeader + AT_DATA_BYTES);
     m_nDataPos = static_cast<DWORD>(FileTell(FileOf(*this)));
     m_hAcm = xaDecodeOpen(pHeader, &m_wfx);
     if (m_hAcm == nullptr) {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/bytes.h"
 #include "sound/xaformat.h"
 
 namespace {
@@ -39,11 +40,6 @@ struct XaRoom {
     BYTE* pDst;
     DWORD nDst;
 };
-
-DWORD ReadDWord(const BYTE* p) {
-    return static_cast<DWORD>(p[0]) | static_cast<DWORD>(p[1]) << 8 | static_cast<DWORD>(p[2]) << 16 |
-           static_cast<DWORD>(p[3]) << 24;
-}
 
 // The frames of a block that is cut after nBytes bytes, 0 to XA_BLOCK_FRAMES.
 int FramesOfBlock(const CXaDecoder& xa, int nBytes) {
@@ -222,7 +218,7 @@ bool Flush(CXaDecoder* pXa, XaRoom* pRoom) {
 bool HeaderIsSound(const BYTE* pHeader) {
     int nBits = pHeader[XA_AT_BITS];
     int nChannels = pHeader[XA_AT_CHANNELS];
-    DWORD nRate = ReadDWord(pHeader + XA_AT_RATE);
+    DWORD nRate = ReadLe32(pHeader + XA_AT_RATE);
     return memcmp(pHeader, XA_MAGIC, sizeof XA_MAGIC) == 0 && pHeader[XA_AT_VERSION] == XA_VERSION &&
            (nBits == XA_BITS_FAST || nBits == XA_BITS_FINE) &&
            pHeader[XA_AT_BLOCK_FRAMES] == XA_BLOCK_FRAMES && nChannels >= 1 && nChannels <= XA_MAX_CHANNELS &&
@@ -239,12 +235,12 @@ void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
     pXa->m_nBits = pHeader[XA_AT_BITS];
     pXa->m_nFrameBytes = pXa->m_nChannels * 2;
     pXa->m_nBlockBytes = XaBlockBytes(pXa->m_nChannels, pXa->m_nBits, XA_BLOCK_FRAMES);
-    pXa->m_nDataLen = ReadDWord(pHeader + XA_AT_DATA_BYTES);
-    uint64_t nFrames = ReadDWord(pHeader + XA_AT_FRAMES);
+    pXa->m_nDataLen = ReadLe32(pHeader + XA_AT_DATA_BYTES);
+    uint64_t nFrames = ReadLe32(pHeader + XA_AT_FRAMES);
     bool bHalfBytes = pXa->m_nBits * pXa->m_nChannels == 4;
     pXa->m_bPadded = bHalfBytes && FramesOfData(*pXa, pXa->m_nDataLen) == nFrames + 1;
 
-    DWORD nRate = ReadDWord(pHeader + XA_AT_RATE);
+    DWORD nRate = ReadLe32(pHeader + XA_AT_RATE);
     pFormat->wFormatTag = WAVE_FORMAT_PCM;
     pFormat->nChannels = static_cast<WORD>(pXa->m_nChannels);
     pFormat->nSamplesPerSec = nRate;

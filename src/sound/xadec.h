@@ -1,7 +1,7 @@
 // The decoder of XA sound data.
 #pragma once
 
-#include "platform/waveformat.h"
+#include "platform/codec/waveformat.h"
 #include "platform/wintypes.h"
 
 constexpr int XA_HEADER_SIZE = 32;

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "shell/diagnostics.h"
 #include "sound/stream.h"
 #include "sound/xadec.h"
+#include "system/diagnostics.h"
 
 namespace {
 

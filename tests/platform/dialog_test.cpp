@@ -1,11 +1,11 @@
-#include "platform/dialog.h"
+#include "platform/window/dialog.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "platform/files.h"
-#include "platform/window.h"
+#include "platform/files/files.h"
+#include "platform/window/window.h"
 #include "support/program.h"
 #include "support/tempfolder.h"
 

@@ -1,11 +1,11 @@
-#include "platform/window.h"
+#include "platform/window/window.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "platform/dialog.h"
 #include "platform/resources.h"
+#include "platform/window/dialog.h"
 #include "support/program.h"
 
 using namespace headless;

@@ -8,8 +8,8 @@
 #include <memory>
 #include <vector>
 
-#include "platform/files.h"
-#include "platform/pathmatch.h"
+#include "platform/files/files.h"
+#include "platform/files/pathmatch.h"
 
 namespace check {
 namespace {
@@ -61,7 +61,7 @@ void CheckSpelling(Spelling spelling, const std::string& name, const std::string
 }
 
 Spelling CompareSpelling(const std::string& name, const std::string& found) {
-    if (!SameButCase(EndingOf(name), EndingOf(found))) return Spelling::kStandIn;
+    if (!SameButCase(EndingOf(name), EndingOf(found))) return Spelling::kSubstitute;
     bool same_but_case = false;
     for (PathParts cut : CutPath(name)) {
         cut.bAbsolute = false;
@@ -85,7 +85,7 @@ std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
     const size_t left = definition.path.size() - (name.size() - stem.size());
     if (definition.path.size() < name.size()) return "";
     // Those that may stand for it have been tried.
-    for (const std::string& other : StandInPaths(definition.path, kind)) {
+    for (const std::string& other : SubstitutePaths(definition.path, kind)) {
         if (!FileFind(other.c_str()).empty())
             return "; " + Quote(stem + EndingOf(other)) + " is there, but cannot be read";
     }
@@ -100,7 +100,7 @@ std::string HintAboutKind(const std::string& name, MediaKind kind) {
     const bool sound = kind == MediaKind::kSound;
     const std::string ending = EndingOf(name), own = sound ? ".wav" : ".bmp";
     const std::string save = sound ? "save it as a PCM WAV file" : "save it as a BMP file";
-    const std::vector<std::string> others = StandInPaths(name, kind);
+    const std::vector<std::string> others = SubstitutePaths(name, kind);
     const auto stands = [&](const std::string& other) { return SameButCase(EndingOf(other), ending); };
     if (SameButCase(ending, own) || std::none_of(others.begin(), others.end(), stands)) return "; " + save;
     const std::string meant = name.substr(0, name.size() - ending.size()) + own;

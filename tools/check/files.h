@@ -4,7 +4,7 @@
 #include <string>
 
 #include "check/tables.h"
-#include "platform/standin.h"
+#include "platform/substitutes/substitute.h"
 
 namespace check {
 
@@ -13,7 +13,7 @@ enum class Spelling {
     kSame,
     kCase,
     kEncoding,
-    kStandIn,  // a file of another ending stands for it
+    kSubstitute,  // a file of another ending stands for it
 };
 Spelling CompareSpelling(const std::string& name, const std::string& found);
 

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 namespace check {
 

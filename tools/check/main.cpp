@@ -5,7 +5,7 @@
 
 #include "check/json.h"
 #include "check/report.h"
-#include "platform/filename.h"
+#include "platform/files/filename.h"
 
 namespace {
 

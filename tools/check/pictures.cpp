@@ -4,8 +4,8 @@
 #include "check/files.h"
 #include "check/subject.h"
 #include "display/dib.h"
-#include "platform/dib_format.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
+#include "platform/graphics/dib_format.h"
 #include "playback/layout.h"
 
 namespace check {

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "check/report.h"
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 namespace check {
 namespace {

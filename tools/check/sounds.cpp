@@ -5,8 +5,8 @@
 #include "check/files.h"
 #include "check/subject.h"
 #include "host/headless/headless.h"
-#include "platform/files.h"
-#include "platform/mmio.h"
+#include "platform/codec/mmio.h"
+#include "platform/files/files.h"
 #include "sound/dsbuffer.h"
 #include "sound/xaformat.h"
 
@@ -143,7 +143,7 @@ void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer&
         });
     }
     const int64_t held = SizeOf(file.found) - sound.m_nDataPos;
-    if (held < sound.m_nDataLen && spelling != Spelling::kStandIn) {
+    if (held < sound.m_nDataLen && spelling != Spelling::kSubstitute) {
         findings.Add(place, Severity::kWarning, "sound-cut", [&] {
             return Quote(definition.name) + " says that it has " + std::to_string(sound.m_nDataLen) +
                    " bytes of sound and holds " + std::to_string(std::max<int64_t>(held, 0)) +

@@ -7,8 +7,8 @@
 
 #include "chart/reader.h"
 #include "check/read.h"
-#include "platform/filename.h"
-#include "platform/files.h"
+#include "platform/files/filename.h"
+#include "platform/files/files.h"
 
 namespace check {
 namespace {

@@ -4,8 +4,8 @@
 #include <functional>
 #include <queue>
 
+#include "chart/charttime.h"
 #include "check/objects.h"
-#include "playback/chartmath.h"
 #include "sound/dsbuffer.h"
 
 namespace check {

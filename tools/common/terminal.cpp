@@ -1,7 +1,7 @@
 #include "common/terminal.h"
 
 #include "host/terminal.h"
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 namespace tools {
 namespace {

@@ -7,12 +7,12 @@
 #include <cstdio>
 
 #include "chart/bms.h"
+#include "chart/charttime.h"
 #include "common/messages.h"
 #include "common/signals.h"
 #include "host/headless/sound.h"
 #include "host/host.h"
-#include "platform/commandline.h"
-#include "playback/chartmath.h"
+#include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"

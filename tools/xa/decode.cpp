@@ -4,16 +4,12 @@
 #include <cstring>
 #include <memory>
 
+#include "platform/bytes.h"
 #include "sound/xadec.h"
 #include "sound/xaformat.h"
 
 namespace xa {
 namespace {
-
-uint32_t Get32(const uint8_t* at) {
-    return at[0] | static_cast<uint32_t>(at[1]) << 8 | static_cast<uint32_t>(at[2]) << 16 |
-           static_cast<uint32_t>(at[3]) << 24;
-}
 
 using Handle = std::unique_ptr<void, decltype(&xaDecodeClose)>;
 
@@ -29,8 +25,8 @@ bool ReadHeader(const std::vector<uint8_t>& file, Header* header, std::string* w
         *why = "an XA file of an unknown kind, or with a damaged header";
         return false;
     }
-    header->data_bytes = Get32(file.data() + XA_AT_DATA_BYTES);
-    header->frames = Get32(file.data() + XA_AT_FRAMES);
+    header->data_bytes = ReadLe32(file.data() + XA_AT_DATA_BYTES);
+    header->frames = ReadLe32(file.data() + XA_AT_FRAMES);
     header->bits = file[XA_AT_BITS];
     header->channels = format.nChannels;
     header->rate = format.nSamplesPerSec;

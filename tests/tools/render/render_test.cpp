@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "host/headless/sound.h"
-#include "platform/commandline.h"
+#include "platform/window/commandline.h"
 #include "support/media.h"
 #include "support/program.h"
 #include "tools/run_tool.h"
