@@ -36,8 +36,8 @@ Output::~Output() {
 }
 
 bool Output::Fail(const char* why) {
-    error_ = (name_ == "-" ? "standard output" : name_) + ": cannot write: " +
-             (why ? why : std::strerror(errno));
+    error_ =
+        (name_ == "-" ? "standard output" : name_) + ": cannot write: " + (why ? why : std::strerror(errno));
     return false;
 }
 

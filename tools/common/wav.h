@@ -8,8 +8,8 @@
 
 namespace tools {
 
-// 16-bit PCM. Where the head cannot be mended once all is written, such as on standard output, its sizes are as
-// large as can be. Operations return false when they fail; error() then says why.
+// 16-bit PCM. Where the head cannot be mended once all is written, such as on standard output, its sizes are
+// as large as can be. Operations return false when they fail; error() then says why.
 class WavWriter {
 public:
     bool Open(const std::string& name, int channels, uint32_t rate);

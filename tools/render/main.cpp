@@ -27,10 +27,11 @@ bool FitsWav(double seconds) {
     if (seconds <= kMostWavSeconds) return true;
     const int hours = static_cast<int>(seconds / 3600), minutes = static_cast<int>(seconds / 60) % 60;
     char text[160];
-    std::snprintf(text, sizeof text,
-                  "the chart lasts %d h %02d min, and a WAV file holds 6 h 45 min; select measures with --from "
-                  "and --to",
-                  hours, minutes);
+    std::snprintf(
+        text, sizeof text,
+        "the chart lasts %d h %02d min, and a WAV file holds 6 h 45 min; select measures with --from "
+        "and --to",
+        hours, minutes);
     Complain(kOutput, text);
     return false;
 }
@@ -125,8 +126,7 @@ ExitCode RenderAll(const Options& options) {
     const bool temporary = !options.video.empty() && (options.wav.empty() || options.wav == "-");
     if (temporary) {
         sound.MakeName();
-        if (!sound.temporary)
-            return Complain(kOutput, "cannot create a temporary file");
+        if (!sound.temporary) return Complain(kOutput, "cannot create a temporary file");
     }
     ExitCode code = kGood;
     if (options.wav == "-" && temporary) code = InChild([&] { return RenderSound(options, "-"); });

@@ -12,11 +12,11 @@ namespace render {
 
 enum ExitCode { kGood = 0, kUsage = 1, kChart = 2, kOutput = 3, kStopped = 4 };
 
-// What a pass delivers. Every member may be empty. Returning false ends the pass with kOutput; the listener has
-// reported why.
+// What a pass delivers. Every member may be empty. Returning false ends the pass with kOutput; the listener
+// has reported why.
 struct Listener {
-    // The chart is loaded and its first frame is composed. seconds: the longest that the pass can last, without
-    // the sounds that ring out.
+    // The chart is loaded and its first frame is composed. seconds: the longest that the pass can last,
+    // without the sounds that ring out.
     std::function<bool(double seconds)> begin;
     // Sound in order, interleaved stereo at 44,100 Hz, from the start of the clock.
     std::function<bool(const float* samples, int frames)> sound;

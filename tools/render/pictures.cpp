@@ -71,7 +71,8 @@ public:
         ExitCode code = RunPass(options_, listener);
         if (done_) code = kGood;
         if (code == kGood && next_ < wanted_.size()) {
-            return Complain(kUsage, "--at " + wanted_[next_].place->text + ": after the end of what is played");
+            return Complain(kUsage,
+                            "--at " + wanted_[next_].place->text + ": after the end of what is played");
         }
         return wrong_ ? kUsage : code;
     }

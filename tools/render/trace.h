@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "chart/bms.h"
-#include "platform/watch.h"
 #include "common/output.h"
+#include "platform/watch.h"
 #include "render/pass.h"
 
 namespace render {

@@ -82,10 +82,26 @@ std::string TemporaryName(const std::string& video) {
 std::vector<std::string> Arguments(const Options& o, const std::string& wav, const std::string& out) {
     const std::string size =
         std::to_string(SCREEN_WIDTH * o.size) + "x" + std::to_string(SCREEN_HEIGHT * o.size);
-    return {"ffmpeg", "-hide_banner", "-loglevel",     "error",   "-y",
-            "-f",     "rawvideo",     "-pixel_format", "bgr0",    "-video_size",
-            size,     "-framerate",   std::to_string(o.fps), "-i",      "pipe:0",
-            "-i",     "file:" + wav,  "-pix_fmt",      "yuv420p", "file:" + out};
+    return {"ffmpeg",
+            "-hide_banner",
+            "-loglevel",
+            "error",
+            "-y",
+            "-f",
+            "rawvideo",
+            "-pixel_format",
+            "bgr0",
+            "-video_size",
+            size,
+            "-framerate",
+            std::to_string(o.fps),
+            "-i",
+            "pipe:0",
+            "-i",
+            "file:" + wav,
+            "-pix_fmt",
+            "yuv420p",
+            "file:" + out};
 }
 
 // Each picture is shown until the next one.

@@ -89,7 +89,8 @@ int Info(const std::string& path) {
     const double seconds = static_cast<double>(header.frames) / header.rate;
     const double pcm = 2.0 * header.channels * header.frames;
     std::printf("%s\n", tools::CleanText(path).c_str());
-    std::printf("  mode      %s (%d-bit codes)\n", header.bits == XA_BITS_FINE ? "fine" : "fast", header.bits);
+    std::printf("  mode      %s (%d-bit codes)\n", header.bits == XA_BITS_FINE ? "fine" : "fast",
+                header.bits);
     std::printf("  channels  %d\n", header.channels);
     std::printf("  rate      %u Hz\n", header.rate);
     std::printf("  length    %u frames, %.3f s\n", header.frames, seconds);
@@ -136,7 +137,8 @@ int Run(const Words& words) {
     const bool encode = command == "encode", decode = command == "decode";
     if (!encode && !decode && command != "info") return WrongUse("unknown command: " + command);
     if (!words.mode.empty() && !encode) return WrongUse("only 'encode' takes a mode");
-    if (command == "info") return files.empty() ? WrongUse("'info' takes at least one file") : InfoOfAll(files);
+    if (command == "info")
+        return files.empty() ? WrongUse("'info' takes at least one file") : InfoOfAll(files);
     if (files.size() != 2) return WrongUse("'" + command + "' takes two files: input and output");
     tools::CatchSignals();
     if (decode) return Decode(files[0], files[1]);
