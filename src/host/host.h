@@ -156,8 +156,8 @@ void DebugText(const char* bytes, size_t count);  // unchanged
 
 // ---- the end ----
 
-// Closes whatever is still open; main calls it after the program has returned. False when a sound driver hangs:
-// then the process must end without its exit handlers, which could wait for that driver.
+// Closes whatever is still open; main calls it after the program has returned. False when a sound driver
+// hangs: then the process must end without its exit handlers, which could wait for that driver.
 bool Shutdown();
 
 }  // namespace host

@@ -5,7 +5,7 @@
 namespace {
 constexpr UINT kPeriodMin = 1, kPeriodMax = 1000000;  // ms
 int g_nPeriods = 0;                                   // begun and not ended
-}
+}  // namespace
 
 DWORD timeGetTime() {
     return static_cast<DWORD>(host::Nanoseconds() / 1000000);
