@@ -92,7 +92,7 @@ void CheckLate(Subject* subject) {
         if (list.count == 0) continue;
         const BmsObject& last = *list.sorted[list.count - 1];
         const Source* source = list.SourceOf(&last);
-        if (TruncTime(last.dTime) < INT_MOST || !source) continue;
+        if (TruncTime(last.dTime) < INT32_MAX || !source) continue;
         subject->findings.Add(
             source->place, "too-late",
             "the player counts milliseconds in 32 bits, and this object would come later; it "

@@ -1,5 +1,6 @@
-// Finding and telling other copies: one datagram socket for each, in a folder that only this user can enter.
-#include "host/desktop/copies.h"
+// Finding other instances and posting to them: each has one datagram socket, in a folder that only this user
+// can enter.
+#include "host/desktop/instances.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -13,16 +14,16 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "host/desktop/copy_folder.h"
-#include "host/desktop/copy_message.h"
 #include "host/desktop/inbox.h"
+#include "host/desktop/instance_folder.h"
+#include "host/desktop/instance_message.h"
 #include "host/desktop/log.h"
 
 namespace host {
 namespace desktop {
 namespace {
 
-constexpr int kLongestWait = 1000;  // milliseconds for room in another copy's queue
+constexpr int kLongestWait = 1000;  // milliseconds for room in another instance's queue
 
 struct Announced {
     int socket = -1;
@@ -31,8 +32,8 @@ struct Announced {
 };
 
 Announced g_announced;
-char g_socket_path[sizeof(
-    sockaddr_un::sun_path)];  // for the signal handler: empty when there is nothing to remove
+// For the signal handler: empty when there is nothing to remove.
+char g_socket_path[sizeof(sockaddr_un::sun_path)];
 char g_folder_path[sizeof(sockaddr_un::sun_path)];
 
 bool MakeAddress(const std::string& path, sockaddr_un* address) {
@@ -47,8 +48,7 @@ int NewSocket() {
     return socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
 }
 
-// A socket that sends to path, -1 when nobody receives there. *dead: the file is left over from a process
-// that is gone.
+// A socket that sends to path, -1 when nobody receives there. *dead: the process that bound it is gone.
 int ConnectTo(const std::string& path, bool* dead) {
     *dead = false;
     sockaddr_un address;
@@ -63,8 +63,8 @@ int ConnectTo(const std::string& path, bool* dead) {
     return -1;
 }
 
-// Keeps others from sweeping and announcing at the same moment. A copy that was stopped while it held this
-// must not stop the rest, so it is only waited for a little.
+// Serialises sweeping and announcing. Waits 50 ms at most, so that an instance that was stopped while it held
+// the lock does not block the others.
 class FolderLock {
 public:
     explicit FolderLock(const std::string& path)
@@ -86,7 +86,7 @@ private:
     bool m_held = false;
 };
 
-// Removes the file of a copy that is gone, unless a new one has taken its name meanwhile.
+// Removes the socket of an instance that is gone, unless a new one has taken its name meanwhile.
 void Sweep(const std::string& folder, const std::string& path) {
     FolderLock lock(folder);
     if (!lock.held()) return;
@@ -97,7 +97,7 @@ void Sweep(const std::string& folder, const std::string& path) {
 }
 
 // Binds under the first free number whose low half is the process id.
-bool BindIn(const std::string& folder, const std::string& class_name, int fd, CopySocket* own) {
+bool BindIn(const std::string& folder, const std::string& class_name, int fd, InstanceSocket* own) {
     FolderLock lock(folder);
     own->class_name = class_name;
     for (uint64_t k = 0; k < 16; ++k) {
@@ -121,7 +121,7 @@ bool BindIn(const std::string& folder, const std::string& class_name, int fd, Co
 
 void RemoveFiles() {
     if (g_socket_path[0]) unlink(g_socket_path);
-    if (g_folder_path[0]) rmdir(g_folder_path);  // only when nobody else is in it
+    if (g_folder_path[0]) rmdir(g_folder_path);  // fails while another instance is in it
     g_socket_path[0] = g_folder_path[0] = 0;
 }
 
@@ -135,16 +135,16 @@ void RemoveAtEnd() {
     static bool done = false;
     if (done) return;
     done = true;
-    std::atexit(WithdrawCopy);
+    std::atexit(WithdrawInstance);
     for (int number : {SIGINT, SIGTERM, SIGHUP}) {
         if (signal(number, RemoveAndDie) == SIG_IGN) signal(number, SIG_IGN);
     }
 }
 
 std::string FindPath(uint64_t id) {
-    const CopyFolder folder = FindCopyFolder(false);
+    const InstanceFolder folder = FindInstanceFolder(false);
     if (!folder.usable) return "";
-    for (const CopySocket& socket : ReadCopyFolder(folder.path)) {
+    for (const InstanceSocket& socket : ReadInstanceFolder(folder.path)) {
         if (socket.id == id) return folder.path + "/" + SocketName(socket);
     }
     return "";
@@ -176,7 +176,7 @@ void ClearPostedSignal() {
 }
 
 void WaitPosted(int milliseconds) {
-    pollfd wait = {PostedSignal(), POLLIN, 0};  // an fd of -1 is passed over: a plain sleep
+    pollfd wait = {PostedSignal(), POLLIN, 0};  // poll skips an fd of -1: a plain sleep
     poll(&wait, 1, milliseconds);
     ClearPostedSignal();
 }
@@ -185,23 +185,23 @@ void WaitPosted(int milliseconds) {
 
 using namespace desktop;
 
-bool AnnounceCopy(const std::string& class_name) {
-    WithdrawCopy();
+bool AnnounceInstance(const std::string& class_name) {
+    WithdrawInstance();
     const int fd = NewSocket();
     if (fd < 0) return false;
-    // Before the name can be found, so that no message comes without its sender's credentials.
+    // Set before the socket has a name, so that every message carries its sender's credentials.
     const int on = 1;
-    CopySocket own;
+    InstanceSocket own;
     bool bound = false;
     if (setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof(on)) != 0) {
         close(fd);
         return false;
     }
-    // The last of the others may take the empty folder away just now: then it is made anew.
+    // Another instance may remove the empty folder just now: then it is created again.
     for (int tries = 0; tries < 8 && !bound; ++tries) {
-        const CopyFolder folder = FindCopyFolder(true);
+        const InstanceFolder folder = FindInstanceFolder(true);
         if (!folder.usable) {
-            Log("host: " + folder.problem + ": other copies will not find this one\n");
+            Log("host: " + folder.problem + ": other instances will not find this one\n");
             break;
         }
         bound = BindIn(folder.path, class_name, fd, &own);
@@ -221,7 +221,7 @@ bool AnnounceCopy(const std::string& class_name) {
     return true;
 }
 
-void WithdrawCopy() {
+void WithdrawInstance() {
     if (g_announced.socket < 0) return;
     RemoveFiles();
     delete g_announced.inbox;
@@ -229,21 +229,21 @@ void WithdrawCopy() {
     g_announced = Announced();
 }
 
-bool ListCopies(std::vector<Copy>* copies) {
-    copies->clear();
-    const CopyFolder folder = FindCopyFolder(false);
+bool ListInstances(std::vector<Instance>* instances) {
+    instances->clear();
+    const InstanceFolder folder = FindInstanceFolder(false);
     if (!folder.usable) {
-        if (!folder.missing) Log("host: " + folder.problem + ": other copies are not looked for\n");
+        if (!folder.missing) Log("host: " + folder.problem + ": other instances are not looked for\n");
         return folder.missing;
     }
-    for (const CopySocket& socket : ReadCopyFolder(folder.path)) {
+    for (const InstanceSocket& socket : ReadInstanceFolder(folder.path)) {
         if (socket.id == g_announced.id) continue;
         const std::string path = folder.path + "/" + SocketName(socket);
         bool dead;
         const int fd = ConnectTo(path, &dead);
         if (fd >= 0) {
             close(fd);
-            copies->push_back({socket.id, socket.class_name});
+            instances->push_back({socket.id, socket.class_name});
         } else if (dead) {
             Sweep(folder.path, path);
         }
@@ -251,13 +251,13 @@ bool ListCopies(std::vector<Copy>* copies) {
     return true;
 }
 
-bool PostToCopy(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam) {
+bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam) {
     const std::string path = FindPath(id);
     bool dead;
     const int fd = path.empty() ? -1 : ConnectTo(path, &dead);
     if (fd < 0) return false;
-    uint8_t bytes[kCopyMessageBytes];
-    EncodeCopyMessage({message, wparam, lparam}, bytes);
+    uint8_t bytes[kInstanceMessageBytes];
+    EncodeInstanceMessage({message, wparam, lparam}, bytes);
     const uint64_t start = Nanoseconds();
     ssize_t sent;
     while ((sent = send(fd, bytes, sizeof(bytes), MSG_NOSIGNAL)) < 0 && (errno == EAGAIN || errno == EINTR)) {

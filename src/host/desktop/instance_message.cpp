@@ -1,4 +1,4 @@
-#include "host/desktop/copy_message.h"
+#include "host/desktop/instance_message.h"
 
 #include <cstring>
 
@@ -20,8 +20,8 @@ uint64_t Get(const uint8_t* at, int count) {
 
 }  // namespace
 
-void EncodeCopyMessage(const CopyMessage& message, uint8_t bytes[kCopyMessageBytes]) {
-    std::memset(bytes, 0, kCopyMessageBytes);
+void EncodeInstanceMessage(const InstanceMessage& message, uint8_t bytes[kInstanceMessageBytes]) {
+    std::memset(bytes, 0, kInstanceMessageBytes);
     std::memcpy(bytes, kMagic, sizeof(kMagic));
     Put(bytes + 4, kVersion, 2);
     Put(bytes + 8, message.message, 4);
@@ -29,9 +29,9 @@ void EncodeCopyMessage(const CopyMessage& message, uint8_t bytes[kCopyMessageByt
     Put(bytes + 24, static_cast<uint64_t>(message.lparam), 8);
 }
 
-bool DecodeCopyMessage(const uint8_t* bytes, size_t count, CopyMessage* message) {
-    *message = CopyMessage();
-    if (count != kCopyMessageBytes || std::memcmp(bytes, kMagic, sizeof(kMagic)) != 0) return false;
+bool DecodeInstanceMessage(const uint8_t* bytes, size_t count, InstanceMessage* message) {
+    *message = InstanceMessage();
+    if (count != kInstanceMessageBytes || std::memcmp(bytes, kMagic, sizeof(kMagic)) != 0) return false;
     if (Get(bytes + 4, 2) != kVersion || Get(bytes + 6, 2) != 0 || Get(bytes + 12, 4) != 0) return false;
     const uint32_t number = static_cast<uint32_t>(Get(bytes + 8, 4));
     if (number < kFirstForeignMessage || number > kLastForeignMessage) return false;

@@ -1,5 +1,5 @@
 // Times of a device's blocks, for devices of several habits.
-#include "host/desktop/block_clock.h"
+#include "host/desktop/drift_tracker.h"
 
 #include <gtest/gtest.h>
 
@@ -21,13 +21,13 @@ struct Figures {
 // asked(n, earliest): when block n is asked for, given when the last was done. Figures of the blocks from
 // `first` on.
 Figures Serve(int blocks, int first, const std::function<double(int, double)>& asked, bool held = false) {
-    host::BlockClock clock(kRate, kFrames);
+    host::DriftTracker clock(kRate, kFrames);
     if (held) clock.HoldToClock();
     Figures figures;
     double done = 0, last = 0;
     for (int n = 0; n < blocks; ++n) {
         const double now = std::max(asked(n, done), done);
-        const host::BlockClock::Block block = clock.Next(kBegin + static_cast<uint64_t>(now));
+        const host::DriftTracker::Block block = clock.Next(kBegin + static_cast<uint64_t>(now));
         done = now + static_cast<double>(block.wait);
         if (block.silent) continue;
         const double time = static_cast<double>(block.time - kBegin), behind = done - (time + kLength);
@@ -47,7 +47,7 @@ double Jitter(int n, double most) {
     return most * ((n * 7919) % 101) / 100;
 }
 
-TEST(BlockClock, TimesAreEvenWhateverTheDevicesHabit) {
+TEST(DriftTracker, TimesAreEvenWhateverTheDevicesHabit) {
     constexpr double kAny = 1e18;
     const struct {
         const char* habit;
@@ -78,7 +78,7 @@ TEST(BlockClock, TimesAreEvenWhateverTheDevicesHabit) {
     }
 }
 
-TEST(BlockClock, ClocksThatRunFastOrSlowAreFollowed) {
+TEST(DriftTracker, ClocksThatRunFastOrSlowAreFollowed) {
     for (const double pace : {0.9997, 0.9999, 1.0001, 1.0003}) {
         const Figures f =
             Serve(200000, 1000, [=](int n, double) { return n * kLength * pace + Jitter(n, 1e6); });
@@ -90,14 +90,14 @@ TEST(BlockClock, ClocksThatRunFastOrSlowAreFollowed) {
 }
 
 // A device that suddenly wants its blocks some milliseconds earlier is not kept waiting for long.
-TEST(BlockClock, ADeviceThatTurnsEarly) {
+TEST(DriftTracker, ADeviceThatTurnsEarly) {
     const auto asked = [](int n, double) { return n * kLength * 0.9995 + 20e6 - (n >= 2000 ? 4e6 : 0); };
     EXPECT_LT(Serve(20000, 2600, asked).most_wait, 0.5e6);
     EXPECT_NEAR(Serve(20000, 100, asked).shortest / kLength, 1, 0.0041);
 }
 
 // A device may ask for its whole buffer at once before it keeps its pace.
-TEST(BlockClock, ALargeFirstFill) {
+TEST(DriftTracker, ALargeFirstFill) {
     for (const int fill : {2, 7, 10, 12, 17, 23}) {
         const auto asked = [=](int n, double done) {
             return n < fill ? done : (n - fill) * kLength * 0.9996 + Jitter(n, 0.5e6);

@@ -1,5 +1,4 @@
-// FLTK on X11: placing by the frame's corner, staying on top, and pictures without a detour.
-#if !defined(_WIN32) && !defined(__APPLE__)
+#include "host/desktop/native.h"
 
 #include <FL/Fl.H>
 #include <FL/Fl_Window.H>
@@ -12,25 +11,23 @@
 #include <iterator>
 
 #include "host/desktop/log.h"
-#include "host/desktop/native.h"
 #include "host/host.h"
 
 namespace host::desktop::native {
 namespace {
 
-constexpr uint64_t kRaiseEvery =
-    500'000'000;  // nanoseconds; a window manager that refuses must not be flooded
+constexpr uint64_t kRaiseEvery = 500'000'000;  // ns; does not flood a window manager that refuses
 
 struct MainWindowState {
     Window id = None;
     GC gc = nullptr;
     bool topmost = false;
-    bool managed = false;      // by a window manager that keeps states
-    bool above = false;        // it says that the window is above the others
-    bool covered = false;      // without one: something lies over the window
-    bool place_known = false;  // x, y and frame are as the display has them
+    bool managed = false;      // a window manager that keeps window states is running
+    bool above = false;        // it has set the "above" state
+    bool covered = false;      // without one: another window covers ours
+    bool place_known = false;  // x, y and frame are up to date
     bool mapped = false;
-    bool background = false;  // the server still paints uncovered parts black
+    bool background = false;  // the server still paints exposed parts black
     int x = 0, y = 0;
     Frame frame = {0, 0, 0, 0};
     uint64_t last_raise = 0;
@@ -39,8 +36,8 @@ struct MainWindowState {
 MainWindowState g_main;
 Atom g_state, g_above, g_extents, g_check;
 
-// Behind our own stand those that FLTK asks for, each by itself, while it opens the display and its first
-// window. Xlib keeps what it has once been told, so they come with ours in one round trip instead of forty.
+// Ours come first; the others are those that FLTK asks for one by one while it opens the display and its
+// first window. Xlib caches them, so fetching all at once costs one round trip instead of forty.
 const char* const kAtoms[] = {"_NET_WM_STATE",
                               "_NET_WM_STATE_ABOVE",
                               "_NET_FRAME_EXTENTS",
@@ -116,7 +113,7 @@ void ReadAbove() {
     g_main.above = std::find(states.begin(), states.end(), g_above) != states.end();
 }
 
-// Notes what the server tells about the main window, before FLTK sees it.
+// Records the server's events for the main window before FLTK handles them.
 int Watch(void* event, void*) {
     const XEvent& e = *static_cast<XEvent*>(event);
     if (e.xany.window != g_main.id || g_main.id == None) return 0;
@@ -138,7 +135,7 @@ int Watch(void* event, void*) {
     return 0;
 }
 
-// The frame by the outermost window around ours, where the window manager does not tell it.
+// The frame, measured from the outermost window around ours, when the window manager does not publish it.
 Frame FrameByTree(Window id, int x, int y, int width, int height) {
     Window root = None, parent = None, *children = nullptr;
     unsigned count;
@@ -167,7 +164,7 @@ Frame ReadFrame(Fl_Window* window) {
     return FrameByTree(g_main.id, g_main.x, g_main.y, window->w(), window->h());
 }
 
-// Position and black background go to the server in the same breath as the window itself.
+// Sends position and black background together with the request that creates the window.
 void PlaceNewWindow(Fl_Window* window, const int* place) {
     const Window id = fl_xid(window);
     XSetWindowBackground(fl_display, id, BlackPixel(fl_display, fl_screen));
@@ -190,7 +187,7 @@ bool FitsDirectly() {
            visual->red_mask == 0xFF0000 && visual->green_mask == 0xFF00 && visual->blue_mask == 0xFF;
 }
 
-// An image header over pixels that stay the caller's.
+// An image header for pixels that the caller keeps.
 XImage ImageOver(const uint32_t* pixels, int width, int height) {
     XImage image = {};
     image.width = width, image.height = height;
@@ -218,16 +215,15 @@ void PutEnlarged(Window id, const Picture& picture, int x, int y, int width, int
         const uint32_t* from = &picture.pixels[static_cast<size_t>(y + row) * picture.width + x];
         uint32_t* to = &rows[static_cast<size_t>(row) * s * width * s];
         for (int column = 0; column < width; ++column) std::fill_n(to + column * s, s, from[column]);
-        for (int copy = 1; copy < s; ++copy) {
-            std::copy_n(to, static_cast<size_t>(width) * s, to + static_cast<size_t>(copy) * width * s);
+        for (int line = 1; line < s; ++line) {
+            std::copy_n(to, static_cast<size_t>(width) * s, to + static_cast<size_t>(line) * width * s);
         }
     }
     XImage image = ImageOver(rows.data(), width * s, height * s);
     XPutImage(fl_display, id, g_main.gc, &image, 0, 0, x * s, y * s, width * s, height * s);
 }
 
-// Xlib's own handler ends the program, and a window that another program takes down between two requests is
-// no reason for that.
+// Xlib's default handler ends the program, and another program may destroy our window between two requests.
 int OnError(Display*, XErrorEvent* error) {
     Log("host: X error " + std::to_string(error->error_code) + " of request " +
         std::to_string(error->request_code) + "\n");
@@ -244,7 +240,7 @@ bool HasDisplay() {
 
 bool OpenDisplay() {
     if (fl_display) return true;
-    // FLTK ends the program when it cannot open the display, so it is given an open one.
+    // FLTK ends the program when it cannot open the display, so it gets an open one.
     Display* display = XOpenDisplay(nullptr);
     if (!display) return false;
     XSetErrorHandler(OnError);
@@ -266,8 +262,8 @@ int DisplayScale() {
 }
 
 void ShowFirst(Fl_Window* window, const int* place, bool topmost) {
-    // While the server listens to nobody else, the window manager cannot look at the window half made: it
-    // finds state and place in order when it comes to map it.
+    // While the server is grabbed the window manager cannot see the window half made: it finds state and
+    // place set when it maps it.
     XGrabServer(fl_display);
     window->show();
     const Window id = fl_xid(window);
@@ -287,7 +283,7 @@ void ShowFirst(Fl_Window* window, const int* place, bool topmost) {
     g_main.managed = IsManaged();
     if (place) {
         g_main.x = place[0], g_main.y = place[1];
-        g_main.place_known = true;  // until the server tells otherwise
+        g_main.place_known = true;  // until the server reports another place
     }
     if (!g_main.managed) {
         XWindowAttributes attributes;
@@ -355,7 +351,7 @@ bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int wid
         PutEnlarged(id, picture, x, y, width, height);
     }
     if (g_main.background) {
-        // From here on uncovered parts are drawn by the window itself, without a black flash before.
+        // From now on exposed parts are redrawn by us, without a black flash first.
         XSetWindowBackgroundPixmap(fl_display, id, None);
         g_main.background = false;
     }
@@ -390,5 +386,3 @@ std::string JapaneseFont() {
 }
 
 }  // namespace host::desktop::native
-
-#endif

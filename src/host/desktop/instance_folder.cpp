@@ -1,4 +1,4 @@
-#include "host/desktop/copy_folder.h"
+#include "host/desktop/instance_folder.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -16,7 +16,7 @@ bool IsPlain(unsigned char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
 }
 
-// False when the folder neither is there nor could be made.
+// False when the folder does not exist and cannot be created.
 bool MakeFolder(const std::string& path) {
     return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
 }
@@ -26,8 +26,8 @@ bool Exists(const std::string& path) {
     return lstat(path.c_str(), &info) == 0;
 }
 
-// Takes one more folder of the way; false when the way ends there, with the reason in *folder.
-bool Enter(const std::string& path, bool create, CopyFolder* folder) {
+// Goes one folder down the path; false when that one cannot be used, with the reason in *folder.
+bool Enter(const std::string& path, bool create, InstanceFolder* folder) {
     folder->path = path;
     if (create) MakeFolder(path);
     if (IsPrivateFolder(path)) return true;
@@ -66,8 +66,8 @@ std::string DisplayKey(const char* display) {
     return name.empty() ? "none" : name;
 }
 
-CopyFolder FindCopyFolder(bool create) {
-    CopyFolder folder;
+InstanceFolder FindInstanceFolder(bool create) {
+    InstanceFolder folder;
     const std::string key = DisplayKey(std::getenv("DISPLAY"));
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     // A socket's whole path must fit in 107 bytes.
@@ -80,7 +80,7 @@ CopyFolder FindCopyFolder(bool create) {
     return folder;
 }
 
-std::string SocketName(const CopySocket& socket) {
+std::string SocketName(const InstanceSocket& socket) {
     static const char kHex[] = "0123456789ABCDEF";
     std::string name;
     for (unsigned char c : socket.class_name) {
@@ -93,8 +93,8 @@ std::string SocketName(const CopySocket& socket) {
     return name + "." + std::to_string(socket.id);
 }
 
-bool ParseSocketName(const std::string& name, CopySocket* socket) {
-    *socket = CopySocket();
+bool ParseSocketName(const std::string& name, InstanceSocket* socket) {
+    *socket = InstanceSocket();
     const size_t dot = name.rfind('.');
     if (dot == std::string::npos || dot == 0 || dot + 1 == name.size() || name.size() - dot > 20)
         return false;
@@ -118,17 +118,17 @@ bool ParseSocketName(const std::string& name, CopySocket* socket) {
     return socket->id != 0;
 }
 
-std::vector<CopySocket> ReadCopyFolder(const std::string& path) {
-    std::vector<CopySocket> sockets;
+std::vector<InstanceSocket> ReadInstanceFolder(const std::string& path) {
+    std::vector<InstanceSocket> sockets;
     DIR* dir = opendir(path.c_str());
     if (!dir) return sockets;
     while (const dirent* entry = readdir(dir)) {
-        CopySocket socket;
+        InstanceSocket socket;
         if (ParseSocketName(entry->d_name, &socket)) sockets.push_back(socket);
     }
     closedir(dir);
     std::sort(sockets.begin(), sockets.end(),
-              [](const CopySocket& a, const CopySocket& b) { return a.id < b.id; });
+              [](const InstanceSocket& a, const InstanceSocket& b) { return a.id < b.id; });
     return sockets;
 }
 
