@@ -28,6 +28,7 @@ namespace {
 constexpr uint64_t kNever = uint64_t{1} << 53;  // ms; no chart lasts that long
 
 struct Pass {
+    Pass(const Options& of, const std::vector<Sink*>& to) : options(of), sinks(to) {}
     const Options& options;
     const std::vector<Sink*>& sinks;
     Pacer pacer;
@@ -116,7 +117,7 @@ ExitCode Begin(Pass* pass) {
     if (code != kGood) return code;
     SetPace(pass);
     const double ms = double{1} * pass->end - g_dwSeekTime;
-    if (CutsAtEnd(*pass)) pass->sound_left = headless::SoundFrame(headless::Clock() + uint64_t(ms * 1e6));
+    if (CutsAtEnd(*pass)) pass->sound_left = headless::SoundFrame(headless::Clock() + static_cast<uint64_t>(ms * 1e6));
     return ForSinks(*pass, [ms](Sink* sink) { return sink->Begin(ms / 1000); });
 }
 
@@ -194,7 +195,7 @@ ExitCode RunPass(const Options& options, const std::vector<Sink*>& sinks, bool r
     headless::Reset();
     headless::EndAt(kNever);
     headless::KeepPicture(false);
-    Pass pass{options, sinks};
+    Pass pass(options, sinks);
     headless::OnFrame([&pass](const headless::Frame& frame) { OnFrame(&pass, frame); });
     headless::OnSleep([&pass](uint64_t now, uint64_t end) { return pass.pacer.Wake(now, end); });
     headless::SetSoundSink(OnSound, &pass);
