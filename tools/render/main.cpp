@@ -9,8 +9,8 @@
 
 #include "common/arguments.h"
 #include "common/messages.h"
-#include "common/signals.h"
 #include "common/output.h"
+#include "common/signals.h"
 #include "render/encoder.h"
 #include "render/pictures.h"
 #include "render/sound.h"

@@ -117,7 +117,8 @@ ExitCode Begin(Pass* pass) {
     if (code != kGood) return code;
     SetPace(pass);
     const double ms = double{1} * pass->end - g_dwSeekTime;
-    if (CutsAtEnd(*pass)) pass->sound_left = headless::SoundFrame(headless::Clock() + static_cast<uint64_t>(ms * 1e6));
+    if (CutsAtEnd(*pass))
+        pass->sound_left = headless::SoundFrame(headless::Clock() + static_cast<uint64_t>(ms * 1e6));
     return ForSinks(*pass, [ms](Sink* sink) { return sink->Begin(ms / 1000); });
 }
 
