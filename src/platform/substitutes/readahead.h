@@ -3,6 +3,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -16,16 +17,28 @@
 class ReadAhead {
 public:
     using SubstitutePtr = std::shared_ptr<const Substitute>;
+    // How files are made. All of it is called on any thread.
+    struct Making {
+        std::function<bool(const std::string& name, MediaKind kind)> isPossible;
+        std::function<SubstitutePtr(const std::string& name, MediaKind kind, const MayHold& mayHold)> make;
+        std::function<bool(const std::string& name)> isNeeded;  // otherwise the file is there
+    };
+    struct Result {
+        SubstitutePtr pMade;  // never null
+        MediaKind kind;       // of the list for its names, of the name's ending for others
+        bool bNew;            // otherwise it is the one that was taken last
+    };
 
+    explicit ReadAhead(Making making) : m_making(std::move(making)) {}
     ~ReadAhead() { Stop(); }
 
     // The names that will be opened, in order; what came before is dropped and its threads end.
     void Expect(MediaKind kind, std::vector<std::string> names);
     void Stop();
 
-    // The substitute for a name that is not there; never null. Names of the list are of its kind, others of
-    // that which their ending tells. The last one asked for is kept, because a loader opens a name twice.
-    SubstitutePtr Take(const std::string& name);
+    // The substitute for a name that is not there. The last one asked for is kept, because a loader opens a
+    // name twice.
+    Result Take(const std::string& name);
     // Drops the one that was kept.
     void Forget();
 
@@ -52,6 +65,7 @@ private:
     void DropJobsBefore(size_t nJob);
     void Release(Job* pJob);
 
+    const Making m_making;
     // Of the one thread.
     MediaKind m_kind = MediaKind::kNone;
     std::unordered_map<std::string, size_t> m_places;
@@ -59,6 +73,7 @@ private:
     bool m_bConverts = false;  // something of the list has been converted
     std::string m_keptName;
     SubstitutePtr m_pKept;
+    MediaKind m_keptKind = MediaKind::kNone;
 
     std::mutex m_mutex;  // for what follows
     std::condition_variable m_changed;
