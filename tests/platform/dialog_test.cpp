@@ -108,7 +108,7 @@ TEST_F(Dialog, WrongRequests) {
     EXPECT_FALSE(GetOpenFileNameA(nullptr));
 }
 
-TEST_F(Dialog, LongPathsAreHandedOverFromTheirFolder) {
+TEST_F(Dialog, LongPathsAreHandedOverShort) {
     std::string deep = folder.Path();
     for (int i = 0; i < 9; ++i) deep += "/" + std::string(100, static_cast<char>('a' + i));
     std::filesystem::create_directories(deep);
@@ -116,13 +116,13 @@ TEST_F(Dialog, LongPathsAreHandedOverFromTheirFolder) {
         std::ofstream(deep + "/" + file) << "chart";
         At(0, ChooseFile(deep + "/" + file));
         ASSERT_TRUE(GetOpenFileNameA(&open));
-        EXPECT_EQ(szFile, ".\\" + file);
+        EXPECT_LT(std::strlen(szFile), 60u);
         FileStream* pFile = FileOpen(szFile, "rb");
         EXPECT_NE(pFile, nullptr);
         FileClose(pFile);
     }
     EXPECT_EQ(Beginning(), deep);
-    RememberOpenedFile(".\\x.bms");
+    RememberOpenedFile(szFile);
     EXPECT_EQ(Beginning(), deep);
 }
 

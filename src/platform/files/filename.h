@@ -12,7 +12,6 @@ std::string FolderOf(const std::string& path);
 
 // The name by which the system is to open a file of this machine: absolute, with `\` between its parts, in
 // UTF-8 where the disk has CP932. The system joins the names of sounds to a chart's folder in 260 bytes, and
-// takes what ends at the last `\` for that folder. So where the folder would take most of them, or has a `\`
-// in a name of its own, the working directory becomes that folder and the name is relative to it. The path
-// may be relative itself.
+// takes what ends at the last `\` for that folder. So a path that would take most of them, or that has a `\`
+// of its own, is handed over as an alias (alias.h). The path may be relative itself.
 std::string HandOver(const std::string& path);
