@@ -20,6 +20,9 @@ struct XaConvertBlock {
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat);
 // The PCM bytes that nLength encoded bytes give. 0 on failure.
 int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm);
+// The data ends after nLength bytes, earlier than the header says: what the file lost does not come any more.
+// Before the first conversion.
+void xaDecodeEndAt(void* hXa, DWORD nLength);
 // Decodes on, keeping its state between calls; may leave source unread. 0 on failure.
 int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock);
 int xaDecodeClose(void* hXa);
