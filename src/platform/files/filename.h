@@ -1,13 +1,13 @@
-// Private to the stand-ins: from this machine's paths to names as the system takes them.
+// Private to the stand-ins. Converts this machine's paths to names as the system takes them.
 #pragma once
 
 #include <string>
 
-// Absolute, from the working directory; nothing is resolved. Unchanged when there is no working directory any
-// more.
+// Made absolute with the working directory; nothing is resolved. Unchanged when the working directory no
+// longer exists.
 std::string AbsolutePath(const std::string& path);
 
-// The folder part of a path, without its closing `/` unless it is the root; empty when there is none.
+// The folder part of a path, without a closing `/` except for the root. Empty when there is none.
 std::string FolderOf(const std::string& path);
 
 // The name by which the system is to open a file of this machine: absolute, with `\` between its parts, in

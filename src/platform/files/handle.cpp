@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int64_t kMaxFile = INT64_C(0x7FFFFFFF);  // bytes; offsets are 32-bit above here
+constexpr int64_t kMaxFile = INT64_C(0x7FFFFFFF);  // bytes; the callers' offsets have 32 bits
 
 }  // namespace
 

@@ -18,7 +18,7 @@ namespace {
 // In the order in which they are tried.
 constexpr std::string_view kSoundEndings[] = {".ogg", ".opus", ".flac", ".mp3", ".wav"};
 constexpr std::string_view kPictureEndings[] = {".png", ".jpg", ".jpeg", ".gif", ".bmp"};
-// Sounds too, but of no kind that anything else stands in.
+// Sounds too, but never used as substitutes.
 constexpr std::string_view kFurtherSoundEndings[] = {".xa"};
 
 constexpr size_t kMaxNameForLog = 80;

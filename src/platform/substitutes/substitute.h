@@ -1,4 +1,4 @@
-// Files of another kind that take the place of sounds and pictures that are not there (docs/packages.md).
+// Substitutes: files of another kind that take the place of missing sounds and pictures (docs/packages.md).
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@
 // By the ending of its last part, in any letter case; kNone for other endings.
 MediaKind KindOfName(std::string_view path);
 
-// The paths that may take a name's place, in the order in which they are tried. Safe on any thread.
+// The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
 
 struct Substitute {
@@ -36,6 +36,6 @@ struct ConversionLimits {
 Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind,
                           const ConversionLimits& limits);
 
-// The last part of a path as UTF-8 for a line of log, control characters blanked and cut to at most 80 bytes
-// between two characters.
+// The last part of a path as UTF-8 for a log line: control characters become spaces, and the text is cut
+// between two characters to at most 80 bytes.
 std::string NameForLog(std::string_view path);

@@ -1,9 +1,9 @@
-// The one string of a command line, from the argument vector of this machine.
+// Builds the system's single command line from this machine's argument vector.
 #pragma once
 
 #include <string>
 
-// Whether an argument is an option where it stands before the chart's name.
+// Whether an argument before the chart's name is an option.
 bool IsOptionArgument(const std::string& argument);
 
 // The command line without the program's name: options as they are, from the first argument that is none on
