@@ -173,7 +173,7 @@ private:
 std::vector<PathParts> CutPath(std::string_view path) {
     std::vector<PathParts> cuts;
     for (const Reading nReading : {Reading::kMixed, Reading::kCp932, Reading::kSingle}) {
-        PathParts cut = Cut(path, nReading);
+        PathParts cut = Split(path, nReading);
         ResolveAlias(&cut);
         if (!cut.parts.empty() && std::find(cuts.begin(), cuts.end(), cut) == cuts.end())
             cuts.push_back(std::move(cut));

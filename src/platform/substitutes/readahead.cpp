@@ -62,9 +62,9 @@ void ReadAhead::Forget() {
 ReadAhead::Result ReadAhead::Take(const std::string& name) {
     if (m_pKept && m_keptName == name) return {m_pKept, m_keptKind, false};
     Forget();
-    const auto it = m_places.find(name);
-    m_keptKind = it != m_places.end() ? m_kind : KindOfName(name);
-    m_pKept = it != m_places.end() ? TakeJob(it->second) : nullptr;
+    const auto it = m_indexes.find(name);
+    m_keptKind = it != m_indexes.end() ? m_kind : KindOfName(name);
+    m_pKept = it != m_indexes.end() ? TakeJob(it->second) : nullptr;
     if (!m_pKept) m_pKept = MakeHere(name, m_keptKind);
     m_keptName = name;
     return {m_pKept, m_keptKind, true};
@@ -128,7 +128,7 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     pLock->unlock();
     SubstitutePtr pMade;
     if (m_making.isNeeded(job.name))
-        pMade = m_making.make(job.name, m_kind, [&](size_t nBytes) { return MayHoldMore(nJob, nBytes); });
+        pMade = m_making.make(job.name, m_kind, [&](size_t nBytes) { return TryReserve(nJob, nBytes); });
     if (pMade && pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
     const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;
     pLock->lock();
