@@ -7,6 +7,7 @@
 #include "platform/files/lookup.h"
 #include "platform/files/stream.h"
 #include "platform/substitutes/readahead.h"
+#include "platform/watch.h"
 
 namespace {
 
@@ -33,12 +34,15 @@ FileStream* OpenSubstitute(const std::string& name) {
 
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     if (!pszPath || !pszMode || std::strcmp(pszMode, "rb") != 0) return nullptr;
+    if (FileStream * pOrdered; Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     FileStream* pFile = OpenNamed(pszPath);
     return pFile ? pFile : OpenSubstitute(pszPath);
 }
 
 FileStream* FileOpenAsNamed(const char* pszPath) {
-    return pszPath ? OpenNamed(pszPath) : nullptr;
+    if (!pszPath) return nullptr;
+    if (FileStream * pOrdered; Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
+    return OpenNamed(pszPath);
 }
 
 std::string FileFind(const char* pszPath) {

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/bytes.h"
+#include "platform/watch.h"
 #include "sound/xaformat.h"
 
 namespace {
@@ -229,6 +230,7 @@ bool HeaderIsSound(const BYTE* pHeader) {
 
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
     if (!pHeader || !pFormat || !HeaderIsSound(pHeader)) return nullptr;
+    if (void* hXa; Hooked(&hXa, PlatformCall::kXaOpen)) return hXa;
     auto* pXa = new (std::nothrow) CXaDecoder();
     if (!pXa) return nullptr;
     pXa->m_nChannels = pHeader[XA_AT_CHANNELS];
@@ -254,6 +256,7 @@ void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
 int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm) {
     if (pnPcm) *pnPcm = 0;
     if (!hXa || !pnPcm) return 0;
+    if (int nResult; Hooked(&nResult, PlatformCall::kXaSize, hXa)) return nResult;
     const auto* pXa = static_cast<const CXaDecoder*>(hXa);
     uint64_t nFrames = FramesOfData(*pXa, nLength);
     if (nLength == pXa->m_nDataLen && pXa->m_bPadded) --nFrames;
@@ -268,6 +271,7 @@ int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock) {
     pBlock->nSrcUsed = 0;
     pBlock->nDstUsed = 0;
     if ((!pBlock->pSrc && pBlock->nSrcLen > 0) || (!pBlock->pDst && pBlock->nDstBufLen > 0)) return 0;
+    if (int nResult; Hooked(&nResult, PlatformCall::kXaConvert, hXa)) return nResult;
     auto* pXa = static_cast<CXaDecoder*>(hXa);
     XaRoom room = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
     bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &room) : Flush(pXa, &room);

@@ -18,14 +18,14 @@ std::string Format(const char* format, va_list args) {
     return std::string(line, static_cast<size_t>(std::clamp(length, 0, static_cast<int>(sizeof line) - 1)));
 }
 
-int PartsNumber(const IDirectDrawSurface7* surface) {
+int PartsNumber(const void* surface) {
     for (int i = 0; i < DDRAW_PARTS; ++i) {
         if (g_pDDraw->m_apParts[i] == surface) return i;
     }
     return -1;
 }
 
-int SlotOf(const IDirectSoundBuffer* buffer) {
+int SlotOf(const void* buffer) {
     for (int i = 0; i < SOUND_SLOTS; ++i) {
         const CDSBuffer* sound = g_pDSound->m_pSlot[i];
         if (sound && sound->m_pDSB == buffer) return i;
@@ -38,13 +38,13 @@ int SlotOf(const IDirectSoundBuffer* buffer) {
 Trace* Trace::self_ = nullptr;
 
 Trace::~Trace() {
-    g_Watch = {};
+    g_pfnCallHook = nullptr;
     self_ = nullptr;
 }
 
 bool Trace::Open(const std::string& name) {
     self_ = this;
-    g_Watch = {OnCopied, OnStarted};
+    g_pfnCallHook = OnCall;
     lists_ = {{"bar", &g_pBarList, &g_nBarCount, {}},
               {"tempo", &g_pTempoList, &g_nTempoCount, {}},
               {"bgm", &g_pBgmList, &g_nBgmCount, {}},
@@ -60,19 +60,28 @@ void Trace::Line(const char* format, ...) {
     va_end(args);
 }
 
-void Trace::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
-                     const RECT& r, bool keyed) {
-    if (!g_pDDraw || to != g_pDDraw->m_pBack) return;
-    char line[128];
-    std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", x, y, PartsNumber(from), r.left, r.top,
-                  r.right, r.bottom, keyed ? " key" : "");
-    self_->draws_ += line;
+bool Trace::OnCall(const CallFacts& call, int64_t*) {
+    if (call.eCall == PlatformCall::kBltFast)
+        self_->OnCopied(call);
+    else if (call.eCall == PlatformCall::kPlay)
+        self_->OnStarted(call.pObject);
+    return false;
 }
 
-void Trace::OnStarted(const IDirectSoundBuffer* buffer, bool) {
+void Trace::OnCopied(const CallFacts& copy) {
+    if (!g_pDDraw || copy.pObject != g_pDDraw->m_pBack) return;
+    const RECT& r = copy.source;
+    char line[128];
+    std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", copy.dest.left, copy.dest.top,
+                  PartsNumber(copy.pFrom), r.left, r.top, r.right, r.bottom,
+                  copy.nValue & DDBLTFAST_SRCCOLORKEY ? " key" : "");
+    draws_ += line;
+}
+
+void Trace::OnStarted(const void* buffer) {
     const int slot = g_pDSound ? SlotOf(buffer) : -1;
     if (slot < 0) return;  // the device's own silence
-    self_->sounds_ += "sound " + std::to_string(slot) + " " + g_pDSound->m_pSlot[slot]->m_szName + "\n";
+    sounds_ += "sound " + std::to_string(slot) + " " + g_pDSound->m_pSlot[slot]->m_szName + "\n";
 }
 
 bool Trace::Begin() {

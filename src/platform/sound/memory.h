@@ -16,6 +16,5 @@ struct SampleBlock {
 
 SampleBlock AllocateSamples(size_t bytes);   // aligned to 64 bytes; any thread
 void FreeSamples(const SampleBlock& block);  // a mapping that nothing uses any more goes back to the system
-size_t SampleBytesInUse();
 
 }  // namespace audio
