@@ -7,11 +7,6 @@
 #include <fstream>
 #include <string>
 
-#include "host/headless/headless.h"
-#include "host/host.h"
-#include "platform/process.h"
-#include "shell/shell.h"
-
 namespace fuzz {
 
 // A folder with small charts: two that play, one of measure 0 alone, and names of none.
@@ -44,20 +39,5 @@ private:
 
     std::string folder_;
 };
-
-// The system, the platform and the host as in a fresh process.
-inline void FreshProgram() {
-    Shutdown();
-    ResetPlatform();
-    host::Shutdown();
-    headless::Reset();
-    g_hWnd = nullptr;
-    g_bHost = g_bPlaying = 0;
-    g_bPaused = 1;
-    g_dwPauseTime = 0;
-    g_nStartMeasure = -1;
-    g_fSpeed = 1.0f;
-    g_TimeCaps = {};
-}
 
 }  // namespace fuzz
