@@ -1,4 +1,4 @@
-// What targets that run the whole program share.
+// Shared by targets that run the whole program.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace fuzz {
 
-// A folder with small charts: two that play, one of measure 0 alone, and names of none.
+// A folder with small charts: two that play and one with only measure 0. Other names refer to no chart.
 class Charts {
 public:
     Charts() {

@@ -1,4 +1,4 @@
-// What the window is told, message by message. Every message goes on to the default handling.
+// The window procedure, message by message. Every message also goes to the default procedure.
 #include <cstring>
 
 #include "platform/window/dialog.h"
@@ -6,9 +6,6 @@
 #include "shell/shell.h"
 
 namespace {
-
-constexpr int kMaxAboutBoxes = 4;  // a box within a box costs stack
-int g_nAboutBoxes = 0;
 
 void HoldChart() {
     if (g_bPlaying) PauseChart(0);
@@ -33,7 +30,7 @@ void InsertItem(HMENU hMenu, UINT nPosition, UINT nId, const char* pszText) {
     InsertMenuItemA(hMenu, nPosition, 0, &item);
 }
 
-// Nothing in the menu bears these numbers, so each item goes to its end.
+// No menu item has these numbers, so each item is appended.
 void BuildSystemMenu(HWND hWnd) {
     const HMENU hMenu = GetSystemMenu(hWnd, 0);
     InsertItem(hMenu, 7, 0, nullptr);
@@ -43,11 +40,8 @@ void BuildSystemMenu(HWND hWnd) {
 }
 
 void ShowAbout(HWND hWnd) {
-    if (g_nAboutBoxes == kMaxAboutBoxes) return;
     HoldChart();
-    ++g_nAboutBoxes;
     MessageBoxA(hWnd, "Lumetra 0.04", "VersionInfo", MB_ICONINFORMATION);
-    --g_nAboutBoxes;
     ReleaseChart();
 }
 
@@ -78,7 +72,7 @@ void OnPosChanging(LPARAM lParam) {
 
 void OnSeek(int32_t nMeasure) {
     if (!HasChart()) return;
-    g_nStartMeasure = LimitMeasure(nMeasure);
+    g_nStartMeasure = ClampMeasure(nMeasure);
     RestartChart();
 }
 
@@ -114,7 +108,7 @@ void OnRemote(HWND hWnd, UINT nMessage, WPARAM wParam) {
         case WM_REMOTE_QUIT:
             return PostQuitMessage(0);
         case WM_REMOTE_STOP:
-            return PauseChart(1);  // nothing where g_bPlaying is 0
+            return PauseChart(1);  // no effect while g_bPlaying is 0
         case WM_REMOTE_PLAY:
             return ResumeChart(1);
         case WM_REMOTE_RESTART:

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "check/finding.h"
 #include "platform/files/text.h"
 
 namespace check {
@@ -10,7 +11,7 @@ namespace check {
 void Json::Separate() {
     constexpr size_t kPiece = size_t{1} << 20;
     if (file_ && out_->size() > kPiece) {
-        std::fwrite(out_->data(), 1, out_->size(), file_);  // the program looks for a failure at its end
+        std::fwrite(out_->data(), 1, out_->size(), file_);  // the program checks for errors at its end
         out_->clear();
     }
     if (!first_ && !after_key_) out_->push_back(',');
@@ -77,9 +78,16 @@ void Json::Null() {
     *out_ += "null";
 }
 
-void Json::Bytes(const char* key, std::string_view bytes) {
+void Json::Title(const char* key, std::string_view bytes) {
+    Shown(key, bytes, DisplayText(bytes));
+}
+
+void Json::Name(const char* key, std::string_view bytes) {
+    Shown(key, bytes, ShownName(bytes));
+}
+
+void Json::Shown(const char* key, std::string_view bytes, const std::string& shown) {
     static constexpr char kHex[] = "0123456789abcdef";
-    const std::string shown = DisplayText(bytes);
     Member(key, shown);
     if (shown == bytes) return;
     std::string hex;

@@ -1,4 +1,4 @@
-// JSON as text, written piece by piece. Strings are valid whatever bytes they come from.
+// Writes JSON text piece by piece. Strings are valid UTF-8 whatever bytes they come from.
 #pragma once
 
 #include <cstdint>
@@ -10,22 +10,22 @@ namespace check {
 
 class Json {
 public:
-    // What has been written goes to the file, when there is one, and out of the text from time to time: a
-    // chart can have millions of objects.
+    // With a file, moves the text there from time to time: a chart can have millions of objects.
     explicit Json(std::string* out, FILE* file = nullptr) : out_(out), file_(file) {}
 
     void Begin(char bracket);  // `{` or `[`
     void End(char bracket);    // `}` or `]`
     void Key(std::string_view key);
     void Text(std::string_view utf8);  // which must be UTF-8
-    void Number(double number);        // the shortest that reads as the same; null for one that JSON has not
+    void Number(double number);        // the shortest form that reads as the same; null for infinity and NaN
     void Integer(int64_t number);
     void Flag(bool flag);
     void Null();
 
-    // Bytes of a chart or a disk: a member with them as the player shows them, and one named key + "Bytes" in
-    // hexadecimal where that is not the same.
-    void Bytes(const char* key, std::string_view bytes);
+    // Bytes of a chart or a disk: a member that shows them and, if that differs from the bytes, one named
+    // key + "Bytes" in hexadecimal. A title is shown as the player shows it, a name as in findings.
+    void Title(const char* key, std::string_view bytes);
+    void Name(const char* key, std::string_view bytes);
 
     void Member(std::string_view key, std::string_view utf8) { Key(key), Text(utf8); }
     void Member(std::string_view key, int64_t number) { Key(key), Integer(number); }
@@ -33,10 +33,11 @@ public:
 
 private:
     void Separate();
+    void Shown(const char* key, std::string_view bytes, const std::string& shown);
 
     std::string* out_;
     FILE* file_;
-    bool first_ = true;  // in the brackets at hand
+    bool first_ = true;  // in the current brackets
     bool after_key_ = false;
 };
 

@@ -1,4 +1,4 @@
-// What is odd about a chart's objects once their times are known, and the figures.
+// Findings that need the times of objects, and the figures.
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -65,8 +65,8 @@ void CheckDoubleNotes(Subject* subject) {
         if (count++ == 0 && source) first = source->place;
     }
     if (count == 0) return;
-    subject->findings.Add(first, Severity::kWarning, "double-note", [count] {
-        return "a note stands on another note of its lane (" + CountOf(count, "note") +
+    subject->findings.Add(first, "double-note", [count] {
+        return "a note is at the same position as another note of its lane (" + CountOf(count, "note") +
                " in all); the player shows one and plays both";
     });
 }
@@ -80,9 +80,9 @@ void CheckDoubleSounds(Subject* subject) {
         if (count++ == 0) first = fires[i].place;
     }
     if (count == 0) return;
-    subject->findings.Add(first, Severity::kNote, "double-sound", [count] {
-        return "a sound is started twice at one time (" + CountOf(count, "object") +
-               " in all); each sound is one voice, so that it is heard once";
+    subject->findings.Add(first, "double-sound", [count] {
+        return "a sound is started twice at the same time (" + CountOf(count, "object") +
+               " in all); each sound has one voice, so it is heard once";
     });
 }
 
@@ -92,27 +92,50 @@ void CheckLate(Subject* subject) {
         if (list.count == 0) continue;
         const BmsObject& last = *list.sorted[list.count - 1];
         const Source* source = list.SourceOf(&last);
-        if (TruncTime(last.dTime) < INT_MOST || !source) continue;
-        subject->findings.Add(source->place, Severity::kError, "too-late", [] {
-            return std::string(
-                "the player counts milliseconds in 32 bits, and this object would come later than "
-                "that; it never comes; check the tempos and lengths before it");
-        });
+        if (TruncTime(last.dTime) < INT32_MAX || !source) continue;
+        subject->findings.Add(
+            source->place, "too-late",
+            "the player counts milliseconds in 32 bits, and this object would come later; it "
+            "never does; check the tempos and lengths before it");
     }
+}
+
+void CheckLongMeasures(Subject* subject) {
+    constexpr double kLongMs = 600'000.0;
+    const CBMS& chart = *subject->chart;
+    int32_t first = -1;
+    int64_t count = 0;
+    for (int32_t i = 0; i + 1 < chart.m_nMeasure; ++i) {
+        if (!std::isfinite(chart.m_pMeasure[i].dStart)) break;
+        if (!(chart.m_pMeasure[i + 1].dStart - chart.m_pMeasure[i].dStart > kLongMs)) continue;
+        if (count++ == 0) first = i;
+    }
+    if (count == 0) return;
+    const Place length = subject->tables.lengths[static_cast<size_t>(first)];
+    const Place place = length.line != 0 ? length : subject->tables.first_tempo;
+    subject->findings.Add(place.line != 0 ? place : Place{1, 1}, "long-measure", [&] {
+        const double minutes =
+            (chart.m_pMeasure[first + 1].dStart - chart.m_pMeasure[first].dStart) / 60'000.0;
+        return "measure " + std::to_string(first) +
+               (minutes < 1e9 ? " lasts " + std::to_string(static_cast<int64_t>(minutes)) + " minutes"
+                              : std::string(" never ends")) +
+               (count > 1 ? ", and " + CountOf(count - 1, "other measure") + " more than ten" : "") +
+               "; check its length and the tempo";
+    });
 }
 
 void CheckIdleEnd(Subject* subject) {
     const Tables& tables = subject->tables;
     if (tables.last_acting >= tables.last_measure) return;
-    subject->findings.Add(tables.last_place, Severity::kNote, "idle-end", [&tables] {
+    subject->findings.Add(tables.last_place, "idle-end", [&tables] {
+        if (tables.last_acting < 0) return std::string("the chart has a length but no object with an effect");
         return "measure " + std::to_string(tables.last_measure) +
-               " has no object that acts, but lengthens the chart; the last one that does stands in "
-               "measure " +
+               " lengthens the chart but has no object with an effect; the last such object is in measure " +
                std::to_string(tables.last_acting);
     });
 }
 
-// The most sounds at once: each has one voice, which a new start takes over.
+// The most sounds at once. A sound has one voice, which a new start takes over.
 void CountVoices(const std::vector<Fire>& fires, const std::vector<double>& lengths, Figures* figures) {
     struct Voice {
         double end;
@@ -126,7 +149,7 @@ void CountVoices(const std::vector<Fire>& fires, const std::vector<double>& leng
         for (; !ends.empty() && ends.top().end <= fire.ms; ends.pop()) {
             const Voice& voice = ends.top();
             double& end = until[static_cast<size_t>(voice.number)];
-            if (end != voice.end) continue;  // was started anew meanwhile
+            if (end != voice.end) continue;  // has been restarted since
             end = -1.0;
             --sounding;
         }
@@ -182,6 +205,7 @@ void CheckTimes(Subject* subject) {
     CheckDoubleNotes(subject);
     CheckDoubleSounds(subject);
     CheckLate(subject);
+    CheckLongMeasures(subject);
     CheckIdleEnd(subject);
 }
 

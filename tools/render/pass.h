@@ -1,9 +1,9 @@
-// One run of the whole program under the virtual clock, and what listens to it.
+// One run of the whole program under the virtual clock, and the sinks that it feeds.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
+#include <vector>
 
 #include "host/headless/headless.h"
 #include "render/options.h"
@@ -12,31 +12,38 @@ namespace render {
 
 enum ExitCode { kGood = 0, kUsage = 1, kChart = 2, kOutput = 3, kStopped = 4 };
 
-// What a pass hands out. All may be empty. A false result ends the pass with kOutput; the listener has told
-// why.
-struct Listener {
-    // The chart is loaded and its first frame is composed. seconds: how long the pass will be at most,
-    // without what rings out.
-    std::function<bool(double seconds)> begin;
-    // Sound as it comes, interleaved stereo at 44,100 Hz, from the first moment on.
-    std::function<bool(const float* samples, int frames)> sound;
-    // A frame was shown. now: its chart time in ms. seconds: since the first moment.
-    std::function<bool(const headless::Frame& frame, int32_t now, double seconds)> frame;
-    // The chart time at which a frame is wanted exactly, if that is near; below the present one for none.
-    std::function<int64_t()> wanted;
-    bool ring_out = false;  // goes on behind the chart's end until the last sound is over
+// A frame that was shown.
+struct Moment {
+    const headless::Frame& picture;
+    int32_t now;     // its chart time in ms; the start's when ended
+    bool ended;      // the chart is over and sounds ring out
+    double seconds;  // since the start of the clock
 };
 
-// Plays the chart from --from to --to. Tells on standard error why it did not go well.
-ExitCode RunPass(const Options& options, const Listener& listener);
+// What becomes of a pass. A code other than kGood ends the pass with that code; the sink has reported why.
+// Calls come in the order of the declarations. A sink without Finish leaves nothing.
+class Sink {
+public:
+    virtual ~Sink() = default;
+    // The chart is loaded and its first frame is composed. seconds: the longest that the pass can last,
+    // without the sounds that ring out.
+    virtual ExitCode Begin(double seconds) { return kGood; }
+    // Interleaved stereo at 44,100 Hz, in order from the start of the clock.
+    virtual ExitCode OnSound(const float* samples, int frames) { return kGood; }
+    virtual ExitCode OnFrame(const Moment& moment) { return kGood; }
+    virtual ExitCode Finish() { return kGood; }
+    virtual bool RingsOut() const { return false; }  // wants what sounds after the end of the chart
+    virtual bool IsDone() const { return false; }    // a pass ends early when all its sinks are done
+};
 
-int Complain(ExitCode code, const std::string& text);  // gives the code
+// Plays the chart from --from to --to and finishes the sinks. Before the first sink begins, everything that
+// can be wrong with places and outputs has been checked. Reports failures on standard error; with
+// report_losses also what the chart names and was not found.
+ExitCode RunPass(const Options& options, const std::vector<Sink*>& sinks, bool report_losses);
 
-// The chart time, in ms, of a place; -1 when the chart has no such measure. For a pass that has begun.
+ExitCode Complain(ExitCode code, const std::string& text);  // returns the code
+
+// The chart time of a place in ms; -1 when the chart has no such measure. Valid once a pass has begun.
 int64_t ChartTime(const PicturePlace& place);
-
-// True once the user has asked the program to end: outputs are then given up.
-bool Stopped();
-void CatchSignals();
 
 }  // namespace render

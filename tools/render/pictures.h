@@ -5,10 +5,29 @@
 
 namespace render {
 
-// A PNG for each place into the folder, which is made when it is not there: 0001_m12.5.png and so on.
-ExitCode RenderPictures(const Options& options);
+// Writes a PNG for each place into the folder, which it creates.
+class PictureSink : public Sink {
+public:
+    explicit PictureSink(const Options& options) : options_(options) {}
+    ExitCode Begin(double seconds) override;
+    ExitCode OnFrame(const Moment& moment) override;
+    ExitCode Finish() override;
+    bool IsDone() const override { return next_ == wanted_.size(); }
 
-// Rows of a frame, enlarged, as 4 bytes B G R X for each pixel; scale * width * scale * height of them.
+private:
+    struct Wanted {
+        int64_t time;  // chart time in ms
+        size_t index;  // in the options' places
+    };
+
+    ExitCode Save(const headless::Frame& frame, size_t index);
+
+    const Options& options_;
+    std::vector<Wanted> wanted_;  // by time
+    size_t next_ = 0;
+};
+
+// The rows of a frame, enlarged: scale * width by scale * height pixels of 4 bytes, B G R X.
 void Enlarge(const headless::Frame& frame, int scale, std::vector<uint32_t>* pixels);
 
 }  // namespace render

@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "common/terminal.h"
 #include "display/ddraw.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
@@ -35,32 +36,26 @@ int SlotOf(const void* buffer) {
 
 }  // namespace
 
-Trace* Trace::self_ = nullptr;
+TraceSink* TraceSink::self_ = nullptr;
 
-Trace::~Trace() {
+TraceSink::TraceSink(const std::string& name) : name_(name) {
+    self_ = this;
+    g_pfnCallHook = OnCall;
+}
+
+TraceSink::~TraceSink() {
     g_pfnCallHook = nullptr;
     self_ = nullptr;
 }
 
-bool Trace::Open(const std::string& name) {
-    self_ = this;
-    g_pfnCallHook = OnCall;
-    lists_ = {{"bar", &g_pBarList, &g_nBarCount, {}},
-              {"tempo", &g_pTempoList, &g_nTempoCount, {}},
-              {"bgm", &g_pBgmList, &g_nBgmCount, {}},
-              {"note", &g_pNoteList, &g_nNoteCount, {}},
-              {"bga", &g_pBgaList, &g_nBgaCount, {}}};
-    return out_.Open(name);
-}
-
-void Trace::Line(const char* format, ...) {
+void TraceSink::Line(const char* format, ...) {
     va_list args;
     va_start(args, format);
     text_ += Format(format, args);
     va_end(args);
 }
 
-bool Trace::OnCall(const CallFacts& call, int64_t*) {
+bool TraceSink::OnCall(const CallFacts& call, int64_t*) {
     if (call.eCall == PlatformCall::kBltFast)
         self_->OnCopied(call);
     else if (call.eCall == PlatformCall::kPlay)
@@ -68,7 +63,7 @@ bool Trace::OnCall(const CallFacts& call, int64_t*) {
     return false;
 }
 
-void Trace::OnCopied(const CallFacts& copy) {
+void TraceSink::OnCopied(const CallFacts& copy) {
     if (!g_pDDraw || copy.pObject != g_pDDraw->m_pBack) return;
     const RECT& r = copy.source;
     char line[128];
@@ -78,49 +73,54 @@ void Trace::OnCopied(const CallFacts& copy) {
     draws_ += line;
 }
 
-void Trace::OnStarted(const void* buffer) {
+void TraceSink::OnStarted(const void* buffer) {
     const int slot = g_pDSound ? SlotOf(buffer) : -1;
-    if (slot < 0) return;  // the device's own silence
-    sounds_ += "sound " + std::to_string(slot) + " " + g_pDSound->m_pSlot[slot]->m_szName + "\n";
+    if (slot < 0) return;  // the device's own silent buffer
+    const std::string name = tools::CleanText(g_pDSound->m_pSlot[slot]->m_szName);
+    sounds_ += "sound " + std::to_string(slot) + " " + name + "\n";
 }
 
-bool Trace::Begin() {
+ExitCode TraceSink::Begin(double) {
+    lists_ = {{"bar", &g_pBarList, &g_nBarCount, {}},
+              {"tempo", &g_pTempoList, &g_nTempoCount, {}},
+              {"bgm", &g_pBgmList, &g_nBgmCount, {}},
+              {"note", &g_pNoteList, &g_nNoteCount, {}},
+              {"bga", &g_pBgaList, &g_nBgaCount, {}}};
     for (List& list : lists_) {
-        // Records before the start measure are done from the beginning; the first frame's own are not.
+        // Seeking has marked the records before the start measure as done. Those of the first frame are not.
         list.done.assign(static_cast<size_t>(*list.count), 0);
         for (int32_t i = 0; i < *list.count; ++i)
             list.done[static_cast<size_t>(i)] = (*list.records)[i].nMeasure < g_nStartMeasure;
     }
-    return true;
+    return Result(out_.Open(name_));
 }
 
-void Trace::TellFired(List* list) {
+void TraceSink::ReportFired(List* list) {
     for (int32_t i = 0; i < *list->count; ++i) {
         const BmsEvent& record = (*list->records)[i];
         char& done = list->done[static_cast<size_t>(i)];
         if (!record.bDone || done) continue;
         done = 1;
-        // A bar's and an anchor's channel word holds a line of the screen.
+        // In bars and anchors the channel word holds a line of the screen.
         const bool has_channel = list->records != &g_pBarList && list->records != &g_pTempoList;
         Line("fire %s %d %.9g %d %d\n", list->name, record.nMeasure, record.dPos,
              has_channel ? record.nChannel : 0, record.nTime);
     }
 }
 
-bool Trace::OnFrame(int32_t now) {
+ExitCode TraceSink::OnFrame(const Moment& moment) {
     text_.clear();
-    const bool ended = now == INT32_MAX;
     Line("frame %lld %llu %d %d %.2f\n", static_cast<long long>(frames_++),
-         static_cast<unsigned long long>(headless::Now()), ended ? static_cast<int>(g_dwSeekTime) : now,
+         static_cast<unsigned long long>(headless::Now()), moment.ended ? g_dwSeekTime : moment.now,
          g_nBarCursor, g_dBPM);
-    if (!ended) {
-        for (List& list : lists_) TellFired(&list);
+    if (!moment.ended) {
+        for (List& list : lists_) ReportFired(&list);
     }
     text_ += sounds_;
     text_ += draws_;
     sounds_.clear();
     draws_.clear();
-    return out_.Write(text_.data(), text_.size());
+    return Result(out_.Write(text_.data(), text_.size()));
 }
 
 }  // namespace render

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "host/headless/headless.h"
@@ -6,16 +7,17 @@
 
 namespace {
 
-// A program that waits by reading the clock over and over would wait for ever on a clock that only sleeping
-// moves: so many readings without a movement make a millisecond pass. Each order to a sound buffer reads the
-// clock too, so they are far more than the largest chord of a chart takes, which must not be torn apart.
+// A program that spins on the clock would wait for ever, because only sleeping moves it. So this many
+// readings in a row advance it by a millisecond. Each call on a sound buffer reads the clock too; the bound
+// is far above what the largest chord of a chart needs, so that its notes still start together.
 constexpr int kSpinReadings = 1 << 17;
 
 uint64_t g_clock = headless::kClockOrigin;
 int g_readings = 0;
 std::string g_log;
+headless::WakeHook g_on_sleep;
 
-// Function-local, so that a part of the host may add its hook before main.
+// Function-local, so that other files of the host can add hooks before main.
 std::vector<headless::ClockHook>& ClockHooks() {
     static std::vector<headless::ClockHook> hooks;
     return hooks;
@@ -38,6 +40,7 @@ namespace headless {
 void Reset() {
     SetClock(kClockOrigin);
     g_log.clear();
+    g_on_sleep = nullptr;
     for (const ResetHook hook : ResetHooks()) hook();
 }
 
@@ -61,6 +64,10 @@ void OnClock(ClockHook hook) {
     AddOnce(&ClockHooks(), hook);
 }
 
+void OnSleep(WakeHook hook) {
+    g_on_sleep = std::move(hook);
+}
+
 void OnReset(ResetHook hook) {
     AddOnce(&ResetHooks(), hook);
 }
@@ -79,7 +86,8 @@ uint64_t Nanoseconds() {
 }
 
 void SleepMilliseconds(uint32_t milliseconds) {
-    headless::AdvanceClock(uint64_t{milliseconds} * 1'000'000);
+    const uint64_t end = g_clock + uint64_t{milliseconds} * 1'000'000;
+    headless::SetClock(g_on_sleep ? std::clamp(g_on_sleep(g_clock, end), g_clock, end) : end);
 }
 
 void DebugText(const char* bytes, size_t count) {

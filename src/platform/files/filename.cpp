@@ -6,14 +6,14 @@
 
 #include <algorithm>
 
-#include "platform/files/files.h"
+#include "platform/files/alias.h"
 #include "platform/files/text.h"
 
 namespace {
 
-constexpr size_t kMaxHanded = 180;  // bytes of a path that leave room for names of sounds
+constexpr size_t kMaxHanded = 180;  // bytes; a longer path leaves too little room for names of sounds
 
-// CP932 as UTF-8; the bytes themselves where some have no meaning.
+// Converts CP932 to UTF-8. Returns the part unchanged when it contains an invalid character.
 std::string PartAsUtf8(const std::string& part) {
     if (IsUtf8(part)) return part;
     std::string text;
@@ -40,7 +40,7 @@ std::string AsUtf8(const std::string& path) {
     return text;
 }
 
-// A name with a backslash of its own keeps the other separator, since the exact spelling is tried first.
+// A name that contains a backslash keeps `/` as separator, because the exact spelling is tried first.
 std::string WithBackslashes(std::string path) {
     if (path.find('\\') == path.npos) std::replace(path.begin(), path.end(), '/', '\\');
     return path;
@@ -66,15 +66,17 @@ std::string FolderOf(const std::string& path) {
 }
 
 std::string HandOver(const std::string& path) {
-    std::string absolute = AsUtf8(AbsolutePath(path));
-    const bool bFolderKept = FolderOf(absolute).find('\\') == absolute.npos;
-    absolute = WithBackslashes(std::move(absolute));
-    if (absolute.size() <= kMaxHanded && bFolderKept) return absolute;
-    // Only for a file that is there: a relative name must not meet another file by chance.
+    std::string real = AbsolutePath(path);
+    const std::string absolute = AsUtf8(real);
+    const bool bAbsolute = real[0] == '/' && real.size() < PATH_MAX;
+    const bool bPlain = bAbsolute && absolute.find('\\') == absolute.npos;
+    if (bPlain && absolute.size() <= kMaxHanded) return WithBackslashes(absolute);
+    // Only for a file that is there: what was misspelled is shown as it was given.
     struct stat info;
-    if (stat(path.c_str(), &info) != 0) return absolute;
-    const std::string folder = FolderOf(path);
-    if (!folder.empty() && chdir(folder.c_str()) != 0) return absolute;
-    FileForgetListings();
-    return WithBackslashes("./" + AsUtf8(folder.empty() ? path : path.substr(path.rfind('/') + 1)));
+    if (stat(path.c_str(), &info) != 0) return WithBackslashes(absolute);
+    // A path that this machine only takes piece by piece stays relative: the working directory never changes.
+    if (!bAbsolute) real = "./" + path;
+    const size_t nName = real.rfind('/') + 1;
+    const std::string name = real.substr(nName);
+    return AliasOf(real.substr(0, nName), name, AsUtf8(name));
 }

@@ -5,19 +5,20 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "platform/files/alias.h"
 #include "platform/files/listing.h"
 #include "platform/files/namefold.h"
 #include "platform/files/text.h"
 
 namespace {
 
-constexpr size_t kMaxPath = 4096;   // bytes of a name, as this machine's own limit
-constexpr size_t kMaxDepth = 256;   // folders that are matched one inside the other
-constexpr size_t kMaxFolders = 16;  // folders that one spelling stands for
-constexpr size_t kMaxTries = 64;    // files that are tried for one name
+constexpr size_t kMaxPath = 4096;   // bytes of a name, this machine's limit
+constexpr size_t kMaxDepth = 256;   // nested folders that are matched
+constexpr size_t kMaxFolders = 16;  // folders to which one spelling may refer
+constexpr size_t kMaxTries = 64;    // files tried for one name
 
 enum class Reading {
-    kMixed,   // UTF-8 sequences where they are well formed, two-byte characters elsewhere
+    kMixed,   // well-formed UTF-8 sequences, and two-byte characters elsewhere
     kCp932,   // two-byte characters everywhere
     kSingle,  // every `\` separates
 };
@@ -32,7 +33,7 @@ size_t CharLength(std::string_view rest, Reading nReading) {
     return bPair ? 2 : 1;
 }
 
-PathParts Cut(std::string_view path, Reading nReading) {
+PathParts Split(std::string_view path, Reading nReading) {
     PathParts result;
     result.bAbsolute = !path.empty() && (path[0] == '\\' || path[0] == '/');
     std::string part;
@@ -62,8 +63,8 @@ std::vector<std::string> Keys(const std::string& part) {
     return keys;
 }
 
-// Names of a folder that a part can stand for, other than its own spelling.
-std::vector<std::string> Similar(const std::string& folder, const std::string& part) {
+// Names in a folder to which a part may refer, except its exact spelling.
+std::vector<std::string> SimilarNames(const std::string& folder, const std::string& part) {
     std::vector<std::string> names;
     if (part == "." || part == "..") return names;
     for (const std::string& key : Keys(part)) {
@@ -74,7 +75,7 @@ std::vector<std::string> Similar(const std::string& folder, const std::string& p
     return names;
 }
 
-using Folders = std::vector<std::string>;  // each with its closing `/`, or empty for the working directory
+using Folders = std::vector<std::string>;  // each with a closing `/`; empty for the working directory
 std::unordered_map<std::string, Folders> g_resolved;
 
 void AddFolder(Folders* pFolders, std::string folder) {
@@ -82,13 +83,13 @@ void AddFolder(Folders* pFolders, std::string folder) {
 }
 
 std::string ExactFolder(const PathParts& path, size_t nCount) {
-    std::string folder = path.bAbsolute ? "/" : "";
+    std::string folder = path.bAbsolute ? "/" : path.root;
     for (size_t i = 0; i < nCount; ++i) folder += path.parts[i] + '/';
     return folder;
 }
 
-// The folders that the first nCount parts can stand for. One that is spelled as the parts are keeps out its
-// look-alikes.
+// The folders to which the first nCount parts may refer. A folder with the exact spelling excludes similar
+// ones.
 const Folders& ResolveFolders(const PathParts& path, size_t nCount) {
     std::string exact = ExactFolder(path, nCount);
     if (const auto it = g_resolved.find(exact); it != g_resolved.end()) return it->second;
@@ -100,27 +101,27 @@ const Folders& ResolveFolders(const PathParts& path, size_t nCount) {
         const Folders parents = ResolveFolders(path, nCount - 1);
         for (const std::string& parent : parents) {
             AddFolder(&found, parent + part);
-            for (const std::string& name : Similar(parent, part)) AddFolder(&found, parent + name);
+            for (const std::string& name : SimilarNames(parent, part)) AddFolder(&found, parent + name);
         }
     }
     return g_resolved.emplace(std::move(exact), std::move(found)).first->second;
 }
 
-// The look-alikes of the last folder, as beside `Sound/`, which has the name, stands `sound/`, which has the
+// Folders similar to the last one. For example, when `Sound/` matches the name but `sound/` beside it has the
 // file.
 Folders SimilarFolders(const PathParts& path, size_t nCount) {
     Folders found;
     if (nCount == 0 || nCount > kMaxDepth) return found;
     const Folders parents = ResolveFolders(path, nCount - 1);
     for (const std::string& parent : parents) {
-        for (const std::string& name : Similar(parent, path.parts[nCount - 1]))
+        for (const std::string& name : SimilarNames(parent, path.parts[nCount - 1]))
             AddFolder(&found, parent + name);
     }
     return found;
 }
 
-// Names of a folder that a part can stand for, its own spelling first.
-std::vector<std::string> Listed(const std::string& folder, const std::string& part) {
+// Names in a folder to which a part may refer, its exact spelling first.
+std::vector<std::string> ListedNames(const std::string& folder, const std::string& part) {
     std::vector<std::string> names;
     for (const std::string& key : Keys(part)) {
         for (const std::string& name : NamesInFolder(folder, key)) {
@@ -148,7 +149,7 @@ public:
     bool TryIn(const Folders& folders, const std::string& part) {
         for (const std::string& folder : folders) {
             if (Try(folder + part)) return true;
-            for (const std::string& name : Similar(folder, part)) {
+            for (const std::string& name : SimilarNames(folder, part)) {
                 if (Try(folder + name)) return true;
             }
         }
@@ -172,7 +173,8 @@ private:
 std::vector<PathParts> CutPath(std::string_view path) {
     std::vector<PathParts> cuts;
     for (const Reading nReading : {Reading::kMixed, Reading::kCp932, Reading::kSingle}) {
-        PathParts cut = Cut(path, nReading);
+        PathParts cut = Split(path, nReading);
+        ResolveAlias(&cut);
         if (!cut.parts.empty() && std::find(cuts.begin(), cuts.end(), cut) == cuts.end())
             cuts.push_back(std::move(cut));
     }
@@ -189,7 +191,7 @@ bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser) {
     if (path.size() >= kMaxPath || path.find('\0') != path.npos) return false;
     const std::vector<PathParts> cuts = CutPath(path);
     Search search(pfnTry, pUser);
-    // Spelled with this machine's separator, so a `\` may belong to a name.
+    // With this machine's separator, a `\` may be part of a name.
     if (path.find('/') != path.npos && path.find('\\') != path.npos && search.Try(std::string(path)))
         return true;
     for (const PathParts& cut : cuts) {
@@ -202,24 +204,25 @@ bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser) {
 }
 
 std::vector<std::string> SiblingPaths(std::string_view path, const std::vector<std::string_view>& endings) {
-    struct Place {
+    struct Location {
         Folders folders;
         std::string stem;
     };
-    std::vector<Place> places;
+    std::vector<Location> locations;
     std::vector<std::string> found;
     if (path.size() >= kMaxPath || path.find('\0') != path.npos) return found;
     for (const PathParts& cut : CutPath(path)) {
         const size_t nFolders = cut.parts.size() - 1;
-        Place place = {ResolveFolders(cut, nFolders), Stem(cut.parts.back())};
-        for (std::string& folder : SimilarFolders(cut, nFolders)) place.folders.push_back(std::move(folder));
-        if (!place.stem.empty()) places.push_back(std::move(place));
+        Location location = {ResolveFolders(cut, nFolders), Stem(cut.parts.back())};
+        for (std::string& folder : SimilarFolders(cut, nFolders))
+            location.folders.push_back(std::move(folder));
+        if (!location.stem.empty()) locations.push_back(std::move(location));
     }
     for (const std::string_view ending : endings) {
-        for (const Place& place : places) {
-            const std::string part = place.stem + std::string(ending);
-            for (const std::string& folder : place.folders) {
-                for (const std::string& name : Listed(folder, part)) found.push_back(folder + name);
+        for (const Location& location : locations) {
+            const std::string part = location.stem + std::string(ending);
+            for (const std::string& folder : location.folders) {
+                for (const std::string& name : ListedNames(folder, part)) found.push_back(folder + name);
             }
         }
     }

@@ -7,7 +7,7 @@
 
 struct IDirectSound::State {
     DWORD references = 1;
-    DWORD level = 0;  // no cooperative level yet
+    DWORD level = 0;  // not set yet
 };
 
 struct IDirectSoundBuffer::State {
@@ -15,14 +15,14 @@ struct IDirectSoundBuffer::State {
     DWORD flags = 0;
     DWORD bytes = 0;
     bool primary = false;
-    bool may_set_format = false;  // primary: made by a device of priority level
+    bool may_set_format = false;  // primary: created by a device at priority level
     audio::SampleBlock memory;
     audio::Voice voice;
 };
 
 namespace directsound {
 
-// The process has one mixer; devices share it. Never destroyed: a buffer may outlive its device.
+// The process has one mixer, shared by all devices. Never destroyed: a buffer may outlive its device.
 audio::Mixer& TheMixer();
 
 void Silence(const audio::SampleBlock& memory, const audio::Format& format);

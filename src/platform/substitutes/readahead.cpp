@@ -3,25 +3,23 @@
 #include <algorithm>
 #include <system_error>
 
-#include "platform/files/lookup.h"
-
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
 
 namespace {
 
-// Memory for what has been made and not been asked for, and for what is being made.
-constexpr size_t kMostAhead = size_t{64} << 20;
-constexpr size_t kMostThreads = 8;
+// Limit for finished but unrequested substitutes and those in progress, in bytes.
+constexpr size_t kMaxAhead = size_t{64} << 20;
+constexpr size_t kMaxThreads = 8;
 
-// Each conversion needs about the memory that the one before has freed. Left to itself the allocator gives
-// such blocks back to the system, and to fetch them anew, page by page, takes a quarter of a load's time.
+// Each conversion needs about as much memory as the previous one has freed. By default the allocator returns
+// such blocks to the system, and faulting them in again, page by page, takes a quarter of a load's time.
 void KeepFreedMemory(bool bKeep) {
 #ifdef __GLIBC__
     constexpr int kUsual = 128 << 10;
     mallopt(M_MMAP_THRESHOLD, bKeep ? 32 << 20 : kUsual);
-    mallopt(M_TRIM_THRESHOLD, bKeep ? static_cast<int>(kMostAhead) : kUsual);
+    mallopt(M_TRIM_THRESHOLD, bKeep ? static_cast<int>(kMaxAhead) : kUsual);
     if (!bKeep) malloc_trim(0);
 #endif
 }
@@ -32,7 +30,7 @@ void ReadAhead::Expect(MediaKind kind, std::vector<std::string> names) {
     Stop();
     m_kind = kind;
     for (std::string& name : names) {
-        if (!m_places.emplace(name, m_jobs.size()).second) continue;
+        if (!m_indexes.emplace(name, m_jobs.size()).second) continue;
         m_jobs.emplace_back().name = std::move(name);
     }
 }
@@ -45,10 +43,10 @@ void ReadAhead::Stop() {
     m_changed.notify_all();
     for (std::thread& thread : m_threads) thread.join();
     m_threads.clear();
-    m_places.clear();
+    m_indexes.clear();
     m_jobs.clear();
     m_kind = MediaKind::kNone;
-    m_nNext = m_nReader = m_nHeld = 0;
+    m_nNext = m_nReader = m_nReserved = 0;
     m_nWanted = kNone;
     m_bStop = false;
     Forget();
@@ -61,17 +59,18 @@ void ReadAhead::Forget() {
     m_keptName.clear();
 }
 
-ReadAhead::SubstitutePtr ReadAhead::Take(const std::string& name) {
-    if (m_pKept && m_keptName == name) return m_pKept;
+ReadAhead::Result ReadAhead::Take(const std::string& name) {
+    if (m_pKept && m_keptName == name) return {m_pKept, m_keptKind, false};
     Forget();
-    const auto it = m_places.find(name);
-    m_pKept = it != m_places.end() ? TakeJob(it->second) : nullptr;
-    if (!m_pKept) m_pKept = MakeHere(name, it != m_places.end() ? m_kind : KindOfName(name));
+    const auto it = m_indexes.find(name);
+    m_keptKind = it != m_indexes.end() ? m_kind : KindOfName(name);
+    m_pKept = it != m_indexes.end() ? TakeJob(it->second) : nullptr;
+    if (!m_pKept) m_pKept = MakeHere(name, m_keptKind);
     m_keptName = name;
-    return m_pKept;
+    return {m_pKept, m_keptKind, true};
 }
 
-// Null when it is to be made here.
+// Null when it must be made by the caller.
 ReadAhead::SubstitutePtr ReadAhead::TakeJob(size_t nJob) {
     std::unique_lock lock(m_mutex);
     Job& job = m_jobs[nJob];
@@ -95,31 +94,29 @@ ReadAhead::SubstitutePtr ReadAhead::TakeJob(size_t nJob) {
 }
 
 ReadAhead::SubstitutePtr ReadAhead::MakeHere(const std::string& name, MediaKind kind) {
-    const std::vector<std::string> paths = SubstitutePaths(name, kind);
-    if (!paths.empty() && !m_jobs.empty()) {
+    if (!m_jobs.empty() && m_making.isPossible(name, kind)) {
         if (!m_bConverts) KeepFreedMemory(true);
         m_bConverts = true;
         StartThreads();
     }
-    return std::make_shared<Substitute>(MakeSubstitute(paths, kind, nullptr));
+    return m_making.make(name, kind, nullptr);
 }
 
-// One for each core: while the reader waits for one of them all cores still work.
+// One thread per core: while the reader waits for one of them, all cores are busy.
 void ReadAhead::StartThreads() {
     const size_t nCores = std::thread::hardware_concurrency();
     if (!m_threads.empty() || nCores < 2 || m_nReader >= m_jobs.size()) return;
     try {
-        for (size_t n = 0; n < std::min(nCores, kMostThreads); ++n)
-            m_threads.emplace_back([this] { Work(); });
+        for (size_t n = 0; n < std::min(nCores, kMaxThreads); ++n) m_threads.emplace_back([this] { Work(); });
     } catch (const std::system_error&) {
-        // Those that could be started do, or none.
+        // Continue with the threads that did start, if any.
     }
 }
 
 void ReadAhead::Work() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [&] { return m_bStop || m_nNext >= m_jobs.size() || m_nHeld < kMostAhead; });
+        m_changed.wait(lock, [&] { return m_bStop || m_nNext >= m_jobs.size() || m_nReserved < kMaxAhead; });
         if (m_bStop || m_nNext >= m_jobs.size()) return;
         RunJob(&lock, m_nNext++);
     }
@@ -130,39 +127,38 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     job.state = State::kRunning;
     pLock->unlock();
     SubstitutePtr pMade;
-    if (FindNamed(job.name).empty()) {
-        pMade = std::make_shared<Substitute>(
-            MakeSubstitute(SubstitutePaths(job.name, m_kind), m_kind,
-                           [&](size_t nBytes) { return MayHoldMore(nJob, nBytes); }));
-    }
+    if (m_making.isNeeded(job.name))
+        pMade = m_making.make(job.name, m_kind, [&](size_t nBytes) { return TryReserve(nJob, nBytes); });
+    if (pMade && pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
     const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;
     pLock->lock();
     job.state = State::kDone;
-    m_nHeld += nMade - job.nHeld;
-    job.nHeld = nMade;
+    m_nReserved += nMade - job.nReserved;
+    job.nReserved = nMade;
     job.pMade = std::move(pMade);
-    if (job.bDropped || IsPassed(nJob)) Release(&job);
+    if (job.bDropped || IsSkipped(nJob)) Release(&job);
     m_changed.notify_all();
 }
 
-bool ReadAhead::MayHoldMore(size_t nJob, size_t nBytes) {
+bool ReadAhead::TryReserve(size_t nJob, size_t nBytes) {
     std::unique_lock lock(m_mutex);
     Job& job = m_jobs[nJob];
     m_changed.wait(lock, [&] {
-        return m_bStop || IsPassed(nJob) || m_nWanted == nJob || m_nHeld - job.nHeld + nBytes <= kMostAhead;
+        return m_bStop || IsSkipped(nJob) || m_nWanted == nJob ||
+               m_nReserved - job.nReserved + nBytes <= kMaxAhead;
     });
-    job.bDropped = m_bStop || IsPassed(nJob);
+    job.bDropped = m_bStop || IsSkipped(nJob);
     if (job.bDropped) return false;
-    m_nHeld += nBytes - job.nHeld;
-    job.nHeld = nBytes;
+    m_nReserved += nBytes - job.nReserved;
+    job.nReserved = nBytes;
     return true;
 }
 
-bool ReadAhead::IsPassed(size_t nJob) const {
+bool ReadAhead::IsSkipped(size_t nJob) const {
     return nJob < m_nReader && m_nWanted != nJob;
 }
 
-// Those that the reader has passed without asking, because the files are there after all.
+// Releases the jobs that the reader skipped because their files exist.
 void ReadAhead::DropJobsBefore(size_t nJob) {
     for (size_t n = m_nReader; n < nJob; ++n) {
         if (m_jobs[n].state == State::kDone) Release(&m_jobs[n]);
@@ -170,7 +166,7 @@ void ReadAhead::DropJobsBefore(size_t nJob) {
 }
 
 void ReadAhead::Release(Job* pJob) {
-    m_nHeld -= pJob->nHeld;
-    pJob->nHeld = 0;
+    m_nReserved -= pJob->nReserved;
+    pJob->nReserved = 0;
     pJob->pMade = nullptr;
 }

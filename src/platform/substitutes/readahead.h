@@ -1,8 +1,9 @@
-// Substitutes made before they are asked for, on other threads, while the reader works through its list of
-// names in order.
+// Makes substitutes ahead of time, on other threads, while the reader works through its list of names in
+// order.
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -11,21 +12,34 @@
 
 #include "platform/substitutes/substitute.h"
 
-// Used from one thread; the others are its own. They are started when the first substitute is needed, so that
-// a package in which every file is there under its name has none of them, and never on a machine of one core.
+// Lives as long as the process (platform/open.cpp). All public calls come from one thread. Worker threads
+// start when the first substitute is needed, so a package without missing files starts none; neither does a
+// machine with one core.
 class ReadAhead {
 public:
     using SubstitutePtr = std::shared_ptr<const Substitute>;
+    // How files are made. All of it is called on any thread.
+    struct Making {
+        std::function<bool(const std::string& name, MediaKind kind)> isPossible;
+        std::function<SubstitutePtr(const std::string& name, MediaKind kind, const MayHold& mayHold)> make;
+        std::function<bool(const std::string& name)> isNeeded;  // otherwise the file is there
+    };
+    struct Result {
+        SubstitutePtr pMade;  // never null
+        MediaKind kind;       // of the list for its names, of the name's ending for others
+        bool bNew;            // otherwise it is the one that was taken last
+    };
 
+    explicit ReadAhead(Making making) : m_making(std::move(making)) {}
     ~ReadAhead() { Stop(); }
 
-    // The names that will be opened, in order; what came before is dropped and its threads end.
+    // Sets the names that will be opened, in order. Drops the previous list and ends its threads.
     void Expect(MediaKind kind, std::vector<std::string> names);
     void Stop();
 
-    // The substitute for a name that is not there; never null. Names of the list are of its kind, others of
-    // that which their ending tells. The last one asked for is kept, because a loader opens a name twice.
-    SubstitutePtr Take(const std::string& name);
+    // The substitute for a name that is not there. The last one asked for is kept, because a loader opens a
+    // name twice.
+    Result Take(const std::string& name);
     // Drops the one that was kept.
     void Forget();
 
@@ -36,9 +50,9 @@ private:
     struct Job {
         std::string name;
         State state = State::kWaiting;
-        size_t nHeld = 0;       // bytes
-        bool bDropped = false;  // broken off, so that what was made says nothing
-        SubstitutePtr pMade;    // null when it is to be made when it is asked for
+        size_t nReserved = 0;   // bytes
+        bool bDropped = false;  // interrupted, so the result is meaningless
+        SubstitutePtr pMade;    // null: to be made when requested
     };
     static constexpr size_t kNone = SIZE_MAX;
 
@@ -47,25 +61,27 @@ private:
     void StartThreads();
     void Work();
     void RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob);
-    bool MayHoldMore(size_t nJob, size_t nBytes);
-    bool IsPassed(size_t nJob) const;  // the reader has gone on without it
+    bool TryReserve(size_t nJob, size_t nBytes);
+    bool IsSkipped(size_t nJob) const;  // the reader has passed it
     void DropJobsBefore(size_t nJob);
     void Release(Job* pJob);
 
+    const Making m_making;
     // Of the one thread.
     MediaKind m_kind = MediaKind::kNone;
-    std::unordered_map<std::string, size_t> m_places;
+    std::unordered_map<std::string, size_t> m_indexes;
     std::vector<std::thread> m_threads;
-    bool m_bConverts = false;  // something of the list has been converted
+    bool m_bConverts = false;  // something in the list has been converted
     std::string m_keptName;
     SubstitutePtr m_pKept;
+    MediaKind m_keptKind = MediaKind::kNone;
 
-    std::mutex m_mutex;  // for what follows
+    std::mutex m_mutex;  // guards everything below
     std::condition_variable m_changed;
     std::vector<Job> m_jobs;
-    size_t m_nNext = 0;        // the first that no thread has looked at
-    size_t m_nReader = 0;      // the first that the reader may still ask for
-    size_t m_nWanted = kNone;  // the one that the reader waits for: it may always go on
-    size_t m_nHeld = 0;        // bytes of all jobs
+    size_t m_nNext = 0;        // the first job that no thread has started
+    size_t m_nReader = 0;      // the first job that the reader may still request
+    size_t m_nWanted = kNone;  // the job that the reader waits for; it is never held up
+    size_t m_nReserved = 0;    // bytes of all jobs
     bool m_bStop = false;
 };
