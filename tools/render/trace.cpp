@@ -43,6 +43,11 @@ Trace::~Trace() {
 }
 
 bool Trace::Open(const std::string& name) {
+    Listen();
+    return out_.Open(name);
+}
+
+void Trace::Listen() {
     self_ = this;
     g_Watch = {OnCopied, OnStarted};
     lists_ = {{"bar", &g_pBarList, &g_nBarCount, {}},
@@ -50,7 +55,6 @@ bool Trace::Open(const std::string& name) {
               {"bgm", &g_pBgmList, &g_nBgmCount, {}},
               {"note", &g_pNoteList, &g_nNoteCount, {}},
               {"bga", &g_pBgaList, &g_nBgaCount, {}}};
-    return out_.Open(name);
 }
 
 void Trace::Line(const char* format, ...) {
@@ -99,6 +103,11 @@ void Trace::TellFired(List* list) {
 }
 
 bool Trace::OnFrame(int32_t now) {
+    TakeFrame(now);
+    return out_.Write(text_.data(), text_.size());
+}
+
+const std::string& Trace::TakeFrame(int32_t now) {
     text_.clear();
     const bool ended = now == INT32_MAX;
     Line("frame %lld %llu %d %d %.2f\n", static_cast<long long>(frames_++),
@@ -111,7 +120,7 @@ bool Trace::OnFrame(int32_t now) {
     text_ += draws_;
     sounds_.clear();
     draws_.clear();
-    return out_.Write(text_.data(), text_.size());
+    return text_;
 }
 
 }  // namespace render

@@ -20,8 +20,10 @@ class Trace {
 public:
     ~Trace();
     bool Open(const std::string& name);
+    void Listen();  // what Open does, without a file
     bool Begin();  // the chart is there
     bool OnFrame(int32_t now);
+    const std::string& TakeFrame(int32_t now);  // the lines of this frame; valid until the next
     bool Commit() { return out_.Commit(); }
 
 private:
