@@ -1,4 +1,4 @@
-#include "xa/wav.h"
+#include "xa/read_sound.h"
 
 #include <sndfile.h>
 
@@ -18,7 +18,7 @@ bool Fail(std::string* why, const char* what) {
 
 }  // namespace
 
-bool ReadWav(const std::string& path, Sound* sound, std::string* why) {
+bool ReadSound(const std::string& path, Sound* sound, std::string* why) {
     SF_INFO info = {};
     File file(sf_open(path.c_str(), SFM_READ, &info), &sf_close);
     if (!file) return Fail(why, sf_strerror(nullptr));
@@ -36,18 +36,6 @@ bool ReadWav(const std::string& path, Sound* sound, std::string* why) {
         if ((refusal = Refusal(sound->channels, sound->rate, frames))) return Fail(why, refusal);
     }
     return sf_error(file.get()) == SF_ERR_NO_ERROR ? true : Fail(why, sf_strerror(file.get()));
-}
-
-bool WriteWav(int fd, int channels, uint32_t rate, std::span<const int16_t> samples, std::string* why) {
-    SF_INFO info = {};
-    info.channels = channels;
-    info.samplerate = static_cast<int>(rate);
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    File file(sf_open_fd(fd, SFM_WRITE, &info, SF_FALSE), &sf_close);
-    if (!file) return Fail(why, sf_strerror(nullptr));
-    auto count = static_cast<sf_count_t>(samples.size());
-    if (sf_write_short(file.get(), samples.data(), count) != count) return Fail(why, sf_strerror(file.get()));
-    return sf_close(file.release()) == 0 ? true : Fail(why, "the file could not be finished");
 }
 
 }  // namespace xa
