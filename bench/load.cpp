@@ -49,12 +49,12 @@ void Resample(const audio::Filter& filter, audio::Step step, const std::vector<f
     constexpr size_t kChunk = 2048;
     scratch->resize(kChunk + 2 * audio::Filter::kOverrun);
     out->resize(made + kChunk + 2 * audio::Filter::kOverrun);
-    audio::Place place;
+    audio::Position position;
     for (size_t at = 0; at < made; at += kChunk) {
         const size_t count = std::min(kChunk, made - at);
-        filter.Run(&in[static_cast<size_t>(place.frame)], place.fraction, step, count, out->data() + at,
+        filter.Run(&in[static_cast<size_t>(position.frame)], position.fraction, step, count, out->data() + at,
                    scratch->data());
-        place = audio::Advance(place, step, static_cast<int64_t>(count));
+        position = audio::Advance(position, step, static_cast<int64_t>(count));
     }
 }
 

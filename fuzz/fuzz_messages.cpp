@@ -1,4 +1,4 @@
-// Any sequence of the user's input, other copies' messages and answers to dialogs into a running program:
+// Any sequence of the user's input, other instances' messages and answers to dialogs into a running program:
 // four bytes for each, behind one that chooses how the program starts.
 #include <cstddef>
 #include <cstdint>

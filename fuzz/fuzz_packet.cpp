@@ -5,20 +5,20 @@
 #include <cstring>
 #include <string>
 
-#include "host/desktop/copy_folder.h"
-#include "host/desktop/copy_message.h"
+#include "host/desktop/instance_folder.h"
+#include "host/desktop/instance_message.h"
 
 using namespace host::desktop;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    CopyMessage message;
-    if (DecodeCopyMessage(data, size, &message)) {
-        uint8_t bytes[kCopyMessageBytes];
-        EncodeCopyMessage(message, bytes);
+    InstanceMessage message;
+    if (DecodeInstanceMessage(data, size, &message)) {
+        uint8_t bytes[kInstanceMessageBytes];
+        EncodeInstanceMessage(message, bytes);
         if (size != sizeof(bytes) || std::memcmp(data, bytes, size) != 0) std::abort();
     }
     const std::string name(reinterpret_cast<const char*>(data), size);
-    CopySocket socket, again;
+    InstanceSocket socket, again;
     if (ParseSocketName(name, &socket)) {
         if (!ParseSocketName(SocketName(socket), &again) || again.class_name != socket.class_name ||
             again.id != socket.id)

@@ -5,27 +5,25 @@
 
 #include "platform/wintypes.h"
 
-constexpr int32_t INT_MOST = 0x7FFFFFFF, INT_LEAST = -INT_MOST - 1;
-
 constexpr int32_t ClampToInt(int64_t n) {
-    return n > INT_MOST ? INT_MOST : n < INT_LEAST ? INT_LEAST : static_cast<int32_t>(n);
+    return n > INT32_MAX ? INT32_MAX : n < INT32_MIN ? INT32_MIN : static_cast<int32_t>(n);
 }
 
 // Truncates toward zero and saturates; NaN gives 0.
 constexpr int32_t TruncToInt(double d) {
     if (d != d) return 0;
-    if (d >= 2147483647.0) return INT_MOST;
-    if (d <= -2147483648.0) return INT_LEAST;
+    if (d >= 2147483647.0) return INT32_MAX;
+    if (d <= -2147483648.0) return INT32_MIN;
     return static_cast<int32_t>(d);
 }
 
 // A chart time, truncated; NaN gives the far end.
 constexpr int32_t TruncTime(double dTime) {
-    return dTime != dTime ? INT_MOST : TruncToInt(dTime);
+    return dTime != dTime ? INT32_MAX : TruncToInt(dTime);
 }
 
 // A chart time in whole milliseconds, halves rounded up.
 constexpr int32_t RoundTime(double dTime) {
     const int32_t n = TruncTime(dTime);
-    return n < INT_MOST && dTime - n >= 0.5 ? n + 1 : n;
+    return n < INT32_MAX && dTime - n >= 0.5 ? n + 1 : n;
 }

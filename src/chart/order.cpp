@@ -7,12 +7,12 @@
 
 #include "chart/bms.h"
 
-static double PlaceOf(const BmsObject* p) {
+static double PositionOf(const BmsObject* p) {
     return p->nMeasure + p->dPos;
 }
 
 int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
-    const double a = PlaceOf(pA), b = PlaceOf(pB);
+    const double a = PositionOf(pA), b = PositionOf(pB);
     if (a < b) return -1;
     if (a > b) return 1;
     if (pA->nChannel == pB->nChannel) return 0;
@@ -20,13 +20,13 @@ int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
 }
 
 struct SortKey {
-    double dPlace;
+    double dPosition;
     int32_t nChannel;
     BmsObject* pObject;
 };
 
 static bool IsLess(const SortKey& a, const SortKey& b) {
-    return (a.dPlace < b.dPlace) | ((a.dPlace == b.dPlace) & (a.nChannel < b.nChannel));
+    return (a.dPosition < b.dPosition) | ((a.dPosition == b.dPosition) & (a.nChannel < b.nChannel));
 }
 
 // Merges [nFirst, nMiddle) and [nMiddle, nEnd), both ascending. pSpare has room for the first.
@@ -68,7 +68,7 @@ static void SortKeys(SortKey* pKeys, int32_t nCount, SortKey* pSpare) {
 
 // Both buffers have room for nCount.
 static void SortSpan(BmsObject** ppList, int32_t nCount, SortKey* pKeys, SortKey* pSpare) {
-    for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PlaceOf(ppList[i]), ppList[i]->nChannel, ppList[i]};
+    for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PositionOf(ppList[i]), ppList[i]->nChannel, ppList[i]};
     SortKeys(pKeys, nCount, pSpare);
     for (int32_t i = 0; i < nCount; ++i) ppList[i] = pKeys[i].pObject;
 }

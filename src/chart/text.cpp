@@ -97,14 +97,14 @@ int32_t ReadDecimal(const char* pszText) {
     const char* p = SkipSpace(pszText);
     const bool bNegative = *p == '-';
     if (*p == '-' || *p == '+') ++p;
-    constexpr int64_t MOST = std::numeric_limits<int32_t>::max();
+    constexpr int64_t MAX = std::numeric_limits<int32_t>::max();
     int64_t n = 0;
     for (; IsDigit(static_cast<unsigned char>(*p)); ++p) {
         n = n * 10 + (*p - '0');
-        if (n > MOST + 1) n = MOST + 1;
+        if (n > MAX + 1) n = MAX + 1;
     }
     if (bNegative) return static_cast<int32_t>(-n);
-    return static_cast<int32_t>(n > MOST ? MOST : n);
+    return static_cast<int32_t>(n > MAX ? MAX : n);
 }
 
 // What a number that no double holds comes to: infinity, or 0.0 when it is too small. The text is digits with

@@ -13,7 +13,7 @@ constexpr int32_t kMinSize = 54;     // of a file, whatever its header
 constexpr DWORD kInfoSize = 40, kCoreSize = 12;
 constexpr int kPaletteBits = 8;  // pictures of more bits per pixel have none
 
-DWORD Entries(int nBits) {
+DWORD PaletteEntries(int nBits) {
     return 1u << nBits;
 }
 
@@ -89,8 +89,8 @@ bool CDib::SetPointers() {
     int64_t nOffset = kFileHeader + (bInfo ? kInfoSize : kCoreSize);
     if (nBits <= kPaletteBits) {
         m_pPalette = m_pData + nOffset;
-        if (bInfo && m_pInfoHeader->biClrUsed == 0) m_pInfoHeader->biClrUsed = Entries(nBits);
-        nOffset += bInfo ? int64_t{4} * m_pInfoHeader->biClrUsed : int64_t{3} * Entries(nBits);
+        if (bInfo && m_pInfoHeader->biClrUsed == 0) m_pInfoHeader->biClrUsed = PaletteEntries(nBits);
+        nOffset += bInfo ? int64_t{4} * m_pInfoHeader->biClrUsed : int64_t{3} * PaletteEntries(nBits);
     }
     m_pBits = m_pData + (nOffset < m_nDataSize ? nOffset : m_nDataSize);
     return true;

@@ -19,33 +19,33 @@ public:
 
     // What is new holds anything. False, and nothing has changed, when memory is lacking.
     bool Resize(size_t nSize) {
-        if (nSize > m_nRoom && !Move(nSize)) return false;
+        if (nSize > m_nCapacity && !Reallocate(nSize)) return false;
         m_nSize = nSize;
         return true;
     }
     // Resize with room for what follows, so that growing step by step costs little.
     bool Grow(size_t nSize) {
-        if (nSize > m_nRoom && !Move(nSize + nSize / 2) && !Move(nSize)) return false;
+        if (nSize > m_nCapacity && !Reallocate(nSize + nSize / 2) && !Reallocate(nSize)) return false;
         m_nSize = nSize;
         return true;
     }
     // Gives back the room that Grow took.
     void Trim() {
-        if (m_nSize < m_nRoom) Move(m_nSize);
+        if (m_nSize < m_nCapacity) Reallocate(m_nSize);
     }
 
 private:
-    bool Move(size_t nRoom) {
-        void* p = std::realloc(m_pBytes, nRoom ? nRoom : 1);
+    bool Reallocate(size_t nCapacity) {
+        void* p = std::realloc(m_pBytes, nCapacity ? nCapacity : 1);
         if (!p) return false;
         m_pBytes = static_cast<BYTE*>(p);
-        m_nRoom = nRoom;
+        m_nCapacity = nCapacity;
         return true;
     }
 
     BYTE* m_pBytes = nullptr;
     size_t m_nSize = 0;
-    size_t m_nRoom = 0;
+    size_t m_nCapacity = 0;
 };
 
 using SharedBytes = std::shared_ptr<const ByteBlock>;

@@ -11,10 +11,10 @@
 namespace {
 
 ReadAhead g_readAhead;
-std::unordered_set<std::string> g_told;  // names whose substitute the log has told
+std::unordered_set<std::string> g_logged;  // names whose substitute has been logged
 
-void Tell(const std::string& name, const Substitute& substitute) {
-    if ((substitute.path.empty() && substitute.refused.empty()) || !g_told.insert(name).second) return;
+void LogSubstitute(const std::string& name, const Substitute& substitute) {
+    if ((substitute.path.empty() && substitute.refused.empty()) || !g_logged.insert(name).second) return;
     const std::string asked = "Files: " + NameForLog(name) + " not there, ";
     for (const std::string& path : substitute.refused)
         OutputDebugStringA((asked + NameForLog(path) + " cannot be read\n").c_str());
@@ -24,7 +24,7 @@ void Tell(const std::string& name, const Substitute& substitute) {
 
 FileStream* OpenSubstitute(const std::string& name) {
     const std::shared_ptr<const Substitute> pSubstitute = g_readAhead.Take(name);
-    Tell(name, *pSubstitute);
+    LogSubstitute(name, *pSubstitute);
     if (pSubstitute->pBytes) return OpenStream(pSubstitute->pBytes);
     return pSubstitute->path.empty() ? nullptr : OpenStream(pSubstitute->path);
 }
@@ -49,7 +49,7 @@ std::string FileFind(const char* pszPath) {
 
 void FileForgetListings() {
     g_readAhead.Stop();
-    g_told.clear();
+    g_logged.clear();
     ForgetLookups();
 }
 

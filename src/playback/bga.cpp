@@ -29,13 +29,13 @@ int64_t RowsOf(const CDib* pDib) {
 }
 
 // Cuts one axis of a definition at both edges of the layer.
-void CutToLayer(int64_t* pnFirst, int64_t* pnEnd, int64_t* pnPlace) {
-    if (*pnPlace < 0) {
-        *pnFirst -= *pnPlace;
-        *pnPlace = 0;
+void ClipToLayer(int64_t* pnFirst, int64_t* pnEnd, int64_t* pnDest) {
+    if (*pnDest < 0) {
+        *pnFirst -= *pnDest;
+        *pnDest = 0;
     }
     const int64_t nLength = *pnEnd - *pnFirst;
-    if (*pnPlace + nLength > LAYER_SIZE) *pnEnd += LAYER_SIZE - *pnPlace - nLength;
+    if (*pnDest + nLength > LAYER_SIZE) *pnEnd += LAYER_SIZE - *pnDest - nLength;
 }
 
 void FirePicture(CDib* pDib, int nLayer) {
@@ -67,11 +67,11 @@ bool PlaceWholePicture(int64_t nWidth, int64_t nRows, BgaRects* pRects) {
 bool PlaceDefinition(const BgaDef& def, int64_t nRows, BgaRects* pRects) {
     if (def.nX2 < def.nX1 || def.nY2 < def.nY1) return false;
     int64_t nLeft = def.nX1, nTop = def.nY1, nRight = def.nX2, nBottom = def.nY2;
-    int64_t nPlaceX = def.nDX, nPlaceY = def.nDY;
-    CutToLayer(&nLeft, &nRight, &nPlaceX);
-    CutToLayer(&nTop, &nBottom, &nPlaceY);
+    int64_t nDestX = def.nDX, nDestY = def.nDY;
+    ClipToLayer(&nLeft, &nRight, &nDestX);
+    ClipToLayer(&nTop, &nBottom, &nDestY);
     const int64_t nWidth = nRight - nLeft, nHeight = nBottom - nTop;
-    return SetRect(&pRects->dest, nPlaceX, nPlaceY, nPlaceX + nWidth, nPlaceY + nHeight) &&
+    return SetRect(&pRects->dest, nDestX, nDestY, nDestX + nWidth, nDestY + nHeight) &&
            SetRect(&pRects->source, nLeft, nRows - nTop - nHeight, nRight, nRows - nTop);
 }
 

@@ -64,7 +64,7 @@ void ActOnSpeed(const char* pszValue, HWND hTarget) {
 
 // Reads the line in place: a blank behind the letter is skipped here, although it ends the token.
 void ActOnMeasure(const char* pszText, HWND hTarget) {
-    g_nStartMeasure = LimitMeasure(ReadDecimal(pszText));
+    g_nStartMeasure = ClampMeasure(ReadDecimal(pszText));
     DebugLog("-N Option = %d\n", g_nStartMeasure);
     if (hTarget) PostMessageA(hTarget, WM_REMOTE_SEEK, static_cast<WPARAM>(g_nStartMeasure), 0);
 }
@@ -74,7 +74,7 @@ void ActOnPlay() {
     DebugLog("-P Option ON\n");
 }
 
-int32_t PlaceFromText(const char* pszValue) {
+int32_t CoordinateFromText(const char* pszValue) {
     return *pszValue ? ReadDecimal(pszValue) : -1;
 }
 
@@ -102,10 +102,10 @@ int ActOnOption(char cLetter, const char* pszValue, const char* pszEnd, HWND hTa
             if (hTarget) return ForwardAndExit(hTarget, WM_REMOTE_STOP);
             break;
         case 'X':
-            pOptions->nWindowX = PlaceFromText(szValue);
+            pOptions->nWindowX = CoordinateFromText(szValue);
             break;
         case 'Y':
-            pOptions->nWindowY = PlaceFromText(szValue);
+            pOptions->nWindowY = CoordinateFromText(szValue);
             break;
         default:  // D was seen before; W and all the rest are accepted and mean nothing
             break;
@@ -158,7 +158,7 @@ void SetSpeed(int32_t nHundredths) {
     g_fSpeed = static_cast<float>(nHundredths) * 0.01f;
 }
 
-int32_t LimitMeasure(int32_t nMeasure) {
+int32_t ClampMeasure(int32_t nMeasure) {
     return nMeasure < -1 ? -1 : nMeasure;
 }
 

@@ -31,7 +31,7 @@ int32_t SpeedFromText(const char* pszValue);
 int32_t SpeedFromMessage(int32_t nHundredths);
 void SetSpeed(int32_t nHundredths);
 // -N, WM_REMOTE_SEEK: what lies below -1, the very beginning, counts as that.
-int32_t LimitMeasure(int32_t nMeasure);
+int32_t ClampMeasure(int32_t nMeasure);
 
 // The chart's name from the rest of the line, or from the dialog when that is empty; FILE_NAME_SIZE bytes,
 // cut. False when the dialog was cancelled.

@@ -78,7 +78,7 @@ void OnPosChanging(LPARAM lParam) {
 
 void OnSeek(int32_t nMeasure) {
     if (!HasChart()) return;
-    g_nStartMeasure = LimitMeasure(nMeasure);
+    g_nStartMeasure = ClampMeasure(nMeasure);
     RestartChart();
 }
 

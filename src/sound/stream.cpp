@@ -138,8 +138,8 @@ void EndStreamSound(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
 
 bool EndStreamSource(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     // A source that gives nothing from its beginning to its end would be started over without end.
-    const bool bGaveNothing = pUpdate->bLapped && pUpdate->nLapStart == pUpdate->nDstPos;
-    if (pSound->m_bLoop != 0 && !bGaveNothing) {
+    const bool bEmptyLap = pUpdate->bLapped && pUpdate->nLapStart == pUpdate->nDstPos;
+    if (pSound->m_bLoop != 0 && !bEmptyLap) {
         pUpdate->bLapped = true;
         pUpdate->nLapStart = pUpdate->nDstPos;
         return true;

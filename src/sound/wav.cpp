@@ -28,7 +28,7 @@ MMRESULT FindChunk(HMMIO hFile, FOURCC ckid, MMCKINFO* pChunk) {
 }
 
 // Bytes from here to the file's end.
-DWORD GetBytesHeld(HMMIO hFile) {
+DWORD GetBytesLeft(HMMIO hFile) {
     const LONG nPos = mmioSeek(hFile, 0, SEEK_CUR);
     const LONG nEnd = mmioSeek(hFile, 0, SEEK_END);
     mmioSeek(hFile, nPos, SEEK_SET);
@@ -79,9 +79,9 @@ int CDSBuffer::ReadWavFormat() {
     }
     const DWORD nFormat = std::max(fmt.cksize, MIN_FORMAT);
     const DWORD nKept = std::min(nFormat, MAX_FORMAT);
-    const DWORD nHeld = GetBytesHeld(hFile);
+    const DWORD nAvailable = GetBytesLeft(hFile);
     m_pSrcFormat = static_cast<WAVEFORMATEX*>(std::calloc(1, nKept + FORMAT_PADDING));
-    if (m_pSrcFormat == nullptr || nHeld < nFormat ||
+    if (m_pSrcFormat == nullptr || nAvailable < nFormat ||
         mmioRead(hFile, m_pSrcFormat, static_cast<LONG>(nKept)) != static_cast<LONG>(nKept)) {
         DebugLog("CDSBuffer::LoadWav fmt read Error\n");
         CloseWavFile();
@@ -137,8 +137,8 @@ int CDSBuffer::OpenWavConverter() {
 int CDSBuffer::LoadWholeWav() {
     HMMIO hFile = static_cast<HMMIO>(m_hFile);
     // The declared length is only a claim: memory is taken for what the file holds, and the rest is silence.
-    const DWORD nHeld = std::min(m_nDataLen, GetBytesHeld(hFile));
-    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nHeld, DWORD{1})));
+    const DWORD nAvailable = std::min(m_nDataLen, GetBytesLeft(hFile));
+    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nAvailable, DWORD{1})));
     if (m_pSrc == nullptr) {
         DebugLog("CDSBuffer::LoadWav DSBCreateError\n");
         CloseWavFile();
@@ -146,7 +146,7 @@ int CDSBuffer::LoadWholeWav() {
         return 1;
     }
     m_nSrcSize = m_nDataLen;
-    const LONG nRead = mmioRead(hFile, m_pSrc, static_cast<LONG>(nHeld));
+    const LONG nRead = mmioRead(hFile, m_pSrc, static_cast<LONG>(nAvailable));
     CloseWavFile();
     FreeSrcFormat();
     void* pBlock = nullptr;

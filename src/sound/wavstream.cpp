@@ -69,7 +69,7 @@ int ConvertPiece(CDSBuffer* pSound, StreamUpdate* pUpdate) {
     return 0;
 }
 
-void StartSourceOver(CDSBuffer* pSound) {
+void RestartSource(CDSBuffer* pSound) {
     mmioSeek(FileOf(*pSound), static_cast<LONG>(pSound->m_nDataPos), SEEK_SET);
     pSound->m_nSrcRead = pSound->m_nSrcUsed = 0;
     if (pSound->m_bLoop != 0) pSound->m_nDstDone = 0;
@@ -77,7 +77,7 @@ void StartSourceOver(CDSBuffer* pSound) {
 }
 
 // After a pass that neither took source nor gave PCM. False when this update can do no more.
-bool HelpIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
+bool RetryIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     const DWORD nBlock = pSound->m_pSrcFormat->nBlockAlign;
     if (pUpdate->nSrc >= nBlock && nBlock > 0)
         return false;  // no room for a block: there will be at the next update
@@ -92,7 +92,7 @@ bool HelpIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     }
     pUpdate->bLastPart = false;
     if (!EndStreamSource(pSound, pUpdate, nSilence)) return false;
-    StartSourceOver(pSound);
+    RestartSource(pSound);
     return true;
 }
 
@@ -141,9 +141,9 @@ int CDSBuffer::StreamUpdateWav(DWORD nEndPos, DWORD nMinPos) {
         if (!bIdle) update.bLastPart = false;
         EndStreamSound(this, &update, nSilence);
         if (m_nSrcUsed >= m_nDataLen) {
-            StartSourceOver(this);
+            RestartSource(this);
             if (bIdle) break;  // a sound without data
-        } else if (bIdle && update.nDstLen > 0 && !HelpIdlePass(this, &update, nSilence)) {
+        } else if (bIdle && update.nDstLen > 0 && !RetryIdlePass(this, &update, nSilence)) {
             break;
         }
     }

@@ -19,7 +19,7 @@ FileStream* FileOf(const CDSBuffer& sound) {
 }
 
 // Bytes from here to the file's end.
-DWORD GetBytesHeld(FileStream* pFile) {
+DWORD GetBytesLeft(FileStream* pFile) {
     const int64_t nPos = FileTell(pFile);
     if (nPos < 0 || FileSeek(pFile, 0, SEEK_END) != 0) return 0;
     const int64_t nEnd = FileTell(pFile);
@@ -72,15 +72,15 @@ int CDSBuffer::OpenXA(BYTE* pHeader) {
 }
 
 int CDSBuffer::LoadWholeXA(uint64_t nExact) {
-    const DWORD nHeld = std::min(m_nDataLen, GetBytesHeld(FileOf(*this)));
-    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nHeld, DWORD{1})));
+    const DWORD nAvailable = std::min(m_nDataLen, GetBytesLeft(FileOf(*this)));
+    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nAvailable, DWORD{1})));
     if (m_pSrc == nullptr) {
         DebugLog("CDSBuffer::LoadXA DSBCreateError\n");
         CloseXAFile();
         return 1;
     }
     m_nSrcSize = m_nDataLen;
-    const size_t nRead = FileRead(m_pSrc, 1, nHeld, FileOf(*this));
+    const size_t nRead = FileRead(m_pSrc, 1, nAvailable, FileOf(*this));
     CloseXAFile();
     void* pBlock = nullptr;
     DWORD nBlock = 0;

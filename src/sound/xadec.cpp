@@ -24,17 +24,17 @@ struct CXaDecoder {
     int m_nBlockBytes;  // of a whole block
     DWORD m_nDataLen;   // encoded bytes of one run through the sound
     bool m_bPadded;     // the last byte of a run has one code that stands for no sample
-    DWORD m_nTaken;     // bytes of this run that have been taken, those held included
+    DWORD m_nConsumed;  // bytes of this run that have been taken, those held included
     XaHistory m_aHistory[XA_MAX_CHANNELS];
-    int m_nHeld;  // source bytes waiting
-    BYTE m_aHeld[XA_MAX_BLOCK_BYTES];
+    int m_nPending;  // source bytes waiting
+    BYTE m_aPending[XA_MAX_BLOCK_BYTES];
     int m_nReadyAt;  // PCM waiting: from here ...
     int m_nReady;    // ... to here
     BYTE m_aReady[XA_BLOCK_FRAMES * XA_MAX_CHANNELS * 2];
 };
 
 // What is left of the caller's two blocks.
-struct XaRoom {
+struct XaSpans {
     const BYTE* pSrc;
     DWORD nSrc;
     BYTE* pDst;
@@ -54,8 +54,8 @@ uint64_t FramesOfData(const CXaDecoder& xa, DWORD nLength) {
            static_cast<uint64_t>(FramesOfBlock(xa, static_cast<int>(nLength % nBlock)));
 }
 
-void BeginRun(CXaDecoder* pXa) {
-    pXa->m_nTaken = 0;
+void BeginPass(CXaDecoder* pXa) {
+    pXa->m_nConsumed = 0;
     memset(pXa->m_aHistory, 0, sizeof pXa->m_aHistory);
 }
 
@@ -139,28 +139,28 @@ bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
 }
 
 // Hands out PCM that is waiting, in whole frames. True when none is left.
-bool DrainReady(CXaDecoder* pXa, XaRoom* pRoom) {
+bool DrainReady(CXaDecoder* pXa, XaSpans* pSpans) {
     DWORD nWaiting = static_cast<DWORD>(pXa->m_nReady - pXa->m_nReadyAt);
-    DWORD nFit = pRoom->nDst - pRoom->nDst % static_cast<DWORD>(pXa->m_nFrameBytes);
+    DWORD nFit = pSpans->nDst - pSpans->nDst % static_cast<DWORD>(pXa->m_nFrameBytes);
     DWORD nCopy = std::min(nWaiting, nFit);
-    if (nCopy > 0) memcpy(pRoom->pDst, pXa->m_aReady + pXa->m_nReadyAt, nCopy);
-    pRoom->pDst += nCopy;
-    pRoom->nDst -= nCopy;
+    if (nCopy > 0) memcpy(pSpans->pDst, pXa->m_aReady + pXa->m_nReadyAt, nCopy);
+    pSpans->pDst += nCopy;
+    pSpans->nDst -= nCopy;
     pXa->m_nReadyAt += static_cast<int>(nCopy);
     return nCopy == nWaiting;
 }
 
 // Decodes a block of nBytes bytes, the last one of its run when bLast is set, to the destination, or past it
 // when that is too small.
-bool TakeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaRoom* pRoom) {
+bool DecodeNextBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaSpans* pSpans) {
     int nFrames = FramesOfBlock(*pXa, nBytes);
     if (bLast && pXa->m_bPadded && nFrames > 0) --nFrames;
     int nPcm = nFrames * pXa->m_nFrameBytes;
-    bool bFits = static_cast<DWORD>(nPcm) <= pRoom->nDst;
-    if (!DecodeBlock(pXa, pBlock, nFrames, bFits ? pRoom->pDst : pXa->m_aReady)) return false;
+    bool bFits = static_cast<DWORD>(nPcm) <= pSpans->nDst;
+    if (!DecodeBlock(pXa, pBlock, nFrames, bFits ? pSpans->pDst : pXa->m_aReady)) return false;
     if (bFits) {
-        pRoom->pDst += nPcm;
-        pRoom->nDst -= static_cast<DWORD>(nPcm);
+        pSpans->pDst += nPcm;
+        pSpans->nDst -= static_cast<DWORD>(nPcm);
     } else {
         pXa->m_nReadyAt = 0;
         pXa->m_nReady = nPcm;
@@ -169,53 +169,55 @@ bool TakeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaRo
 }
 
 // Moves source bytes in until a block of nWant bytes is held.
-void HoldSource(CXaDecoder* pXa, int nWant, XaRoom* pRoom) {
-    DWORD nCopy = std::min(static_cast<DWORD>(nWant - pXa->m_nHeld), pRoom->nSrc);
-    if (nCopy > 0) memcpy(pXa->m_aHeld + pXa->m_nHeld, pRoom->pSrc, nCopy);
-    pXa->m_nHeld += static_cast<int>(nCopy);
-    pXa->m_nTaken += nCopy;
-    pRoom->pSrc += nCopy;
-    pRoom->nSrc -= nCopy;
+void BufferSource(CXaDecoder* pXa, int nWant, XaSpans* pSpans) {
+    DWORD nCopy = std::min(static_cast<DWORD>(nWant - pXa->m_nPending), pSpans->nSrc);
+    if (nCopy > 0) memcpy(pXa->m_aPending + pXa->m_nPending, pSpans->pSrc, nCopy);
+    pXa->m_nPending += static_cast<int>(nCopy);
+    pXa->m_nConsumed += nCopy;
+    pSpans->pSrc += nCopy;
+    pSpans->nSrc -= nCopy;
 }
 
 // Takes source and gives PCM as far as both go. False on a damaged block.
-bool ConvertBlocks(CXaDecoder* pXa, XaRoom* pRoom) {
-    while (DrainReady(pXa, pRoom) && pRoom->nDst >= static_cast<DWORD>(pXa->m_nFrameBytes) &&
-           pRoom->nSrc > 0) {
-        DWORD nBlockAt = pXa->m_nTaken - static_cast<DWORD>(pXa->m_nHeld);
+bool ConvertBlocks(CXaDecoder* pXa, XaSpans* pSpans) {
+    while (DrainReady(pXa, pSpans) && pSpans->nDst >= static_cast<DWORD>(pXa->m_nFrameBytes) &&
+           pSpans->nSrc > 0) {
+        DWORD nBlockAt = pXa->m_nConsumed - static_cast<DWORD>(pXa->m_nPending);
         DWORD nLeft = pXa->m_nDataLen - nBlockAt;
         int nWant = static_cast<int>(std::min(nLeft, static_cast<DWORD>(pXa->m_nBlockBytes)));
         if (nWant == 0) return true;  // a sound without data
-        const BYTE* pBlock = pXa->m_aHeld;
-        if (pXa->m_nHeld == 0 && pRoom->nSrc >= static_cast<DWORD>(nWant)) {
-            pBlock = pRoom->pSrc;
-            if (!TakeBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pRoom)) return false;
-            pXa->m_nTaken += static_cast<DWORD>(nWant);
-            pRoom->pSrc += nWant;
-            pRoom->nSrc -= static_cast<DWORD>(nWant);
+        const BYTE* pBlock = pXa->m_aPending;
+        if (pXa->m_nPending == 0 && pSpans->nSrc >= static_cast<DWORD>(nWant)) {
+            pBlock = pSpans->pSrc;
+            if (!DecodeNextBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pSpans))
+                return false;
+            pXa->m_nConsumed += static_cast<DWORD>(nWant);
+            pSpans->pSrc += nWant;
+            pSpans->nSrc -= static_cast<DWORD>(nWant);
         } else {
-            HoldSource(pXa, nWant, pRoom);
-            if (pXa->m_nHeld < nWant) return true;
-            if (!TakeBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pRoom)) return false;
-            pXa->m_nHeld = 0;
+            BufferSource(pXa, nWant, pSpans);
+            if (pXa->m_nPending < nWant) return true;
+            if (!DecodeNextBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pSpans))
+                return false;
+            pXa->m_nPending = 0;
         }
-        if (pXa->m_nTaken == pXa->m_nDataLen) BeginRun(pXa);
+        if (pXa->m_nConsumed == pXa->m_nDataLen) BeginPass(pXa);
     }
     return true;
 }
 
 // The data has ended early: what is held of a block comes out, and the next byte begins a new run.
-bool Flush(CXaDecoder* pXa, XaRoom* pRoom) {
-    if (!DrainReady(pXa, pRoom) || pXa->m_nHeld == 0) return true;
-    if (pRoom->nDst < static_cast<DWORD>(pXa->m_nFrameBytes)) return true;
-    if (!TakeBlock(pXa, pXa->m_aHeld, pXa->m_nHeld, false, pRoom)) return false;
-    pXa->m_nHeld = 0;
-    BeginRun(pXa);
-    DrainReady(pXa, pRoom);
+bool Flush(CXaDecoder* pXa, XaSpans* pSpans) {
+    if (!DrainReady(pXa, pSpans) || pXa->m_nPending == 0) return true;
+    if (pSpans->nDst < static_cast<DWORD>(pXa->m_nFrameBytes)) return true;
+    if (!DecodeNextBlock(pXa, pXa->m_aPending, pXa->m_nPending, false, pSpans)) return false;
+    pXa->m_nPending = 0;
+    BeginPass(pXa);
+    DrainReady(pXa, pSpans);
     return true;
 }
 
-bool HeaderIsSound(const BYTE* pHeader) {
+bool IsValidHeader(const BYTE* pHeader) {
     int nBits = pHeader[XA_AT_BITS];
     int nChannels = pHeader[XA_AT_CHANNELS];
     DWORD nRate = ReadLe32(pHeader + XA_AT_RATE);
@@ -228,7 +230,7 @@ bool HeaderIsSound(const BYTE* pHeader) {
 }  // namespace
 
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
-    if (!pHeader || !pFormat || !HeaderIsSound(pHeader)) return nullptr;
+    if (!pHeader || !pFormat || !IsValidHeader(pHeader)) return nullptr;
     auto* pXa = new (std::nothrow) CXaDecoder();
     if (!pXa) return nullptr;
     pXa->m_nChannels = pHeader[XA_AT_CHANNELS];
@@ -269,10 +271,10 @@ int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock) {
     pBlock->nDstUsed = 0;
     if ((!pBlock->pSrc && pBlock->nSrcLen > 0) || (!pBlock->pDst && pBlock->nDstBufLen > 0)) return 0;
     auto* pXa = static_cast<CXaDecoder*>(hXa);
-    XaRoom room = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
-    bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &room) : Flush(pXa, &room);
-    pBlock->nSrcUsed = pBlock->nSrcLen - room.nSrc;
-    pBlock->nDstUsed = pBlock->nDstBufLen - room.nDst;
+    XaSpans spans = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
+    bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &spans) : Flush(pXa, &spans);
+    pBlock->nSrcUsed = pBlock->nSrcLen - spans.nSrc;
+    pBlock->nDstUsed = pBlock->nDstBufLen - spans.nDst;
     return bGood ? 1 : 0;
 }
 

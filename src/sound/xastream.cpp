@@ -41,7 +41,7 @@ int ConvertPiece(CDSBuffer* pSound, StreamUpdate* pUpdate) {
 }
 
 // The decoder goes on with the state that it holds.
-void StartSourceOver(CDSBuffer* pSound) {
+void RestartSource(CDSBuffer* pSound) {
     FileSeek(FileOf(*pSound), pSound->m_nDataPos, SEEK_SET);
     pSound->m_nSrcRead = pSound->m_nSrcUsed = pSound->m_nDstDone = 0;
     pSound->m_nEndState = STREAM_READING;
@@ -50,7 +50,7 @@ void StartSourceOver(CDSBuffer* pSound) {
 // At the end of the source. False when this update can do no more.
 bool BeginLap(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     if (!EndStreamSource(pSound, pUpdate, nSilence)) return false;
-    StartSourceOver(pSound);
+    RestartSource(pSound);
     return true;
 }
 

@@ -90,12 +90,12 @@ void Session::Say(const std::string& line) {
     const auto& titles = headless::Titles();
     const auto& dialogs = headless::FileDialogs();
     const auto& boxes = headless::Boxes();
-    const auto& posted = headless::PostedToCopies();
+    const auto& posted = headless::PostedToInstances();
     while (titles_ < titles.size()) Put("title " + titles[titles_++]);
     while (dialogs_ < dialogs.size()) Put("dialog " + dialogs[dialogs_++].folder);
     for (; boxes_ < boxes.size(); ++boxes_) Put(Join("box", boxes[boxes_].caption, "/", boxes[boxes_].text));
     for (; posted_ < posted.size(); ++posted_)
-        Put(Join("posted", posted[posted_].copy, posted[posted_].message, posted[posted_].wparam));
+        Put(Join("posted", posted[posted_].instance, posted[posted_].message, posted[posted_].wparam));
     std::istringstream log(headless::Log().substr(logged_));
     logged_ = headless::Log().size();
     for (std::string text; std::getline(log, text);) Put("log " + text);

@@ -10,20 +10,20 @@ protected:
     // With so many instances beside it, whose ids are 11, 12 and so on.
     static int RunBeside(int instances, const std::string& line) {
         Fresh();
-        for (int i = 0; i < instances; ++i) headless::AddCopy(static_cast<uint64_t>(11 + i), "Lumetra_ZN");
+        for (int i = 0; i < instances; ++i) headless::AddInstance(static_cast<uint64_t>(11 + i), "Lumetra_ZN");
         return RunLine(line);
     }
     // What the others were sent, as `instance:message(wparam) `.
     static std::string Posted() {
         std::string all;
-        for (const headless::PostedMessage& m : headless::PostedToCopies())
-            all += std::to_string(m.copy) + ":" + std::to_string(m.message) + "(" +
+        for (const headless::PostedMessage& m : headless::PostedToInstances())
+            all += std::to_string(m.instance) + ":" + std::to_string(m.message) + "(" +
                    std::to_string(m.wparam + m.lparam) + ") ";
         return all;
     }
 };
 
-TEST_F(Forward, RemoteCopies) {
+TEST_F(Forward, RemoteInstances) {
     const struct {
         int instances;
         const char *line, *posted;
@@ -63,12 +63,12 @@ TEST_F(Forward, SettingsTakeEffectHereToo) {
     EXPECT_EQ(headless::Log(), "SameClassName!\nSameClassName!\n-P Option ON\n-N Option = 6\n");
 }
 
-TEST_F(Forward, OtherCopies) {
-    headless::AddCopy(11, "lumetra_zn");  // a window of another program
-    headless::AddCopy(12, "Lumetra_ZN2");
+TEST_F(Forward, OtherInstances) {
+    headless::AddInstance(11, "lumetra_zn");  // a window of another program
+    headless::AddInstance(12, "Lumetra_ZN2");
     EXPECT_EQ(RunLine("-Q"), 1);
     EXPECT_EQ(Posted(), "");
-    headless::AddCopy(13, "Lumetra_ZN");
+    headless::AddInstance(13, "Lumetra_ZN");
     EXPECT_EQ(RunLine("-Q"), 1);
     EXPECT_EQ(Posted(), "13:1125(0) ");
     for (const bool listed : {true, false}) {  // a host plays beside others, one that cannot list them too
@@ -76,9 +76,9 @@ TEST_F(Forward, OtherCopies) {
         At(500, headless::Call([] { EXPECT_EQ(headless::AnnouncedClass(), "Lumetra_ZN"); }));
         if (listed) At(600, headless::Remote(WM_REMOTE_QUIT));  // a host is deaf
         At(1000, headless::Key(test::kEscape));
-        headless::AddCopy(11, "Lumetra_ZN");
-        headless::AddCopy(12, "Lumetra_ZN");
-        headless::FailListCopies(!listed);
+        headless::AddInstance(11, "Lumetra_ZN");
+        headless::AddInstance(12, "Lumetra_ZN");
+        headless::FailListInstances(!listed);
         EXPECT_EQ(Run(listed ? "-P -N1 -R -S -D " : "-P "), 0);
         EXPECT_GE(headless::Now(), 1000u);
         EXPECT_EQ(Posted(), listed ? "11:1224(0) 12:1224(0) 11:1224(0) 12:1224(0) " : "");

@@ -97,7 +97,7 @@ void OnFrame(Pass* pass, const headless::Frame& frame) {
     const bool cut = pass->options->to >= 0 && now > pass->end;
     const double seconds = static_cast<double>(headless::Clock() - headless::kClockOrigin) / 1e9;
     if (!ended && !cut) ShowProgress(pass, now);
-    if (!cut && pass->listener->frame && !pass->listener->frame(frame, ended ? INT_MOST : now, seconds))
+    if (!cut && pass->listener->frame && !pass->listener->frame(frame, ended ? INT32_MAX : now, seconds))
         return End(pass, kOutput);
     if (cut || (ended && !(pass->listener->ring_out && Sounding()))) return End(pass, kGood);
     JumpToWanted(*pass, now);

@@ -32,7 +32,7 @@ size_t CharLength(std::string_view rest, Reading nReading) {
     return bPair ? 2 : 1;
 }
 
-PathParts Cut(std::string_view path, Reading nReading) {
+PathParts Split(std::string_view path, Reading nReading) {
     PathParts result;
     result.bAbsolute = !path.empty() && (path[0] == '\\' || path[0] == '/');
     std::string part;
@@ -63,7 +63,7 @@ std::vector<std::string> Keys(const std::string& part) {
 }
 
 // Names of a folder that a part can stand for, other than its own spelling.
-std::vector<std::string> Similar(const std::string& folder, const std::string& part) {
+std::vector<std::string> SimilarNames(const std::string& folder, const std::string& part) {
     std::vector<std::string> names;
     if (part == "." || part == "..") return names;
     for (const std::string& key : Keys(part)) {
@@ -100,7 +100,7 @@ const Folders& ResolveFolders(const PathParts& path, size_t nCount) {
         const Folders parents = ResolveFolders(path, nCount - 1);
         for (const std::string& parent : parents) {
             AddFolder(&found, parent + part);
-            for (const std::string& name : Similar(parent, part)) AddFolder(&found, parent + name);
+            for (const std::string& name : SimilarNames(parent, part)) AddFolder(&found, parent + name);
         }
     }
     return g_resolved.emplace(std::move(exact), std::move(found)).first->second;
@@ -113,14 +113,14 @@ Folders SimilarFolders(const PathParts& path, size_t nCount) {
     if (nCount == 0 || nCount > kMaxDepth) return found;
     const Folders parents = ResolveFolders(path, nCount - 1);
     for (const std::string& parent : parents) {
-        for (const std::string& name : Similar(parent, path.parts[nCount - 1]))
+        for (const std::string& name : SimilarNames(parent, path.parts[nCount - 1]))
             AddFolder(&found, parent + name);
     }
     return found;
 }
 
 // Names of a folder that a part can stand for, its own spelling first.
-std::vector<std::string> Listed(const std::string& folder, const std::string& part) {
+std::vector<std::string> ListedNames(const std::string& folder, const std::string& part) {
     std::vector<std::string> names;
     for (const std::string& key : Keys(part)) {
         for (const std::string& name : NamesInFolder(folder, key)) {
@@ -148,7 +148,7 @@ public:
     bool TryIn(const Folders& folders, const std::string& part) {
         for (const std::string& folder : folders) {
             if (Try(folder + part)) return true;
-            for (const std::string& name : Similar(folder, part)) {
+            for (const std::string& name : SimilarNames(folder, part)) {
                 if (Try(folder + name)) return true;
             }
         }
@@ -172,7 +172,7 @@ private:
 std::vector<PathParts> CutPath(std::string_view path) {
     std::vector<PathParts> cuts;
     for (const Reading nReading : {Reading::kMixed, Reading::kCp932, Reading::kSingle}) {
-        PathParts cut = Cut(path, nReading);
+        PathParts cut = Split(path, nReading);
         if (!cut.parts.empty() && std::find(cuts.begin(), cuts.end(), cut) == cuts.end())
             cuts.push_back(std::move(cut));
     }
@@ -202,24 +202,25 @@ bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser) {
 }
 
 std::vector<std::string> SiblingPaths(std::string_view path, const std::vector<std::string_view>& endings) {
-    struct Place {
+    struct Location {
         Folders folders;
         std::string stem;
     };
-    std::vector<Place> places;
+    std::vector<Location> locations;
     std::vector<std::string> found;
     if (path.size() >= kMaxPath || path.find('\0') != path.npos) return found;
     for (const PathParts& cut : CutPath(path)) {
         const size_t nFolders = cut.parts.size() - 1;
-        Place place = {ResolveFolders(cut, nFolders), Stem(cut.parts.back())};
-        for (std::string& folder : SimilarFolders(cut, nFolders)) place.folders.push_back(std::move(folder));
-        if (!place.stem.empty()) places.push_back(std::move(place));
+        Location location = {ResolveFolders(cut, nFolders), Stem(cut.parts.back())};
+        for (std::string& folder : SimilarFolders(cut, nFolders))
+            location.folders.push_back(std::move(folder));
+        if (!location.stem.empty()) locations.push_back(std::move(location));
     }
     for (const std::string_view ending : endings) {
-        for (const Place& place : places) {
-            const std::string part = place.stem + std::string(ending);
-            for (const std::string& folder : place.folders) {
-                for (const std::string& name : Listed(folder, part)) found.push_back(folder + name);
+        for (const Location& location : locations) {
+            const std::string part = location.stem + std::string(ending);
+            for (const std::string& folder : location.folders) {
+                for (const std::string& name : ListedNames(folder, part)) found.push_back(folder + name);
             }
         }
     }

@@ -33,7 +33,7 @@ void SetChannel(DWORD nMask, DibChannel* pChannel) {
     for (int v = 0; v < 1 << nBits; ++v) {
         int nWide = v << (8 - nBits);
         for (int nHave = nBits; nHave < 8; nHave += nBits) nWide |= nWide >> nHave;
-        pChannel->abWiden[v] = static_cast<BYTE>(nWide);
+        pChannel->abExpand[v] = static_cast<BYTE>(nWide);
     }
 }
 

@@ -8,8 +8,8 @@
 // One colour of a pixel with masks: its bits, moved down and widened to 8.
 struct DibChannel {
     DWORD nMask = 0;
-    int nShift = 0;          // brings the topmost 8 bits of the mask (or all, if fewer) to bit 0
-    BYTE abWiden[256] = {};  // of these bits to 0..255
+    int nShift = 0;           // brings the topmost 8 bits of the mask (or all, if fewer) to bit 0
+    BYTE abExpand[256] = {};  // of these bits to 0..255
 };
 
 struct DibPicture {

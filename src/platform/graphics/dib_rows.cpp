@@ -22,7 +22,7 @@ void ReadIndexed(const DibPicture& picture, const BYTE* pRow, size_t nLeft, size
 DWORD FromMasks(const DibPicture& picture, DWORD nPixel) {
     DWORD nColor = 0;
     for (const DibChannel& c : picture.aChannel)
-        nColor = nColor << 8 | c.abWiden[((nPixel & c.nMask) >> c.nShift) & 0xFF];
+        nColor = nColor << 8 | c.abExpand[((nPixel & c.nMask) >> c.nShift) & 0xFF];
     return nColor;
 }
 

@@ -1,4 +1,4 @@
-// Sound buffers and the mixer behind them. See README.md of this folder for clock and threads.
+// Sound buffers and the device that plays them. README.md in this folder explains the clock and the threads.
 #pragma once
 
 #include "platform/codec/waveformat.h"
@@ -59,10 +59,10 @@ public:
     HRESULT Stop();
     HRESULT SetCurrentPosition(DWORD dwPosition);
     HRESULT SetVolume(LONG nVolume);
-    HRESULT SetFormat(const WAVEFORMATEX* pFormat);  // the primary buffer alone
+    HRESULT SetFormat(const WAVEFORMATEX* pFormat);  // primary buffer only
     HRESULT Restore();
     DWORD AddRef();
-    DWORD Release();  // the references left; 0 stops and frees it
+    DWORD Release();  // returns the remaining references; at 0 stops and frees the buffer
 
     struct State;
     State* m_pState;
@@ -80,5 +80,5 @@ public:
     State* m_pState;
 };
 
-// pDevice null: the default device. Gives DSERR_NODRIVER when the host can open no sound output at all.
+// pDevice null: the default device. Returns DSERR_NODRIVER when the host cannot open any sound output.
 HRESULT DirectSoundCreate(const void* pDevice, IDirectSound** ppDS, void* pOuter);

@@ -12,11 +12,11 @@ using directsound_test::Call;
 namespace {
 
 constexpr int kMinPrimaryRate = 8000, kMaxPrimaryRate = 192000;  // Hz
-constexpr DWORD kPrimaryBytes = 32768;                           // what GetCaps tells; nobody reaches them
-constexpr int kWriteLeadMilliseconds = 10;    // before the write cursor nothing is to be written
+constexpr DWORD kPrimaryBytes = 32768;                           // reported by GetCaps only
+constexpr int kWriteLeadMilliseconds = 10;    // minimum distance from the play to the write cursor
 constexpr DWORD kTransferRate = 1024 * 1024;  // KB/s: plain memory
 
-// Behind what the mixer and its longest common filter may be reading.
+// Far enough ahead of the mixer and its longest common filter.
 DWORD WriteCursor(const IDirectSoundBuffer::State& state, const audio::Cursor& cursor) {
     const audio::Voice& voice = state.voice;
     const int64_t lead = cursor.playing ? int64_t{voice.format.rate} * kWriteLeadMilliseconds / 1000 : 0;
@@ -98,7 +98,7 @@ HRESULT IDirectSoundBuffer::Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, 
     return DS_OK;
 }
 
-// What was written is heard at once: the parts are the buffer itself.
+// Nothing to copy: the locked parts are the buffer itself.
 HRESULT IDirectSoundBuffer::Unlock(void* pPart1, DWORD dwPart1, void* pPart2, DWORD dwPart2) {
     if (const HRESULT ordered = Ordered(Call::kUnlock); ordered != DS_OK) return ordered;
     if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;

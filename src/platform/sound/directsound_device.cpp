@@ -28,7 +28,7 @@ HRESULT CheckDescription(const DSBUFFERDESC& desc, audio::Format* format) {
     return DS_OK;
 }
 
-// The memory of a secondary buffer, a whole number of frames, silent.
+// Allocates a secondary buffer: a whole number of frames, silent.
 bool FillState(const DSBUFFERDESC& desc, const audio::Format& format, IDirectSoundBuffer::State* state) {
     const auto align = static_cast<DWORD>(format.frame_bytes);
     state->bytes = (desc.dwBufferBytes + align - 1) / align * align;
@@ -96,7 +96,7 @@ HRESULT IDirectSound::CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundB
     return DS_OK;
 }
 
-// Memory is compact at all times: what is free goes back by itself.
+// Nothing to do: freed memory is returned at once.
 HRESULT IDirectSound::Compact() {
     if (const HRESULT ordered = Ordered(Call::kCompact); ordered != DS_OK) return ordered;
     return m_pState->level == DSSCL_PRIORITY ? DS_OK : DSERR_PRIOLEVELNEEDED;

@@ -8,7 +8,7 @@
 
 struct IDirectSound::State {
     DWORD references = 1;
-    DWORD level = 0;  // no cooperative level yet
+    DWORD level = 0;  // not set yet
 };
 
 struct IDirectSoundBuffer::State {
@@ -17,14 +17,14 @@ struct IDirectSoundBuffer::State {
     DWORD bytes = 0;
     bool primary = false;
     bool lost = false;
-    bool may_set_format = false;  // primary: made by a device of priority level
+    bool may_set_format = false;  // primary: created by a device at priority level
     audio::SampleBlock memory;
     audio::Voice voice;
 };
 
 namespace directsound {
 
-// The process has one mixer; devices share it. Never destroyed: a buffer may outlive its device.
+// The process has one mixer, shared by all devices. Never destroyed: a buffer may outlive its device.
 audio::Mixer& TheMixer();
 
 // The result ordered for this call by a test, or DS_OK. Counts the call.

@@ -38,7 +38,7 @@ struct S32 {
     }
 };
 
-// Bytes of a file may spell infinities and not-a-numbers, which would stay in the mix for good.
+// A file can contain infinities and NaNs, which would stay in the mix for good.
 struct F32 {
     static constexpr int kBytes = 4;
     SOUND_RACY static float Read(const unsigned char* p) {
@@ -54,10 +54,10 @@ struct Sides {
     float left, right;
 };
 
-// Rows: 3 to 8 channels. Front left and right, then centre, low frequency, back and side as far as each count
-// has them.
+// Rows for 3 to 8 channels: front left and right, then centre, low frequency, back and side, as far as
+// present.
 constexpr Sides kBoth{kHalfPower, kHalfPower}, kLeft{kHalfPower, 0}, kRight{0, kHalfPower};
-constexpr Sides kFold[6][kMaxChannels] = {
+constexpr Sides kDownmix[6][kMaxChannels] = {
     {{1, 0}, {0, 1}, kBoth},
     {{1, 0}, {0, 1}, kLeft, kRight},
     {{1, 0}, {0, 1}, kBoth, kLeft, kRight},
@@ -79,13 +79,13 @@ SOUND_RACY void Read(int channels, const unsigned char* p, size_t count, float* 
         }
         return;
     }
-    const Sides* fold = kFold[channels - 3];
+    const Sides* downmix = kDownmix[channels - 3];
     for (size_t i = 0; i < count; ++i) {
         float l = 0, r = 0;
         for (int c = 0; c < channels; ++c, p += Sample::kBytes) {
             const float x = Sample::Read(p);
-            l += x * fold[c].left;
-            r += x * fold[c].right;
+            l += x * downmix[c].left;
+            r += x * downmix[c].right;
         }
         left[i] = l;
         right[i] = r;

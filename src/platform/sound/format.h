@@ -1,4 +1,4 @@
-// What the bytes of a sound buffer mean, and reading them as float.
+// The sample formats of sound buffers, and reading them as float.
 #pragma once
 
 #include <cstddef>
@@ -6,8 +6,9 @@
 
 #include "platform/codec/waveformat.h"
 
-// A buffer's owner may write what the mixer reads: that is how a ring is fed, and it is heard as it is
-// written. Functions that read samples carry this mark, so that a thread sanitizer reports everything else.
+// The owner of a buffer may write to memory that the mixer is reading: that is how a ring is fed, and the
+// write is heard at once. Functions that read samples carry this mark, so that a thread sanitizer reports
+// every other race.
 #if defined(__SANITIZE_THREAD__)
 #define SOUND_RACY __attribute__((no_sanitize("thread")))
 #else
@@ -28,13 +29,13 @@ struct Format {
     int frame_bytes = 4;
 };
 
-// False for what no buffer can have: a tag other than PCM and 32-bit float, a rate or channel count out of
-// range, another width than 8, 16, 24 or 32 bits, a block align that is not channels times width.
+// False for formats that a buffer cannot have: a tag other than PCM and 32-bit float, a rate or channel count
+// out of range, a width other than 8, 16, 24 or 32 bits, or a block align other than channels times width.
 bool ParseFormat(const WAVEFORMATEX& wfx, Format* format);
 
-// Reads `count` frames as floats of full scale 1.0. One channel fills `left` alone; more are folded to left
-// and right by the speaker order of WAVE files, the first two at full level, the others at -3 dB on their
-// side or sides.
+// Reads `count` frames as floats with full scale 1.0. One channel fills `left` only. More than two are mixed
+// down to left and right in the speaker order of WAVE files: the first two at full level, the others at -3 dB
+// on their side, or on both.
 void ReadFrames(const Format& format, const unsigned char* data, size_t count, float* left, float* right);
 
 constexpr unsigned char SilenceByte(const Format& format) {

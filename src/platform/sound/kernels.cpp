@@ -60,7 +60,7 @@ float Dot(const float* in, const float* row, int taps) {
     return ((sum[0] + sum[4]) + (sum[1] + sum[5])) + ((sum[2] + sum[6]) + (sum[3] + sum[7]));
 }
 
-void Weave(const float* even, const float* odd, float* out, size_t pairs) {
+void Interleave(const float* even, const float* odd, float* out, size_t pairs) {
     for (size_t i = 0; i < pairs; ++i) {
         out[2 * i] = even[i];
         out[2 * i + 1] = odd[i];
@@ -80,8 +80,8 @@ float Peak(const float* x, size_t count) {
 }  // namespace
 
 const Kernels& PlainKernels() {
-    static constexpr Kernels kernels = {AddStereo16, AddMono16, AddStereo, AddPlane, ReadMono16,
-                                        Convolve,    Dot,       Weave,     Peak};
+    static constexpr Kernels kernels = {AddStereo16, AddMono16, AddStereo,  AddPlane, ReadMono16,
+                                        Convolve,    Dot,       Interleave, Peak};
     return kernels;
 }
 

@@ -1,6 +1,5 @@
-// The inner loops of the mixer, once plain and once for the vector units of newer processors. Both do the
-// same arithmetic for each sample whatever the length of a run, so that a sound does not depend on how it is
-// cut into blocks.
+// The mixer's inner loops, as plain code and as vector code for newer processors. Both do the same arithmetic
+// for each sample, whatever the length of a run, so a sound does not depend on how it is cut into blocks.
 #pragma once
 
 #include <cstddef>
@@ -23,22 +22,22 @@ struct Aligned64 {
 using FloatTable = std::vector<float, Aligned64<float>>;
 
 struct Kernels {
-    // acc (interleaved stereo) += source * gain, `frames` long. The 16-bit ones want the gain divided by
-    // 32768.
+    // acc (interleaved stereo) += source * gain, over `frames` frames. The 16-bit versions expect the gain
+    // divided by 32768.
     void (*add_stereo16)(const unsigned char* source, float* acc, size_t frames, float gain);
     void (*add_mono16)(const unsigned char* source, float* acc, size_t frames, float gain);
     void (*add_stereo)(const float* left, const float* right, float* acc, size_t frames, float gain);
     void (*add_plane)(const float* source, float* acc, size_t count, float gain);
-    void (*read_mono16)(const unsigned char* source, float* out, size_t frames);  // to full scale 1.0
+    void (*read_mono16)(const unsigned char* source, float* out, size_t frames);  // full scale 1.0
 
-    // out[k] = sum of row[j] * in[k + j]; reads and writes up to 31 more than count
+    // out[k] = sum of row[j] * in[k + j]; reads and writes up to 31 values past count
     void (*convolve)(const float* in, const float* row, int taps, float* out, size_t count);
     float (*dot)(const float* in, const float* row, int taps);  // taps: a multiple of 8
-    void (*weave)(const float* even, const float* odd, float* out, size_t pairs);
+    void (*interleave)(const float* even, const float* odd, float* out, size_t pairs);
     float (*peak)(const float* x, size_t count);  // the largest magnitude
 };
 
 const Kernels& PlainKernels();
-const Kernels& BestKernels();  // for the processor that this runs on
+const Kernels& BestKernels();  // for this processor
 
 }  // namespace audio

@@ -13,7 +13,7 @@ SOUND_RACY AVX2 inline __m256 Load16(const unsigned char* p) {  // eight samples
     return _mm256_cvtepi32_ps(_mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
 }
 
-// Multiplied and added apart, as the plain loop does that finishes a run.
+// Multiplies and adds separately, as the plain loop that finishes a run does.
 AVX2 inline void Add8(float* acc, __m256 x) {
     _mm256_storeu_ps(acc, _mm256_add_ps(_mm256_loadu_ps(acc), x));
 }
@@ -27,7 +27,7 @@ SOUND_RACY AVX2 void AddStereo16(const unsigned char* source, float* acc, size_t
     PlainKernels().add_stereo16(source + 4 * i, acc + 2 * i, frames - i, gain);
 }
 
-// Eight values to both sides.
+// Adds eight values to both sides.
 AVX2 inline void AddBoth(float* acc, __m256 x) {
     const __m256 low = _mm256_unpacklo_ps(x, x), high = _mm256_unpackhi_ps(x, x);
     Add8(acc, _mm256_permute2f128_ps(low, high, 0x20));
@@ -68,7 +68,7 @@ SOUND_RACY AVX2 void ReadMono16(const unsigned char* source, float* out, size_t 
     PlainKernels().read_mono16(source + 2 * i, out + i, frames - i);
 }
 
-// Thirty-two outputs at a time, so that every coefficient is spread once for all of them.
+// Computes thirty-two outputs at once, so each coefficient is broadcast only once for all of them.
 AVX2 void Convolve(const float* in, const float* row, int taps, float* out, size_t count) {
     for (size_t k = 0; k < count; k += 32) {
         __m256 a = _mm256_setzero_ps(), b = a, c = a, d = a;
@@ -101,7 +101,7 @@ AVX2 float Dot(const float* in, const float* row, int taps) {
     return _mm_cvtss_f32(_mm_add_ss(s, _mm_movehdup_ps(s)));
 }
 
-AVX2 void Weave(const float* even, const float* odd, float* out, size_t pairs) {
+AVX2 void Interleave(const float* even, const float* odd, float* out, size_t pairs) {
     size_t i = 0;
     for (; i + 8 <= pairs; i += 8) {
         const __m256 e = _mm256_loadu_ps(even + i), o = _mm256_loadu_ps(odd + i);
@@ -109,7 +109,7 @@ AVX2 void Weave(const float* even, const float* odd, float* out, size_t pairs) {
         _mm256_storeu_ps(out + 2 * i, _mm256_permute2f128_ps(low, high, 0x20));
         _mm256_storeu_ps(out + 2 * i + 8, _mm256_permute2f128_ps(low, high, 0x31));
     }
-    PlainKernels().weave(even + i, odd + i, out + 2 * i, pairs - i);
+    PlainKernels().interleave(even + i, odd + i, out + 2 * i, pairs - i);
 }
 
 AVX2 float Peak(const float* x, size_t count) {
@@ -126,7 +126,8 @@ AVX2 float Peak(const float* x, size_t count) {
     return head > tail ? head : tail;
 }
 
-const Kernels kVector = {AddStereo16, AddMono16, AddStereo, AddPlane, ReadMono16, Convolve, Dot, Weave, Peak};
+const Kernels kVector = {AddStereo16, AddMono16, AddStereo,  AddPlane, ReadMono16,
+                         Convolve,    Dot,       Interleave, Peak};
 
 }  // namespace
 

@@ -9,12 +9,12 @@ namespace audio {
 namespace {
 
 constexpr double kRelease = 0.1;     // s, time constant
-constexpr float kRecovered = 1e-5f;  // above full scale; below this the gain is 1 again
+constexpr float kRecovered = 1e-5f;  // above full scale; below this the gain snaps back to 1
 
 }  // namespace
 
 void Limiter::SetRate(int rate) {
-    m_keep = static_cast<float>(std::exp(-1 / (kRelease * rate)));
+    m_release = static_cast<float>(std::exp(-1 / (kRelease * rate)));
     m_envelope = 1;
 }
 
@@ -23,7 +23,7 @@ void Limiter::Run(float* stereo, size_t frames) {
     for (size_t i = 0; i < frames; ++i) {
         float* x = stereo + 2 * i;
         const float peak = std::max(std::fabs(x[0]), std::fabs(x[1]));
-        m_envelope = std::max(peak, 1 + (m_envelope - 1) * m_keep);
+        m_envelope = std::max(peak, 1 + (m_envelope - 1) * m_release);
         if (m_envelope < 1 + kRecovered) m_envelope = 1;
         if (m_envelope <= 1.0f) continue;
         x[0] /= m_envelope;

@@ -1,20 +1,20 @@
-// Keeps an overloaded mix inside full scale without clipping it.
+// Keeps an overloaded mix within full scale without clipping.
 #pragma once
 
 #include <cstddef>
 
 namespace audio {
 
-// The gain falls at once to what the loudest sample needs, for both sides alike, and recovers within some
-// tenths of a second. A mix that stays within full scale passes unchanged, to the bit.
+// The gain drops at once to what the loudest sample needs, equally on both sides, and recovers within a few
+// tenths of a second. A mix within full scale passes unchanged, bit for bit.
 class Limiter {
 public:
     void SetRate(int rate);
     void Run(float* stereo, size_t frames);  // interleaved, in place
 
 private:
-    float m_keep = 1;      // of the reduction, from frame to frame
-    float m_envelope = 1;  // at least 1; the gain is its inverse
+    float m_release = 1;   // the reduction that remains from one frame to the next
+    float m_envelope = 1;  // at least 1; the gain is its reciprocal
 };
 
 }  // namespace audio

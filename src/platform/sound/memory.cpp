@@ -13,7 +13,7 @@
 #include <sys/mman.h>
 #endif
 
-// Under a sanitizer every block is its own allocation, so that reading beside one is seen.
+// Under a sanitizer every block is a separate allocation, so that out-of-bounds reads are detected.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define SOUND_PLAIN_MEMORY 1
 #elif defined(__has_feature)
@@ -36,7 +36,7 @@ size_t RoundUp(size_t n, size_t unit) {
 
 #if defined(__linux__) && !defined(SOUND_PLAIN_MEMORY)
 
-// A mapping whose start lies on a huge page: mapped too large and trimmed.
+// Maps memory aligned to a huge page: maps too much, then trims.
 unsigned char* Map(size_t bytes) {
     void* raw = mmap(nullptr, bytes + kHugePage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (raw == MAP_FAILED) return nullptr;
@@ -45,7 +45,7 @@ unsigned char* Map(size_t bytes) {
     const size_t skip = RoundUp(address, kHugePage) - address;
     if (skip > 0) munmap(begin, skip);
     if (skip < kHugePage) munmap(begin + skip + bytes, kHugePage - skip);
-    madvise(begin + skip, bytes, MADV_HUGEPAGE);  // a wish; small pages do as well
+    madvise(begin + skip, bytes, MADV_HUGEPAGE);  // a hint; small pages work too
     return begin + skip;
 }
 
@@ -72,11 +72,11 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena() { Unmap(m_base, m_bytes); }
 
-    bool Holds(const unsigned char* p) const { return p >= m_base && p < m_base + m_bytes; }
+    bool Contains(const unsigned char* p) const { return p >= m_base && p < m_base + m_bytes; }
     bool Empty() const { return m_used == 0; }
 
-    // First fit, so that a chart after another one settles where memory is already mapped.
-    unsigned char* Take(size_t bytes, bool* fresh) {
+    // First fit, so that the next chart reuses memory that is already mapped.
+    unsigned char* Allocate(size_t bytes, bool* fresh) {
         for (auto it = m_free.begin(); it != m_free.end(); ++it) {
             if (it->second < bytes) continue;
             const size_t at = it->first, left = it->second - bytes;
@@ -90,7 +90,7 @@ public:
         return nullptr;
     }
 
-    void Give(const unsigned char* p, size_t bytes) {
+    void Free(const unsigned char* p, size_t bytes) {
         m_used -= bytes;
         auto it = m_free.emplace(static_cast<size_t>(p - m_base), bytes).first;
         const auto after = std::next(it);
@@ -108,7 +108,7 @@ public:
 private:
     unsigned char* m_base;
     size_t m_bytes;
-    size_t m_used = 0, m_touched = 0;  // m_touched: nothing at or behind it has ever been handed out
+    size_t m_used = 0, m_touched = 0;  // m_touched: nothing at or above this offset was ever handed out
     std::map<size_t, size_t> m_free;   // offset to size
 };
 
@@ -119,13 +119,13 @@ struct Heap {
     size_t next_arena = kFirstArena;
 };
 
-// Never destroyed: a buffer may be released while static objects are going.
+// Never destroyed: a buffer may be released during static destruction.
 Heap& TheHeap() {
     static Heap* const heap = new Heap;
     return *heap;
 }
 
-// A block of half the largest arena or more gets a mapping of its own.
+// A block of at least half the largest arena gets a mapping of its own.
 Arena* AddArena(Heap& heap, size_t bytes) {
 #if defined(SOUND_PLAIN_MEMORY)
     const size_t size = bytes;
@@ -151,12 +151,12 @@ SampleBlock AllocateSamples(size_t bytes) {
     if (heap.used + size > kSampleMemoryLimit) return block;
     bool fresh = false;
     for (auto& arena : heap.arenas) {
-        block.data = arena->Take(size, &fresh);
+        block.data = arena->Allocate(size, &fresh);
         if (block.data != nullptr) break;
     }
     if (block.data == nullptr) {
         Arena* arena = AddArena(heap, size);
-        if (arena != nullptr) block.data = arena->Take(size, &fresh);
+        if (arena != nullptr) block.data = arena->Allocate(size, &fresh);
     }
     if (block.data == nullptr) return block;
     heap.used += size;
@@ -172,8 +172,8 @@ void FreeSamples(const SampleBlock& block) {
     Heap& heap = TheHeap();
     const std::lock_guard<std::mutex> hold(heap.lock);
     for (auto it = heap.arenas.begin(); it != heap.arenas.end(); ++it) {
-        if (!(*it)->Holds(block.data)) continue;
-        (*it)->Give(block.data, block.bytes);
+        if (!(*it)->Contains(block.data)) continue;
+        (*it)->Free(block.data, block.bytes);
         heap.used -= block.bytes;
         if ((*it)->Empty()) heap.arenas.erase(it);
         if (heap.arenas.empty()) heap.next_arena = kFirstArena;

@@ -1,21 +1,21 @@
-// Memory for samples. Loading a song's sounds is mostly page faults, so it comes from large mappings on huge
-// pages.
+// Memory for samples. Page faults take most of the time when a song's sounds are loaded, so the memory comes
+// from large mappings on huge pages.
 #pragma once
 
 #include <cstddef>
 
 namespace audio {
 
-constexpr size_t kSampleMemoryLimit = size_t{1} << 31;  // bytes, all buffers of the process together
+constexpr size_t kSampleMemoryLimit = size_t{1} << 31;  // bytes, for all buffers of the process together
 
 struct SampleBlock {
-    unsigned char* data = nullptr;  // null: no memory, or the limit is reached
+    unsigned char* data = nullptr;  // null: out of memory, or over the limit
     size_t bytes = 0;
-    bool zeroed = false;  // fresh from the system; otherwise it holds anything
+    bool zeroed = false;  // fresh from the system; otherwise the content is undefined
 };
 
-SampleBlock AllocateSamples(size_t bytes);   // aligned to 64 bytes; any thread
-void FreeSamples(const SampleBlock& block);  // a mapping that nothing uses any more goes back to the system
+SampleBlock AllocateSamples(size_t bytes);   // aligned to 64 bytes; callable from any thread
+void FreeSamples(const SampleBlock& block);  // returns a mapping to the system when its last block is freed
 size_t SampleBytesInUse();
 
 }  // namespace audio

@@ -7,35 +7,35 @@
 namespace audio {
 namespace {
 
-constexpr size_t kOrders = 4096;
+constexpr size_t kQueueSize = 4096;
 constexpr uint64_t kSecond = 1'000'000'000;  // ns
-constexpr int kLatest = 5;                   // the part of a second by which a device that runs is never late
+constexpr int kDelayPart = 5;                // a running device is never later than this fraction of a second
 
 }  // namespace
 
-Motion Later(int64_t frames, Step step, Motion motion, int64_t output_frames) {
-    if (!motion.playing || output_frames <= 0) return motion;
-    motion.place = Advance(motion.place, step, output_frames);
-    if (motion.place.frame < frames) return motion;
-    if (!motion.looping) return {};
-    motion.place.frame %= frames;
-    motion.lapped = true;
-    return motion;
+PlayState Advance(int64_t frames, Step step, PlayState state, int64_t output_frames) {
+    if (!state.playing || output_frames <= 0) return state;
+    state.position = Advance(state.position, step, output_frames);
+    if (state.position.frame < frames) return state;
+    if (!state.looping) return {};
+    state.position.frame %= frames;
+    state.lapped = true;
+    return state;
 }
 
-Mixer::Mixer() : m_orders(kOrders), m_due(kOrders) {}
+Mixer::Mixer() : m_commands(kQueueSize), m_due(kQueueSize) {}
 
 Mixer::~Mixer() {
     Close();
 }
 
-// The output frame that sounds at a clock reading.
+// The output frame at a clock reading.
 int64_t Mixer::FrameAt(uint64_t time) const {
     const auto rate = static_cast<uint64_t>(m_rate);
     return static_cast<int64_t>(time / kSecond * rate + time % kSecond * rate / kSecond);
 }
 
-// ---- opening and closing: no block is mixed meanwhile ----
+// ---- opening and closing; no block is mixed meanwhile ----
 
 bool Mixer::Open(int rate, bool mono) {
     const int before = m_rate;
@@ -58,16 +58,17 @@ bool Mixer::Open(int rate, bool mono) {
 
 void Mixer::Configure(int rate) {
     const std::lock_guard<std::mutex> hold(m_lock);
-    CarryOutAll();
+    ExecuteAll();
     m_rate = rate;
-    m_taken = m_mixed = m_latest = 0;
+    m_block_end = m_mixed = m_last_queued = 0;
     if (rate == 0) return;
     m_limiter.SetRate(rate);
-    MakeRoom();
-    const int64_t now = FrameAt(host::Nanoseconds());  // no output is open that this could make mix
+    Allocate();
+    const int64_t now =
+        FrameAt(host::Nanoseconds());  // no output is open that this reading could cause to mix
     for (Voice* voice : m_voices) {
         Retune(voice);
-        voice->since = voice->at = now;
+        voice->predicted_at = voice->at = now;
     }
 }
 
@@ -75,30 +76,30 @@ void Mixer::Close() {
     if (m_rate == 0) return;
     host::CloseSound();
     const std::lock_guard<std::mutex> hold(m_lock);
-    CarryOutAll();
+    ExecuteAll();
     for (Voice* voice : m_voices) {
         voice->now.playing = false;
-        if (voice->listed) Unlist(voice);
-        voice->told = voice->now;
+        if (voice->active) Deactivate(voice);
+        voice->predicted = voice->now;
     }
     m_rate = 0;
 }
 
-// Fits a voice to the output's rate. All its orders have been carried out.
+// Adapts a voice to the output's rate. All its commands must have been executed.
 void Mixer::Retune(Voice* voice) {
     const uint32_t denominator = voice->step.denominator;
     voice->step = MakeStep(voice->format.rate, m_rate);
     voice->filter = FilterFor(voice->format.rate, m_rate);
-    voice->now.place.fraction =
-        static_cast<uint32_t>(uint64_t{voice->now.place.fraction} * voice->step.denominator / denominator);
-    voice->told = voice->now;
-    voice->since = 0;
+    voice->now.position.fraction =
+        static_cast<uint32_t>(uint64_t{voice->now.position.fraction} * voice->step.denominator / denominator);
+    voice->predicted = voice->now;
+    voice->predicted_at = 0;
 }
 
 // ---- voices ----
 
 void Mixer::Add(Voice* voice) {
-    // Made before the lock is taken: a large table takes longer than a block lasts.
+    // Created before taking the lock: a large table takes longer than one block.
     const auto filter = m_rate != 0 ? FilterFor(voice->format.rate, m_rate) : nullptr;
     const std::lock_guard<std::mutex> hold(m_lock);
     if (m_rate != 0) Retune(voice);
@@ -108,11 +109,11 @@ void Mixer::Add(Voice* voice) {
 void Mixer::Remove(Voice* voice) {
     std::unique_lock<std::mutex> hold(m_lock);
     WaitForBlock(hold);
-    for (size_t i = 0; i < m_order_count; ++i) {
-        Order& order = m_orders[(m_first_order + i) % kOrders];
-        if (order.voice == voice) order.voice = nullptr;
+    for (size_t i = 0; i < m_command_count; ++i) {
+        Command& command = m_commands[(m_first_command + i) % kQueueSize];
+        if (command.voice == voice) command.voice = nullptr;
     }
-    if (voice->listed) Unlist(voice);
+    if (voice->active) Deactivate(voice);
     std::erase(m_voices, voice);
 }
 
@@ -123,110 +124,111 @@ void Mixer::WaitForBlock(std::unique_lock<std::mutex>& hold) {
     --m_block_waiters;
 }
 
-// ---- orders ----
+// ---- commands ----
 
 void Mixer::Play(Voice* voice, bool looping) {
-    Tell({voice, Kind::kPlay, looping, 0, 0, 0});
+    Enqueue({voice, Kind::kPlay, looping, 0, 0, 0});
 }
 void Mixer::Stop(Voice* voice) {
-    Tell({voice, Kind::kStop, false, 0, 0, 0});
+    Enqueue({voice, Kind::kStop, false, 0, 0, 0});
 }
 void Mixer::Seek(Voice* voice, int64_t frame) {
-    Tell({voice, Kind::kSeek, false, 0, frame, 0});
+    Enqueue({voice, Kind::kSeek, false, 0, frame, 0});
 }
 void Mixer::SetGain(Voice* voice, float gain) {
-    Tell({voice, Kind::kGain, false, gain, 0, 0});
+    Enqueue({voice, Kind::kGain, false, gain, 0, 0});
 }
 
-void Mixer::Apply(const Order& order, Motion* motion) {
-    switch (order.kind) {
+void Mixer::Apply(const Command& command, PlayState* state) {
+    switch (command.kind) {
         case Kind::kPlay:
-            motion->playing = true;
-            motion->looping = order.looping;
+            state->playing = true;
+            state->looping = command.looping;
             break;
         case Kind::kStop:
-            motion->playing = false;
+            state->playing = false;
             break;
         case Kind::kSeek:
-            motion->place = {order.place, 0};
-            motion->lapped = false;
+            state->position = {command.position, 0};
+            state->lapped = false;
             break;
         case Kind::kGain:
             break;
     }
 }
 
-// The clock is read before the lock is taken: reading a virtual clock may mix a block. What is being mixed
-// already can't be changed any more, so an order comes behind it.
-void Mixer::Tell(Order order) {
+// Reads the clock before taking the lock, because reading a virtual clock may mix a block. A command cannot
+// change a block that is being mixed, so it takes effect after it.
+void Mixer::Enqueue(Command command) {
     const uint64_t time = host::Nanoseconds();
     std::unique_lock<std::mutex> hold(m_lock);
-    if (m_order_count == kOrders) {
+    if (m_command_count == kQueueSize) {
         WaitForBlock(hold);
-        CarryOutFirst();
+        ExecuteOldest();
     }
     const int64_t frame = FrameAt(time);
-    if (frame + m_rate / 2 < m_latest) Rebase(frame);
-    order.frame = std::max({frame, m_taken, m_latest});
-    m_latest = order.frame;
-    Voice& voice = *order.voice;
-    voice.told =
-        Later(voice.frames, voice.step, voice.told, std::max(order.frame, voice.since) - voice.since);
-    voice.since = std::max(order.frame, voice.since);
-    Apply(order, &voice.told);
-    ++voice.waiting;
-    m_orders[(m_first_order + m_order_count++) % kOrders] = order;
+    if (frame + m_rate / 2 < m_last_queued) Rebase(frame);
+    command.frame = std::max({frame, m_block_end, m_last_queued});
+    m_last_queued = command.frame;
+    Voice& voice = *command.voice;
+    voice.predicted = Advance(voice.frames, voice.step, voice.predicted,
+                              std::max(command.frame, voice.predicted_at) - voice.predicted_at);
+    voice.predicted_at = std::max(command.frame, voice.predicted_at);
+    Apply(command, &voice.predicted);
+    ++voice.pending;
+    m_commands[(m_first_command + m_command_count++) % kQueueSize] = command;
 }
 
-// A virtual clock can be set back: what waits for its old readings is then due at once.
+// A virtual clock can be set back. Commands queued for later readings are then due at once.
 void Mixer::Rebase(int64_t frame) {
-    for (size_t i = 0; i < m_order_count; ++i) {
-        Order& order = m_orders[(m_first_order + i) % kOrders];
-        order.frame = std::min(order.frame, frame);
+    for (size_t i = 0; i < m_command_count; ++i) {
+        Command& command = m_commands[(m_first_command + i) % kQueueSize];
+        command.frame = std::min(command.frame, frame);
     }
     for (Voice* voice : m_voices) {
-        voice->since = std::min(voice->since, frame);
+        voice->predicted_at = std::min(voice->predicted_at, frame);
         voice->at = std::min(voice->at, frame);
     }
-    m_latest = std::min(m_latest, frame);
-    m_taken = std::min(m_taken, frame);
+    m_last_queued = std::min(m_last_queued, frame);
+    m_block_end = std::min(m_block_end, frame);
     m_mixed = std::min(m_mixed, frame);
 }
 
-void Mixer::CarryOut(const Order& order) {
-    Voice* voice = order.voice;
-    Apply(order, &voice->now);
-    if (order.kind == Kind::kGain) voice->gain = order.gain;
-    if (order.kind == Kind::kPlay && !voice->listed) List(voice);
+void Mixer::Execute(const Command& command) {
+    Voice* voice = command.voice;
+    Apply(command, &voice->now);
+    if (command.kind == Kind::kGain) voice->gain = command.gain;
+    if (command.kind == Kind::kPlay && !voice->active) Activate(voice);
 }
 
-// Between two blocks, when more orders have come than the ring holds. What the voice would have played until
-// then is not heard.
-void Mixer::CarryOutFirst() {
-    if (m_order_count == 0) return;
-    const Order order = m_orders[m_first_order];
-    m_first_order = (m_first_order + 1) % kOrders;
-    --m_order_count;
-    Voice* voice = order.voice;
+// Executes the oldest command between two blocks, when the queue is full. What its voice would have played
+// before is not heard.
+void Mixer::ExecuteOldest() {
+    if (m_command_count == 0) return;
+    const Command command = m_commands[m_first_command];
+    m_first_command = (m_first_command + 1) % kQueueSize;
+    --m_command_count;
+    Voice* voice = command.voice;
     if (voice == nullptr) return;
-    voice->now = Later(voice->frames, voice->step, voice->now, order.frame - voice->at);
-    voice->at = voice->now.playing ? std::max(voice->at, order.frame) : order.frame;
-    CarryOut(order);
-    --voice->waiting;
+    voice->now = Advance(voice->frames, voice->step, voice->now, command.frame - voice->at);
+    voice->at = voice->now.playing ? std::max(voice->at, command.frame) : command.frame;
+    Execute(command);
+    --voice->pending;
 }
 
-void Mixer::CarryOutAll() {
-    while (m_order_count > 0) CarryOutFirst();
+void Mixer::ExecuteAll() {
+    while (m_command_count > 0) ExecuteOldest();
 }
 
-// While the device is being opened, or stands still, time goes on without it: what lies so far behind the
-// clock will not be heard any more.
+// While the device is opening or stalled, positions follow the clock: sound that far in the past will not be
+// heard.
 Cursor Mixer::Where(Voice* voice) {
     const uint64_t time = host::Nanoseconds();
     const std::lock_guard<std::mutex> hold(m_lock);
-    const int64_t passed = std::max(m_mixed, FrameAt(time) - m_rate / kLatest);
-    const Motion motion = Later(voice->frames, voice->step, voice->told, passed - voice->since);
-    return {motion.playing, motion.playing && motion.looping, motion.place.frame};
+    const int64_t passed = std::max(m_mixed, FrameAt(time) - m_rate / kDelayPart);
+    const PlayState state =
+        Advance(voice->frames, voice->step, voice->predicted, passed - voice->predicted_at);
+    return {state.playing, state.playing && state.looping, state.position.frame};
 }
 
 }  // namespace audio

@@ -22,7 +22,7 @@ bool FindTurbo(Library* pLibrary, Turbo* pCalls) {
 }
 
 // Four inks, each stored as what it leaves of the light.
-void InksToColors(BYTE* pPixels, size_t nPixels) {
+void CmykToBgr(BYTE* pPixels, size_t nPixels) {
     for (size_t i = 0; i < nPixels; ++i, pPixels += 4) {
         const unsigned nBlack = pPixels[3];
         const BYTE nRed = static_cast<BYTE>((pPixels[0] * nBlack + 127) / 255);
@@ -38,16 +38,16 @@ bool Decode(const Turbo& turbo, tjhandle hTurbo, const BYTE* pFile, size_t nByte
     const auto nSize = static_cast<unsigned long>(nBytes);
     if (turbo.DecompressHeader3(hTurbo, pFile, nSize, &nWidth, &nHeight, &nSampling, &nColors) != 0)
         return false;
-    const bool bInks = nColors == TJCS_CMYK || nColors == TJCS_YCCK;
-    const BmpRows rows = StartBmp(nWidth, nHeight, bInks ? 32 : 24, pBmp);
+    const bool bCmyk = nColors == TJCS_CMYK || nColors == TJCS_YCCK;
+    const BmpRows rows = StartBmp(nWidth, nHeight, bCmyk ? 32 : 24, pBmp);
     if (!rows.pBottom) return false;
     // Hundreds of scans in few bytes would cost minutes.
     const int nFlags = TJFLAG_BOTTOMUP | TJFLAG_LIMITSCANS | TJFLAG_ACCURATEDCT;
     if (turbo.Decompress2(hTurbo, pFile, nSize, rows.pBottom, nWidth, static_cast<int>(rows.nStride), nHeight,
-                          bInks ? TJPF_CMYK : TJPF_BGR, nFlags) != 0 &&
+                          bCmyk ? TJPF_CMYK : TJPF_BGR, nFlags) != 0 &&
         turbo.GetErrorCode(hTurbo) != TJERR_WARNING)
         return false;
-    if (bInks) InksToColors(rows.pBottom, static_cast<size_t>(nWidth) * static_cast<size_t>(nHeight));
+    if (bCmyk) CmykToBgr(rows.pBottom, static_cast<size_t>(nWidth) * static_cast<size_t>(nHeight));
     return true;
 }
 

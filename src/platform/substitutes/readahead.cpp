@@ -12,8 +12,8 @@
 namespace {
 
 // Memory for what has been made and not been asked for, and for what is being made.
-constexpr size_t kMostAhead = size_t{64} << 20;
-constexpr size_t kMostThreads = 8;
+constexpr size_t kMaxAhead = size_t{64} << 20;
+constexpr size_t kMaxThreads = 8;
 
 // Each conversion needs about the memory that the one before has freed. Left to itself the allocator gives
 // such blocks back to the system, and to fetch them anew, page by page, takes a quarter of a load's time.
@@ -21,7 +21,7 @@ void KeepFreedMemory(bool bKeep) {
 #ifdef __GLIBC__
     constexpr int kUsual = 128 << 10;
     mallopt(M_MMAP_THRESHOLD, bKeep ? 32 << 20 : kUsual);
-    mallopt(M_TRIM_THRESHOLD, bKeep ? static_cast<int>(kMostAhead) : kUsual);
+    mallopt(M_TRIM_THRESHOLD, bKeep ? static_cast<int>(kMaxAhead) : kUsual);
     if (!bKeep) malloc_trim(0);
 #endif
 }
@@ -32,7 +32,7 @@ void ReadAhead::Expect(MediaKind kind, std::vector<std::string> names) {
     Stop();
     m_kind = kind;
     for (std::string& name : names) {
-        if (!m_places.emplace(name, m_jobs.size()).second) continue;
+        if (!m_indexes.emplace(name, m_jobs.size()).second) continue;
         m_jobs.emplace_back().name = std::move(name);
     }
 }
@@ -45,10 +45,10 @@ void ReadAhead::Stop() {
     m_changed.notify_all();
     for (std::thread& thread : m_threads) thread.join();
     m_threads.clear();
-    m_places.clear();
+    m_indexes.clear();
     m_jobs.clear();
     m_kind = MediaKind::kNone;
-    m_nNext = m_nReader = m_nHeld = 0;
+    m_nNext = m_nReader = m_nReserved = 0;
     m_nWanted = kNone;
     m_bStop = false;
     Forget();
@@ -64,9 +64,9 @@ void ReadAhead::Forget() {
 ReadAhead::SubstitutePtr ReadAhead::Take(const std::string& name) {
     if (m_pKept && m_keptName == name) return m_pKept;
     Forget();
-    const auto it = m_places.find(name);
-    m_pKept = it != m_places.end() ? TakeJob(it->second) : nullptr;
-    if (!m_pKept) m_pKept = MakeHere(name, it != m_places.end() ? m_kind : KindOfName(name));
+    const auto it = m_indexes.find(name);
+    m_pKept = it != m_indexes.end() ? TakeJob(it->second) : nullptr;
+    if (!m_pKept) m_pKept = MakeHere(name, it != m_indexes.end() ? m_kind : KindOfName(name));
     m_keptName = name;
     return m_pKept;
 }
@@ -109,8 +109,7 @@ void ReadAhead::StartThreads() {
     const size_t nCores = std::thread::hardware_concurrency();
     if (!m_threads.empty() || nCores < 2 || m_nReader >= m_jobs.size()) return;
     try {
-        for (size_t n = 0; n < std::min(nCores, kMostThreads); ++n)
-            m_threads.emplace_back([this] { Work(); });
+        for (size_t n = 0; n < std::min(nCores, kMaxThreads); ++n) m_threads.emplace_back([this] { Work(); });
     } catch (const std::system_error&) {
         // Those that could be started do, or none.
     }
@@ -119,7 +118,7 @@ void ReadAhead::StartThreads() {
 void ReadAhead::Work() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [&] { return m_bStop || m_nNext >= m_jobs.size() || m_nHeld < kMostAhead; });
+        m_changed.wait(lock, [&] { return m_bStop || m_nNext >= m_jobs.size() || m_nReserved < kMaxAhead; });
         if (m_bStop || m_nNext >= m_jobs.size()) return;
         RunJob(&lock, m_nNext++);
     }
@@ -133,32 +132,33 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     if (FindNamed(job.name).empty()) {
         pMade = std::make_shared<Substitute>(
             MakeSubstitute(SubstitutePaths(job.name, m_kind), m_kind,
-                           [&](size_t nBytes) { return MayHoldMore(nJob, nBytes); }));
+                           [&](size_t nBytes) { return TryReserve(nJob, nBytes); }));
     }
     const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;
     pLock->lock();
     job.state = State::kDone;
-    m_nHeld += nMade - job.nHeld;
-    job.nHeld = nMade;
+    m_nReserved += nMade - job.nReserved;
+    job.nReserved = nMade;
     job.pMade = std::move(pMade);
-    if (job.bDropped || IsPassed(nJob)) Release(&job);
+    if (job.bDropped || IsSkipped(nJob)) Release(&job);
     m_changed.notify_all();
 }
 
-bool ReadAhead::MayHoldMore(size_t nJob, size_t nBytes) {
+bool ReadAhead::TryReserve(size_t nJob, size_t nBytes) {
     std::unique_lock lock(m_mutex);
     Job& job = m_jobs[nJob];
     m_changed.wait(lock, [&] {
-        return m_bStop || IsPassed(nJob) || m_nWanted == nJob || m_nHeld - job.nHeld + nBytes <= kMostAhead;
+        return m_bStop || IsSkipped(nJob) || m_nWanted == nJob ||
+               m_nReserved - job.nReserved + nBytes <= kMaxAhead;
     });
-    job.bDropped = m_bStop || IsPassed(nJob);
+    job.bDropped = m_bStop || IsSkipped(nJob);
     if (job.bDropped) return false;
-    m_nHeld += nBytes - job.nHeld;
-    job.nHeld = nBytes;
+    m_nReserved += nBytes - job.nReserved;
+    job.nReserved = nBytes;
     return true;
 }
 
-bool ReadAhead::IsPassed(size_t nJob) const {
+bool ReadAhead::IsSkipped(size_t nJob) const {
     return nJob < m_nReader && m_nWanted != nJob;
 }
 
@@ -170,7 +170,7 @@ void ReadAhead::DropJobsBefore(size_t nJob) {
 }
 
 void ReadAhead::Release(Job* pJob) {
-    m_nHeld -= pJob->nHeld;
-    pJob->nHeld = 0;
+    m_nReserved -= pJob->nReserved;
+    pJob->nReserved = 0;
     pJob->pMade = nullptr;
 }

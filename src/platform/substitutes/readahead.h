@@ -36,7 +36,7 @@ private:
     struct Job {
         std::string name;
         State state = State::kWaiting;
-        size_t nHeld = 0;       // bytes
+        size_t nReserved = 0;   // bytes
         bool bDropped = false;  // broken off, so that what was made says nothing
         SubstitutePtr pMade;    // null when it is to be made when it is asked for
     };
@@ -47,14 +47,14 @@ private:
     void StartThreads();
     void Work();
     void RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob);
-    bool MayHoldMore(size_t nJob, size_t nBytes);
-    bool IsPassed(size_t nJob) const;  // the reader has gone on without it
+    bool TryReserve(size_t nJob, size_t nBytes);
+    bool IsSkipped(size_t nJob) const;  // the reader has gone on without it
     void DropJobsBefore(size_t nJob);
     void Release(Job* pJob);
 
     // Of the one thread.
     MediaKind m_kind = MediaKind::kNone;
-    std::unordered_map<std::string, size_t> m_places;
+    std::unordered_map<std::string, size_t> m_indexes;
     std::vector<std::thread> m_threads;
     bool m_bConverts = false;  // something of the list has been converted
     std::string m_keptName;
@@ -66,6 +66,6 @@ private:
     size_t m_nNext = 0;        // the first that no thread has looked at
     size_t m_nReader = 0;      // the first that the reader may still ask for
     size_t m_nWanted = kNone;  // the one that the reader waits for: it may always go on
-    size_t m_nHeld = 0;        // bytes of all jobs
+    size_t m_nReserved = 0;    // bytes of all jobs
     bool m_bStop = false;
 };

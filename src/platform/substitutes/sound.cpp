@@ -10,7 +10,7 @@
 namespace {
 
 constexpr size_t kHeader = 44;
-constexpr size_t kStepSamples = 32768;  // decoded at a time
+constexpr size_t kChunkSamples = 32768;  // decoded at a time
 
 struct Input {
     const BYTE* p;
@@ -43,13 +43,13 @@ sf_count_t Tell(void* pUser) {
 }
 
 // The library knows many more kinds, whose readers no file of a package needs to reach.
-bool IsKnownHead(const BYTE* p, size_t nBytes) {
+bool HasKnownMagic(const BYTE* p, size_t nBytes) {
     if (nBytes < 4) return false;
     return std::memcmp(p, "OggS", 4) == 0 || std::memcmp(p, "fLaC", 4) == 0 ||
            std::memcmp(p, "ID3", 3) == 0 || (p[0] == 0xFF && (p[1] & 0xE0) == 0xE0);
 }
 
-bool IsTaken(const SF_INFO& info) {
+bool IsSupported(const SF_INFO& info) {
     const int nType = info.format & SF_FORMAT_TYPEMASK;
     return (nType == SF_FORMAT_OGG || nType == SF_FORMAT_FLAC || nType == SF_FORMAT_MPEG) &&
            info.channels >= 1 && info.channels <= kMaxSoundChannels && info.samplerate >= 1 &&
@@ -58,15 +58,15 @@ bool IsTaken(const SF_INFO& info) {
 
 // Rounded to the nearest, to even between two. Adding 1.5 * 2^23 leaves the whole number in the low bits of
 // the float, which compilers turn into vector instructions.
-void ToSamples(const float* pFrom, size_t nSamples, BYTE* pTo) {
+void ToSamples(const float* pSource, size_t nSamples, BYTE* pDest) {
     constexpr float kShift = 12582912.0f;
     for (size_t i = 0; i < nSamples; ++i) {
-        float f = pFrom[i] * 32768.0f;
+        float f = pSource[i] * 32768.0f;
         f = f == f ? f : 0.0f;
         f = f > -32768.0f ? f : -32768.0f;
         f = f < 32767.0f ? f : 32767.0f;
         const auto n = static_cast<int16_t>(std::bit_cast<uint32_t>(f + kShift));
-        std::memcpy(pTo + 2 * i, &n, 2);
+        std::memcpy(pDest + 2 * i, &n, 2);
     }
 }
 
@@ -97,17 +97,17 @@ bool ReadSamples(const CodecLibrary& library, SNDFILE* pFile, const SF_INFO& inf
                  const MayHold& mayHold, ByteBlock* pWav) {
     const size_t nChannels = static_cast<size_t>(info.channels);
     const size_t nFrameBytes = nChannels * 2;
-    const size_t nMost = kHeader + kMaxSoundPcm / nFrameBytes * nFrameBytes;
-    std::vector<float> step(kStepSamples / nChannels * nChannels);
+    const size_t nMax = kHeader + kMaxSoundPcm / nFrameBytes * nFrameBytes;
+    std::vector<float> chunk(kChunkSamples / nChannels * nChannels);
     size_t nSize = kHeader;
-    while (nSize < nMost) {
-        const size_t nFrames = std::min(step.size() / nChannels, (nMost - nSize) / nFrameBytes);
-        const sf_count_t nRead = library.ReadFloats(pFile, step.data(), static_cast<sf_count_t>(nFrames));
+    while (nSize < nMax) {
+        const size_t nFrames = std::min(chunk.size() / nChannels, (nMax - nSize) / nFrameBytes);
+        const sf_count_t nRead = library.ReadFloats(pFile, chunk.data(), static_cast<sf_count_t>(nFrames));
         if (nRead <= 0) break;
         const size_t nSamples = static_cast<size_t>(nRead) * nChannels;
         if (mayHold && !mayHold(nHeld + nSize + nSamples * 2)) return false;
         if (!pWav->Grow(nSize + nSamples * 2)) return false;
-        ToSamples(step.data(), nSamples, pWav->Data() + nSize);
+        ToSamples(chunk.data(), nSamples, pWav->Data() + nSize);
         nSize += nSamples * 2;
     }
     return nSize > kHeader;
@@ -116,7 +116,7 @@ bool ReadSamples(const CodecLibrary& library, SNDFILE* pFile, const SF_INFO& inf
 }  // namespace
 
 bool SoundToWav(const BYTE* pFile, size_t nBytes, const MayHold& mayHold, ByteBlock* pWav) {
-    if (nBytes > kMaxSoundFile || !IsKnownHead(pFile, nBytes)) return false;
+    if (nBytes > kMaxSoundFile || !HasKnownMagic(pFile, nBytes)) return false;
     const CodecLibrary* pLibrary = LoadCodecLibrary();
     if (!pLibrary) return false;
     Input input = {pFile, static_cast<sf_count_t>(nBytes), 0};
@@ -124,7 +124,7 @@ bool SoundToWav(const BYTE* pFile, size_t nBytes, const MayHold& mayHold, ByteBl
     SF_INFO info = {};
     SNDFILE* pSound = pLibrary->OpenVirtual(&io, SFM_READ, &info, &input);
     if (!pSound) return false;
-    const bool bRead = IsTaken(info) && ReadSamples(*pLibrary, pSound, info, nBytes, mayHold, pWav);
+    const bool bRead = IsSupported(info) && ReadSamples(*pLibrary, pSound, info, nBytes, mayHold, pWav);
     pLibrary->Close(pSound);
     if (!bRead) return false;
     pWav->Trim();

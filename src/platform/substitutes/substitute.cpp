@@ -48,8 +48,8 @@ bool Make(int nFile, int64_t nBytes, MediaKind kind, const MayHold& mayHold, Sub
     BYTE aHead[4];
     if (ReadFileAt(nFile, aHead, sizeof(aHead), 0) != sizeof(aHead)) return false;
     if (IsOwnKind(aHead, kind)) return true;
-    const size_t nMost = kind == MediaKind::kPicture ? kMaxPictureFile : kMaxSoundFile;
-    if (static_cast<uint64_t>(nBytes) > nMost) return false;
+    const size_t nMax = kind == MediaKind::kPicture ? kMaxPictureFile : kMaxSoundFile;
+    if (static_cast<uint64_t>(nBytes) > nMax) return false;
     ByteBlock file;
     auto pMade = std::make_shared<ByteBlock>();
     if (mayHold && !mayHold(static_cast<size_t>(nBytes))) return false;

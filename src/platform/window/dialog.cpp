@@ -15,8 +15,8 @@ namespace {
 constexpr DWORD kOpenSize = 76;
 
 struct State {
-    std::string sFolder;  // of the chart opened last
-    std::string sAnswer;  // of a dropped file
+    std::string sFolder;  // of the last opened chart
+    std::string sAnswer;  // path of a dropped file
 };
 State g_state;
 
@@ -35,7 +35,7 @@ bool IsThere(const std::string& path) {
     return stat(path.c_str(), &info) == 0;
 }
 
-// A name that was typed without an extension gets the default one, unless there is a file of that very name.
+// Adds the default extension to a name without one, unless a file of exactly that name exists.
 std::string WithExtension(const std::string& path, const char* pszExtension) {
     const size_t nName = path.rfind('/') + 1;
     if (!pszExtension || path.find('.', nName) != path.npos || IsThere(path)) return path;

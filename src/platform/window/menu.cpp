@@ -1,4 +1,4 @@
-// The system menu: the system's own entries, a separator, and what was inserted.
+// The system menu: the standard entries, then the inserted ones.
 #include <algorithm>
 #include <cstring>
 

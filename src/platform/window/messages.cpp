@@ -1,5 +1,5 @@
-// The message queue. It holds posted messages and what the host has told, in the order of their coming; a
-// quit comes behind all posted messages.
+// The message queue: posted messages and the host's events, in arrival order. A quit comes after all posted
+// messages.
 #include <deque>
 
 #include "platform/window/dialog.h"
@@ -8,16 +8,16 @@
 namespace {
 
 constexpr size_t kMaxPosted = 10'000;  // as published
-// A flood from other copies must not keep the frames away: one turn of the loop serves what waited when it
-// began, up to here, and a few that come meanwhile.
+// A flood from other instances must not stop the frames: one turn of the loop serves what waited when it
+// began, up to this bound, and a few that arrive meanwhile.
 constexpr int kMaxTurn = 4096, kMaxMeanwhile = 64;
 constexpr int kWait = 1000;  // ms
 constexpr UINT SC_KEYMENU = 0xF100;
 
 struct Waiting {
     MSG msg;
-    bool bInput;           // of the user, not posted
-    std::string sDropped;  // a file's path
+    bool bInput;           // from the user, not posted
+    std::string sDropped;  // path of a dropped file
 };
 
 struct State {
@@ -37,7 +37,7 @@ void AddPosted(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam) {
     g_state.queue.push_back({{hWnd, nMessage, wParam, lParam, 0, {0, 0}}, false, ""});
 }
 
-// Other copies may post what programs define for themselves; the rest belongs to the window system.
+// Other instances may post application messages only; the rest belongs to the window system.
 void AddEvent(HWND hWnd, const host::Event& event) {
     switch (event.kind) {
         case host::EventKind::kNone:
@@ -65,7 +65,7 @@ void AddEvent(HWND hWnd, const host::Event& event) {
     }
 }
 
-// Takes what the host has, at most nMax events.
+// Moves at most nMax of the host's events into the queue.
 int TakeEvents(int nMax, bool bWithInput) {
     int n = 0;
     host::Event event;
@@ -91,7 +91,7 @@ void EndTurn() {
     g_state.bTurnBegun = false;
 }
 
-// The next message to serve: with a quit waiting only posted ones are.
+// The next message to serve. While a quit waits, only posted ones are served.
 std::deque<Waiting>::iterator FindNext() {
     auto it = g_state.queue.begin();
     while (g_state.bQuit && it != g_state.queue.end() && it->bInput) ++it;
@@ -102,7 +102,7 @@ MSG QuitMessage() {
     return {nullptr, WM_QUIT, static_cast<WPARAM>(g_state.nExitCode), 0, 0, {0, 0}};
 }
 
-// Finds a message without taking it. False when none waits.
+// Finds the next message without taking it. False when none waits.
 bool Look(MSG* pMsg, bool* pbQuit) {
     auto it = FindNext();
     if (it == g_state.queue.end()) {
@@ -115,7 +115,7 @@ bool Look(MSG* pMsg, bool* pbQuit) {
     return *pbQuit || it != g_state.queue.end();
 }
 
-// The message's file, if it brings one, waits for the dialog that the message will open.
+// If the message carries a dropped file, that file answers the dialog which the message will open.
 void TakeNext() {
     const auto it = FindNext();
     const std::string dropped = std::move(it->sDropped);
@@ -147,7 +147,7 @@ void ResetMessages() {
 
 bool PumpModal() {
     TakeEvents(kMaxTurn, false);
-    // No more than waits now: a message that posts itself again has to leave the dialog its turns.
+    // No more than are waiting now: a message that posts itself again must not starve the dialog.
     for (size_t n = g_state.queue.size(); n > 0 && !g_state.queue.empty(); --n) {
         const MSG msg = g_state.queue.front().msg;
         const bool bInput = g_state.queue.front().bInput;
@@ -197,9 +197,10 @@ BOOL PostMessageA(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam) {
         AddPosted(hWnd, nMessage, wParam, lParam);
         return 1;
     }
-    uint64_t nCopy;
-    return RemoteCopy(hWnd, &nCopy) &&
-           host::PostToCopy(nCopy, nMessage, static_cast<int64_t>(wParam), static_cast<int64_t>(lParam));
+    uint64_t nInstance;
+    return RemoteInstance(hWnd, &nInstance) &&
+           host::PostToInstance(nInstance, nMessage, static_cast<int64_t>(wParam),
+                                static_cast<int64_t>(lParam));
 }
 
 void PostQuitMessage(int nExitCode) {
@@ -210,7 +211,7 @@ void PostQuitMessage(int nExitCode) {
 LRESULT DefWindowProcA(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam) {
     if (nMessage == WM_CLOSE) DestroyWindow(hWnd);
     if (nMessage != WM_SYSCOMMAND || !IsLocal(hWnd)) return 0;
-    switch (wParam & 0xFFF0) {  // the low four bits are the system's own
+    switch (wParam & 0xFFF0) {  // the low four bits are reserved
         case SC_MINIMIZE:
             host::Minimize();
             break;

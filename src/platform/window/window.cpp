@@ -1,4 +1,4 @@
-// The window itself: its class, opening and closing, title and place.
+// The window: its class, opening and closing, title and place.
 #include "platform/window/window.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ struct WindowClass {
 
 struct State {
     std::vector<WindowClass> classes;
-    std::vector<std::unique_ptr<WindowObject>> windows;  // of this process, the last one may be alive
+    std::vector<std::unique_ptr<WindowObject>> windows;  // of this process; only the last one may be alive
     std::vector<std::unique_ptr<WindowObject>> remote;
 };
 State g_state;
@@ -46,18 +46,18 @@ host::WindowRequest Request(const WindowClass& windowClass, const char* pszTitle
     return request;
 }
 
-// The same object for the same copy each time, so that a handle stays good.
-HWND RemoteWindow(const host::Copy& copy) {
+// Returns the same object for the same instance each time, so that handles stay valid.
+HWND RemoteWindow(const host::Instance& instance) {
     for (const auto& pWindow : g_state.remote) {
-        if (pWindow->nCopy == copy.id) {
-            pWindow->sClass = copy.class_name;
+        if (pWindow->nInstance == instance.id) {
+            pWindow->sClass = instance.class_name;
             return pWindow.get();
         }
     }
     auto pWindow = std::make_unique<WindowObject>();
     pWindow->bRemote = pWindow->bAlive = true;
-    pWindow->nCopy = copy.id;
-    pWindow->sClass = copy.class_name;
+    pWindow->nInstance = instance.id;
+    pWindow->sClass = instance.class_name;
     g_state.remote.push_back(std::move(pWindow));
     return g_state.remote.back().get();
 }
@@ -71,7 +71,7 @@ RECT ToRect(const host::Rect& rect) {
     return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
-// Moves and sizes where the wish differs from what is.
+// Moves and resizes when the request differs from the current place.
 void ApplyPlace(const WINDOWPOS& pos) {
     const host::WindowPlace place = host::GetWindowPlace();
     const host::Rect &outer = place.outer, &client = place.client;
@@ -97,15 +97,15 @@ bool IsLocal(HWND hWnd) {
     return hWnd && hWnd == LocalWindow();
 }
 
-bool RemoteCopy(HWND hWnd, uint64_t* pnCopy) {
+bool RemoteInstance(HWND hWnd, uint64_t* pnInstance) {
     if (!IsRemote(hWnd)) return false;
-    *pnCopy = hWnd->nCopy;
+    *pnInstance = hWnd->nInstance;
     return true;
 }
 
 void ResetWindows() {
     if (LocalWindow()) {
-        host::WithdrawCopy();
+        host::WithdrawInstance();
         host::CloseWindow();
     }
     g_state = State();
@@ -136,7 +136,7 @@ HWND CreateWindowExA(DWORD dwExStyle, const char* pszClass, const char* pszTitle
         DestroyWindow(hWnd);
         return nullptr;
     }
-    host::AnnounceCopy(hWnd->sClass);
+    host::AnnounceInstance(hWnd->sClass);
     return hWnd;
 }
 
@@ -144,7 +144,7 @@ BOOL DestroyWindow(HWND hWnd) {
     if (!IsLocal(hWnd) || hWnd->bClosing) return 0;
     hWnd->bClosing = true;
     SendMessageA(hWnd, WM_DESTROY, 0, 0);
-    host::WithdrawCopy();
+    host::WithdrawInstance();
     host::CloseWindow();
     hWnd->bAlive = false;
     DropMessages(hWnd);
@@ -207,11 +207,11 @@ BOOL SetWindowPos(HWND hWnd, HWND hAfter, int x, int y, int nWidth, int nHeight,
 }
 
 BOOL EnumWindows(WNDENUMPROC pfnCallback, LPARAM lParam) {
-    std::vector<host::Copy> copies;
-    if (!pfnCallback || !host::ListCopies(&copies)) return 0;
+    std::vector<host::Instance> instances;
+    if (!pfnCallback || !host::ListInstances(&instances)) return 0;
     if (LocalWindow() && !pfnCallback(LocalWindow(), lParam)) return 0;
-    for (const host::Copy& copy : copies) {
-        if (!pfnCallback(RemoteWindow(copy), lParam)) return 0;
+    for (const host::Instance& instance : instances) {
+        if (!pfnCallback(RemoteWindow(instance), lParam)) return 0;
     }
     return 1;
 }

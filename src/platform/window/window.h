@@ -1,7 +1,7 @@
-// Windows, messages and the system menu, as much of them as one fixed window needs.
+// Windows, messages and the system menu: as much as one window of fixed size needs.
 //
-// One thread owns all of it. A handle is a window of this process or of another running copy; only
-// PostMessageA and GetClassNameA reach the latter.
+// Single-threaded. A handle is a window of this process or of another instance; only PostMessageA and
+// GetClassNameA reach the latter.
 #pragma once
 
 #include "platform/wintypes.h"
@@ -9,7 +9,7 @@
 using WNDPROC = LRESULT (*)(HWND, UINT, WPARAM, LPARAM);
 using WNDENUMPROC = BOOL (*)(HWND, LPARAM);
 
-struct MSG {  // time and pt stay 0
+struct MSG {  // time and pt are always 0
     HWND hwnd;
     UINT message;
     WPARAM wParam;
@@ -97,51 +97,51 @@ inline const HWND HWND_TOPMOST = reinterpret_cast<HWND>(static_cast<intptr_t>(-1
 // Non-zero on success; 0 for a wrong cbSize, a missing name or procedure, or a name already registered.
 ATOM RegisterClassExA(const WNDCLASSEXA* pClass);
 
-// Opens a window, which gets WM_CREATE before this returns. Null when the class is unknown or the host can
-// open no window. x, y: outer corner in desktop pixels, CW_USEDEFAULT in both for the host's choice; width
-// and height are of the outer frame.
+// Opens a window, which receives WM_CREATE before this returns. Null when the class is unknown or the host
+// cannot open a window. x, y: outer corner in desktop pixels; CW_USEDEFAULT in both lets the host choose.
+// Width and height become the client area's, because the frame is not known yet.
 HWND CreateWindowExA(DWORD dwExStyle, const char* pszClass, const char* pszTitle, DWORD dwStyle, int x, int y,
                      int nWidth, int nHeight, HWND hParent, HMENU hMenu, HINSTANCE hInstance, void* pParam);
-BOOL DestroyWindow(HWND hWnd);  // sends WM_DESTROY, then closes it
+BOOL DestroyWindow(HWND hWnd);  // sends WM_DESTROY, then closes the window
 LRESULT DefWindowProcA(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam);
 
-// Raw bytes: UTF-8 when they are valid UTF-8, otherwise CP932; a two-byte character cut at the end is
-// dropped.
+// Raw bytes: taken as UTF-8 when they are valid UTF-8, otherwise as CP932. Drops a two-byte character that is
+// cut at the end.
 BOOL SetWindowTextA(HWND hWnd, const char* pszText);
 BOOL GetWindowRect(HWND hWnd, RECT* pRect);  // outer frame, desktop pixels
 BOOL GetClientRect(HWND hWnd, RECT* pRect);  // 0, 0, width, height
 BOOL ClientToScreen(HWND hWnd, POINT* pPoint);
-LONG GetWindowLongA(HWND hWnd, int nIndex);  // GWL_STYLE and GWL_EXSTYLE; else 0
-// Widens a client rectangle by the frame that the window manager draws (nothing while there is none).
+LONG GetWindowLongA(HWND hWnd, int nIndex);  // GWL_STYLE and GWL_EXSTYLE; 0 for any other
+// Widens a client rectangle by the frame that the window manager draws; unchanged while there is no window.
 BOOL AdjustWindowRectEx(RECT* pRect, DWORD dwStyle, BOOL bMenu, DWORD dwExStyle);
-// Sends WM_WINDOWPOSCHANGING, then moves and sizes (outer frame) where that changes anything.
+// Sends WM_WINDOWPOSCHANGING, then moves and resizes (outer frame) when that changes anything.
 BOOL SetWindowPos(HWND hWnd, HWND hAfter, int x, int y, int nWidth, int nHeight, UINT nFlags);
 
 // --- messages ---
 
-// 1 when a message waits, WM_QUIT included; it stays in the queue, and *pMsg is that message.
+// 1 when a message waits, WM_QUIT included. *pMsg is that message, which stays in the queue.
 BOOL PeekMessageA(MSG* pMsg, HWND hWnd, UINT nMin, UINT nMax, UINT nRemove);
-// Takes the next message, waiting for one if need be; 0 for WM_QUIT, which comes after all posted messages.
+// Takes the next message, waiting if none is there. 0 for WM_QUIT, which comes after all posted messages.
 BOOL GetMessageA(MSG* pMsg, HWND hWnd, UINT nMin, UINT nMax);
 BOOL TranslateMessage(const MSG* pMsg);
 LRESULT DispatchMessageA(const MSG* pMsg);
 LRESULT SendMessageA(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam);
-// Queues a message for a window of this process or of another copy; 0 when that window is gone.
+// Queues a message for a window of this process or of another instance; 0 when that window is gone.
 BOOL PostMessageA(HWND hWnd, UINT nMessage, WPARAM wParam, LPARAM lParam);
 void PostQuitMessage(int nExitCode);
 
-// --- other copies ---
+// --- other instances ---
 
-// Calls back for each window of this process and of every other running copy, until the callback gives 0.
-// 0 when the copies cannot be listed.
+// Calls back for the window of this process and of every other instance, until the callback returns 0.
+// Returns 0 when the instances cannot be listed.
 BOOL EnumWindows(WNDENUMPROC pfnCallback, LPARAM lParam);
-// Length of the name, 0 when the window is gone. Cuts at nMax - 1 bytes and a NUL.
+// Returns the length of the name, 0 when the window is gone. Truncates to nMax - 1 bytes and a NUL.
 int GetClassNameA(HWND hWnd, char* pszBuffer, int nMax);
 
 // --- the system menu ---
 
 HMENU GetSystemMenu(HWND hWnd, BOOL bRevert);
-// Puts an item before the one that bears the number nItem, at the end when none does. 0 for a wrong cbSize.
+// Inserts an item before the one whose id is nItem, or at the end. 0 for a wrong cbSize.
 BOOL InsertMenuItemA(HMENU hMenu, UINT nItem, BOOL bByPosition, const MENUITEMINFO* pItem);
 
 // --- icons and cursors ---

@@ -1,4 +1,4 @@
-// Private to the window's stand-ins: what a handle points at, and what windows, messages and menus share.
+// Private: what a window handle points at, and what windows, messages and menus share.
 #pragma once
 
 #include <string>
@@ -8,15 +8,15 @@
 #include "platform/window/window.h"
 
 struct MenuObject {
-    std::vector<host::MenuItem> items;  // behind the system's own
+    std::vector<host::MenuItem> items;  // after the standard ones
 };
 
-// Lives until the process ends, so that a handle of a window long gone is refused rather than followed.
+// Lives until the process ends, so that the handle of a destroyed window can be checked safely.
 struct WindowObject {
     bool bRemote = false;
     bool bAlive = false;
     bool bClosing = false;
-    uint64_t nCopy = 0;  // of a remote one
+    uint64_t nInstance = 0;  // of a remote window
     std::string sClass;
     WNDPROC pfnProc = nullptr;
     DWORD dwStyle = 0, dwExStyle = 0;
@@ -26,30 +26,30 @@ struct WindowObject {
 // The window of this process, null when there is none.
 WindowObject* LocalWindow();
 
-// A handle of this process that is not destroyed.
+// Whether the handle is the window of this process, not destroyed.
 bool IsLocal(HWND hWnd);
 
-// The copy that a remote window's handle stands for; false for any other handle.
-bool RemoteCopy(HWND hWnd, uint64_t* pnCopy);
+// The instance of a remote window's handle; false for any other handle.
+bool RemoteInstance(HWND hWnd, uint64_t* pnInstance);
 
 // Two coordinates as messages carry them, 16 bits each.
 constexpr LPARAM PackPoint(int x, int y) {
     return static_cast<LPARAM>(static_cast<uint32_t>(x & 0xFFFF) | static_cast<uint32_t>(y & 0xFFFF) << 16);
 }
 
-// Takes a destroyed window's messages out of the queue.
+// Removes a destroyed window's messages from the queue.
 void DropMessages(HWND hWnd);
-// Takes out what the user did in a window that a modal dialog now stands before.
+// Removes the user's input from the queue, because a modal dialog now covers the window.
 void DropInput();
 bool QuitPosted();
 
-// The pump of every modal dialog: delivers posted messages, drops input; false once a quit is posted.
+// The pump of every modal dialog: delivers posted messages, drops input. False once a quit is posted.
 bool PumpModal();
 
-// The system menu at a place of the desktop, with its two signals and the command that follows.
+// Runs the system menu at x, y of the desktop: WM_ENTERMENULOOP, WM_EXITMENULOOP, then the chosen command.
 void RunSystemMenu(HWND hWnd, int x, int y);
 
-// Each forgets its state, as if the process were fresh.
+// Each resets its state to that of a fresh process.
 void ResetWindows();
 void ResetMessages();
 void ResetDialogs();
