@@ -12,7 +12,7 @@
 namespace {
 
 // Its exit code, and what it prints. It has a folder of its own for meeting other instances.
-int Run(const std::string& arguments, std::string* out) {
+int Launch(const std::string& arguments, std::string* out) {
     test::TempFolder folder;
     const std::string command = "chmod 700 " + folder.Path() + "; XDG_RUNTIME_DIR=" + folder.Path() +
                                 " timeout 20 env -u DISPLAY -u WAYLAND_DISPLAY " LUMETRA_PROGRAM " " +
@@ -45,10 +45,10 @@ TEST(App, WithoutADisplay) {
     };
     for (const auto& row : rows) {
         std::string out;
-        EXPECT_EQ(Run(row.arguments, &out), row.code) << row.arguments;
+        EXPECT_EQ(Launch(row.arguments, &out), row.code) << row.arguments;
         EXPECT_NE(out.find(row.holds), std::string::npos) << row.arguments << ": " << out;
-        if (row.lines >= 0)
-            EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), row.lines) << row.arguments << ": " << out;
+        const auto lines = std::count(out.begin(), out.end(), '\n');
+        EXPECT_TRUE(row.lines < 0 || lines == row.lines) << row.arguments << ": " << out;
         for (const char* option : {"-N<n>", "-M<x>", "-X<n>", "-Y<n>", "-D", "-P", "-R", "-S", "-Q"})
             EXPECT_TRUE(row.lines >= 0 || out.find(option) != std::string::npos) << option;
     }
