@@ -1,4 +1,4 @@
-// Any bytes as a chart through the checker and both of its reports.
+// Takes any bytes as a chart for the checker and both of its reports.
 #include <sys/mman.h>
 #include <unistd.h>
 

@@ -1,4 +1,5 @@
-// What arrives at a copy's socket, and the names of sockets in the copies' folder.
+// Takes any bytes as a datagram at an instance's socket, and as the name of a socket in the instances'
+// folder.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -52,7 +52,7 @@ const char* AnswerAtOnce(int argc, char** argv) {
 int Run(int argc, char** argv) {
     std::string line = BuildCommandLine(argc, argv);
     const int nExitCode = WinMain(GetProgramModule(), nullptr, line.data(), 1);
-    // No window was opened and no command handed on: is it for want of a display?
+    // Neither opened a window nor passed a command on: say so if the display is missing.
     if (nExitCode != kExitRemote && !g_hWnd && !host::HasDisplay()) {
         std::fputs("lumetra: no display to open a window on; lumetra-render works without one\n", stderr);
         return kExitFailed;

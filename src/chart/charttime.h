@@ -1,4 +1,4 @@
-// Chart times and places as whole numbers, defined for every double.
+// Converts chart times and positions to integers; defined for every double.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@ constexpr int32_t ClampToInt(int64_t n) {
     return n > INT32_MAX ? INT32_MAX : n < INT32_MIN ? INT32_MIN : static_cast<int32_t>(n);
 }
 
-// Truncates toward zero and saturates; NaN gives 0.
+// Truncates toward zero. Saturates; NaN gives 0.
 constexpr int32_t TruncToInt(double d) {
     if (d != d) return 0;
     if (d >= 2147483647.0) return INT32_MAX;
@@ -17,12 +17,12 @@ constexpr int32_t TruncToInt(double d) {
     return static_cast<int32_t>(d);
 }
 
-// A chart time, truncated; NaN gives the far end.
+// Truncates a chart time. NaN gives the largest value.
 constexpr int32_t TruncTime(double dTime) {
     return dTime != dTime ? INT32_MAX : TruncToInt(dTime);
 }
 
-// A chart time in whole milliseconds, halves rounded up.
+// Rounds a chart time to whole milliseconds, halves up.
 constexpr int32_t RoundTime(double dTime) {
     const int32_t n = TruncTime(dTime);
     return n < INT32_MAX && dTime - n >= 0.5 ? n + 1 : n;

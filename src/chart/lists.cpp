@@ -1,10 +1,10 @@
-// The lists of a compiled chart, copied into flat records for playback.
+// Copies the lists of a compiled chart to flat records for playback.
 #include <new>
 
 #include "chart/bms.h"
 #include "chart/charttime.h"
 
-// Replaces what stands behind the two pointers by nCount records. Null when there is nothing to build.
+// Replaces the caller's list by nCount uninitialised records. Null when there is nothing to build.
 static BmsEvent* NewList(BmsEvent** ppList, int32_t* pnCount, int32_t nCount) {
     if (!ppList || nCount == 0) return nullptr;
     CBMS::FreeList(ppList, pnCount);

@@ -9,7 +9,7 @@
 
 int HasHeadI(const char* pszText, const char* pszHead) {
     for (; *pszHead; ++pszText, ++pszHead) {
-        if (AsciiUpper(*pszText) != AsciiUpper(*pszHead)) return 0;  // the text's NUL differs too
+        if (AsciiUpper(*pszText) != AsciiUpper(*pszHead)) return 0;  // also stops at the text's NUL
     }
     return 1;
 }
@@ -107,8 +107,8 @@ int32_t ReadDecimal(const char* pszText) {
     return static_cast<int32_t>(n > MAX ? MAX : n);
 }
 
-// What a number that no double holds comes to: infinity, or 0.0 when it is too small. The text is digits with
-// a point and an exponent.
+// The result for a number out of a double's range: infinity, or 0.0 when it is too small. The text consists
+// of digits, a point and an exponent.
 static double OutOfRange(const char* p, const char* pEnd) {
     int64_t nPlace = 0;  // decimal exponent of the first digit that is not 0
     bool bPoint = false, bFound = false;

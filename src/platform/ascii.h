@@ -1,4 +1,4 @@
-// Letter case of ASCII alone: the bytes of a two-byte character never change.
+// ASCII letter case only: the bytes of two-byte characters never change.
 #pragma once
 
 #include <algorithm>
@@ -18,7 +18,7 @@ inline std::string AsciiUpper(std::string text) {
     return text;
 }
 
-// Equal but for letter case.
+// Compares without letter case.
 constexpr bool AsciiEqual(std::string_view a, std::string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });

@@ -1,4 +1,4 @@
-// Numbers in the bytes of a file, lowest byte first.
+// Little-endian numbers in the bytes of a file.
 #pragma once
 
 #include "platform/wintypes.h"

@@ -1,4 +1,4 @@
-// Opening a file by name: lookup in the files layer, then a substitute, made here or read ahead.
+// Opens files by name: looks the name up, then falls back to a substitute, made here or read ahead.
 #include <cstring>
 #include <unordered_set>
 

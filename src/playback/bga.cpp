@@ -1,4 +1,4 @@
-// A picture event: which rectangle of which picture goes where in its layer.
+// Picture events: which rectangle of which picture is drawn where in its layer.
 #include <cstdlib>
 
 #include "display/ddraw.h"
@@ -14,7 +14,7 @@ bool FitsLong(int64_t n) {
     return n >= INT32_MIN && n <= INT32_MAX;
 }
 
-// A rectangle that 32 bits cannot hold lies outside every picture.
+// A rectangle that does not fit 32 bits lies outside every picture.
 bool SetRect(RECT* pRect, int64_t nLeft, int64_t nTop, int64_t nRight, int64_t nBottom) {
     if (!FitsLong(nLeft) || !FitsLong(nTop) || !FitsLong(nRight) || !FitsLong(nBottom)) return false;
     if (nLeft >= nRight || nTop >= nBottom) return false;
@@ -23,12 +23,12 @@ bool SetRect(RECT* pRect, int64_t nLeft, int64_t nTop, int64_t nRight, int64_t n
     return true;
 }
 
-// Rows of a picture. A top-down one has a negative height; here only the count matters.
+// Number of rows. The height of a top-down picture is negative.
 int64_t RowsOf(const CDib* pDib) {
     return pDib ? std::llabs(int64_t{pDib->GetHeight()}) : 0;
 }
 
-// Cuts one axis of a definition at both edges of the layer.
+// Clips one axis of a definition to both edges of the layer.
 void ClipToLayer(int64_t* pnFirst, int64_t* pnEnd, int64_t* pnDest) {
     if (*pnDest < 0) {
         *pnFirst -= *pnDest;

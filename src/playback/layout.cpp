@@ -20,7 +20,7 @@ namespace {
 
 constexpr int32_t kFirstLeft = 0x11, kFirstRight = 0x21, kLanes = 9;
 
-// The outer lane of each field takes two channels, the sixth and the seventh.
+// The outer lane of each field shows two channels, the sixth and the seventh.
 constexpr Lane kLeft[kLanes] = {
     {28, &SPRITE_NOTE_WHITE}, {36, &SPRITE_NOTE_BLUE},  {43, &SPRITE_NOTE_WHITE},
     {51, &SPRITE_NOTE_BLUE},  {58, &SPRITE_NOTE_WHITE}, {20, &SPRITE_NOTE_RED},

@@ -1,4 +1,4 @@
-// The five playback lists: flat copies of a compiled chart, on which the frame works.
+// The five playback lists: flat copies of a compiled chart.
 #include "playback/playback.h"
 #include "system/globals.h"
 
@@ -49,7 +49,8 @@ void FreePlayLists() {
     g_pAnchor = nullptr;
 }
 
-// Records before the target are done, the others are ahead. Gives the cursor: the first that is ahead.
+// Marks records before the target measure as done and all others as not done. Returns the cursor: the first
+// record not done.
 static int32_t SeekList(BmsEvent* pList, int32_t nCount, int32_t nTarget) {
     int32_t nCursor = nCount;
     for (int32_t i = 0; i < nCount; ++i) {

@@ -22,7 +22,7 @@ bool IsOption(const char* psz) {
     return *psz == '-' || *psz == '/';
 }
 
-// The letter of an option token in upper case. A token may be the bare sign: then what ends it is its letter.
+// The letter of an option in upper case. For a bare sign, it is the character that ends the token.
 char OptionLetter(const char* pszToken) {
     const char c = pszToken[1];
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -33,7 +33,7 @@ const char* OptionValue(const char* pszToken) {
     return pszToken + (bBare ? 1 : 2);
 }
 
-// A blank alone ends a token; a tab is part of it, though tabs between tokens are skipped.
+// Only a blank ends a token. A tab belongs to it, although tabs between tokens are skipped.
 const char* TokenEnd(const char* psz) {
     while (*psz && *psz != ' ') ++psz;
     return psz;
@@ -46,7 +46,7 @@ void CopyValue(const char* pszValue, const char* pszEnd, char (&szValue)[kValueS
     szValue[nLength] = '\0';
 }
 
-// Where the one other copy is that takes this line's commands; null when there is none to command.
+// The one other instance that accepts this line's commands; null when there is none.
 HWND ForwardTarget(const CWinList& list) {
     return list.m_nSame == 1 && !g_bHost ? list.m_pSame[0] : nullptr;
 }
@@ -62,7 +62,7 @@ void ActOnSpeed(const char* pszValue, HWND hTarget) {
     if (hTarget) PostMessageA(hTarget, WM_REMOTE_SPEED, static_cast<WPARAM>(nHundredths), 0);
 }
 
-// Reads the line in place: a blank behind the letter is skipped here, although it ends the token.
+// Reads from the line, not from the token: a blank after the letter ends the token but is skipped here.
 void ActOnMeasure(const char* pszText, HWND hTarget) {
     g_nStartMeasure = ClampMeasure(ReadDecimal(pszText));
     DebugLog("-N Option = %d\n", g_nStartMeasure);
@@ -107,7 +107,7 @@ int ActOnOption(char cLetter, const char* pszValue, const char* pszEnd, HWND hTa
         case 'Y':
             pOptions->nWindowY = CoordinateFromText(szValue);
             break;
-        default:  // D was seen before; W and all the rest are accepted and mean nothing
+        default:  // D was handled before; W and unknown letters have no effect
             break;
     }
     return SCAN_DONE;
@@ -145,7 +145,7 @@ int ScanOptions(const char* pszLine, const CWinList& list, Options* pOptions) {
 
 int32_t SpeedFromText(const char* pszValue) {
     double dSpeed = *pszValue ? ReadFloat(pszValue) : 0.5;
-    // Against the float's exact value, which lies above the double 0.1: that one is refused.
+    // Compares with the exact value of the float, which is greater than the double 0.1: "0.1" is rejected.
     if (!(dSpeed >= static_cast<double>(0.1f)) || dSpeed > 8.0) dSpeed = 0.5;
     return static_cast<int32_t>(dSpeed * 100.0);
 }

@@ -1,7 +1,7 @@
-// Another chart on the same window, sound device and display.
+// Loads another chart into the same window, sound device and display.
 #pragma once
 
 #include "platform/wintypes.h"
 
-// Asks for a file with the dialog, then loads it; a chart that cannot be loaded ends the program.
+// Asks for a file with the dialog, then loads it. A chart that cannot be loaded ends the program.
 void ReloadChart(HWND hWnd);

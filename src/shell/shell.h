@@ -14,7 +14,7 @@ constexpr UINT WM_REMOTE_QUIT = 1125, WM_REMOTE_STOP = 1126, WM_REMOTE_PLAY = 11
                WM_REMOTE_SEEK = 1129, WM_REMOTE_SPEED = 1130, WM_REMOTE_LOAD = 1134, WM_REMOTE_HOST = 1224;
 constexpr UINT IDM_ABOUT = 256, IDM_LOAD = 257;
 
-constexpr char WINDOW_CLASS[] = "Lumetra_ZN";  // by which instances find each other
+constexpr char WINDOW_CLASS[] = "Lumetra_ZN";  // the name by which instances find each other
 
 // The program. lpCmdLine: the line without the program's name. Returns the exit code: 0, 1 (a remote
 // instance) or -1.

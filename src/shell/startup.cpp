@@ -36,7 +36,7 @@ int StartSound() {
 void LoadSurface(int nBitmap, bool bLogged, int nParts, int nWidth, int nHeight) {
     const HBITMAP hBitmap = LoadBitmapA(g_hInstance, nBitmap);
     if (!hBitmap && bLogged) DebugLog("LoadBitmap Error\n");
-    // The box of a failed creation delivers messages, and the window may be closed in there.
+    // A failed creation shows a box, which delivers messages; the window may be closed in there.
     g_pDDraw->CreateParts(nParts, nWidth, nHeight);
     if (g_pDDraw) g_pDDraw->LoadParts(hBitmap, nWidth, nHeight, nParts);
     DeleteObject(hBitmap);

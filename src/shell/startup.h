@@ -3,10 +3,10 @@
 
 #include <cstdint>
 
-constexpr int START_PLAY = -2;  // all is in place: enter the main loop
+constexpr int START_PLAY = -2;  // ready: enter the main loop
 
-// From the window to the first time stamps. START_PLAY, or the exit code. nWindowX, nWindowY: -1 for not
-// given.
+// Everything from the window to the first timestamps. Returns START_PLAY or the exit code. nWindowX,
+// nWindowY: -1 when not given.
 int StartUp(const char* szFile, int32_t nWindowX, int32_t nWindowY);
-void FreeChart();  // the playback lists, then the chart they point into
-void Shutdown();   // releases everything; may run twice
+void FreeChart();  // frees the playback lists, then the chart that they reference
+void Shutdown();   // releases everything; may be called twice

@@ -21,7 +21,7 @@ void PauseChart(int bUser) {
         if (g_bPaused) return;
         g_bPaused = 1;
     }
-    // 0 says that there is no pause; the clock shows it for one millisecond in 49 days.
+    // 0 means no pause. The clock reads 0 for one millisecond in 49 days.
     const uint32_t dwNow = timeGetTime();
     g_dwPauseTime = dwNow ? dwNow : 1;
     g_bPlaying = 0;

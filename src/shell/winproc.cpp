@@ -1,4 +1,4 @@
-// What the window is told, message by message. Every message goes on to the default handling.
+// The window procedure, message by message. Every message also goes to the default procedure.
 #include <cstring>
 
 #include "platform/window/dialog.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kMaxAboutBoxes = 4;  // a box within a box costs stack
+constexpr int kMaxAboutBoxes = 4;  // nested boxes cost stack
 int g_nAboutBoxes = 0;
 
 void HoldChart() {
@@ -33,7 +33,7 @@ void InsertItem(HMENU hMenu, UINT nPosition, UINT nId, const char* pszText) {
     InsertMenuItemA(hMenu, nPosition, 0, &item);
 }
 
-// Nothing in the menu bears these numbers, so each item goes to its end.
+// No menu item has these numbers, so each item is appended.
 void BuildSystemMenu(HWND hWnd) {
     const HMENU hMenu = GetSystemMenu(hWnd, 0);
     InsertItem(hMenu, 7, 0, nullptr);
@@ -114,7 +114,7 @@ void OnRemote(HWND hWnd, UINT nMessage, WPARAM wParam) {
         case WM_REMOTE_QUIT:
             return PostQuitMessage(0);
         case WM_REMOTE_STOP:
-            return PauseChart(1);  // nothing where g_bPlaying is 0
+            return PauseChart(1);  // no effect while g_bPlaying is 0
         case WM_REMOTE_PLAY:
             return ResumeChart(1);
         case WM_REMOTE_RESTART:

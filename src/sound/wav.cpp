@@ -1,4 +1,4 @@
-// Loading a WAV file whole.
+// Loads a WAV file whole.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -11,9 +11,9 @@
 namespace {
 
 constexpr DWORD MIN_FORMAT = 18;
-// No format block that can be converted is longer; of a longer one the rest need not be kept.
+// Every convertible format block is shorter. Of a longer one, the rest is not kept.
 constexpr DWORD MAX_FORMAT = 4096;
-// Zeroed bytes behind the block, since the lengths that it declares may be wrong.
+// Zeroed bytes after the block, because the lengths declared in it may be wrong.
 constexpr DWORD FORMAT_PADDING = 64;
 
 constexpr FOURCC ID_RIFF = mmioFOURCC('R', 'I', 'F', 'F');
@@ -27,7 +27,7 @@ MMRESULT FindChunk(HMMIO hFile, FOURCC ckid, MMCKINFO* pChunk) {
     return mmioDescend(hFile, pChunk, nullptr, MMIO_FINDCHUNK);
 }
 
-// Bytes from here to the file's end.
+// Bytes from the current position to the end of the file.
 DWORD GetBytesLeft(HMMIO hFile) {
     const LONG nPos = mmioSeek(hFile, 0, SEEK_CUR);
     const LONG nEnd = mmioSeek(hFile, 0, SEEK_END);
@@ -111,7 +111,7 @@ int CDSBuffer::FindWavData() {
     return 0;
 }
 
-// The buffer gets the suggested format; the device converts rates and channels while it plays.
+// The buffer gets the suggested format; the device converts rates and channels during playback.
 int CDSBuffer::OpenWavConverter() {
     m_wfx = {};
     m_wfx.wFormatTag = WAVE_FORMAT_PCM;
@@ -136,7 +136,7 @@ int CDSBuffer::OpenWavConverter() {
 
 int CDSBuffer::LoadWholeWav() {
     HMMIO hFile = static_cast<HMMIO>(m_hFile);
-    // The declared length is only a claim: memory is taken for what the file holds, and the rest is silence.
+    // The declared length may be wrong: allocates memory for the bytes in the file; the rest is silence.
     const DWORD nAvailable = std::min(m_nDataLen, GetBytesLeft(hFile));
     if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nAvailable, DWORD{1})));
     if (m_pSrc == nullptr) {
@@ -167,8 +167,7 @@ int CDSBuffer::LoadWholeWav() {
     return nResult;
 }
 
-// The converter's output, and silence behind it. The silence comes last, so that fresh memory is touched only
-// once.
+// Writes the converted samples, then silence. Silence comes last so that fresh memory is touched only once.
 int CDSBuffer::ConvertWholeWav(BYTE* pBlock, DWORD nBlock, DWORD nRead) {
     HACMSTREAM hAcm = static_cast<HACMSTREAM>(m_hAcm);
     ACMSTREAMHEADER header = {};

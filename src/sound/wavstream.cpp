@@ -1,4 +1,4 @@
-// Streaming a WAV file.
+// Streams a WAV file.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -21,7 +21,7 @@ DWORD GetSilentSource(const CDSBuffer& sound) {
                : 0;
 }
 
-// The source of one pass: from the file, or silence once that has given out.
+// Gets the source of one pass: from the file, or silence once the file is exhausted.
 int ReadPiece(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     const DWORD nRead = std::min(pSound->m_nSrcSize, pSound->m_nDataLen - pSound->m_nSrcRead);
     if (pSound->m_nSrcRead == pSound->m_nDataLen) pSound->m_nEndState = STREAM_STARVED;
@@ -76,11 +76,10 @@ void RestartSource(CDSBuffer* pSound) {
     pSound->m_nEndState = STREAM_READING;
 }
 
-// After a pass that neither took source nor gave PCM. False when this update can do no more.
+// Handles a pass that neither consumed source nor produced PCM. False when this update can do no more.
 bool RetryIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     const DWORD nBlock = pSound->m_pSrcFormat->nBlockAlign;
-    if (pUpdate->nSrc >= nBlock && nBlock > 0)
-        return false;  // no room for a block: there will be at the next update
+    if (pUpdate->nSrc >= nBlock && nBlock > 0) return false;  // no room for a block until the next update
     const DWORD nSilent = GetSilentSource(*pSound);
     if (pSound->m_nEndState == STREAM_STARVED && pUpdate->nSrc < nSilent) {
         pUpdate->nSrc = nSilent;
@@ -109,7 +108,7 @@ int CDSBuffer::StartWavStream() {
         pszFailed = "Size(s2d)Get Error";
     } else {
         ResetStreamCounters(this);
-        // The blocks after the buffer: a ring that no device grants must not cost memory.
+        // Allocate the blocks after the buffer, so that a ring which no device grants costs no memory.
         if (CreateDSB(m_nBufSize) != 0 || AllocateStreamBlocks() != 0) pszFailed = "DSBCreateError(Stream)";
     }
     if (pszFailed != nullptr) {

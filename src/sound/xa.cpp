@@ -1,4 +1,4 @@
-// Loading an XA file whole.
+// Loads an XA file whole.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -12,13 +12,13 @@
 
 namespace {
 
-constexpr int AT_DATA_BYTES = 4, AT_FRAMES = 8, AT_CHANNELS = 15;  // in the header
+constexpr int AT_DATA_BYTES = 4, AT_FRAMES = 8, AT_CHANNELS = 15;  // offsets in the header
 
 FileStream* FileOf(const CDSBuffer& sound) {
     return static_cast<FileStream*>(sound.m_hFile);
 }
 
-// Bytes from here to the file's end.
+// Bytes from the current position to the end of the file.
 DWORD GetBytesLeft(FileStream* pFile) {
     const int64_t nPos = FileTell(pFile);
     if (nPos < 0 || FileSeek(pFile, 0, SEEK_END) != 0) return 0;
@@ -33,7 +33,7 @@ int CDSBuffer::LoadXA(int bStream) {
     Term();
     BYTE aHeader[XA_HEADER_SIZE];
     if (OpenXA(aHeader) != 0) return 1;
-    // 64 bits, so that lengths which no file can have end as a tail that is never reached.
+    // 64 bits: impossible lengths then become a tail that is never reached.
     const uint64_t nExact = uint64_t{aHeader[AT_CHANNELS]} * ReadLe32(aHeader + AT_FRAMES) * 2;
     return IsStreamWanted(bStream) ? StartXAStream(nExact) : LoadWholeXA(nExact);
 }
@@ -43,7 +43,7 @@ void CDSBuffer::CloseXAFile() {
     m_hFile = nullptr;
 }
 
-// Anything that is no XA file is left to the other loader without a word.
+// Leaves any other file to the WAV loader silently.
 int CDSBuffer::OpenXA(BYTE* pHeader) {
     m_hFile = FileOpen(m_szName, "rb");
     if (m_hFile == nullptr) return 1;
@@ -102,7 +102,7 @@ int CDSBuffer::LoadWholeXA(uint64_t nExact) {
     return 0;
 }
 
-// The decoder's output up to the exact length that the header tells, and silence behind it.
+// Writes the decoded samples up to the exact length in the header, then silence.
 int CDSBuffer::ConvertWholeXA(BYTE* pBlock, DWORD nBlock, DWORD nRead, uint64_t nExact) {
     XaConvertBlock convert = {};
     convert.pSrc = m_pSrc;
@@ -110,7 +110,7 @@ int CDSBuffer::ConvertWholeXA(BYTE* pBlock, DWORD nBlock, DWORD nRead, uint64_t 
     convert.pDst = pBlock;
     convert.nDstBufLen = nBlock;
     const bool bDone = xaDecodeConvert(m_hAcm, &convert) != 0;
-    // After a failure, what has been decoded stays: it is the sound up to the damage.
+    // After an error the decoded samples stay: they are the sound up to the damage.
     const DWORD nMade = std::min(convert.nDstUsed, nBlock);
     const DWORD nSilentFrom = static_cast<DWORD>(std::min<uint64_t>(nMade, nExact));
     FillSilence(pBlock + nSilentFrom, nBlock - nSilentFrom, GetSilence());

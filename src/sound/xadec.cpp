@@ -9,31 +9,31 @@
 
 namespace {
 
-// The two last samples of a channel, after clamping: what the next prediction is made from.
+// The last two samples of a channel, after clamping. The next prediction uses them.
 struct XaHistory {
     int32_t nLast;
     int32_t nBefore;
 };
 
-// One decoder. It keeps at most one block on each side: source bytes of a block that has not come whole, and
-// PCM of a block that did not fit the destination.
+// A decoder, alive from xaDecodeOpen to xaDecodeClose. It buffers at most one block on each side: source
+// bytes of an incomplete block, and PCM of a block that did not fit the destination.
 struct CXaDecoder {
     int m_nChannels;
     int m_nBits;
-    int m_nFrameBytes;  // of PCM
-    int m_nBlockBytes;  // of a whole block
-    DWORD m_nDataLen;   // encoded bytes of one run through the sound
-    bool m_bPadded;     // the last byte of a run has one code that stands for no sample
-    DWORD m_nConsumed;  // bytes of this run that have been taken, those held included
+    int m_nFrameBytes;  // bytes of a PCM frame
+    int m_nBlockBytes;  // bytes of a full block
+    DWORD m_nDataLen;   // encoded bytes in one pass through the sound
+    bool m_bPadded;     // the last byte of a pass has one unused code
+    DWORD m_nConsumed;  // bytes consumed in this pass, including pending ones
     XaHistory m_aHistory[XA_MAX_CHANNELS];
-    int m_nPending;  // source bytes waiting
+    int m_nPending;  // buffered source bytes
     BYTE m_aPending[XA_MAX_BLOCK_BYTES];
-    int m_nReadyAt;  // PCM waiting: from here ...
+    int m_nReadyAt;  // buffered PCM: from here ...
     int m_nReady;    // ... to here
     BYTE m_aReady[XA_BLOCK_FRAMES * XA_MAX_CHANNELS * 2];
 };
 
-// What is left of the caller's two blocks.
+// What is left of the caller's source and destination.
 struct XaSpans {
     const BYTE* pSrc;
     DWORD nSrc;
@@ -41,13 +41,13 @@ struct XaSpans {
     DWORD nDst;
 };
 
-// The frames of a block that is cut after nBytes bytes, 0 to XA_BLOCK_FRAMES.
+// Frames in a block that is cut after nBytes bytes, 0 to XA_BLOCK_FRAMES.
 int FramesOfBlock(const CXaDecoder& xa, int nBytes) {
     int nCodes = nBytes - xa.m_nChannels * XA_PARAM_BYTES;
     return nCodes <= 0 ? 0 : nCodes * 8 / (xa.m_nBits * xa.m_nChannels);
 }
 
-// The frames of nLength bytes of data, its last byte's padding included.
+// Frames in nLength bytes of data, including the padding in its last byte.
 uint64_t FramesOfData(const CXaDecoder& xa, DWORD nLength) {
     DWORD nBlock = static_cast<DWORD>(xa.m_nBlockBytes);
     return static_cast<uint64_t>(nLength / nBlock) * XA_BLOCK_FRAMES +
@@ -59,11 +59,11 @@ void BeginPass(CXaDecoder* pXa) {
     memset(pXa->m_aHistory, 0, sizeof pXa->m_aHistory);
 }
 
-// The code with this number among a block's codes, its sign extended.
+// The sign-extended code number nIndex in a block.
 template <int BITS>
 int32_t CodeAt(const BYTE* pCodes, int nIndex) {
     if constexpr (BITS == XA_BITS_FINE) {
-        int nBit = nIndex * XA_BITS_FINE;  // 0, 2, 4 or 6 within its byte: a code always lies in two bytes
+        int nBit = nIndex * XA_BITS_FINE;  // 0, 2, 4 or 6 within its byte, so a code always spans two bytes
         const BYTE* p = pCodes + (nBit >> 3);
         return static_cast<int16_t>((p[0] | p[1] << 8) << (16 - XA_BITS_FINE - (nBit & 7))) >>
                (16 - XA_BITS_FINE);
@@ -73,7 +73,7 @@ int32_t CodeAt(const BYTE* pCodes, int nIndex) {
     }
 }
 
-// What a channel's samples in a block are made from, and how far they have come.
+// Decoding parameters and state of one channel in a block.
 struct XaChannel {
     XaFilter filter;
     int32_t nScale;
@@ -81,8 +81,8 @@ struct XaChannel {
 
     int32_t Next(int32_t nResidual) {
         int32_t nSample = XaPredict(filter, history.nLast, history.nBefore) + nResidual;
-        // Each sample waits for the one before it, and music hardly ever leaves the range: a branch that is
-        // foreseen costs none of that wait.
+        // Each sample depends on the one before it, and music hardly ever leaves the range. A predicted
+        // branch does not lengthen that dependency chain.
         if (nSample != static_cast<int16_t>(nSample)) [[unlikely]]
             nSample = XaClamp(nSample);
         history = {nSample, history.nLast};
@@ -109,7 +109,7 @@ void DecodeMono(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst
     pHistory[0] = mono.history;
 }
 
-// The two sides do not depend on each other: taken side by side they share the wait.
+// The two sides are independent, so interleaving them overlaps their dependency chains.
 template <int BITS>
 void DecodeStereo(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst) {
     const BYTE* pCodes = pBlock + 2 * XA_PARAM_BYTES;
@@ -123,7 +123,7 @@ void DecodeStereo(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pD
     pHistory[1] = right.history;
 }
 
-// False when the block is damaged: a filter or a range that does not exist.
+// False when the block is damaged: its filter or range does not exist.
 bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
     if (nFrames <= 0) return true;
     for (int c = 0; c < pXa->m_nChannels; ++c) {
@@ -138,7 +138,7 @@ bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
     return true;
 }
 
-// Hands out PCM that is waiting, in whole frames. True when none is left.
+// Copies buffered PCM to the destination, in whole frames. True when none is left.
 bool DrainReady(CXaDecoder* pXa, XaSpans* pSpans) {
     DWORD nWaiting = static_cast<DWORD>(pXa->m_nReady - pXa->m_nReadyAt);
     DWORD nFit = pSpans->nDst - pSpans->nDst % static_cast<DWORD>(pXa->m_nFrameBytes);
@@ -150,8 +150,8 @@ bool DrainReady(CXaDecoder* pXa, XaSpans* pSpans) {
     return nCopy == nWaiting;
 }
 
-// Decodes a block of nBytes bytes, the last one of its run when bLast is set, to the destination, or past it
-// when that is too small.
+// Decodes a block of nBytes bytes to the destination, or to the buffer when that is too small. bLast: it is
+// the last block of its pass.
 bool DecodeNextBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaSpans* pSpans) {
     int nFrames = FramesOfBlock(*pXa, nBytes);
     if (bLast && pXa->m_bPadded && nFrames > 0) --nFrames;
@@ -168,7 +168,7 @@ bool DecodeNextBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast
     return true;
 }
 
-// Moves source bytes in until a block of nWant bytes is held.
+// Buffers source bytes until a block of nWant bytes is complete.
 void BufferSource(CXaDecoder* pXa, int nWant, XaSpans* pSpans) {
     DWORD nCopy = std::min(static_cast<DWORD>(nWant - pXa->m_nPending), pSpans->nSrc);
     if (nCopy > 0) memcpy(pXa->m_aPending + pXa->m_nPending, pSpans->pSrc, nCopy);
@@ -178,7 +178,7 @@ void BufferSource(CXaDecoder* pXa, int nWant, XaSpans* pSpans) {
     pSpans->nSrc -= nCopy;
 }
 
-// Takes source and gives PCM as far as both go. False on a damaged block.
+// Decodes until source or destination is exhausted. False on a damaged block.
 bool ConvertBlocks(CXaDecoder* pXa, XaSpans* pSpans) {
     while (DrainReady(pXa, pSpans) && pSpans->nDst >= static_cast<DWORD>(pXa->m_nFrameBytes) &&
            pSpans->nSrc > 0) {
@@ -206,7 +206,7 @@ bool ConvertBlocks(CXaDecoder* pXa, XaSpans* pSpans) {
     return true;
 }
 
-// The data has ended early: what is held of a block comes out, and the next byte begins a new run.
+// The data has ended early: decodes the incomplete block. The next byte starts a new pass.
 bool Flush(CXaDecoder* pXa, XaSpans* pSpans) {
     if (!DrainReady(pXa, pSpans) || pXa->m_nPending == 0) return true;
     if (pSpans->nDst < static_cast<DWORD>(pXa->m_nFrameBytes)) return true;

@@ -1,4 +1,4 @@
-// Text lines for an attached debugger, and the names of result codes.
+// Log lines for a debugger, and names of result codes.
 #pragma once
 
 #include "platform/wintypes.h"
@@ -9,7 +9,7 @@
 #define DIAGNOSTICS_FORMAT(n)
 #endif
 
-// Formats as vsprintf does, cut at 259 bytes, and hands the text on with nothing added. 1.
+// Formats like vsprintf, truncates to 259 bytes, and passes the text on unchanged. Returns 1.
 int DebugLog(const char* pszFormat, ...) DIAGNOSTICS_FORMAT(1);
 int ErrorBox(HWND hOwner, const char* pszFormat, ...) DIAGNOSTICS_FORMAT(2);  // result of MessageBoxA
 int LogDSoundResult(HRESULT hr);                                              // 1

@@ -12,5 +12,5 @@ float g_fSpeed = 1.0f;
 TIMECAPS g_TimeCaps = {0, 0};
 
 int g_bPlaying = 0;
-int g_bPaused = 1;  // a chart that nobody started stands still
+int g_bPaused = 1;  // a chart waits until it is started
 uint32_t g_dwPauseTime = 0;

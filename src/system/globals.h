@@ -1,5 +1,5 @@
-// The process-wide handles and settings. The shell owns and sets them; every part of the system may read them
-// here without knowing the shell itself.
+// Process-wide handles and settings. The shell owns and sets them; every part of the system may read them
+// without including the shell.
 #pragma once
 
 #include "platform/timer.h"
@@ -15,12 +15,12 @@ extern CDSound* g_pDSound;
 extern CDDraw* g_pDDraw;
 extern CBMS* g_pBMS;
 
-extern int g_bHost;  // takes no remote commands
+extern int g_bHost;  // accepts no remote commands
 extern int32_t g_nStartMeasure;
 extern float g_fSpeed;
 extern TIMECAPS g_TimeCaps;
 
-// The playing state; the clock values are in playback/playback.h.
-extern int g_bPlaying;          // no pause is in force
-extern int g_bPaused;           // the clock is held
-extern uint32_t g_dwPauseTime;  // when the pause began, 0 for none
+// The playing state. The clock values are in playback/playback.h.
+extern int g_bPlaying;          // not paused
+extern int g_bPaused;           // the clock is stopped
+extern uint32_t g_dwPauseTime;  // start of the pause; 0: none

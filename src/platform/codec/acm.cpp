@@ -11,7 +11,7 @@ struct AcmStream {
     explicit AcmStream(const AcmFormat& f) : format(f), decoder(f) {}
     AcmFormat format;
     AcmDecoder decoder;
-    std::vector<BYTE> lastBlock;  // a block that is not whole, filled up with zeros
+    std::vector<BYTE> lastBlock;  // an incomplete block, padded with zeros
     std::vector<int16_t> lastFrames;
 };
 
@@ -46,7 +46,7 @@ bool ConvertBlocks(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     return true;
 }
 
-// One block more, of which the source or the destination has only a part.
+// Converts one more block, of which the source or the destination has only a part.
 bool ConvertLastBlock(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     const AcmFormat& format = pStream->format;
     const DWORD nFrame = format.wfxPcm.nBlockAlign;

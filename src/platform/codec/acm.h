@@ -1,4 +1,4 @@
-// Conversion of sound data of any known WAV format to PCM.
+// Converts sound data of any known WAV format to PCM.
 #pragma once
 
 #include "platform/codec/waveformat.h"
@@ -34,29 +34,31 @@ constexpr MMRESULT MMSYSERR_INVALHANDLE = 5, MMSYSERR_NOMEM = 7, MMSYSERR_NOTSUP
                    MMSYSERR_INVALFLAG = 10, MMSYSERR_INVALPARAM = 11;
 constexpr MMRESULT ACMERR_NOTPOSSIBLE = 512, ACMERR_UNPREPARED = 514;
 
-// The calls give, checked in this order: MMSYSERR_INVALPARAM for a missing out-pointer (the others are
-// cleared first), MMSYSERR_INVALHANDLE, MMSYSERR_INVALPARAM, MMSYSERR_INVALFLAG, then what is said below.
+// Each call checks in this order: MMSYSERR_INVALPARAM for a missing out-pointer (the others are cleared
+// first), MMSYSERR_INVALHANDLE, MMSYSERR_INVALPARAM, MMSYSERR_INVALFLAG, and then as described below.
 
-// Fills *pDest (its wFormatTag must be PCM) with the PCM format that the source becomes: 8 and 16-bit PCM
-// itself, for everything else 16 bits at the same rate and channels. Understands PCM of 8 to 32 bits, float,
-// A-law, mu-law, IMA and Microsoft ADPCM, GSM 6.10, MP3 and the extensible tag over these, up to 8 channels
-// (ADPCM and MP3 2); otherwise ACMERR_NOTPOSSIBLE. pSource: 40 readable bytes, whatever its cbSize says.
+// Fills *pDest (its wFormatTag must be PCM) with the PCM format to which the source is converted: 8 and
+// 16-bit PCM unchanged, everything else to 16 bits at the same rate and channel count. Supports PCM of 8 to
+// 32 bits, float, A-law, mu-law, IMA and Microsoft ADPCM, GSM 6.10, MP3, and the extensible tag over these,
+// with up to 8 channels (ADPCM and MP3: 2). Otherwise ACMERR_NOTPOSSIBLE. pSource: 40 readable bytes,
+// whatever its cbSize says.
 MMRESULT acmFormatSuggest(AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATEX* pDest, DWORD cbDest,
                           DWORD dwFlags);
-// A converter to just that format; ACMERR_NOTPOSSIBLE for another one. Neither format need outlive the call.
-// pFilter and dwCallback must be null.
+// Opens a converter to exactly that format; ACMERR_NOTPOSSIBLE for any other. Copies both formats. pFilter
+// and dwCallback must be null.
 MMRESULT acmStreamOpen(HACMSTREAM* phStream, AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATEX* pDest,
                        WAVEFILTER* pFilter, uintptr_t dwCallback, uintptr_t dwInstance, DWORD dwFlags);
-// SOURCE: the PCM bytes of so much source, to the byte, a part of an ADPCM block at the end included; limited
-// to 32 bits. DESTINATION: the source bytes of the whole blocks whose PCM fits, at least one block. MP3:
-// SOURCE about, DESTINATION ACMERR_NOTPOSSIBLE, because it is converted whole or not at all,
-// ACM_STREAMCONVERTF_BLOCKALIGN neither.
+// SOURCE: the exact PCM bytes for that much source, including a partial ADPCM block at the end; saturates at
+// 32 bits. DESTINATION: the source bytes of the whole blocks whose PCM fits, at least one block.
+//
+// MP3 is converted whole or not at all: SOURCE is an estimate, DESTINATION and ACM_STREAMCONVERTF_BLOCKALIGN
+// return ACMERR_NOTPOSSIBLE.
 MMRESULT acmStreamSize(HACMSTREAM hStream, DWORD cbInput, DWORD* pcbOutput, DWORD dwFlags);
 MMRESULT acmStreamPrepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dwFlags);
-// Converts as many blocks as source and destination have room for, and reports the bytes of both. Without
-// ACM_STREAMCONVERTF_BLOCKALIGN the part of a block that is left over, too: then the source is at its end.
-// What the codec keeps is kept from call to call. ACMERR_UNPREPARED; ACMERR_NOTPOSSIBLE when the codec gives
-// up.
+// Converts until source or destination has no room for another block, and reports the bytes used of both.
+// Without ACM_STREAMCONVERTF_BLOCKALIGN it also converts the remaining part of a block, which ends the
+// source. The codec keeps its state between calls. ACMERR_UNPREPARED; ACMERR_NOTPOSSIBLE when the codec
+// fails.
 MMRESULT acmStreamConvert(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dwFlags);
 MMRESULT acmStreamUnprepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dwFlags);
 MMRESULT acmStreamClose(HACMSTREAM hStream, DWORD dwFlags);

@@ -11,7 +11,7 @@ constexpr WORD kMaxChannels = 8, kMaxAdpcmChannels = 2;
 constexpr WORD kExtensibleTail = 22;  // valid bits, speaker mask, sub-format
 constexpr DWORD kGsmBlockBytes = 65, kGsmBlockFrames = 320;
 
-// The tag, with the extensible one replaced by what its sub-format names.
+// The format tag; for the extensible one, the tag in its sub-format.
 WORD ResolveTag(const WAVEFORMATEX* pSource) {
     if (pSource->wFormatTag != WAVE_FORMAT_EXTENSIBLE) return pSource->wFormatTag;
     if (pSource->cbSize < kExtensibleTail) return 0;
@@ -42,8 +42,8 @@ bool SetFloat(const WAVEFORMATEX& source, AcmFormat* pFormat) {
     return SetFrames(source, AcmMethod::kFloats, source.wBitsPerSample / 8, pFormat);
 }
 
-// A block is a head with the first frames in clear, then 4-bit codes: for each channel nHeadBytes and
-// nHeadFrames.
+// A block is a head with the first frames uncompressed, then 4-bit codes: nHeadBytes and nHeadFrames per
+// channel.
 bool SetAdpcm(const WAVEFORMATEX& source, DWORD nHeadBytes, DWORD nHeadFrames, AcmFormat* pFormat) {
     if (source.wBitsPerSample != 4 || source.nChannels > kMaxAdpcmChannels ||
         source.nBlockAlign <= nHeadBytes * source.nChannels)
@@ -58,7 +58,7 @@ bool SetAdpcm(const WAVEFORMATEX& source, DWORD nHeadBytes, DWORD nHeadFrames, A
 }
 
 bool SetImaAdpcm(const WAVEFORMATEX& source, AcmFormat* pFormat) {
-    // The codes come in groups of four bytes for each channel in turn.
+    // The codes are interleaved in groups of four bytes per channel.
     return source.nBlockAlign % (4u * source.nChannels) == 0 && SetAdpcm(source, 4, 1, pFormat);
 }
 
@@ -70,8 +70,7 @@ bool SetGsm(const WAVEFORMATEX& source, AcmFormat* pFormat) {
     return true;
 }
 
-// The frames of MP3 data are known only when they are decoded; the declared bytes per second tell about how
-// many.
+// The frame count of MP3 data is known only after decoding; the declared byte rate gives an estimate.
 bool SetMp3(const WAVEFORMATEX& source, AcmFormat* pFormat) {
     if (source.nChannels > 2 || source.nAvgBytesPerSec == 0) return false;
     pFormat->method = AcmMethod::kFloats;
@@ -116,7 +115,7 @@ private:
     BYTE* m_p;
 };
 
-// Codes of Microsoft's ADPCM are written with seven predictors that every file carries in its format block.
+// Microsoft ADPCM codes use seven predictors, which every file repeats in its format block.
 constexpr int kPredictors[7][2] = {{256, 0}, {512, -256}, {0, 0},     {192, 64},
                                    {240, 0}, {460, -208}, {392, -232}};
 
@@ -133,7 +132,7 @@ void WriteExtension(const AcmFormat& format, ByteWriter* pWriter) {
         pWriter->Number(12, 2);
         pWriter->Number(1, 2);     // MPEG
         pWriter->Number(2, 4);     // frames are not padded to blocks
-        pWriter->Number(1152, 2);  // bytes of a block, frames in it, delay: not used
+        pWriter->Number(1152, 2);  // block bytes, frames per block, delay: unused
         pWriter->Number(1, 2);
         pWriter->Number(0, 2);
     } else if (format.wTag == WAVE_FORMAT_IMA_ADPCM || format.wTag == WAVE_FORMAT_GSM610) {
@@ -202,7 +201,7 @@ DWORD WriteAcmHeader(const AcmFormat& format, DWORD nDataBytes, BYTE* pHeader) {
     writer.Number(18 + nExtension, 4);
     writer.Number(format.wTag, 2);
     writer.Number(format.wfxPcm.nChannels, 2);
-    // Apart from MP3 the rate changes nothing in the samples, and the library need not see a strange one.
+    // Except for MP3, the rate does not affect the samples, and the library need not see a strange one.
     writer.Number(format.nBytesPerSec != 0 ? format.wfxPcm.nSamplesPerSec : 44100, 4);
     writer.Number(44100 / format.nBlockFrames * format.nBlockBytes, 4);
     writer.Number(format.nBlockBytes, 2);

@@ -8,8 +8,8 @@
 
 namespace {
 
-// The length declared to the library, which counts bytes and frames of a file in 31 bits; after so much a new
-// file is begun.
+// The data length declared to the library, which counts bytes and frames in 31 bits. After that much data, a
+// new virtual file begins.
 DWORD DeclaredBytes(const AcmFormat& format) {
     constexpr DWORD kMost = 0x70000000;
     return kMost / std::max(format.nBlockBytes, format.nBlockFrames) * format.nBlockBytes;
@@ -46,7 +46,7 @@ DWORD AcmDecoder::DecodeAll(const BYTE* pSource, DWORD nBytes, DWORD nFrames, in
     return nMade;
 }
 
-// Only when the first piece is there: some codecs decode their first block while they are being opened.
+// Opened only when the first piece is available, because some codecs decode their first block while opening.
 bool AcmDecoder::Open(DWORD nDeclared) {
     m_pLibrary = LoadCodecLibrary();
     if (m_pLibrary == nullptr) return false;

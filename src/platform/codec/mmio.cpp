@@ -16,8 +16,8 @@ namespace {
 
 constexpr FOURCC kRiff = mmioFOURCC('R', 'I', 'F', 'F');
 constexpr FOURCC kList = mmioFOURCC('L', 'I', 'S', 'T');
-constexpr int64_t kMaxOffset = INT32_MAX;  // offsets are LONGs to the caller
-// Real files have a dozen chunks. A file of empty ones must not cost a walk over gigabytes.
+constexpr int64_t kMaxOffset = INT32_MAX;  // callers use LONG offsets
+// Real files have a dozen chunks. A file of empty chunks must not cost a walk over gigabytes.
 constexpr int kMaxChunksSearched = 65536;
 
 bool SeekTo(HMMIO hMmio, int64_t nPos) {
@@ -36,7 +36,7 @@ bool IsGroup(FOURCC ckid) {
     return ckid == kRiff || ckid == kList;
 }
 
-// Reads the header at the current position and stops at the chunk's data, behind the type of a RIFF or LIST.
+// Reads the header at the current position and stops at the chunk's data; for RIFF and LIST, after the type.
 bool ReadChunkHeader(HMMIO hMmio, MMCKINFO* pChunk) {
     BYTE aHead[8], aType[4];
     if (ReadBytes(hMmio, aHead, sizeof(aHead)) != sizeof(aHead)) return false;
@@ -51,8 +51,8 @@ bool IsIdByte(BYTE c) {
     return c >= 0x20 && c < 0x7F;
 }
 
-// Where the chunk behind this one begins. A chunk of odd size is followed by a pad byte, but writers exist
-// that leave it out: a byte that begins a printable chunk name is no pad byte.
+// The offset of the next chunk. A chunk of odd size is followed by a pad byte, but some writers omit it: a
+// byte that begins a printable chunk name is not a pad byte.
 int64_t NextChunk(HMMIO hMmio, const MMCKINFO& chunk) {
     const int64_t nEnd = int64_t{chunk.dwDataOffset} + chunk.cksize;
     if (chunk.cksize % 2 == 0 || nEnd >= hMmio->nLength) return nEnd + chunk.cksize % 2;
@@ -144,7 +144,7 @@ LONG mmioSeek(HMMIO hMmio, LONG nOffset, int nOrigin) {
             return -1;
     }
     if (nPos < 0 || nPos > kMaxOffset) return -1;
-    // Asking where the file stands, and standing there already, are no reason to empty its buffer.
+    // Asking for the position, or seeking to it, must not discard the buffer.
     if (nPos != hMmio->nPos && !SeekTo(hMmio, nPos)) return -1;
     return static_cast<LONG>(nPos);
 }

@@ -1,5 +1,5 @@
-// The library that decodes sounds, loaded when the first sound needs it: with the codecs behind it, it would
-// make every start longer, and a chart of plain PCM sounds never needs it.
+// The library that decodes sounds, loaded when the first sound needs it. It brings many codecs, which would
+// slow every start, and a chart with plain PCM sounds never needs it.
 #pragma once
 
 #include <sndfile.h>
@@ -11,5 +11,5 @@ struct CodecLibrary {
     decltype(&sf_readf_float) ReadFloats = nullptr;
 };
 
-// Null when the library is not installed: then no such sound can be decoded. From any thread.
+// Null when the library is not installed; compressed sounds then cannot be decoded. Thread-safe.
 const CodecLibrary* LoadCodecLibrary();

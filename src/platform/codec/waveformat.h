@@ -9,7 +9,7 @@ struct WAVEFORMATEX {
     WORD nChannels;
     DWORD nSamplesPerSec;
     DWORD nAvgBytesPerSec;
-    WORD nBlockAlign;  // bytes of one frame, or of one block of a block format
+    WORD nBlockAlign;  // bytes per frame, or per block of a block format
     WORD wBitsPerSample;
     WORD cbSize;  // bytes that follow this structure
 };

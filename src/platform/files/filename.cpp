@@ -11,9 +11,9 @@
 
 namespace {
 
-constexpr size_t kMaxHanded = 180;  // bytes of a path that leave room for names of sounds
+constexpr size_t kMaxHanded = 180;  // bytes; a longer path leaves too little room for names of sounds
 
-// CP932 as UTF-8; the bytes themselves where some have no meaning.
+// Converts CP932 to UTF-8. Returns the part unchanged when it contains an invalid character.
 std::string PartAsUtf8(const std::string& part) {
     if (IsUtf8(part)) return part;
     std::string text;
@@ -40,7 +40,7 @@ std::string AsUtf8(const std::string& path) {
     return text;
 }
 
-// A name with a backslash of its own keeps the other separator, since the exact spelling is tried first.
+// A name that contains a backslash keeps `/` as separator, because the exact spelling is tried first.
 std::string WithBackslashes(std::string path) {
     if (path.find('\\') == path.npos) std::replace(path.begin(), path.end(), '/', '\\');
     return path;
@@ -70,7 +70,7 @@ std::string HandOver(const std::string& path) {
     const bool bFolderKept = FolderOf(absolute).find('\\') == absolute.npos;
     absolute = WithBackslashes(std::move(absolute));
     if (absolute.size() <= kMaxHanded && bFolderKept) return absolute;
-    // Only for a file that is there: a relative name must not meet another file by chance.
+    // Only for an existing file, so that a relative name cannot match another file by chance.
     struct stat info;
     if (stat(path.c_str(), &info) != 0) return absolute;
     const std::string folder = FolderOf(path);

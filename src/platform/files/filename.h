@@ -1,18 +1,19 @@
-// Private to the stand-ins: from this machine's paths to names as the system takes them.
+// Private to the stand-ins. Converts this machine's paths to names as the system takes them.
 #pragma once
 
 #include <string>
 
-// Absolute, from the working directory; nothing is resolved. Unchanged when there is no working directory any
-// more.
+// Made absolute with the working directory; nothing is resolved. Unchanged when the working directory no
+// longer exists.
 std::string AbsolutePath(const std::string& path);
 
-// The folder part of a path, without its closing `/` unless it is the root; empty when there is none.
+// The folder part of a path, without a closing `/` except for the root. Empty when there is none.
 std::string FolderOf(const std::string& path);
 
-// The name by which the system is to open a file of this machine: absolute, with `\` between its parts, in
-// UTF-8 where the disk has CP932. The system joins the names of sounds to a chart's folder in 260 bytes, and
-// takes what ends at the last `\` for that folder. So where the folder would take most of them, or has a `\`
-// in a name of its own, the working directory becomes that folder and the name is relative to it. The path
-// may be relative itself.
+// The name by which the system opens a file of this machine: absolute, separated by `\`, in UTF-8 where the
+// disk has CP932. The path may be relative.
+//
+// The system joins a chart's folder and the names of its sounds in 260 bytes, and takes everything up to the
+// last `\` for that folder. So if the folder would need most of these bytes, or contains a `\` in one of its
+// names, it becomes the working directory and the returned name is relative to it.
 std::string HandOver(const std::string& path);

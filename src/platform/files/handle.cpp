@@ -8,11 +8,11 @@
 
 namespace {
 
-constexpr int64_t kMaxFile = INT64_C(0x7FFFFFFF);  // bytes; offsets are 32-bit above here
+constexpr int64_t kMaxFile = INT64_C(0x7FFFFFFF);  // bytes; the callers' offsets have 32 bits
 
 }  // namespace
 
-// Devices are told by stat, because merely opening one may do something.
+// Detects devices with stat, because just opening one may have an effect.
 int OpenRegularFile(const char* pszPath, int64_t* pnSize) {
     struct stat info;
     if (stat(pszPath, &info) != 0 || !S_ISREG(info.st_mode)) return -1;

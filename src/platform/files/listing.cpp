@@ -10,7 +10,7 @@
 
 namespace {
 
-// A folder beyond this is no song's; its further names are found only by their exact spelling.
+// No song has this many files. Names beyond the limit are found only by exact spelling.
 constexpr size_t kMaxNames = 200'000;
 
 using Listing = std::unordered_map<std::string, std::vector<std::string>>;

@@ -1,15 +1,16 @@
-// What folders hold, read once for each and kept until it is dropped.
+// Cached folder listings. Each folder is read once.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-// Names of a folder (in the disk's form, with its closing `/`, or empty for the working directory) that have
-// the key of FoldName, sorted. Empty also when the folder cannot be read. Valid until ForgetFolders.
+// The sorted names in a folder whose FoldName key is `key`. The folder is in the disk's form with a closing
+// `/`; empty means the working directory. Empty result also when the folder cannot be read. Valid until
+// ForgetFolders.
 const std::vector<std::string>& NamesInFolder(const std::string& folder, const std::string& key);
 
 void ForgetFolders();
 
-// Folders that have been read since the last ForgetFolders.
+// Number of folders read since the last ForgetFolders.
 size_t FoldersRead();

@@ -10,7 +10,7 @@
 
 namespace {
 
-std::mutex g_mutex;  // for what pathmatch.h remembers of folders
+std::mutex g_mutex;  // guards the caches behind pathmatch.h
 
 }  // namespace
 

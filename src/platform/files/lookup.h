@@ -1,4 +1,4 @@
-// Looking names up, from several threads at once: a package is read ahead while its loader opens files.
+// Thread-safe lookup of names: threads read ahead while the loader opens files.
 #pragma once
 
 #include <string>
@@ -7,14 +7,14 @@
 
 #include "platform/files/files.h"
 
-// The file that a name stands for (pathmatch.h), opened; null when there is none.
+// Opens the file to which a name refers (pathmatch.h). Null when there is none.
 FileStream* OpenNamed(const std::string& name);
 
-// Its path on this machine; empty when there is none.
+// The path of that file on this machine; empty when there is none.
 std::string FindNamed(const std::string& name);
 
-// SiblingPaths of pathmatch.h.
+// SiblingPaths of pathmatch.h, thread-safe.
 std::vector<std::string> FindSiblings(std::string_view name, const std::vector<std::string_view>& endings);
 
-// Drops what is remembered of folders.
+// Drops cached listings.
 void ForgetLookups();

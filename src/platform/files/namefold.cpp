@@ -7,7 +7,7 @@
 
 namespace {
 
-// Bytes without a meaning: their value in a plane that no name uses.
+// Invalid bytes are kept in a plane that no name uses.
 constexpr char32_t kRawByte = 0xF0000;
 
 char32_t LowerExtended(char32_t c) {
@@ -15,13 +15,13 @@ char32_t LowerExtended(char32_t c) {
         (c >= 0xFF21 && c <= 0xFF3A))
         return c + 32;
     if (c >= 0x400 && c <= 0x40F) return c + 80;
-    if (c == 0x3C2) return 0x3C3;  // the sigma of a word's end
+    if (c == 0x3C2) return 0x3C3;  // final sigma
     if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) return c & 1 ? c + 1 : c;
     if ((c >= 0x100 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) return c | 1;
     return c;
 }
 
-// The two customs of turning these CP932 characters into Unicode.
+// Unifies the two common mappings of these CP932 characters to Unicode.
 char32_t Unify(char32_t c) {
     switch (c) {
         case 0x301C:
@@ -64,7 +64,7 @@ void AppendHangul(std::string* pKey, char32_t c) {
     if (n % kTails) AppendUtf8(pKey, 0x11A7 + n % kTails);
 }
 
-// Decompositions nest at most four deep, and only in the first character.
+// Decompositions nest at most four levels deep, and only in the first character.
 void AppendFolded(std::string* pKey, char32_t c) {
     if (c < 0x80) {
         pKey->push_back(static_cast<char>(Lower(c)));

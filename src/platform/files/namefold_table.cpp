@@ -1,4 +1,5 @@
-// Canonical decompositions of the Unicode character database for Latin, Greek, Cyrillic, Vietnamese and kana.
+// Canonical decompositions from the Unicode Character Database for Latin, Greek, Cyrillic, Vietnamese and
+// kana.
 #include "platform/files/namefold.h"
 
 // clang-format off

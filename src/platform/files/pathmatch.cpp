@@ -11,13 +11,13 @@
 
 namespace {
 
-constexpr size_t kMaxPath = 4096;   // bytes of a name, as this machine's own limit
-constexpr size_t kMaxDepth = 256;   // folders that are matched one inside the other
-constexpr size_t kMaxFolders = 16;  // folders that one spelling stands for
-constexpr size_t kMaxTries = 64;    // files that are tried for one name
+constexpr size_t kMaxPath = 4096;   // bytes of a name, this machine's limit
+constexpr size_t kMaxDepth = 256;   // nested folders that are matched
+constexpr size_t kMaxFolders = 16;  // folders to which one spelling may refer
+constexpr size_t kMaxTries = 64;    // files tried for one name
 
 enum class Reading {
-    kMixed,   // UTF-8 sequences where they are well formed, two-byte characters elsewhere
+    kMixed,   // well-formed UTF-8 sequences, and two-byte characters elsewhere
     kCp932,   // two-byte characters everywhere
     kSingle,  // every `\` separates
 };
@@ -62,7 +62,7 @@ std::vector<std::string> Keys(const std::string& part) {
     return keys;
 }
 
-// Names of a folder that a part can stand for, other than its own spelling.
+// Names in a folder to which a part may refer, except its exact spelling.
 std::vector<std::string> SimilarNames(const std::string& folder, const std::string& part) {
     std::vector<std::string> names;
     if (part == "." || part == "..") return names;
@@ -74,7 +74,7 @@ std::vector<std::string> SimilarNames(const std::string& folder, const std::stri
     return names;
 }
 
-using Folders = std::vector<std::string>;  // each with its closing `/`, or empty for the working directory
+using Folders = std::vector<std::string>;  // each with a closing `/`; empty for the working directory
 std::unordered_map<std::string, Folders> g_resolved;
 
 void AddFolder(Folders* pFolders, std::string folder) {
@@ -87,8 +87,8 @@ std::string ExactFolder(const PathParts& path, size_t nCount) {
     return folder;
 }
 
-// The folders that the first nCount parts can stand for. One that is spelled as the parts are keeps out its
-// look-alikes.
+// The folders to which the first nCount parts may refer. A folder with the exact spelling excludes similar
+// ones.
 const Folders& ResolveFolders(const PathParts& path, size_t nCount) {
     std::string exact = ExactFolder(path, nCount);
     if (const auto it = g_resolved.find(exact); it != g_resolved.end()) return it->second;
@@ -106,7 +106,7 @@ const Folders& ResolveFolders(const PathParts& path, size_t nCount) {
     return g_resolved.emplace(std::move(exact), std::move(found)).first->second;
 }
 
-// The look-alikes of the last folder, as beside `Sound/`, which has the name, stands `sound/`, which has the
+// Folders similar to the last one. For example, when `Sound/` matches the name but `sound/` beside it has the
 // file.
 Folders SimilarFolders(const PathParts& path, size_t nCount) {
     Folders found;
@@ -119,7 +119,7 @@ Folders SimilarFolders(const PathParts& path, size_t nCount) {
     return found;
 }
 
-// Names of a folder that a part can stand for, its own spelling first.
+// Names in a folder to which a part may refer, its exact spelling first.
 std::vector<std::string> ListedNames(const std::string& folder, const std::string& part) {
     std::vector<std::string> names;
     for (const std::string& key : Keys(part)) {
@@ -189,7 +189,7 @@ bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser) {
     if (path.size() >= kMaxPath || path.find('\0') != path.npos) return false;
     const std::vector<PathParts> cuts = CutPath(path);
     Search search(pfnTry, pUser);
-    // Spelled with this machine's separator, so a `\` may belong to a name.
+    // With this machine's separator, a `\` may be part of a name.
     if (path.find('/') != path.npos && path.find('\\') != path.npos && search.Try(std::string(path)))
         return true;
     for (const PathParts& cut : cuts) {

@@ -1,4 +1,4 @@
-// From a name as a chart or a user writes it to a file of this disk.
+// Matches a name, as a chart or a user writes it, to a file on this disk. Not thread-safe; lookup.h is.
 #pragma once
 
 #include <string>
@@ -7,28 +7,27 @@
 
 struct PathParts {
     bool bAbsolute = false;
-    std::vector<std::string> parts;  // none of them empty
+    std::vector<std::string> parts;  // none is empty
     bool operator==(const PathParts&) const = default;
 };
 
-// The ways in which a name can be cut into parts, likeliest first, each once. There are several only where
-// `\` may be the second byte of a two-byte character or a separator.
+// All ways to split a name into parts, likeliest first, without duplicates. There are several only where a
+// `\` may be either a separator or the second byte of a two-byte character.
 std::vector<PathParts> CutPath(std::string_view path);
 
 // The path in this machine's form.
 std::string JoinPath(const PathParts& path);
 
-// Calls pfnTry(candidate, pUser) with paths of this machine that the name can stand for until it gives true:
-// first those that are spelled as the name is, then those that FoldName makes equal to it, part by part. True
-// when one did. The number of candidates is bounded.
+// Calls pfnTry(candidate, pUser) with paths to which the name may refer, until it returns true: first those
+// with the exact spelling, then those that FoldName makes equal, part by part. Returns whether one was
+// accepted. The number of candidates is bounded.
 using PathTry = bool (*)(const std::string& candidate, void* pUser);
 bool MatchPath(std::string_view path, PathTry pfnTry, void* pUser);
 
-// Files that can lie beside the one that the name stands for: its stem (what stands before the last dot of
-// its last part, or all of that) with one of the endings, such as ".ogg". By endings in their order, then as
-// MatchPath would try them; paths of this machine, taken from listings without looking at the files. Their
-// number is bounded.
+// Candidates beside the file to which the name refers: its stem (the last part up to its last dot, or all of
+// it) with each of the endings, such as ".ogg". Ordered by ending, then as in MatchPath. The paths come from
+// listings; the files are not examined. Their number is bounded.
 std::vector<std::string> SiblingPaths(std::string_view path, const std::vector<std::string_view>& endings);
 
-// Drops what is remembered of folders.
+// Drops cached listings.
 void ForgetPaths();

@@ -8,14 +8,14 @@
 
 #include "platform/files/handle.h"
 
-// Reads go to the caller's memory directly, since nearly all of a load's bytes are asked for in one piece;
-// only small ones, such as a file's headers, pass through the window.
+// Reads go straight to the caller's memory, because a load requests nearly all bytes in one piece. Only small
+// reads, such as headers, use the window.
 struct FileStream {
     int nFile = -1;
-    SharedBytes pBytes;  // instead of nFile, a file made in memory
+    SharedBytes pBytes;  // a file in memory; null when nFile is used
     int64_t nSize = 0;
     int64_t nPos = 0;
-    int64_t nWindow = 0;  // the offset at which the window's bytes begin
+    int64_t nWindow = 0;  // offset of the window's first byte
     size_t nWindowBytes = 0;
     BYTE abWindow[4096];
 };

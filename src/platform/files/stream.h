@@ -1,4 +1,4 @@
-// What a FileStream is: private to the files layer. files.h has the calls on one.
+// Private to the files room: opening a FileStream. files.h has the calls on it.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 #include "platform/byteblock.h"
 #include "platform/files/files.h"
 
-// A regular file of this machine. Null when OpenRegularFile refuses it.
+// Opens a regular file of this machine. Null when OpenRegularFile fails.
 FileStream* OpenStream(const std::string& path);
 
-// A file made in memory; shares the bytes.
+// Opens a file in memory; shares the bytes.
 FileStream* OpenStream(SharedBytes pBytes);

@@ -17,7 +17,7 @@ bool IsContinuation(unsigned char c) {
     return (c & 0xC0) == 0x80;
 }
 
-// Bytes that the lead byte promises; 0 for a byte that leads nothing.
+// Sequence length according to the lead byte; 0 when the byte cannot lead.
 size_t PromisedLength(unsigned char c) {
     if (c < 0x80) return 1;
     if (c >= 0xC2 && c <= 0xDF) return 2;
@@ -26,8 +26,8 @@ size_t PromisedLength(unsigned char c) {
     return 0;
 }
 
-// Whether every fault of the text is a sequence cut short before an ASCII byte or the end, and something is
-// whole.
+// True if the text has at least one complete multi-byte sequence, and its only faults are sequences truncated
+// before an ASCII byte or the end.
 bool IsUtf8WithCuts(std::string_view bytes) {
     bool bWhole = false;
     size_t i = 0;
@@ -74,7 +74,7 @@ std::string ShowCp932(std::string_view bytes) {
             ++i;
             continue;
         }
-        // A lead byte whose partner was cut off is followed by whatever the text was joined with.
+        // A lead byte without its trail byte was truncated; what follows is the text it was joined with.
         if (i + 1 == bytes.size() || !IsCp932Trail(Byte(bytes, i + 1))) {
             ++i;
             continue;
@@ -172,7 +172,7 @@ char32_t Cp932CodePoint(const char* pBytes, size_t nLength) {
         if (c < 0x80) return c;
         return c >= 0xA1 && c <= 0xDF ? 0xFF61 + (c - 0xA1) : 0;  // half-width katakana
     }
-    // Opened on the first two-byte character only: loading the table takes a millisecond.
+    // Created on the first two-byte character, because loading the table takes a millisecond.
     thread_local Converter converter;  // names are matched on several threads
     return converter.Convert(pBytes, nLength);
 }

@@ -1,14 +1,14 @@
-// Texts of unknown encoding: bytes from charts, command lines and disks.
+// Text of unknown encoding, from charts, command lines and disks.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-// A whole, shortest-form UTF-8 text without surrogates. The empty text is one.
+// True for complete, shortest-form UTF-8 without surrogates, and for empty text.
 bool IsUtf8(std::string_view bytes);
 
-// Length of the well-formed UTF-8 sequence at the head of the bytes, 0 when there is none.
+// Length of the well-formed UTF-8 sequence at the start of the bytes; 0 when there is none.
 size_t Utf8Length(std::string_view bytes);
 
 // The code point of a well-formed sequence of nLength bytes.
@@ -24,10 +24,10 @@ constexpr bool IsCp932Trail(unsigned char c) {
     return c >= 0x40 && c <= 0xFC && c != 0x7F;
 }
 
-// The code point of one CP932 character of one or two bytes; 0 when there is none.
+// The code point of a CP932 character of one or two bytes; 0 when there is none.
 char32_t Cp932CodePoint(const char* pBytes, size_t nLength);
 
-// For showing: UTF-8 when the bytes are UTF-8, also with sequences that were cut short; otherwise CP932. What
-// was cut is dropped, what has no meaning becomes U+FFFD, and control characters other than LF and TAB become
-// blanks.
+// Converts bytes to UTF-8 for display. Reads them as UTF-8 if they are UTF-8, possibly with truncated
+// sequences; otherwise as CP932. Drops truncated sequences, replaces invalid characters by U+FFFD, and
+// replaces control characters except LF and TAB by spaces.
 std::string DisplayText(std::string_view bytes);

@@ -13,7 +13,7 @@ int StretchDIBits(HDC hDC, int nDestX, int nDestY, int nDestWidth, int nDestHeig
     DibPicture picture;
     if (!ReadDibPicture(pInfo, pBits, &picture)) return GDI_ERROR;
 
-    // The picture's place in the destination, then what all three rectangles have in common.
+    // The picture's position in the destination, then the intersection of all three rectangles.
     const PixelView& view = hDC->view;
     const int64_t nPictureX = int64_t{nDestX} - nSourceX;
     const int64_t nPictureY = int64_t{nDestY} - (picture.nHeight - nSourceY - nSourceHeight);

@@ -1,4 +1,4 @@
-// Reading the header, the palette and the masks of a bitmap.
+// Reads the header, palette and masks of a bitmap.
 #include "platform/graphics/dib_format.h"
 
 #include <algorithm>
@@ -59,7 +59,7 @@ bool IsKnownFormat(int nBits, DWORD nCompression) {
     }
 }
 
-// Entries of nEntryBytes: blue, green, red and perhaps a fourth byte, which counts for nothing.
+// Entries of nEntryBytes: blue, green, red, and an optional fourth byte that is ignored.
 void ReadPalette(const BYTE* pPalette, DWORD nEntries, size_t nEntryBytes, DibPicture* pPicture) {
     const size_t nInMemory = static_cast<size_t>(pPicture->pEnd - pPalette) / nEntryBytes;
     const size_t nCount = std::min({size_t{nEntries}, nInMemory, size_t{1} << pPicture->nBits});

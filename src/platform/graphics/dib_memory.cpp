@@ -1,4 +1,4 @@
-// The ranges of memory in which bitmaps lie.
+// The registered memory ranges of bitmaps.
 #include <map>
 #include <new>
 

@@ -1,4 +1,4 @@
-// Bitmaps without compression. Compiled with -O3.
+// Uncompressed bitmaps. Compiled with -O3.
 #include <algorithm>
 #include <cstring>
 
@@ -38,7 +38,7 @@ void ReadMasked(const DibPicture& picture, const BYTE* pRow, size_t nLeft, size_
 
 void Read24(const DibPicture&, const BYTE* pRow, size_t nLeft, size_t nWidth, DWORD* pDest) {
     const BYTE* p = pRow + nLeft * 3;
-    // Four bytes at once; the last pixel has only three that are sure to exist.
+    // Reads four bytes at once. The last pixel has only three bytes that are sure to exist.
     for (size_t i = 0; i + 1 < nWidth; ++i) {
         DWORD nFour;
         std::memcpy(&nFour, p + i * 3, sizeof nFour);
@@ -82,7 +82,7 @@ void DrawDibRows(const DibPicture& picture, const DibWindow& window) {
     for (int64_t y = 0; y < window.nHeight; ++y) {
         const int64_t nSeen = window.nTop + y;
         const auto nStored = static_cast<uint64_t>(picture.bTopDown ? nSeen : picture.nHeight - 1 - nSeen);
-        // A picture has at most 2^31 rows of 2^33 bytes, so this cannot overflow.
+        // At most 2^31 rows of 2^33 bytes, so this cannot overflow.
         const uint64_t nOffset = nStored * picture.nRowBytes;
         if (nOffset >= nRoom) continue;
         const uint64_t nPixels = (nRoom - nOffset) * 8 / static_cast<uint64_t>(picture.nBits);

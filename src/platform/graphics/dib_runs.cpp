@@ -1,4 +1,4 @@
-// Run-length bitmaps: pairs of bytes, of which the first is a count or 0 for an escape.
+// Run-length bitmaps: byte pairs, whose first byte is a count, or 0 for an escape.
 #include <algorithm>
 
 #include "platform/graphics/dib_format.h"
@@ -11,8 +11,8 @@ struct RunReader {
     const DibPicture& picture;
     const DibWindow& window;
     const BYTE* p;
-    int64_t x = 0, nRow = 0;  // the place of the next pixel; rows as they are stored
-    DWORD* pLine = nullptr;   // the window's row at nRow, null outside it
+    int64_t x = 0, nRow = 0;  // position of the next pixel; rows in storage order
+    DWORD* pLine = nullptr;   // the window's row at nRow; null outside it
 
     RunReader(const DibPicture& thePicture, const DibWindow& theWindow)
         : picture(thePicture), window(theWindow), p(thePicture.pBits) {
@@ -25,7 +25,7 @@ struct RunReader {
         pLine = y >= 0 && y < window.nHeight ? window.pDest + static_cast<size_t>(y) * window.nDestStride
                                              : nullptr;
     }
-    // Rows only go forward: behind the window's last nothing more can show.
+    // Rows only advance, so nothing is visible after the window's last one.
     bool IsPast() const {
         return picture.bTopDown ? Seen() >= window.nTop + window.nHeight : Seen() < window.nTop;
     }
@@ -35,7 +35,7 @@ struct RunReader {
         FindLine();
     }
 
-    // nCount pixels; pfnColor gives the index of the i-th of them.
+    // Draws nCount pixels; pfnColor returns the index of the i-th.
     template <class Index>
     void Put(int64_t nCount, Index pfnIndex) {
         const int64_t nFirst = std::max(int64_t{0}, window.nLeft - x);
@@ -54,7 +54,7 @@ struct RunReader {
             Put(nCount, [=](int64_t i) { return i & 1 ? nValue & 15 : nValue >> 4; });
     }
 
-    // Pixels one by one; an even number of bytes follows. False when the memory ends there.
+    // Draws literal pixels, padded to an even number of bytes. False when the memory ends.
     bool PutPlain(int64_t nCount) {
         const int64_t nPerByte = 8 / picture.nBits;
         const int64_t nBytes = (nCount + nPerByte - 1) / nPerByte;
@@ -71,7 +71,7 @@ struct RunReader {
         return true;
     }
 
-    // What follows a count of 0; false at the end.
+    // Handles the byte after a count of 0. False at the end.
     bool Escape(BYTE nCode) {
         if (nCode == kEndOfBitmap) return false;
         if (nCode == kEndOfLine) {

@@ -1,5 +1,5 @@
-// Surfaces: 32-bit pixels 0x00RRGGBB in memory; the primary one is the desktop, of which only the program's
-// own window can be drawn.
+// Surfaces of 32-bit pixels 0x00RRGGBB in memory. The primary surface is the desktop; only the area of the
+// program's own window can be drawn there.
 #pragma once
 
 #include "platform/wintypes.h"
@@ -8,7 +8,7 @@ struct DDCOLORKEY {
     DWORD dwColorSpaceLowValue, dwColorSpaceHighValue;
 };
 
-struct DDSURFACEDESC2 {  // the fields that are used
+struct DDSURFACEDESC2 {  // only the fields in use
     DWORD dwSize;        // sizeof(DDSURFACEDESC2)
     DWORD dwFlags;
     DWORD dwHeight, dwWidth;
@@ -48,25 +48,26 @@ constexpr HRESULT DDERR_NODC = static_cast<HRESULT>(0x8876026Au);
 constexpr HRESULT DDERR_NOCOOPERATIVELEVELSET = static_cast<HRESULT>(0x887600D4u);
 constexpr HRESULT DDERR_PRIMARYSURFACEALREADYEXISTS = static_cast<HRESULT>(0x88760234u);
 
-// Out-parameters are cleared before anything is checked. A call that is refused draws nothing.
+// Out-parameters are cleared before any check. A rejected call draws nothing.
 class IDirectDrawSurface7 {
 public:
-    // Copies a rectangle of pSource (null: all of it) to x, y; with DDBLTFAST_SRCCOLORKEY all but the pixels
-    // of the source's key. A destination that would stick out, or a source rectangle that is empty or outside
-    // its surface, gives DDERR_INVALIDRECT; a keyed copy from a surface without a key DDERR_NOCOLORKEY; one
-    // onto itself, from the primary surface or with a key onto it DDERR_UNSUPPORTED. On the primary surface
-    // the picture shows where the window's client area lies, and nowhere else.
+    // Copies a rectangle of pSource (null: all of it) to x, y. With DDBLTFAST_SRCCOLORKEY, skips pixels of
+    // the source's key colour. On the primary surface, draws only inside the window's client area.
+    //
+    // DDERR_INVALIDRECT: the destination sticks out, or the source rectangle is empty or outside its surface.
+    // DDERR_NOCOLORKEY: keyed, but the source has no key. DDERR_UNSUPPORTED: onto itself, from the primary
+    // surface, or keyed onto it.
     HRESULT BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSource, const RECT* pSourceRect, DWORD dwFlags);
-    // Fills a rectangle (null: all) with pFx->dwFillColor, whose top byte counts for nothing. Only
-    // DDBLT_COLORFILL, with or without DDBLT_WAIT, and no source; anything else is DDERR_UNSUPPORTED.
+    // Fills a rectangle (null: all) with pFx->dwFillColor, ignoring its top byte. Only DDBLT_COLORFILL
+    // without a source, with or without DDBLT_WAIT; otherwise DDERR_UNSUPPORTED.
     HRESULT Blt(const RECT* pDestRect, IDirectDrawSurface7* pSource, const RECT* pSourceRect, DWORD dwFlags,
                 const DDBLTFX* pFx);
-    // A context for GDI drawing, one at a time (DDERR_DCALREADYCREATED), valid until its ReleaseDC
-    // (DDERR_NODC).
+    // A context for GDI drawing, valid until ReleaseDC (DDERR_NODC). One at a time (DDERR_DCALREADYCREATED).
     HRESULT GetDC(HDC* phDC);
     HRESULT ReleaseDC(HDC hDC);
-    HRESULT GetSurfaceDesc(DDSURFACEDESC2* pDesc);  // size and kind; of the primary surface the desktop's now
-    // DDCKEY_SRCBLT with one value, null for no key; a range of values is DDERR_UNSUPPORTED.
+    HRESULT GetSurfaceDesc(
+        DDSURFACEDESC2* pDesc);  // size and kind; the primary surface has the desktop's current size
+    // DDCKEY_SRCBLT with a single value; null removes the key. A range of values is DDERR_UNSUPPORTED.
     HRESULT SetColorKey(DWORD dwFlags, const DDCOLORKEY* pKey);
     DWORD Release();  // frees it; 0
 
@@ -76,9 +77,9 @@ public:
 
 class IDirectDraw7 {
 public:
-    HRESULT SetCooperativeLevel(HWND hWnd, DWORD dwFlags);  // DDSCL_NORMAL alone
-    // The primary surface (one at a time, DDSD_CAPS alone), or an off-screen one of 1 to 8192 pixels on each
-    // side, black. Owned by the caller; may outlive this object.
+    HRESULT SetCooperativeLevel(HWND hWnd, DWORD dwFlags);  // DDSCL_NORMAL only
+    // The primary surface (one at a time, DDSD_CAPS only), or a black off-screen surface of 1 to 8192 pixels
+    // per side. Owned by the caller; may outlive this object.
     HRESULT CreateSurface(const DDSURFACEDESC2* pDesc, IDirectDrawSurface7** ppSurface, void* pOuter);
     DWORD Release();  // frees it; 0
 
@@ -86,5 +87,5 @@ public:
     State* m_pState;
 };
 
-// The default driver (null) and IID_IDirectDraw7 alone. The object is the caller's until Release.
+// Default driver (null) and IID_IDirectDraw7 only. Owned by the caller until Release.
 HRESULT DirectDrawCreateEx(const GUID* pDriver, IDirectDraw7** ppDD, const GUID& iid, void* pOuter);

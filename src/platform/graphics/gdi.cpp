@@ -19,7 +19,7 @@ GdiObject* BlackBrush() {
     return &brush;
 }
 
-// What a memory context holds before anything has been selected into it.
+// The initial object of a memory context.
 GdiObject* EmptyBitmap() {
     static GdiObject bitmap = [] {
         GdiObject object;
@@ -45,7 +45,7 @@ void Hold(DeviceContext* pContext, GdiObject* pBitmap) {
     pContext->view = ViewOf(pBitmap);
 }
 
-// Cuts a copy to both pictures along one axis; false when nothing is left.
+// Clips a blit to both pictures along one axis. False when nothing is left.
 bool CutSpan(int64_t* pnDest, int64_t* pnSource, int64_t* pnLength, int nDestSize, int nSourceSize) {
     const int64_t nBefore = std::max({int64_t{0}, -*pnDest, -*pnSource});
     *pnDest += nBefore;

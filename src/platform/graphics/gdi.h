@@ -1,5 +1,4 @@
-// Device contexts over surfaces, bitmaps of the program's resources, and the drawing of device-independent
-// bitmaps.
+// Device contexts for surfaces, bitmap resources, and drawing of device-independent bitmaps.
 #pragma once
 
 #include "platform/resources.h"
@@ -29,40 +28,39 @@ constexpr int BLACK_BRUSH = 4;
 
 HGDIOBJ GetStockObject(int nObject);  // BLACK_BRUSH; null for any other
 
-// A bitmap that the program carries, or null. The caller frees it with DeleteObject.
+// A bitmap resource of the program, or null. Free it with DeleteObject.
 HBITMAP LoadBitmapA(HINSTANCE hInstance, int nId);
-BOOL DeleteObject(HGDIOBJ hObject);  // 0 for null and while a context holds it
+BOOL DeleteObject(HGDIOBJ hObject);  // 0 for null, and while a context holds the object
 
-HDC GetDC(HWND hWnd);  // null: the desktop's, which only serves CreateCompatibleDC. Any other window: null
+HDC GetDC(HWND hWnd);  // null: the desktop, only for CreateCompatibleDC. Any other window returns null
 int ReleaseDC(HWND hWnd, HDC hDC);
-HDC CreateCompatibleDC(HDC hDC);  // a memory context without a picture; null on failure
-BOOL DeleteDC(HDC hDC);           // memory contexts alone
-// Puts a bitmap into a memory context; the object that was there before (never null), or null when refused.
+HDC CreateCompatibleDC(HDC hDC);  // an empty memory context; null on failure
+BOOL DeleteDC(HDC hDC);           // memory contexts only
+// Selects a bitmap into a memory context. Returns the previous object (never null), or null when rejected.
 HGDIOBJ SelectObject(HDC hDC, HGDIOBJ hObject);
-// SRCCOPY alone. What lies outside either picture is left out. 0 when refused.
+// SRCCOPY only. Clips to both pictures. Returns 0 when rejected.
 BOOL BitBlt(HDC hDest, int x, int y, int nWidth, int nHeight, HDC hSource, int nSourceX, int nSourceY,
             DWORD dwRop);
 
-// The memory in which a packed bitmap's header, palette and pixels lie, for the reader's bounds:
-// StretchDIBits is given bare pointers, and a header may promise more than the file holds. Registered ranges
-// never overlap. False when memory has run out; a drawing from memory that is not registered is refused.
+// Registers the memory of a packed bitmap (header, palette, pixels) for bounds checks: StretchDIBits takes
+// bare pointers, and a header may declare more than the file holds. Registered ranges must not overlap. False
+// when out of memory. Drawing from unregistered memory is rejected.
 bool RegisterDibMemory(const void* pData, size_t nSize);
 void UnregisterDibMemory(const void* pData);
 
-// Draws a rectangle of a bitmap, source and destination of the same size, without scaling. The source's y
-// counts from the bottom row of the picture as it is seen, also of a top-down one. pBits may be the end of
-// the registered memory.
+// Draws a rectangle of a bitmap without scaling; source and destination have the same size. The source's y
+// counts from the bottom row of the visible picture, also for a top-down one. pBits may be the end of the
+// registered memory.
 //
-// Headers of 40 bytes and more count as 40, those of 12 to 39 as core headers of 12; the palette begins
-// behind that. BI_RGB with 1, 4, 8, 16 (5 bits a colour), 24 and 32 bits, BI_RLE8, BI_RLE4, and BI_BITFIELDS
-// with 16 and 32 bits, whose three masks lie where a palette would. Masks are never pixels: where pBits
-// points at them, the pixels are those behind them. A colour of fewer than 8 bits widens by repeating its
-// bits.
+// A header of 40 bytes or more is read as 40 bytes, one of 12 to 39 as a core header of 12; the palette
+// follows. Supports BI_RGB with 1, 4, 8, 16 (5 bits per colour), 24 and 32 bits, BI_RLE8, BI_RLE4, and
+// BI_BITFIELDS with 16 and 32 bits, whose three masks take the palette's place. If pBits points at the masks,
+// the pixels follow them. A colour with fewer than 8 bits is expanded by repeating its bits.
 //
-// What lies outside the picture, the destination or the registered memory draws nothing, nor do pixels that a
-// run-length bitmap skips; colours beyond the palette are black. Gives the number of destination rows that
-// lie in the picture, or GDI_ERROR for another format, mode or operation, a picture without pixels, sizes
-// that differ or are negative, or pointers outside registered memory.
+// Anything outside the picture, the destination or the registered memory is not drawn, nor are pixels that a
+// run-length bitmap skips. Colours beyond the palette are black. Returns the number of destination rows that
+// lie in the picture. GDI_ERROR for another format, mode or operation, a picture without pixels, negative or
+// different sizes, or pointers outside registered memory.
 int StretchDIBits(HDC hDC, int nDestX, int nDestY, int nDestWidth, int nDestHeight, int nSourceX,
                   int nSourceY, int nSourceWidth, int nSourceHeight, const void* pBits,
                   const BITMAPINFOHEADER* pInfo, UINT nUsage, DWORD dwRop);

@@ -1,4 +1,4 @@
-// Inside the platform: what the handles of drawing objects and device contexts point at.
+// Private to the platform: the targets of GDI handles.
 #pragma once
 
 #include <vector>
@@ -9,14 +9,14 @@ enum class GdiKind { kBrush, kBitmap, kIcon, kCursor };
 
 struct GdiObject {
     GdiKind eKind = GdiKind::kBitmap;
-    int nId = 0;                   // the resource's or stock object's number
-    int nWidth = 0, nHeight = 0;   // of bitmaps and icons
+    int nId = 0;                   // of the resource or stock object
+    int nWidth = 0, nHeight = 0;   // for bitmaps and icons
     std::vector<uint32_t> pixels;  // bitmaps 0x00RRGGBB, icons 0xAARRGGBB, top row first
-    bool bShared = false;          // the platform's own: DeleteObject leaves it alone
-    int nSelected = 0;             // memory contexts that hold it: DeleteObject refuses
+    bool bShared = false;          // owned by the platform; DeleteObject leaves it
+    int nSelected = 0;             // memory contexts that hold it; DeleteObject then fails
 };
 
-// Pixels that drawing calls reach; rows nStride pixels apart, top row first. Pixels are always 0x00RRGGBB.
+// Pixels for drawing calls, always 0x00RRGGBB, top row first, rows nStride pixels apart.
 struct PixelView {
     uint32_t* pPixels = nullptr;
     int nWidth = 0, nHeight = 0;
@@ -27,5 +27,5 @@ struct DeviceContext {
     enum class Kind { kDesktop, kMemory, kSurface };
     Kind eKind = Kind::kDesktop;
     PixelView view;                  // empty for the desktop and for a memory context without a bitmap
-    GdiObject* pSelected = nullptr;  // kMemory
+    GdiObject* pSelected = nullptr;  // for kMemory
 };

@@ -1,11 +1,11 @@
-// Compiled with -O3: the loops here are written to be vectorised.
+// Compiled with -O3: the loops are written so that the compiler vectorises them.
 #include "platform/graphics/surface_copy.h"
 
 #include <cstring>
 
 namespace {
 
-// Compare and select without a branch: key and picture pixels alternate too often for one.
+// Selects without a branch, because key and picture pixels alternate too often for branch prediction.
 [[gnu::always_inline]] inline void KeyedRows(uint32_t* pDest, size_t nDestStride, const uint32_t* pSource,
                                              size_t nSourceStride, size_t nWidth, size_t nHeight,
                                              uint32_t nKey) {

@@ -34,7 +34,7 @@ BmpRows StartBmp(int64_t nWidth, int64_t nHeight, int nBits, ByteBlock* pBmp) {
     PutNumber(p + 26, 1, 2);
     PutNumber(p + 28, static_cast<uint64_t>(nBits), 2);
     PutNumber(p + 34, nPixels, 4);
-    // Bytes that only fill a row up.
+    // Clear the padding of each row.
     const size_t nRow = static_cast<size_t>(nWidth * nBits) / 8;
     for (size_t y = 0; nRow < nStride && y < static_cast<size_t>(nHeight); ++y)
         std::memset(p + kHeaders + y * nStride + nRow, 0, nStride - nRow);

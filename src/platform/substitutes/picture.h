@@ -1,25 +1,25 @@
-// Pictures of other kinds made into BMP files.
+// Converts pictures of other kinds to BMP files.
 #pragma once
 
 #include "platform/byteblock.h"
 
-// Bounds. Larger pictures are refused before memory is taken for them.
+// Limits. Larger pictures are rejected before memory is allocated.
 constexpr int kMaxPictureSide = 4096;                 // pixels
 constexpr size_t kMaxPictureFile = size_t{64} << 20;  // bytes of the encoded picture
 
-// The BMP file that shows what a PNG, JPEG or GIF file shows: of 24 bits, or of 32 where the picture can be
-// seen through, which is composed on black; the first picture of a GIF on its screen. Which kind it is is
-// told by its first bytes. False for any other, for one beyond the bounds, and for one that is damaged; of a
-// JPEG that ends early the rest is grey. Any bytes may be given. Safe on any thread.
+// Converts a PNG, JPEG or GIF file to a BMP file with 24 bits, or 32 if the picture has transparency, which
+// is composed on black. Takes the first picture of a GIF, at its position on the GIF's screen. The first
+// bytes tell the kind. False for any other kind, beyond the limits, and for damaged files; a truncated JPEG
+// is grey after its end. Accepts arbitrary bytes. Thread-safe.
 bool PictureToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp);
 
-// The parts, each for files that begin as their kind does.
+// The converters for one kind each. The file must begin with that kind's signature.
 bool PngToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp);
 bool JpegToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp);
 bool GifToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp);
 
-// A BMP with its headers written and its pixels not yet. Null when the size is out of bounds or memory is
-// lacking; else the bottom row, with the others above it at nStride.
+// Allocates a BMP and writes its headers; the pixels are undefined. Returns the bottom row, with the rows
+// above it at nStride. Null when the size is out of bounds or memory runs out.
 struct BmpRows {
     BYTE* pBottom = nullptr;
     size_t nStride = 0;

@@ -44,7 +44,7 @@ int ReadInput(GifFileType* pGif, GifByteType* pBuffer, int nBytes) {
     return static_cast<int>(n);
 }
 
-// Reads up to the first picture's description. *pnClear: the index that can be seen through, or -1.
+// Reads up to the first picture's description. *pnClear: the transparent index, or -1.
 bool FindPicture(const Giflib& lib, GifFileType* pGif, int* pnClear) {
     for (;;) {
         GifRecordType nType;
@@ -64,7 +64,7 @@ bool FindPicture(const Giflib& lib, GifFileType* pGif, int* pnClear) {
     }
 }
 
-// The row of the picture that comes n-th in the file.
+// The row of the picture that is stored n-th in the file.
 int RowInFile(int n, int nRows, bool bInterlaced) {
     if (!bInterlaced) return n;
     static constexpr int kPasses[4][2] = {{0, 8}, {4, 8}, {2, 4}, {1, 2}};

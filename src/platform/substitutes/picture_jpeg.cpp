@@ -21,7 +21,7 @@ bool FindTurbo(Library* pLibrary, Turbo* pCalls) {
            pLibrary->Find("tjDestroy", &pCalls->Destroy);
 }
 
-// Four inks, each stored as what it leaves of the light.
+// Converts CMYK, stored inverted, to BGR.
 void CmykToBgr(BYTE* pPixels, size_t nPixels) {
     for (size_t i = 0; i < nPixels; ++i, pPixels += 4) {
         const unsigned nBlack = pPixels[3];
@@ -41,7 +41,7 @@ bool Decode(const Turbo& turbo, tjhandle hTurbo, const BYTE* pFile, size_t nByte
     const bool bCmyk = nColors == TJCS_CMYK || nColors == TJCS_YCCK;
     const BmpRows rows = StartBmp(nWidth, nHeight, bCmyk ? 32 : 24, pBmp);
     if (!rows.pBottom) return false;
-    // Hundreds of scans in few bytes would cost minutes.
+    // Limits the scans: hundreds of them fit into few bytes and would take minutes.
     const int nFlags = TJFLAG_BOTTOMUP | TJFLAG_LIMITSCANS | TJFLAG_ACCURATEDCT;
     if (turbo.Decompress2(hTurbo, pFile, nSize, rows.pBottom, nWidth, static_cast<int>(rows.nStride), nHeight,
                           bCmyk ? TJPF_CMYK : TJPF_BGR, nFlags) != 0 &&

@@ -4,7 +4,7 @@
 
 namespace {
 
-// The colours as they show on black, and nothing in the fourth byte.
+// Composes the colours on black and clears the fourth byte.
 void ComposeOnBlack(BYTE* pPixels, size_t nPixels) {
     for (size_t i = 0; i < nPixels; ++i, pPixels += 4) {
         const unsigned nAlpha = pPixels[3];
@@ -13,13 +13,13 @@ void ComposeOnBlack(BYTE* pPixels, size_t nPixels) {
     }
 }
 
-// Into rows of which the first is the lowest.
+// Reads into rows stored bottom up.
 bool ReadPixels(png_image* pImage, ByteBlock* pBmp) {
     const bool bAlpha = (pImage->format & PNG_FORMAT_FLAG_ALPHA) != 0;
     const BmpRows rows = StartBmp(pImage->width, pImage->height, bAlpha ? 32 : 24, pBmp);
     if (!rows.pBottom) return false;
     pImage->format = bAlpha ? PNG_FORMAT_BGRA : PNG_FORMAT_BGR;
-    pImage->flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // where the file does not tell, as with 8 bits
+    pImage->flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // when the file does not say, as for 8 bits
     if (!png_image_finish_read(pImage, nullptr, rows.pBottom, -static_cast<png_int_32>(rows.nStride),
                                nullptr))
         return false;

@@ -11,12 +11,12 @@
 
 namespace {
 
-// Memory for what has been made and not been asked for, and for what is being made.
+// Limit for finished but unrequested substitutes and those in progress, in bytes.
 constexpr size_t kMaxAhead = size_t{64} << 20;
 constexpr size_t kMaxThreads = 8;
 
-// Each conversion needs about the memory that the one before has freed. Left to itself the allocator gives
-// such blocks back to the system, and to fetch them anew, page by page, takes a quarter of a load's time.
+// Each conversion needs about as much memory as the previous one has freed. By default the allocator returns
+// such blocks to the system, and faulting them in again, page by page, takes a quarter of a load's time.
 void KeepFreedMemory(bool bKeep) {
 #ifdef __GLIBC__
     constexpr int kUsual = 128 << 10;
@@ -71,7 +71,7 @@ ReadAhead::SubstitutePtr ReadAhead::Take(const std::string& name) {
     return m_pKept;
 }
 
-// Null when it is to be made here.
+// Null when it must be made by the caller.
 ReadAhead::SubstitutePtr ReadAhead::TakeJob(size_t nJob) {
     std::unique_lock lock(m_mutex);
     Job& job = m_jobs[nJob];
@@ -104,14 +104,14 @@ ReadAhead::SubstitutePtr ReadAhead::MakeHere(const std::string& name, MediaKind 
     return std::make_shared<Substitute>(MakeSubstitute(paths, kind, nullptr));
 }
 
-// One for each core: while the reader waits for one of them all cores still work.
+// One thread per core: while the reader waits for one of them, all cores are busy.
 void ReadAhead::StartThreads() {
     const size_t nCores = std::thread::hardware_concurrency();
     if (!m_threads.empty() || nCores < 2 || m_nReader >= m_jobs.size()) return;
     try {
         for (size_t n = 0; n < std::min(nCores, kMaxThreads); ++n) m_threads.emplace_back([this] { Work(); });
     } catch (const std::system_error&) {
-        // Those that could be started do, or none.
+        // Continue with the threads that did start, if any.
     }
 }
 
@@ -162,7 +162,7 @@ bool ReadAhead::IsSkipped(size_t nJob) const {
     return nJob < m_nReader && m_nWanted != nJob;
 }
 
-// Those that the reader has passed without asking, because the files are there after all.
+// Releases the jobs that the reader skipped because their files exist.
 void ReadAhead::DropJobsBefore(size_t nJob) {
     for (size_t n = m_nReader; n < nJob; ++n) {
         if (m_jobs[n].state == State::kDone) Release(&m_jobs[n]);

@@ -1,5 +1,5 @@
-// Substitutes made before they are asked for, on other threads, while the reader works through its list of
-// names in order.
+// Makes substitutes ahead of time, on other threads, while the reader works through its list of names in
+// order.
 #pragma once
 
 #include <condition_variable>
@@ -11,22 +11,23 @@
 
 #include "platform/substitutes/substitute.h"
 
-// Used from one thread; the others are its own. They are started when the first substitute is needed, so that
-// a package in which every file is there under its name has none of them, and never on a machine of one core.
+// Lives as long as the process (platform/open.cpp). All public calls come from one thread. Worker threads
+// start when the first substitute is needed, so a package without missing files starts none; neither does a
+// machine with one core.
 class ReadAhead {
 public:
     using SubstitutePtr = std::shared_ptr<const Substitute>;
 
     ~ReadAhead() { Stop(); }
 
-    // The names that will be opened, in order; what came before is dropped and its threads end.
+    // Sets the names that will be opened, in order. Drops the previous list and ends its threads.
     void Expect(MediaKind kind, std::vector<std::string> names);
     void Stop();
 
-    // The substitute for a name that is not there; never null. Names of the list are of its kind, others of
-    // that which their ending tells. The last one asked for is kept, because a loader opens a name twice.
+    // The substitute for a missing name; never null. A name in the list has the list's kind, any other the
+    // kind of its ending. Keeps the last result, because a loader opens a name twice.
     SubstitutePtr Take(const std::string& name);
-    // Drops the one that was kept.
+    // Drops the kept result.
     void Forget();
 
     size_t ThreadsStarted() const { return m_threads.size(); }
@@ -37,8 +38,8 @@ private:
         std::string name;
         State state = State::kWaiting;
         size_t nReserved = 0;   // bytes
-        bool bDropped = false;  // broken off, so that what was made says nothing
-        SubstitutePtr pMade;    // null when it is to be made when it is asked for
+        bool bDropped = false;  // interrupted, so the result is meaningless
+        SubstitutePtr pMade;    // null: to be made when requested
     };
     static constexpr size_t kNone = SIZE_MAX;
 
@@ -48,24 +49,24 @@ private:
     void Work();
     void RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob);
     bool TryReserve(size_t nJob, size_t nBytes);
-    bool IsSkipped(size_t nJob) const;  // the reader has gone on without it
+    bool IsSkipped(size_t nJob) const;  // the reader has passed it
     void DropJobsBefore(size_t nJob);
     void Release(Job* pJob);
 
-    // Of the one thread.
+    // Used by the calling thread only.
     MediaKind m_kind = MediaKind::kNone;
     std::unordered_map<std::string, size_t> m_indexes;
     std::vector<std::thread> m_threads;
-    bool m_bConverts = false;  // something of the list has been converted
+    bool m_bConverts = false;  // something in the list has been converted
     std::string m_keptName;
     SubstitutePtr m_pKept;
 
-    std::mutex m_mutex;  // for what follows
+    std::mutex m_mutex;  // guards everything below
     std::condition_variable m_changed;
     std::vector<Job> m_jobs;
-    size_t m_nNext = 0;        // the first that no thread has looked at
-    size_t m_nReader = 0;      // the first that the reader may still ask for
-    size_t m_nWanted = kNone;  // the one that the reader waits for: it may always go on
+    size_t m_nNext = 0;        // the first job that no thread has started
+    size_t m_nReader = 0;      // the first job that the reader may still request
+    size_t m_nWanted = kNone;  // the job that the reader waits for; it is never held up
     size_t m_nReserved = 0;    // bytes of all jobs
     bool m_bStop = false;
 };

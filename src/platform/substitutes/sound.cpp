@@ -10,7 +10,7 @@
 namespace {
 
 constexpr size_t kHeader = 44;
-constexpr size_t kChunkSamples = 32768;  // decoded at a time
+constexpr size_t kChunkSamples = 32768;  // decoded at once
 
 struct Input {
     const BYTE* p;
@@ -42,7 +42,7 @@ sf_count_t Tell(void* pUser) {
     return static_cast<Input*>(pUser)->nPos;
 }
 
-// The library knows many more kinds, whose readers no file of a package needs to reach.
+// The library reads many more kinds. No file of a package should reach their readers.
 bool HasKnownMagic(const BYTE* p, size_t nBytes) {
     if (nBytes < 4) return false;
     return std::memcmp(p, "OggS", 4) == 0 || std::memcmp(p, "fLaC", 4) == 0 ||
@@ -56,8 +56,8 @@ bool IsSupported(const SF_INFO& info) {
            info.samplerate <= kMaxSoundRate;
 }
 
-// Rounded to the nearest, to even between two. Adding 1.5 * 2^23 leaves the whole number in the low bits of
-// the float, which compilers turn into vector instructions.
+// Rounds to nearest, ties to even. Adding 1.5 * 2^23 leaves the integer in the low bits of the float, which
+// the compiler vectorises.
 void ToSamples(const float* pSource, size_t nSamples, BYTE* pDest) {
     constexpr float kShift = 12582912.0f;
     for (size_t i = 0; i < nSamples; ++i) {
@@ -92,7 +92,7 @@ void WriteHeader(const SF_INFO& info, ByteBlock* pWav) {
     PutNumber(p + 40, nData, 4);
 }
 
-// The samples, as far as they can be had. False when there are none or the caller ends it.
+// Decodes as many samples as possible. False when there are none or the caller aborts.
 bool ReadSamples(const CodecLibrary& library, SNDFILE* pFile, const SF_INFO& info, size_t nHeld,
                  const MayHold& mayHold, ByteBlock* pWav) {
     const size_t nChannels = static_cast<size_t>(info.channels);

@@ -17,7 +17,7 @@ namespace {
 // In the order in which they are tried.
 constexpr std::string_view kSoundEndings[] = {".ogg", ".opus", ".flac", ".mp3", ".wav"};
 constexpr std::string_view kPictureEndings[] = {".png", ".jpg", ".jpeg", ".gif", ".bmp"};
-// Sounds too, but of no kind that anything else stands in.
+// Sounds too, but never used as substitutes.
 constexpr std::string_view kFurtherSoundEndings[] = {".xa"};
 
 constexpr size_t kMaxNameForLog = 80;
@@ -33,7 +33,7 @@ bool IsOwnKind(const BYTE* pHead, MediaKind kind) {
     return std::memcmp(pHead, "RIFF", 4) == 0 || std::memcmp(pHead, "KWD1", 4) == 0;
 }
 
-// Whole, or nothing.
+// Reads the whole file or nothing.
 bool ReadFile(int nFile, size_t nBytes, ByteBlock* pBlock) {
     return pBlock->Resize(nBytes) && ReadFileAt(nFile, pBlock->Data(), nBytes, 0) == nBytes;
 }
@@ -43,7 +43,7 @@ bool Convert(const ByteBlock& file, MediaKind kind, const MayHold& mayHold, Byte
                                        : SoundToWav(file.Data(), file.Size(), mayHold, pOut);
 }
 
-// False for a file that cannot be converted.
+// False when the file cannot be converted.
 bool Make(int nFile, int64_t nBytes, MediaKind kind, const MayHold& mayHold, Substitute* pSubstitute) {
     BYTE aHead[4];
     if (ReadFileAt(nFile, aHead, sizeof(aHead), 0) != sizeof(aHead)) return false;

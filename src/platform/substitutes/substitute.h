@@ -1,4 +1,4 @@
-// Files of another kind that take the place of sounds and pictures that are not there (docs/packages.md).
+// Substitutes: files of another kind that take the place of missing sounds and pictures (docs/packages.md).
 #pragma once
 
 #include <string>
@@ -10,22 +10,22 @@
 
 enum class MediaKind { kNone, kPicture, kSound };
 
-// By the ending of its last part, in any letter case; kNone for other endings.
+// The kind by the ending of the last part, in any letter case; kNone for other endings.
 MediaKind KindOfName(std::string_view path);
 
-// The paths that may take a name's place, in the order in which they are tried. Safe on any thread.
+// The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
 
 struct Substitute {
-    std::string path;    // of this machine; empty when nothing takes the name's place
-    SharedBytes pBytes;  // a WAV or BMP file made of it; null when the file itself is taken as it is
-    std::vector<std::string> refused;  // paths that were tried before it, files that could not be converted
+    std::string path;                  // on this machine; empty when there is no substitute
+    SharedBytes pBytes;                // a WAV or BMP file made from it; null when the file is used as it is
+    std::vector<std::string> refused;  // files tried before it that could not be converted
 };
 
-// The first of the paths that is a file and either is of the readers' own kind, by its first bytes, or can be
-// made into one. Paths that are no files are passed over without a word. Safe on any thread.
+// Makes a substitute from the first path that is a file and either has the readers' own kind, by its first
+// bytes, or can be converted. Skips paths that are not files silently. Thread-safe.
 Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind, const MayHold& mayHold);
 
-// The last part of a path as UTF-8 for a line of log, control characters blanked and cut to at most 80 bytes
-// between two characters.
+// The last part of a path as UTF-8 for a log line: control characters become spaces, and the text is cut
+// between two characters to at most 80 bytes.
 std::string NameForLog(std::string_view path);

@@ -15,7 +15,7 @@ bool Exists(const std::string& path) {
     return stat(path.c_str(), &info) == 0;
 }
 
-// One quote at each end, as a caller writes that quotes for the system itself.
+// Removes one quote at each end, for callers that quote for the system themselves.
 std::string Unquoted(const std::string& name) {
     const bool bQuoted = name.size() >= 2 && name.front() == '"' && name.back() == '"';
     return bQuoted && !Exists(name) ? name.substr(1, name.size() - 2) : name;
@@ -25,7 +25,7 @@ std::string Quoted(const std::string& name) {
     return '"' + name + '"';
 }
 
-// A name that may have `\` between its parts already.
+// For a name that may already use `\` as separator.
 std::string WithSlashes(const std::string& name) {
     const std::vector<PathParts> cuts = CutPath(name);
     return cuts.empty() ? name : JoinPath(cuts.front());

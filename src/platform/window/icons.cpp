@@ -14,7 +14,7 @@ struct Icon {
     host::Icon picture;
 };
 
-// Handles of icons are addresses of these; there are as many as the program has icons.
+// An icon handle is the address of an element; there is one per icon of the program.
 std::vector<std::unique_ptr<Icon>> g_icons;
 
 HICON HandleOf(const Icon* pIcon) {

@@ -1,6 +1,6 @@
 // mix VOICES full|half DIR: the time to mix looping sounds to 44.1 kHz 16-bit stereo in blocks of 1024
-// frames, each voice at 1/16. half: every second voice plays a 22.05 kHz mono version of its sound. Prints
-// the median of 9 batches.
+// frames, each voice at gain 1/16. half: every second voice plays a 22.05 kHz mono version of its sound.
+// Prints the median of 9 batches.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -35,7 +35,7 @@ uint32_t Word(const std::vector<char>& bytes, size_t at, size_t size) {
     return n;
 }
 
-// The samples of a 44.1 kHz 16-bit stereo file.
+// Reads the samples of a 44.1 kHz 16-bit stereo file.
 std::vector<int16_t> ReadWave(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> bytes((std::istreambuf_iterator<char>(file)), {});
@@ -86,11 +86,11 @@ void StartVoices(IDirectSound* device, int voices, bool half, const std::string&
     if (files.empty()) Die("no .wav files in " + folder);
     for (size_t i = 0; i < static_cast<size_t>(voices); ++i) {
         std::vector<int16_t> samples = ReadWave(files[i % files.size()]);
-        // So that the voices do not all begin with an attack.
+        // So that the voices do not all start with an attack.
         const size_t turn = i * 7919 % (samples.size() / 2) * 2;
         std::rotate(samples.begin(), samples.begin() + static_cast<long>(turn), samples.end());
         const bool mono = half && i % 2 == 1;
-        headless::SetClock(headless::kClockOrigin);  // else reading it over and over would move it
+        headless::SetClock(headless::kClockOrigin);  // otherwise repeated readings would move it
         StartLoop(device, mono ? HalveToMono(samples) : samples, mono);
     }
 }
@@ -101,7 +101,7 @@ struct Loudness {
     std::vector<int16_t> samples;
 };
 
-// To 16 bits, as a device takes it.
+// Converts to 16 bits, as for a device.
 void Take(void* user, const float* in, int frames, int) {
     auto& out = static_cast<Loudness*>(user)->samples;
     out.resize(static_cast<size_t>(2 * frames));
@@ -112,7 +112,7 @@ double Seconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-// The clock moves by a block at a time.
+// Advances the clock by one block at a time.
 class Renderer {
 public:
     void Blocks(int count) {
@@ -151,7 +151,7 @@ int main(int argc, char** argv) {
             heard.peak = std::max(heard.peak, std::abs(int{x}));
         }
     }
-    int blocks = 1;  // as many as take 30 to 60 ms
+    int blocks = 1;  // raised until a batch takes 30 to 60 ms
     for (;; blocks *= 2) {
         const double begin = Seconds();
         renderer.Blocks(blocks);

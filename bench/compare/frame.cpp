@@ -1,6 +1,6 @@
 // Time to compose one frame of the player's size on its own surfaces: a background of 452 by 280, a picture
-// of 256 by 256, a keyed picture over it of which about half shows, 60 sprites of 9 by 4 and 20 keyed bars of
-// 62 by 4, which move from frame to frame. Prints the median of 9 batches.
+// of 256 by 256, a keyed picture on top of it of which about half shows, 60 sprites of 9 by 4 and 20 keyed
+// bars of 62 by 4. Sprites and bars move from frame to frame. Prints the median of 9 batches.
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -25,14 +25,14 @@ int Below(int limit) {
     return static_cast<int>(g_random() % static_cast<unsigned>(limit));
 }
 
-// Colours without the key.
+// Colours other than the key.
 Pixels Noise(int width, int height) {
     Pixels pixels(static_cast<size_t>(width) * height);
     for (uint32_t& pixel : pixels) pixel = (g_random() & 0xFFFFFF) | 0x010101;
     return pixels;
 }
 
-// Discs of noise on the key colour, until half of the picture is covered.
+// Draws discs of noise on the key colour until half of the picture is covered.
 Pixels Discs() {
     const Pixels noise = Noise(kLayer, kLayer);
     Pixels pixels(noise.size(), 0);

@@ -1,5 +1,5 @@
-// package CHART: loads a chart with its sounds and pictures as the player does, and tells how long that took
-// and what came of it.
+// package CHART: loads a chart with its sounds and pictures as the player does. Prints the time and the
+// result.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     std::string path = argv[1];
-    std::replace(path.begin(), path.end(), '/', '\\');  // as the system takes names
+    std::replace(path.begin(), path.end(), '/', '\\');  // the system's form of a name
     auto sound = std::make_unique<CDSound>();
     auto display = std::make_unique<CDDraw>();
     if (DirectSoundCreate(nullptr, &sound->m_pDS, nullptr) != DS_OK) return 1;

@@ -10,7 +10,7 @@ namespace {
 
 struct Totals {
     long objects = 0;
-    double seconds = 0.0;  // sum of the times, counted from the start of measure 0
+    double seconds = 0.0;  // sum of the times, relative to the start of measure 0
 };
 
 // Channels 01, 03, 04, 08, 11 to 19 and 21 to 29.

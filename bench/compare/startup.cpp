@@ -1,4 +1,4 @@
-// The player on a real display with the demo, or the chart given, for a stopwatch that watches the screen
+// Runs the player on a real display with the demo or the given chart, for a stopwatch that watches the screen
 // from outside.
 #include "host/host.h"
 #include "platform/window/commandline.h"

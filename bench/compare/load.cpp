@@ -1,6 +1,6 @@
 // load DIR: loads every .wav of DIR as a chart's sounds are loaded, and keeps them. load44 (the same source)
-// then turns each to 44.1 kHz stereo in 16 bits with the mixer's converter. The device is opened before the
-// clock starts.
+// also converts each to 44.1 kHz stereo with 16 bits, using the mixer's converter. The device is opened
+// before timing starts.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -38,12 +38,12 @@ int16_t ToSample(float f) {
     return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768, -32768.0f, 32767.0f)));
 }
 
-// Work space that is used again for every sound.
+// Scratch buffers, reused for every sound.
 struct Space {
     std::vector<float> side[2], out[2], scratch;
 };
 
-// One side through the filter: `frames` frames in, `made` out.
+// Filters one side: `frames` frames in, `made` out.
 void Resample(const audio::Filter& filter, audio::Step step, const std::vector<float>& in, size_t made,
               std::vector<float>* out, std::vector<float>* scratch) {
     constexpr size_t kChunk = 2048;
@@ -58,7 +58,7 @@ void Resample(const audio::Filter& filter, audio::Step step, const std::vector<f
     }
 }
 
-// The frames of a loaded sound as floats, with silence on both sides for the filter.
+// Reads the frames of a loaded sound as floats, with silence at both ends for the filter.
 void ReadSides(const BYTE* data, size_t frames, const audio::Format& format, size_t before, size_t behind,
                Space* space) {
     for (std::vector<float>& side : space->side) side.assign(before + frames + behind, 0);
@@ -128,5 +128,5 @@ int main(int argc, char** argv) {
     std::printf("RESULT\twall_s\t%.9f\nRESULT\tfiles\t%zu\nRESULT\tbytes\t%.0f\n", end - begin, files.size(),
                 bytes);
     std::fflush(stdout);
-    std::_Exit(0);  // the tear-down is of no interest
+    std::_Exit(0);  // skip the teardown
 }
