@@ -9,6 +9,7 @@
 #include "display/ddraw.h"
 #include "display/dib.h"
 #include "host/host.h"
+#include "platform/graphics/directdraw_test.h"
 #include "platform/timer.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
@@ -176,6 +177,7 @@ void Session::SayList(const char* name, const BmsEvent* list, int count, int cur
 void Session::SayFrame(const std::string& lines) {
     std::istringstream in(lines);
     for (std::string line; std::getline(in, line);) Say(line);
+    SayLayers();
     const bool bar = g_pAnchor >= g_pBarList && g_pAnchor < g_pBarList + g_nBarCount;
     Put(Join("state", test::StateName(), "measure", g_nStartMeasure, "seek", g_dwSeekTime, "speed", g_fSpeed,
              "host", g_bHost, "players", g_nPlayers, "tempo", g_dBPM, "pixels", g_dPixelsPerSec, "anchor",
@@ -185,6 +187,30 @@ void Session::SayFrame(const std::string& lines) {
     SayList("bgm", g_pBgmList, g_nBgmCount, g_nBgmCursor);
     SayList("note", g_pNoteList, g_nNoteCount, g_nNoteCursor);
     SayList("bga", g_pBgaList, g_nBgaCount, g_nBgaCursor);
+}
+
+// Pictures for this have the value 1 + x + 1024 * y in each pixel, so a layer tells which part of one it
+// shows.
+void Session::SayLayers() {
+    for (int layer : LAYERS) {
+        RECT box = {LAYER_SIZE, LAYER_SIZE, 0, 0};
+        int first = -1;
+        bool mixed = false;
+        for (int i = 0; i < LAYER_SIZE * LAYER_SIZE; ++i) {
+            const int x = i % LAYER_SIZE, y = i / LAYER_SIZE;
+            const int place =
+                static_cast<int>(directdraw_test::PixelAt(g_pDDraw->m_apParts[layer], x, y)) - 1;
+            if (place < 0) continue;
+            if (first < 0) first = place, box.left = x, box.top = y;
+            box.right = std::max(box.right, x + 1), box.bottom = y + 1;
+            mixed |= place != first + x - box.left + 1024 * (y - box.top);
+        }
+        std::string text = Join("layer", layer, mixed ? "mixed" : "from", first % 1024, first / 1024, "at",
+                                box.left, box.top, box.right, box.bottom);
+        if (first < 0) text = Join("layer", layer, "blank");
+        if (shown_[layer] != text) Put(text);
+        shown_[layer] = text;
+    }
 }
 
 void Session::OnFrame() {
@@ -199,6 +225,7 @@ void Session::OnFrame() {
         std::istringstream in(lines);
         for (std::string line; std::getline(in, line);)
             if (line.rfind("fire ", 0) == 0) Say(line);
+        if (lines.find("\nfire bga") != std::string::npos) SayLayers();
         return;
     }
     SayFrame(lines);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,9 @@
 //   send MESSAGE WPARAM likewise > run N                so many turns of the main loop, the last of which is
 //   shown
 // The chart as it was read and compiled comes with the first frame. The lines of a frame are those of
-// lumetra-render's --trace, then `state` and the lists. A frame that is not shown leaves what it fired.
-// Numbers with a point are exact. The folder shows as `.`, a byte outside ASCII as \xHH.
+// lumetra-render's --trace, then layers that have changed, `state` and the lists. A frame that is not shown
+// leaves what it fired. Numbers with a point are exact. The folder shows as `.`, a byte outside ASCII as
+// \xHH.
 class Session {
 public:
     explicit Session(const std::filesystem::path& chart);
@@ -29,6 +31,7 @@ private:
     void SayBars();
     void SayObjects(const char* name, BmsObject* const* list, int count, const BmsEvent* events);
     std::string NameOf(const BmsObject& object) const;
+    void SayLayers();
     void SayFrame(const std::string& lines);
     void SayList(const char* name, const BmsEvent* list, int count, int cursor);
     void OnFrame();
@@ -36,6 +39,7 @@ private:
     void Schedule(const std::string& input);
 
     std::string folder_, chart_, text_;
+    std::map<int, std::string> shown_;  // of each layer
     std::vector<std::string> inputs_;
     size_t next_ = 0, titles_ = 0, boxes_ = 0, dialogs_ = 0, posted_ = 0, logged_ = 0;
     int turns_ = 0;
