@@ -70,7 +70,7 @@ std::string Session::Play(const std::string& trace) {
     for (const std::string& input : inputs_) Schedule(input);
     trace_.Listen();
     Do(inputs_[0]);
-    if (!begun_ && g_pBMS) SayChart();
+    if (!loads_ && g_pBMS) SayChart();
     for (const std::string& fault : headless::Faults()) Say("fault " + fault);
     test::ResetProgram();
     return text_;
@@ -214,8 +214,8 @@ void Session::SayLayers() {
 }
 
 void Session::OnFrame() {
-    if (!begun_) {
-        begun_ = true;
+    if (loads_ != headless::Titles().size()) {  // another chart
+        loads_ = headless::Titles().size();
         trace_.Begin();
         SayChart();
         turns_ = 1;

@@ -15,7 +15,7 @@
 //   frame: > frame T              composes a frame at chart time T > key CODE             to the window; >
 //   send MESSAGE WPARAM likewise > run N                so many turns of the main loop, the last of which is
 //   shown
-// The chart as it was read and compiled comes with the first frame. The lines of a frame are those of
+// The chart as it was read and compiled comes with its first frame. The lines of a frame are those of
 // lumetra-render's --trace, then layers that have changed, `state` and the lists. A frame that is not shown
 // leaves what it fired. Numbers with a point are exact. The folder shows as `.`, a byte outside ASCII as
 // \xHH.
@@ -41,8 +41,8 @@ private:
     std::string folder_, chart_, text_;
     std::map<int, std::string> shown_;  // of each layer
     std::vector<std::string> inputs_;
-    size_t next_ = 0, titles_ = 0, boxes_ = 0, dialogs_ = 0, posted_ = 0, logged_ = 0;
+    size_t loads_ = 0, next_ = 0, titles_ = 0, boxes_ = 0, dialogs_ = 0, posted_ = 0, logged_ = 0;
     int turns_ = 0;
-    bool begun_ = false, timed_ = false;
+    bool timed_ = false;
     render::Trace trace_;
 };
