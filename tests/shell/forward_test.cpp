@@ -10,7 +10,8 @@ protected:
     // With so many instances beside it, whose ids are 11, 12 and so on.
     static int RunBeside(int instances, const std::string& line) {
         Fresh();
-        for (int i = 0; i < instances; ++i) headless::AddInstance(static_cast<uint64_t>(11 + i), "Lumetra_ZN");
+        for (int i = 0; i < instances; ++i)
+            headless::AddInstance(static_cast<uint64_t>(11 + i), "Lumetra_ZN");
         return RunLine(line);
     }
     // What the others were sent, as `instance:message(wparam) `.

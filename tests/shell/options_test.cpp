@@ -60,7 +60,7 @@ TEST(Options, Speed) {
         ScanAlone(line);
         EXPECT_EQ(g_fSpeed, static_cast<float>(hundredths) * 0.01f) << line;
     }
-    EXPECT_EQ(SpeedFromText("0.1000000015"), 10);  // just above the float 0.1
+    EXPECT_EQ(SpeedFromText("0.1000000015"), 10);            // just above the float 0.1
     ScanAlone(("-M1." + std::string(100000, '0')).c_str());  // longer than a value's room
     EXPECT_EQ(g_fSpeed, 1.0f);
     const int messages[][2] = {{10, 10}, {800, 800}, {9, 50}, {801, 50}, {INT32_MIN, 50}};

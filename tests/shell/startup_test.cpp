@@ -105,6 +105,15 @@ TEST_F(StartUpTest, NoMemoryForAnotherChartEndsTheProgram) {
     EXPECT_EQ(Now(), 1300u);
 }
 
+TEST_F(StartUpTest, EveryLoadCompactsTheSoundMemory) {
+    At(100, DoubleClick());
+    At(200, ChooseFile(folder_.Path("song.bms")));
+    At(300, Key(test::kEscape));
+    const int before = directsound_test::Calls(Call::kCompact);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(directsound_test::Calls(Call::kCompact), before + 2);
+}
+
 // The box delivers messages: the player goes on, is told to quit, or its window is closed.
 TEST_F(StartUpTest, InTheBoxOfAMissingPartsSurface) {
     enum { kGoesOn, kQuits, kCloses };

@@ -77,6 +77,23 @@ TEST_F(Files, LookAlikes) {
     for (const auto& [name, content] : rows) EXPECT_EQ(Content(Named(name)), content) << name;
 }
 
+// Folders whose names differ from the file's in letter case alone come before it.
+TEST_F(Files, TriesSixtyFourNames) {
+    for (const int before : {61, 62}) {  // two more go to the name as it stands
+        FileForgetListings();
+        for (int i = 0; i <= before; ++i) {
+            std::string name = "abcdefg" + std::to_string(before);
+            for (int bit = 0; bit < 7; ++bit)
+                if (~i >> (6 - bit) & 1) name[static_cast<size_t>(bit)] -= 32;
+            if (i < before)
+                std::filesystem::create_directory(folder.Path(name));
+            else
+                folder.Write(name, "found");
+        }
+        EXPECT_EQ(Content(Named("ABCdefg" + std::to_string(before))), before < 62 ? "found" : "<none>");
+    }
+}
+
 TEST_F(Files, RefusesWhatIsNoReadableFile) {
     constexpr uid_t kNobody = 65534;
     std::filesystem::create_directories(folder.Path("folder.wav"));
