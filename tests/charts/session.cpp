@@ -68,7 +68,6 @@ std::string Session::Play(const std::string& trace) {
     for (std::getline(lines, line), inputs_ = {line}; std::getline(lines, line);)
         if (line.rfind("> ", 0) == 0) inputs_.push_back(line);
     for (const std::string& input : inputs_) Schedule(input);
-    trace_.Listen();
     Do(inputs_[0]);
     if (!loads_ && g_pBMS) SayChart();
     for (const std::string& fault : headless::Faults()) Say("fault " + fault);
@@ -220,7 +219,7 @@ void Session::OnFrame() {
         SayChart();
         turns_ = 1;
     }
-    const std::string lines = trace_.TakeFrame(ChartTime());
+    const std::string lines = trace_.Take(ChartTime(), true);
     if (turns_ == 0 || --turns_ > 0) {  // not shown but for what it fired
         std::istringstream in(lines);
         for (std::string line; std::getline(in, line);)
@@ -255,7 +254,7 @@ void Session::Do(const std::string& input) {
         if (stamp - g_dwNowTime > 100'000) host::CloseSound();  // nobody hears days of it
         headless::SetClock(uint64_t{stamp} * 1'000'000);
         PlayFrame();
-        SayFrame(trace_.TakeFrame(ChartTime()));
+        SayFrame(trace_.Take(ChartTime(), true));
     } else {
         WindowProc(g_hWnd, message, static_cast<WPARAM>(word == "key" ? a : b), 0);
         SayFrame("");

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/watch.h"
-#include "render/trace.h"
+#include "render/frame_lines.h"
 
 // Lines that begin with `> ` are inputs, the others what comes of them:
 //   > lumetra LINE         the command line, with @ for the chart; always the first
@@ -44,5 +44,5 @@ private:
     size_t loads_ = 0, next_ = 0, titles_ = 0, boxes_ = 0, dialogs_ = 0, posted_ = 0, logged_ = 0;
     int turns_ = 0;
     bool timed_ = false;
-    render::Trace trace_;
+    render::FrameLines trace_;
 };

@@ -33,17 +33,6 @@ TEST_F(Loop, RunsFramesInEveryState) {
     EXPECT_GT(counts[5], counts[4] + 50);  // ended
 }
 
-TEST_F(Loop, AFloodOfAboutBoxesOpensFew) {
-    At(2000, headless::Call([] {
-           for (int i = 0; i < 500; ++i) PostMessageA(g_hWnd, WM_SYSCOMMAND, IDM_ABOUT, 0);
-       }));
-    At(2100, headless::Call([] { EXPECT_EQ(headless::Boxes().size(), 4u); }));
-    for (int i = 0; i < 4; ++i) At(2200, headless::AnswerBox());
-    At(3000, Key(test::kEscape));
-    EXPECT_EQ(Run("-P "), 0);
-    EXPECT_EQ(headless::Boxes().size(), 4u);
-}
-
 // ---- the rate itself ----
 
 uint32_t RateAfter(CFrameRate* rate, int count, uint64_t milliseconds) {

@@ -215,7 +215,8 @@ TEST_F(StartUpTest, WaysOut) {
         EXPECT_LE(FrameCount(), frames + 1) << row.name;
         EXPECT_EQ(TheWindow().open, row.stays) << row.name;
         EXPECT_TRUE(!g_pDSound && !g_pDDraw && !g_pBMS && !g_pBarList);
-        Shutdown();  // once more does nothing
+        EXPECT_EQ(timeEndPeriod(1), TIMERR_NOCANDO);  // the run has ended its own
+        Shutdown();                                   // once more does nothing
         EXPECT_FALSE(SoundIsOpen());
     }
 }

@@ -1,52 +1,27 @@
-// The run as text, one line per event.
+// The run as a file of text, in the lines of frame_lines.h.
 #pragma once
 
-#include <vector>
+#include <string>
 
-#include "chart/bms.h"
 #include "common/output.h"
-#include "platform/watch.h"
+#include "render/frame_lines.h"
 #include "render/pass.h"
 
 namespace render {
 
-// Lines, with fields separated by one blank:
-//   frame N MS CHART_MS BAR TEMPO          number of the frame, clock and chart time, current bar and tempo
-//   fire LIST MEASURE PLACE CHANNEL MS     a record that became due in this frame
-//                                          (LIST: bar, tempo, bgm, note or bga)
-//   sound SLOT FILE                        a sound started
-//   draw X Y SURFACE L T R B [key]         a copy to the picture, in order
-// One at a time in a process. Returning false means that error() says why.
-class Trace {
+class TraceSink : public Sink {
 public:
-    ~Trace();
-    bool Open(const std::string& name);
-    void Listen();  // what Open does, without a file
-    bool Begin();  // once the chart is loaded
-    bool OnFrame(int32_t now);
-    const std::string& TakeFrame(int32_t now);  // returns the lines of this frame; valid until the next
-    bool Commit() { return out_.Commit(); }
-    const std::string& error() const { return out_.error(); }
+    explicit TraceSink(const std::string& name) : name_(name) {}
+    ExitCode Begin(double seconds) override;
+    ExitCode OnFrame(const Moment& moment) override;
+    ExitCode Finish() override { return Result(out_.Commit()); }
 
 private:
-    struct List {
-        const char* name;
-        BmsEvent** records;
-        int32_t* count;
-        std::vector<char> done;
-    };
+    ExitCode Result(bool good) { return good ? kGood : Complain(kOutput, out_.error()); }
 
-    static void OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
-                         const RECT& rect, bool keyed);
-    static void OnStarted(const IDirectSoundBuffer* buffer, bool looping);
-    void ReportFired(List* list);
-    void Line(const char* format, ...) __attribute__((format(printf, 2, 3)));
-
-    static Trace* self_;
+    const std::string name_;
     tools::Output out_;
-    std::string sounds_, draws_, text_;
-    std::vector<List> lists_;
-    int64_t frames_ = 0;
+    FrameLines lines_;
 };
 
 }  // namespace render
