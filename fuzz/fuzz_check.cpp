@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto subject = std::make_unique<check::Subject>("/proc/self/fd/" + std::to_string(file));
     if (!check::CheckChart(subject.get(), &why)) std::abort();
     close(file);
-    check::WriteText(*subject, true, &report);
+    check::WriteText(*subject, {.notes = true}, &report);
     check::WriteJson(*subject, &report);
     if (!IsUtf8(report)) std::abort();
     for (const check::Finding& finding : subject->findings.Kept()) {

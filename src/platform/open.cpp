@@ -29,6 +29,9 @@ FileStream* OpenSubstitute(const std::string& name) {
     return pSubstitute->path.empty() ? nullptr : OpenStream(pSubstitute->path);
 }
 
+std::string g_provided;   // the name that FileProvide was given
+SharedBytes g_pProvided;  // null: none
+
 }  // namespace
 
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
@@ -38,7 +41,13 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode) {
 }
 
 FileStream* FileOpenAsNamed(const char* pszPath) {
-    return pszPath ? OpenNamed(pszPath) : nullptr;
+    if (!pszPath) return nullptr;
+    return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
+}
+
+void FileProvide(const char* pszPath, SharedBytes pBytes) {
+    g_provided = pszPath;
+    g_pProvided = std::move(pBytes);
 }
 
 std::string FileFind(const char* pszPath) {

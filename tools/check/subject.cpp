@@ -46,6 +46,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     const QuietStderr quiet;
     subject->path = HandOver(subject->file_name);
     const char* path = subject->path.c_str();
+    FileProvide(path, subject->provided);
     int64_t size = 0;
     const std::unique_ptr<char[]> text(ReadChartText(path, &size));
     if (text && subject->sound.Init(nullptr, 1) != 0) {
@@ -54,7 +55,8 @@ bool CheckChart(Subject* subject, std::string* why) {
     }
     subject->chart = std::make_unique<CBMS>(&subject->display, &subject->sound);
     if (!text || subject->chart->Load(path, 0) == 0) {
-        *why = WhyUnreadable(subject->file_name);
+        *why = subject->provided ? "holds more objects than the player takes"
+                                 : WhyUnreadable(subject->file_name);
         return false;
     }
     subject->refused = subject->chart->Compile() != 0;
@@ -70,6 +72,7 @@ bool CheckChart(Subject* subject, std::string* why) {
         CountFigures(subject);
     }
     subject->findings.Sort();
+    subject->findings.CountCharacterColumns({text.get(), static_cast<size_t>(size)});
     return true;
 }
 

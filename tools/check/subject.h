@@ -9,6 +9,7 @@
 #include "check/finding.h"
 #include "check/tables.h"
 #include "display/ddraw.h"
+#include "platform/byteblock.h"
 #include "sound/dsound.h"
 
 namespace check {
@@ -46,9 +47,11 @@ struct Figures {
 };
 
 struct Subject {
-    explicit Subject(const std::string& file) : file_name(file) {}
+    explicit Subject(const std::string& file, const CodeSet& wanted = CodeSet().set())
+        : file_name(file), findings(wanted) {}
     std::string file_name;  // as the user wrote it
     std::string path;       // as the player gets it
+    SharedBytes provided;   // the bytes of the chart if they are not on the disk
     CDSound sound;
     CDDraw display;
     std::unique_ptr<CBMS> chart;
