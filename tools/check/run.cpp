@@ -188,10 +188,10 @@ int Report::End() {
 }  // namespace
 
 int CheckAll(const Options& options) {
-    std::vector<std::string> empty;
-    const std::vector<std::string> charts = CollectCharts(options.charts, &empty);
+    std::vector<std::string> errors;
+    const std::vector<std::string> charts = CollectCharts(options.charts, &errors);
     int code = kClean;
-    for (const std::string& folder : empty) code = tools::Complain(kUnreadable, folder + ": no chart found");
+    for (const std::string& error : errors) code = tools::Complain(kUnreadable, error);
     SharedBytes input;
     if (std::find(charts.begin(), charts.end(), "-") != charts.end()) {
         const std::string error = ReadStandardInput(&input);

@@ -3,12 +3,15 @@
 #include <toml++/toml.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 #include "platform/files/filename.h"
 
 namespace check {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr char kFileName[] = "lumetra-check.toml";
 constexpr size_t kMostBytes = 64 << 10;
@@ -36,9 +39,12 @@ std::string ReadSetting(std::string_view key, const toml::node& node, Rules* rul
     return rules->fail_on ? "" : At(node, "fail-on is error, warning or note");
 }
 
+// Empty without *exists if there is no such regular file.
 std::string ReadFile(const std::string& path, bool* exists) {
+    std::error_code error;
+    *exists = fs::is_regular_file(path, error);  // opening a pipe would wait
+    if (!*exists) return "";
     const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
-    *exists = file != nullptr;
     std::string text(kMostBytes, '\0');
     text.resize(file ? std::fread(text.data(), 1, text.size(), file.get()) : 0);
     return text;
@@ -89,7 +95,8 @@ const SettingsFinder::Found& SettingsFinder::InFolder(const std::string& folder)
 }
 
 std::string SettingsFinder::Find(const std::string& chart, const Rules& command_line, Rules* rules) {
-    const std::string folder = FolderOf(AbsolutePath(chart));
+    std::error_code unknown;
+    const std::string folder = fs::weakly_canonical(FolderOf(AbsolutePath(chart)), unknown);
     const Found found = folder.empty() ? Found() : InFolder(folder);
     *rules = found.rules;
     rules->ignore |= command_line.ignore;
