@@ -100,6 +100,8 @@ inline constexpr CodeInfo kCodes[] = {
     {"name-case", kNote, kNote, "found only in another letter case"},
     {"name-encoding", kNote, kNote, "found only in another encoding"},
     {"stand-in", kNote, kNote, "the file does not exist, and a file of another kind substitutes for it"},
+    {"over-budget", kError, kError,
+     "the sounds or pictures of the chart together take too much memory or decoding"},
     {"undefined-picture", kWarning, kNote,
      "an object uses a picture that no line defines, which blanks its layer; a note where that is probably "
      "intended"},

@@ -68,6 +68,11 @@ inline constexpr Explanation kObjectExplanations[] = {
      "not "
      "every player does.",
      "#WAV01 kick.wav", "Nothing, or name the file that exists if your players need it."},
+    {"over-budget",
+     "The player bounds what all files of one chart may take: 1 GiB of pictures and 2 GiB of decoded sounds. "
+     "Beyond "
+     "that, layers stay blank and sounds silent.",
+     "", "Make the largest files smaller, or use fewer."},
     {"undefined-picture",
      "An object whose picture is not defined blanks its layer. Authors do this on purpose with numbers above "
      "FZ.",

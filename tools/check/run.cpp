@@ -41,7 +41,6 @@ public:
     // input: what - means.
     ChartChecker(const Options& options, const std::vector<std::string>& charts, SharedBytes input)
         : options_(options), charts_(charts), input_(std::move(input)) {
-        // Loading a chart with a long path changes the working directory.
         for (const std::string& chart : charts) paths_.push_back(AbsolutePath(ShownAs(chart, options)));
     }
 

@@ -8,6 +8,7 @@
 #include "chart/reader.h"
 #include "check/quiet.h"
 #include "check/read.h"
+#include "host/headless/headless.h"
 #include "platform/files/filename.h"
 #include "platform/files/files.h"
 
@@ -53,6 +54,7 @@ bool CheckChart(Subject* subject, std::string* why) {
         *why = "no memory for the sounds";
         return false;
     }
+    const size_t logged = headless::Log().size();
     subject->chart = std::make_unique<CBMS>(&subject->display, &subject->sound);
     if (!text || subject->chart->Load(path, 0) == 0) {
         *why = subject->provided ? "holds more objects than the player takes"
@@ -61,6 +63,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     }
     subject->refused = subject->chart->Compile() != 0;
     ReadLines(text.get(), size, path, &subject->tables, &subject->findings);
+    CheckBudget(std::string_view(headless::Log()).substr(logged), subject);
     CheckRefused(subject);
     CheckNoTempo(subject);
     CheckSounds(subject);

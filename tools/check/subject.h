@@ -55,7 +55,8 @@ struct Subject {
     CDSound sound;
     CDDraw display;
     std::unique_ptr<CBMS> chart;
-    bool refused = false;  // objects then have no times
+    bool pictures_left_out = false;  // because they take too much together
+    bool refused = false;            // objects then have no times
     Tables tables;
     std::vector<SoundFile> sounds;  // the defined ones, by number
     std::vector<PictureFile> pictures;
@@ -65,6 +66,9 @@ struct Subject {
 
 // Loads and checks the chart. False, with a reason, if the player cannot read the file at all.
 bool CheckChart(Subject* subject, std::string* why);
+
+// Reports what the player left out, from what it logged while it loaded the chart.
+void CheckBudget(std::string_view log, Subject* subject);
 
 // The steps after loading and reading, in this order.
 void CheckSounds(Subject* subject);

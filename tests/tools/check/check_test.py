@@ -11,6 +11,7 @@ import json
 import os
 import random
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -19,6 +20,7 @@ TOOL, SOURCE = map(os.path.abspath, sys.argv[1:3])
 UPDATE = "--update" in sys.argv
 CHARTS = os.path.join(SOURCE, "tests", "tools", "check", "charts")
 failures = []
+seen = set()  # codes in reports
 
 
 def expect(condition, what):
@@ -29,7 +31,9 @@ def expect(condition, what):
 def run(*arguments, folder=CHARTS, output=subprocess.PIPE, text=b""):
     done = subprocess.run([TOOL, *arguments], cwd=folder, stdout=output, stderr=subprocess.PIPE, input=text,
                           timeout=60)
-    return done.returncode, (done.stdout or b"").decode("utf-8"), done.stderr.decode("utf-8")
+    report = (done.stdout or b"").decode("utf-8")
+    seen.update(re.findall(r"\[([a-z0-9-]+)\]$", report, re.M))
+    return done.returncode, report, done.stderr.decode("utf-8")
 
 
 def charts_of(*arguments, codes=(0, 1)):
@@ -52,17 +56,14 @@ def compare(name, got):
 
 
 def test_reports():
-    """Each chart has its stored report, each code is in one of them, and docs/check.md lists each code."""
-    seen = set()
+    """Each chart has its stored report, and docs/check.md lists each code."""
     for name in sorted(os.listdir(CHARTS)):
         if name.endswith(".bms"):
             _, report, errors = run("--strict", name)
             compare(name[:-4] + ".txt", errors + report)
-            seen |= set(re.findall(r"\[([a-z0-9-]+)\]$", report, re.M))
     with open(os.path.join(SOURCE, "tools", "check", "codes.h"), encoding="utf-8") as header:
         rows = re.findall(r'^    \{"([a-z0-9-]+)", k(\w+), k(\w+),\s+((?:"[^"]*"\s*)+)\}',
                           header.read(), re.M)
-    expect(seen == {row[0] for row in rows}, f"codes in no report: {sorted({row[0] for row in rows} - seen)}")
     table = []
     for code, usual, lesser, text in rows:
         severity = usual.lower() + ("" if usual == lesser else ", " + lesser.lower())
@@ -72,6 +73,7 @@ def test_reports():
         listed = re.findall(r"^\| `[a-z0-9-]+` \| (?:error|warning|note).*\n", document.read(), re.M)
     expect(listed == table, "docs/check.md needs:\n" + "".join(line for line in table if line not in listed))
     compare("docs/findings.md", "# Findings of lumetra-check\n\n" + run("--explain", "all")[1])
+    return {row[0] for row in rows}
 
 
 def test_folders_and_formats():
@@ -203,6 +205,17 @@ def test_charts_made_here(folder):
     write("pack/up.bms", b"#BPM 120", b"#WAV01 ../pack/../link.wav", b"#00111:01")
     report = run("--strict", "pack/up.bms", folder=folder)[1]
     expect(re.findall(r"\[(.*)\]", report) == ["outside-folder"], report)
+    write("big.bms", b"#BPM 120", b"#BMP01 big.bmp", b"#00104:01")
+    with open(os.path.join(folder, "big.bmp"), "wb") as picture:
+        picture.write(b"BM")
+        picture.truncate((1 << 30) + 1)
+    report = run("big.bms", folder=folder)[1]
+    expect("big.bms:2:8: error: the pictures of the chart together" in report and "too much" in report, report)
+    deep = os.path.join(folder, *["deep" * 20] * 4)
+    os.makedirs(deep)
+    for name in "clean.bms", "a.wav", "a.bmp":
+        shutil.copy(os.path.join(CHARTS, name), deep)
+    expect("clean.bms: 0 errors, 0 warnings, 0 notes\n" in run("clean.bms", folder=deep)[1], "a deep folder")
     name = "e\x1b]0;pwned\x07\nfake.bms:1:1: error: x\x9b\u202e"
     write(name, b"#BPM 120", b"#00111:01")
     for arguments in ([name], ["--json", name], [name + "?"]):
@@ -229,7 +242,7 @@ def test_any_bytes(folder):
     expect(len(charts_of(*paths)) == len(paths), "one member for each chart")
 
 
-test_reports()
+codes = test_reports()
 test_folders_and_formats()
 test_files_are_found_once()
 test_json()
@@ -238,6 +251,7 @@ with tempfile.TemporaryDirectory() as scratch:
     test_charts_made_here(scratch)
     test_any_bytes(scratch)
     test_settings(scratch)
+expect(seen == codes, f"codes in no report: {sorted(codes - seen)}")
 for failure in failures:
     print(failure)
 sys.exit(1 if failures else 0)
