@@ -9,23 +9,32 @@
 namespace check {
 namespace {
 
-constexpr const Explanation* Find(std::string_view code) {
-    for (const Explanation& explanation : kLineExplanations) {
-        if (explanation.code == code) return &explanation;
-    }
-    for (const Explanation& explanation : kObjectExplanations) {
-        if (explanation.code == code) return &explanation;
-    }
-    return nullptr;
+// The place of a code in a table; its size if the code is not there.
+template <size_t count>
+constexpr size_t IndexIn(const Explanation (&table)[count], std::string_view code) {
+    size_t i = 0;
+    while (i < count && table[i].code != code) ++i;
+    return i;
+}
+
+constexpr bool IsExplained(std::string_view code) {
+    return IndexIn(kLineExplanations, code) < std::size(kLineExplanations) ||
+           IndexIn(kObjectExplanations, code) < std::size(kObjectExplanations);
 }
 
 constexpr bool AllAreExplained() {
-    for (const CodeInfo& info : kCodes) {
-        if (!Find(info.name)) return false;
+    for (size_t i = 0; i < std::size(kCodes); ++i) {
+        if (!IsExplained(kCodes[i].name)) return false;
     }
     return std::size(kLineExplanations) + std::size(kObjectExplanations) == std::size(kCodes);
 }
 static_assert(AllAreExplained());
+
+const Explanation& Find(std::string_view code) {
+    const size_t line = IndexIn(kLineExplanations, code);
+    return line < std::size(kLineExplanations) ? kLineExplanations[line]
+                                               : kObjectExplanations[IndexIn(kObjectExplanations, code)];
+}
 
 std::string Indented(std::string_view lines) {
     std::string text = "    ";
@@ -33,7 +42,6 @@ std::string Indented(std::string_view lines) {
     return text;
 }
 
-// As a paragraph: without a capital, since most begin with code or follow a colon.
 std::string Severities(const CodeInfo& info) {
     std::string text(NameOf(info.severity));
     if (info.lesser != info.severity) text += " or " + std::string(NameOf(info.lesser));
@@ -44,7 +52,7 @@ std::string Severities(const CodeInfo& info) {
 
 std::string Explain(size_t index) {
     const CodeInfo& info = kCodes[index];
-    const Explanation& explanation = *Find(info.name);
+    const Explanation& explanation = Find(info.name);
     std::string text = "## " + std::string(info.name) + "\n\n" + Severities(info) + ": " +
                        std::string(info.meaning) + ".\n\n" + std::string(explanation.why) + "\n\n";
     if (!explanation.example.empty()) text += Indented(explanation.example) + "\n\n";
