@@ -6,6 +6,7 @@
 #include "platform/files/lookup.h"
 #include "platform/files/stream.h"
 #include "platform/substitutes/door.h"
+#include "platform/watch.h"
 
 namespace {
 
@@ -34,6 +35,8 @@ SharedBytes g_pProvided;  // null: none
 
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     if (!pszPath || !pszMode || std::strcmp(pszMode, "rb") != 0) return nullptr;
+    FileStream* pOrdered = nullptr;
+    if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     FileStream* pFile = TheDoor().HasMaker(pszPath) ? nullptr : OpenNamed(pszPath);
     if (!pFile) pFile = OpenMade(pszPath);
     if (!pFile || TheDoor().MayOpen(pszPath, SizeOf(pFile))) return pFile;
@@ -43,6 +46,8 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode) {
 
 FileStream* FileOpenAsNamed(const char* pszPath) {
     if (!pszPath) return nullptr;
+    FileStream* pOrdered = nullptr;
+    if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
 }
 
