@@ -1,0 +1,143 @@
+#include "dialect/tempos.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace dialect {
+
+namespace {
+
+// The knots that come to stand on one place of the grid.
+struct Group {
+    Fraction place;
+    double value;
+    double before, after;  // ms; objects here sound at `before`
+    double bpm;
+    bool exact;  // all of them stand on the place itself
+};
+
+class Planner {
+public:
+    Planner(const TimeMap& times, double start_bpm, const std::vector<Event>& events)
+        : times_(times), events_(events), current_(start_bpm) {}
+
+    std::vector<Tempo> Run() {
+        for (int32_t m = 0; m + 1 < times_.Measures(); ++m) {
+            ReadGroups(m);
+            while (next_event_ < events_.size() && events_[next_event_].measure < m) ++next_event_;
+            for (size_t i = 0; i < groups_.size(); ++i) Place(m, i);
+        }
+        return std::move(tempos_);
+    }
+
+private:
+    void ReadGroups(int32_t measure);
+    void Place(int32_t measure, size_t index);
+    double NextObject(int32_t measure, double place);
+    void Emit(int32_t measure, Fraction place, double bpm) {
+        if (bpm == current_) return;
+        current_ = bpm;
+        tempos_.push_back({measure, place, bpm});
+    }
+
+    const TimeMap& times_;
+    const std::vector<Event>& events_;
+    double current_;  // the player's
+    size_t next_event_ = 0;
+    std::vector<Group> groups_;
+    std::vector<Tempo> tempos_;
+};
+
+// A knot that moves takes the line of time before it and the line behind it along.
+void Planner::ReadGroups(int32_t measure) {
+    groups_.clear();
+    const double length = times_.Length(measure);
+    double bpm = times_.Begin(measure)->bpm;
+    for (const Knot* knot = times_.Begin(measure); knot != times_.End(measure); ++knot) {
+        const Fraction place = NearestPlace(knot->place);
+        const double shift = place.Value() - knot->value;
+        if (groups_.empty() || groups_.back().value != place.Value()) {
+            const double before = knot->ms + shift * length * (kMeasureMs / bpm);
+            groups_.push_back({place, place.Value(), before, before, knot->bpm, shift == 0});
+        }
+        Group& group = groups_.back();
+        group.exact &= shift == 0;
+        if (knot->after > knot->ms || shift == 0) {
+            group.after = std::max(group.before, knot->after + shift * length * (kMeasureMs / knot->bpm));
+        }
+        group.bpm = bpm = knot->bpm;
+    }
+}
+
+// The first place of an event behind the given one, 1 when there is none in the measure.
+double Planner::NextObject(int32_t measure, double place) {
+    for (size_t i = next_event_; i < events_.size() && events_[i].measure == measure; ++i) {
+        if (events_[i].place.Value() > place) return events_[i].place.Value();
+        next_event_ = i;
+    }
+    return 1.0;
+}
+
+void Planner::Place(int32_t measure, size_t index) {
+    const Group& group = groups_[index];
+    const bool last = index + 1 == groups_.size();
+    const double next = last ? 1.0 : groups_[index + 1].value;
+    const double next_ms = last ? times_.MeasureMs(measure + 1) : groups_[index + 1].before;
+    const double length = times_.Length(measure);
+    const auto tempo_for = [&](double span, double ms) { return kMeasureMs * span * length / std::max(ms, 1e-6); };
+    const double bpm = group.exact ? group.bpm : tempo_for(next - group.value, next_ms - group.after);
+    if (group.after <= group.before) return Emit(measure, group.place, bpm);
+    const Fraction behind = PlaceBehind(group.place, std::min(next, NextObject(measure, group.value)));
+    const double span = behind.Value() - group.value;
+    const double ms = group.after - group.before + span * length * (kMeasureMs / bpm);
+    Emit(measure, group.place, tempo_for(span, ms));
+    if (behind.Value() < next) Emit(measure, behind, bpm);
+}
+
+}  // namespace
+
+std::vector<Tempo> PlanTempos(const TimeMap& times, double start_bpm, const std::vector<Event>& events) {
+    return Planner(times, start_bpm, events).Run();
+}
+
+// The two walks of the player's compiler. Terms and their order are the player's.
+PlayerClock::PlayerClock(double start_bpm, const std::vector<double>& lengths, const std::vector<Tempo>& tempos)
+    : lengths_(lengths), tempos_(tempos), start_bpm_(start_bpm), bpm_(start_bpm) {
+    double t = kLeadInMs, bpm = start_bpm;
+    size_t i = 0;
+    for (size_t m = 0; m < lengths.size(); ++m) {
+        const double length = lengths[m];
+        double w = kMeasureMs / bpm;
+        starts_.push_back(t);
+        double d = length * w;
+        for (; i < tempos.size() && tempos[i].measure == static_cast<int32_t>(m); ++i) {
+            const double r = 1.0 - tempos[i].place.Value();
+            d = d - length * w * r;
+            tempo_ms_.push_back(t + d);
+            bpm = tempos[i].bpm;
+            w = kMeasureMs / bpm;
+            d = d + length * w * r;
+        }
+        t = t + d;
+    }
+}
+
+double PlayerClock::Ms(int32_t measure, double place) {
+    if (last_ < measure) {
+        from_place_ = 0;
+        from_ms_ = starts_[static_cast<size_t>(measure)];
+    }
+    last_ = measure;
+    for (; next_ < tempos_.size(); ++next_) {
+        const Tempo& tempo = tempos_[next_];
+        if (tempo.measure + tempo.place.Value() > measure + place) break;
+        bpm_ = tempo.bpm;
+        if (tempo.measure == measure) {
+            from_place_ = tempo.place.Value();
+            from_ms_ = tempo_ms_[next_];
+        }
+    }
+    return kMeasureMs / bpm_ * lengths_[static_cast<size_t>(measure)] * (place - from_place_) + from_ms_;
+}
+
+}  // namespace dialect
