@@ -63,12 +63,8 @@ int32_t NumberOf(ChannelKind kind, const char* pair, const DigitTable& digits) {
 // Numbers that the player reads otherwise, by what the channel holds.
 uint32_t NeedOf(ChannelKind kind, int32_t number) {
     switch (kind) {
-        case ChannelKind::kBackground:
-        case ChannelKind::kNote:
         case ChannelKind::kTempoRef:
-            return PlayerNumber(number) == 0 ? kNeedNumbers : kNeedNothing;
-        case ChannelKind::kPicture:
-            return PlayerNumber(number) == 0 ? kNeedPictures : kNeedNothing;
+            return PlayerNumber(number) == 0 ? kNeedTimes : kNeedNothing;
         case ChannelKind::kStop:
             return kNeedTimes;
         case ChannelKind::kLong:
@@ -112,7 +108,8 @@ void ReadLength(int32_t measure, std::string_view text, Place place, Reader* rea
         reader->chart->lengths[static_cast<size_t>(measure)] = *length;
     } else {
         reader->chart->needs |= kNeedTimes;
-        reader->findings->Add(Severity::kWarning, "bad-length", place, "this is no length, it is passed over");
+        reader->findings->Add(Severity::kWarning, "bad-length", place,
+                              "this is no length, it is passed over");
     }
     if (measure > reader->chart->last_measure) reader->chart->last_measure = measure;
 }
@@ -122,7 +119,8 @@ void TellChannel(std::string_view name, int32_t channel, Place place, Reader* re
     reader->told[static_cast<size_t>(channel)] = true;
     const char* effect = EffectOf(channel);
     reader->findings->Add(Severity::kNote, effect ? "no-effect" : "unknown-channel", place, [&] {
-        return "channel " + std::string(name) + (effect ? ", " + std::string(effect) + "," : "") + " has no effect";
+        return "channel " + std::string(name) + (effect ? ", " + std::string(effect) + "," : "") +
+               " has no effect";
     });
 }
 

@@ -13,15 +13,24 @@ struct Effect {
 };
 
 constexpr Effect kEffects[] = {
-    {"05", "a movement of an object"},   {"0A", "a second overlay picture"},
-    {"0B", "the base layer's opacity"},  {"0C", "the overlay's opacity"},
-    {"0D", "the second overlay's opacity"}, {"0E", "the poor layer's opacity"},
-    {"97", "the background's volume"},   {"98", "the notes' volume"},
-    {"99", "a text"},                    {"A0", "a judgement width"},
-    {"A1", "a colour of the base layer"}, {"A2", "a colour of the overlay"},
-    {"A3", "a colour of the second overlay"}, {"A4", "a colour of the poor layer"},
-    {"A5", "a picture for a key press"}, {"A6", "a change of options"},
-    {"SC", "a scroll speed"},            {"SP", "a note spacing"},
+    {"05", "a movement of an object"},
+    {"0A", "a second overlay picture"},
+    {"0B", "the base layer's opacity"},
+    {"0C", "the overlay's opacity"},
+    {"0D", "the second overlay's opacity"},
+    {"0E", "the poor layer's opacity"},
+    {"97", "the background's volume"},
+    {"98", "the notes' volume"},
+    {"99", "a text"},
+    {"A0", "a judgement width"},
+    {"A1", "a colour of the base layer"},
+    {"A2", "a colour of the overlay"},
+    {"A3", "a colour of the second overlay"},
+    {"A4", "a colour of the poor layer"},
+    {"A5", "a picture for a key press"},
+    {"A6", "a change of options"},
+    {"SC", "a scroll speed"},
+    {"SP", "a note spacing"},
 };
 
 constexpr int32_t Digit(char c) {
@@ -45,8 +54,9 @@ constexpr std::array<ChannelKind, kChannels> MakeKinds() {
         int32_t side;
         ChannelKind kind;
     } kSides[] = {
-        {1, ChannelKind::kNote},   {2, ChannelKind::kNote}, {3, ChannelKind::kHidden}, {4, ChannelKind::kHidden},
-        {5, ChannelKind::kLong},   {6, ChannelKind::kLong}, {13, ChannelKind::kMine},  {14, ChannelKind::kMine},
+        {1, ChannelKind::kNote},   {2, ChannelKind::kNote},  {3, ChannelKind::kHidden},
+        {4, ChannelKind::kHidden}, {5, ChannelKind::kLong},  {6, ChannelKind::kLong},
+        {13, ChannelKind::kMine},  {14, ChannelKind::kMine},
     };
     for (const auto& side : kSides) {
         for (int32_t lane = 1; lane <= 9; ++lane) kinds[Channel(side.side, lane)] = side.kind;

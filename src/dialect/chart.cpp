@@ -31,7 +31,8 @@ Chart ReadChart(std::string_view bytes, const Choice& choice, Findings* findings
     for (const Line& line : lines) {
         if (!ReadChannelLine(line, &reader)) ReadKeywordLine(line, &reader);
     }
-    for (const TimedStop& stop : chart.timed_stops) chart.last_measure = std::max(chart.last_measure, stop.measure);
+    for (const TimedStop& stop : chart.timed_stops)
+        chart.last_measure = std::max(chart.last_measure, stop.measure);
     if (chart.last_measure == 0) chart.needs |= kNeedMeasure;
     return chart;
 }

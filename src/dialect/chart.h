@@ -51,16 +51,16 @@ struct TimedStop {
 // Why the player would not play the file as it stands.
 enum Need : uint32_t {
     kNeedNothing = 0,
-    kNeedLines = 1 << 0,       // line ends, a byte-order mark, long lines, blanks and tabulators
-    kNeedFlow = 1 << 1,        // #RANDOM, #SWITCH
-    kNeedNumbers = 1 << 2,     // numbers beyond FZ, base 62
+    kNeedLines = 1 << 0,    // line ends, a byte-order mark, long lines, blanks and tabulators
+    kNeedFlow = 1 << 1,     // #RANDOM, #SWITCH
+    kNeedNumbers = 1 << 2,  // numbers beyond FZ, base 62
     kNeedLongNotes = 1 << 3,
-    kNeedTimes = 1 << 4,       // stops, tempos and lengths that are read otherwise
-    kNeedOverlay = 1 << 5,     // two lines of one channel, one object on the other
+    kNeedTimes = 1 << 4,    // stops, tempos and lengths that are read otherwise
+    kNeedOverlay = 1 << 5,  // two lines of one channel, one object on the other
     kNeedPictures = 1 << 6,
-    kNeedMeasure = 1 << 7,     // nothing behind measure 0
-    kNeedNames = 1 << 8,       // names of files that are read otherwise
-    kNeedMixing = 1 << 9,      // more sounds than numbers, or places off the player's grid
+    kNeedMeasure = 1 << 7,  // nothing behind measure 0
+    kNeedNames = 1 << 8,    // names of files that are read otherwise
+    kNeedMixing = 1 << 9,   // more sounds than numbers, or places off the player's grid
 };
 
 struct Chart {

@@ -1,5 +1,5 @@
-// Compiles a chart of today to one that the player plays right: bytes in, a plan out, and from that the text of
-// a chart in the player's own dialect. Pure functions: no files, no clock, no state.
+// Compiles a chart of today to one that the player plays right: bytes in, a plan out, and from that the text
+// of a chart in the player's own dialect. Pure functions: no files, no clock, no state.
 #pragma once
 
 #include <functional>
@@ -43,13 +43,13 @@ struct StemItem {
 
 // Sounds that are mixed to one WAV or a few. It plays in the background, at the begin of its measures.
 struct Stem {
-    std::vector<int32_t> measures;  // the measures at whose begin it starts; several have equal content
-    double begin_ms;                // of the first of them
-    int32_t parts = 1;              // WAV files, at least 1
-    bool limited = false;           // the mix is to pass a limiter
-    std::vector<int32_t> numbers;   // of the parts
-    std::vector<std::string> names; // of the parts, in the text
-    std::vector<StemItem> items;    // in order of start
+    std::vector<int32_t> measures;   // the measures at whose begin it starts; several have equal content
+    double begin_ms;                 // of the first of them
+    int32_t parts = 1;               // WAV files, at least 1
+    bool limited = false;            // the mix is to pass a limiter
+    std::vector<int32_t> numbers;    // of the parts
+    std::vector<std::string> names;  // of the parts, in the text
+    std::vector<StemItem> items;     // in order of start
 };
 
 constexpr int32_t kSheetCells = 16, kSheetSide = 4, kCellSize = 256;
@@ -101,9 +101,9 @@ std::string WriteText(const Plan& plan);
 
 // How much of a chart is heard when the player reads its file as it stands.
 struct Verdict {
-    int64_t asked = 0;   // sounds that the chart starts, of numbers with a file
-    int64_t played = 0;  // of these, at their time and from their file
-    int64_t wrong = 0;   // sounds that the player starts and the chart does not ask for
+    int64_t asked = 0;     // sounds that the chart starts, of numbers with a file
+    int64_t played = 0;    // of these, at their time and from their file
+    int64_t wrong = 0;     // sounds that the player starts and the chart does not ask for
     bool refused = false;  // the player takes the file for no chart
 };
 Verdict Judge(std::string_view bytes, const Options& options);

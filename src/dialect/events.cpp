@@ -11,7 +11,8 @@ constexpr size_t kNoEvent = static_cast<size_t>(-1);
 // Joins the objects of the lanes to notes.
 class Lanes {
 public:
-    Lanes(const Chart& chart, const TimeMap& times, std::vector<Event>* events, uint32_t* needs, Findings* findings)
+    Lanes(const Chart& chart, const TimeMap& times, std::vector<Event>* events, uint32_t* needs,
+          Findings* findings)
         : chart_(chart), times_(times), events_(events), needs_(needs), findings_(findings) {
         last_note_.fill(kNoEvent);
         open_.fill(kNoEvent);
@@ -44,7 +45,17 @@ private:
 Event MakeEvent(const Object& object, int32_t channel, EventKind kind, const TimeMap& times) {
     const double ms = times.MsAt(object.measure, object.place.Value());
     const Fraction place = NearestPlace(object.place);
-    return {object.at,     ms, ms,  place, object.measure, channel, object.number, 0, object.source, kind, Fate::kOwn,
+    return {object.at,
+            ms,
+            ms,
+            place,
+            object.measure,
+            channel,
+            object.number,
+            0,
+            object.source,
+            kind,
+            Fate::kOwn,
             place.den != object.place.den};
 }
 
@@ -54,7 +65,8 @@ void Lanes::Add(const Object& object, int32_t channel, EventKind kind) {
 
 // The objects behind one on the same place are those of higher channels.
 bool Lanes::LongAtSamePlace(size_t index, int32_t lane) const {
-    for (size_t i = index; i < chart_.objects.size() && chart_.objects[i].at == chart_.objects[index].at; ++i) {
+    for (size_t i = index; i < chart_.objects.size() && chart_.objects[i].at == chart_.objects[index].at;
+         ++i) {
         if (chart_.objects[i].channel == lane + Channel(4, 0)) return true;
     }
     return false;

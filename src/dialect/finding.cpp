@@ -15,8 +15,10 @@ Findings::Count& Findings::CountOf(const char* code) {
 std::vector<Finding> Findings::Take() {
     for (const Count& count : counts_) {
         if (count.count <= kMostOfOneCode) continue;
-        kept_.push_back(
-            {Severity::kNote, count.code, {}, std::to_string(count.count - kMostOfOneCode) + " more of these"});
+        kept_.push_back({Severity::kNote,
+                         count.code,
+                         {},
+                         std::to_string(count.count - kMostOfOneCode) + " more of these"});
     }
     std::stable_sort(kept_.begin(), kept_.end(), [](const Finding& a, const Finding& b) {
         return a.place.line != b.place.line ? a.place.line < b.place.line : a.place.column < b.place.column;

@@ -33,12 +33,23 @@ struct Word {
 
 // The usual slips of the pen stand beside the right words. Every other word that begins with END ends an #IF.
 constexpr Word kWords[] = {
-    {"RANDOM", Control::kRandom},       {"RONDAM", Control::kRandom},       {"SETRANDOM", Control::kSetRandom},
-    {"SETRONDAM", Control::kSetRandom}, {"SWITCH", Control::kSwitch},       {"SETSWITCH", Control::kSetSwitch},
-    {"IF", Control::kIf},               {"ELSEIF", Control::kElseIf},       {"ELSE", Control::kElse},
-    {"IFEND", Control::kEndIf},         {"ENDRANDOM", Control::kEndRandom}, {"ENDRONDAM", Control::kEndRandom},
-    {"CASE", Control::kCase},           {"SKIP", Control::kSkip},           {"DEF", Control::kDefault},
-    {"ENDSW", Control::kEndSwitch},     {"ENDSWITCH", Control::kEndSwitch},
+    {"RANDOM", Control::kRandom},
+    {"RONDAM", Control::kRandom},
+    {"SETRANDOM", Control::kSetRandom},
+    {"SETRONDAM", Control::kSetRandom},
+    {"SWITCH", Control::kSwitch},
+    {"SETSWITCH", Control::kSetSwitch},
+    {"IF", Control::kIf},
+    {"ELSEIF", Control::kElseIf},
+    {"ELSE", Control::kElse},
+    {"IFEND", Control::kEndIf},
+    {"ENDRANDOM", Control::kEndRandom},
+    {"ENDRONDAM", Control::kEndRandom},
+    {"CASE", Control::kCase},
+    {"SKIP", Control::kSkip},
+    {"DEF", Control::kDefault},
+    {"ENDSW", Control::kEndSwitch},
+    {"ENDSWITCH", Control::kEndSwitch},
 };
 
 struct Command {
@@ -101,7 +112,8 @@ private:
     Frame* Innermost(Frame::Kind kind, Frame::Kind barrier);
     void CloseTo(Frame::Kind kind, Place place);
     void Stray(Place place) {
-        findings_->Add(Severity::kWarning, "stray-control", place, "there is nothing open that this belongs to");
+        findings_->Add(Severity::kWarning, "stray-control", place,
+                       "there is nothing open that this belongs to");
     }
 
     const Choice& choice_;
@@ -128,7 +140,8 @@ int32_t Flow::Choose(int32_t branches) {
 int32_t Flow::Value(bool fixed, int32_t number, Place place) {
     if (fixed) return number;
     if (number < 1) {
-        findings_->Add(Severity::kWarning, "no-branches", place, "there is no branch to choose from, none is taken");
+        findings_->Add(Severity::kWarning, "no-branches", place,
+                       "there is no branch to choose from, none is taken");
         return -1;
     }
     if (!Active()) return -1;
@@ -150,7 +163,8 @@ void Flow::BeginRandom(bool fixed, int32_t number, Place place) {
 // An #IF right within an open #IF closes it, since only a #RANDOM between them nests.
 void Flow::BeginIf(int32_t number, Place place) {
     if (!frames_.empty() && frames_.back().kind == Frame::kIf) {
-        findings_->Add(Severity::kWarning, "not-closed", frames_.back().place, "this #IF is closed by the next one");
+        findings_->Add(Severity::kWarning, "not-closed", frames_.back().place,
+                       "this #IF is closed by the next one");
         Keep(frames_.size() - 1);
     }
     const bool within = !frames_.empty() && frames_.back().kind == Frame::kRandom;

@@ -21,8 +21,8 @@ constexpr int32_t kMostPairs = 508;
 // The place itself when its denominator is at most kMostPairs, else the nearest that has one, below 1.
 Fraction NearestPlace(Fraction place);
 
-// A place behind the given one and at most at `limit` (1 at most), close behind it; 1/1 when there is no other.
-// Takes a coarse grid where that serves, since a line has as many pairs as the grid.
+// A place behind the given one and at most at `limit` (1 at most), close behind it; 1/1 when there is no
+// other. Takes a coarse grid where that serves, since a line has as many pairs as the grid.
 Fraction PlaceBehind(Fraction place, double limit);
 
 }  // namespace dialect

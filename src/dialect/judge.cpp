@@ -42,7 +42,8 @@ Verdict Judge(std::string_view bytes, const Options& options) {
     std::sort(heard.begin(), heard.end(), Less);
     // Both in order of file and time: the first of each that are near enough are one sound.
     for (size_t a = 0, h = 0; a < asked.size() && h < heard.size();) {
-        const bool near = asked[a].name == heard[h].name && std::fabs(asked[a].ms - heard[h].ms) <= kMostOffMs;
+        const bool near =
+            asked[a].name == heard[h].name && std::fabs(asked[a].ms - heard[h].ms) <= kMostOffMs;
         verdict.played += near;
         const bool next = near || Less(asked[a], heard[h]);
         h += near || !next;

@@ -12,7 +12,7 @@ namespace {
 // A command's word, up to its first blank, and its value, trimmed.
 struct Command {
     std::string_view word, value;
-    Place place;        // of the `#`
+    Place place;  // of the `#`
     Place value_place;
     bool plain;  // one blank between them, which the player wants
 };
@@ -33,10 +33,9 @@ int32_t NumberBehind(std::string_view word, std::string_view head, const DigitTa
     return ReadPair(digits, word.data() + head.size());
 }
 
-void Define(std::vector<Definition>* table, int32_t number, const Command& command, Need beyond, Reader* reader) {
+void Define(std::vector<Definition>* table, int32_t number, const Command& command, Reader* reader) {
     if (command.value.empty()) return;
     (*table)[static_cast<size_t>(number)] = {command.value, command.value_place};
-    if (PlayerNumber(number) == 0 && number != 0) reader->chart->needs |= beyond;
     if (!command.plain) reader->chart->needs |= kNeedNames;
 }
 
@@ -49,8 +48,9 @@ void DefineValue(std::vector<double>* table, int32_t number, const Command& comm
     entry = good ? *value : 0;
     if (good) return;
     reader->chart->needs |= kNeedTimes;
-    reader->findings->Add(Severity::kWarning, "bad-value", command.value_place,
-                          [&] { return Quote(command.value) + " is no positive number, its objects do nothing"; });
+    reader->findings->Add(Severity::kWarning, "bad-value", command.value_place, [&] {
+        return Quote(command.value) + " is no positive number, its objects do nothing";
+    });
 }
 
 // Whole numbers of a value, at most `most`; how many there were.
@@ -80,7 +80,8 @@ void DefineCut(int32_t number, bool sized, const Command& command, Reader* reade
     const size_t end = command.value.find_first_of(" \t");
     const std::string_view name = command.value.substr(0, end);
     const int32_t picture = name.size() == 2 ? ReadPair(*reader->digits, name.data()) : -1;
-    const bool good = picture >= 0 && end != command.value.npos && ReadNumbers(command.value.substr(end), n, 6) == 6;
+    const bool good =
+        picture >= 0 && end != command.value.npos && ReadNumbers(command.value.substr(end), n, 6) == 6;
     if (sized || !good || !PlayerReadsCut(picture, n, command)) reader->chart->needs |= kNeedPictures;
     if (!good) {
         reader->findings->Add(Severity::kWarning, "bad-picture-cut", command.place,
@@ -101,8 +102,9 @@ void ReadTimedStop(const Command& command, Reader* reader) {
     const auto digit = [&](size_t i) { return i < blank && IsDecimal(value[i]) ? value[i] - '0' : -1; };
     const bool place = digit(0) >= 0 && digit(1) >= 0 && digit(2) >= 0 && (blank == 3 || value[3] == '.');
     if (!place || !ms || !std::isfinite(*ms) || *ms <= 0) {
-        reader->findings->Add(Severity::kWarning, "bad-stop", command.place,
-                              "a place such as 012.500 and milliseconds are wanted here, the line is passed over");
+        reader->findings->Add(
+            Severity::kWarning, "bad-stop", command.place,
+            "a place such as 012.500 and milliseconds are wanted here, the line is passed over");
         return;
     }
     int32_t thousandths = 0;
@@ -121,35 +123,46 @@ void ReadStartTempo(const Command& command, Reader* reader) {
         return;
     }
     reader->chart->needs |= kNeedTimes;
-    reader->findings->Add(Severity::kWarning, "bad-tempo", command.place, "this is no tempo, it is passed over");
+    reader->findings->Add(Severity::kWarning, "bad-tempo", command.place,
+                          "this is no tempo, it is passed over");
 }
 
 // Commands of others that leave the sound and picture of an automatic player as they are.
 constexpr const char* kSilent[] = {
-    "SUBTITLE", "SUBARTIST", "MAKER",  "COMMENT",  "STAGEFILE", "BANNER",  "BACKBMP", "CHARFILE", "DIFFICULTY",
-    "DEFEXRANK", "PREVIEW",  "LNMODE", "URL",      "EMAIL",     "BASE",    "CHARSET", "DIVIDEPROP",
+    "SUBTITLE", "SUBARTIST", "MAKER",      "COMMENT",   "STAGEFILE",  "BANNER",
+    "BACKBMP",  "CHARFILE",  "DIFFICULTY", "DEFEXRANK", "PREVIEW",    "LNMODE",
+    "URL",      "EMAIL",     "BASE",       "CHARSET",   "DIVIDEPROP",
 };
 
+// Commands with a number behind them, told once whatever the number.
+constexpr std::string_view kNumbered[] = {"SCROLL", "SPEED", "TEXT", "SONG",         "EXRANK",
+                                          "ARGB",   "SWBGA", "SEEK", "CHANGEOPTION", "WAVCMD"};
+
 void TellWord(const Command& command, Reader* reader) {
+    constexpr size_t kMostWords = 50;
     for (const char* word : kSilent) {
         if (IsWord(command.word, word)) return;
     }
-    const size_t letters = static_cast<size_t>(
-        std::find_if(command.word.begin(), command.word.end(),
-                     [](char c) { return Upper(c) < 'A' || Upper(c) > 'Z'; }) - command.word.begin());
+    size_t letters = 0;
+    while (letters < command.word.size() && (command.word[letters] == '_' || IsLetter(command.word[letters])))
+        ++letters;
     std::string word(command.word.substr(0, letters));
     for (char& c : word) c = Upper(c);
-    if (word.size() < 3 || reader->words.size() >= 50) return;
-    // Words with a number of two digits, such as SCROLLxx, are one command each.
-    if (command.word.size() == letters && letters > 7 && word.rfind("SCROLL", 0) == 0) word.resize(6);
-    if (std::find(reader->words.begin(), reader->words.end(), word) != reader->words.end()) return;
+    for (const std::string_view head : kNumbered) {
+        if (HasHead(word, head)) word = head;
+    }
+    const auto& words = reader->words;
+    if (word.size() < 3 || words.size() >= kMostWords ||
+        std::find(words.begin(), words.end(), word) != words.end())
+        return;
     reader->words.push_back(word);
     reader->findings->Add(Severity::kNote, "no-effect", command.place, "#" + word + " has no effect");
 }
 
 // The headers that the player reads. Each goes into the compiled text as it is.
 bool ReadHeader(const Command& command, Reader* reader) {
-    constexpr const char* kKept[] = {"TITLE", "ARTIST", "GENRE", "PLAYER", "PLAYLEVEL", "RANK", "VOLWAV", "TOTAL"};
+    constexpr const char* kKept[] = {"TITLE",     "ARTIST", "GENRE",  "PLAYER",
+                                     "PLAYLEVEL", "RANK",   "VOLWAV", "TOTAL"};
     for (const char* word : kKept) {
         if (!IsWord(command.word, word)) continue;
         if (IsWord(command.word, "VOLWAV") && ReadCount(command.value) != 100) TellWord(command, reader);
@@ -163,12 +176,34 @@ bool ReadHeader(const Command& command, Reader* reader) {
     return false;
 }
 
+// #EXWAVxx and #EXBMPxx: the name stands behind other values, which have no effect: as many as the first word
+// has letters, or one.
+Command BehindValues(Command command, bool listed) {
+    std::string_view rest = command.value;
+    size_t end = std::min(rest.find_first_of(" \t"), rest.size());
+    for (size_t values = listed ? end : 0;; --values) {
+        rest = TrimBlanks(rest.substr(end));
+        if (values == 0) break;
+        end = std::min(rest.find_first_of(" \t"), rest.size());
+    }
+    command.value_place.column += static_cast<int32_t>(rest.data() - command.value.data());
+    command.value = rest;
+    command.plain = false;
+    return command;
+}
+
 bool ReadIndexed(const Command& command, Reader* reader) {
     Chart* chart = reader->chart;
-    const auto behind = [&](std::string_view head) { return NumberBehind(command.word, head, *reader->digits); };
+    const auto behind = [&](std::string_view head) {
+        return NumberBehind(command.word, head, *reader->digits);
+    };
     int32_t n;
-    if ((n = behind("WAV")) > 0) return Define(&chart->sounds, n, command, kNeedNumbers, reader), true;
-    if ((n = behind("BMP")) >= 0) return Define(&chart->pictures, n, command, kNeedPictures, reader), true;
+    if ((n = behind("WAV")) > 0) return Define(&chart->sounds, n, command, reader), true;
+    if ((n = behind("BMP")) >= 0) return Define(&chart->pictures, n, command, reader), true;
+    if ((n = behind("EXWAV")) > 0)
+        return Define(&chart->sounds, n, BehindValues(command, true), reader), true;
+    if ((n = behind("EXBMP")) > 0)
+        return Define(&chart->pictures, n, BehindValues(command, false), reader), true;
     if (!command.value.empty() && (n = behind("BPM")) > 0) {
         if (PlayerNumber(n) == 0) chart->needs |= kNeedNumbers;
         if (!chart->objects.empty() || !command.plain) chart->needs |= kNeedTimes;
@@ -188,7 +223,8 @@ void ReadLongNotes(const Command& command, Reader* reader) {
     if (IsWord(command.word, "LNTYPE")) {
         reader->chart->long_type = ReadCount(command.value) == 2 ? 2 : 1;
     } else {
-        reader->chart->long_end = command.value.size() >= 2 ? ReadPair(*reader->digits, command.value.data()) : -1;
+        reader->chart->long_end =
+            command.value.size() >= 2 ? ReadPair(*reader->digits, command.value.data()) : -1;
     }
 }
 

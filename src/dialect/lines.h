@@ -17,10 +17,10 @@ struct Line {
 
 // What of the file's lines the player would read otherwise. Each makes the chart one to compile.
 struct LineTraits {
-    bool ends = false;      // lines that end with LF or CR alone
-    bool mark = false;      // a byte-order mark hides the first command
-    bool blanks = false;    // blanks before a command, tabulators in it
-    bool long_line = false; // more than 1,023 bytes
+    bool ends = false;       // lines that end with LF or CR alone
+    bool mark = false;       // a byte-order mark hides the first command
+    bool blanks = false;     // blanks before a command, tabulators in it
+    bool long_line = false;  // more than 1,023 bytes
 };
 
 // The command lines of a chart in file order, views of its bytes.
@@ -31,7 +31,8 @@ struct Choice {
     enum Kind { kFirst, kSeed, kList };
     Kind kind = kFirst;
     uint64_t seed = 0;
-    std::vector<int32_t> list;  // for each #RANDOM and #SWITCH that is reached; then 1. Held at the highest branch
+    std::vector<int32_t>
+        list;  // for each #RANDOM and #SWITCH that is reached; then 1. Held at the highest branch
 };
 
 // Leaves the lines of the branches that are taken, without the commands that control the flow. True when

@@ -20,9 +20,9 @@ using PcmOf = std::function<Pcm(int32_t sound)>;  // of Plan::mixed
 // The most that 16 bits hold.
 constexpr float kFullScale = 32767.0f / 32768.0f;
 
-// Deals the items to as few parts as keep each within full scale, at most `most`, and sets stem->parts and the
-// items' parts. When they do not suffice, the last part takes the rest and stem->limited is set. An item alone
-// is taken as it is.
+// Deals the items to as few parts as keep each within full scale, at most `most`, and sets stem->parts and
+// the items' parts. When they do not suffice, the last part takes the rest and stem->limited is set. An item
+// alone is taken as it is.
 void SplitStem(const PcmOf& pcm, double rate, int32_t most, Stem* stem);
 
 // One part as interleaved stereo, as long as it sounds. Beyond full scale where the stem is limited.

@@ -11,7 +11,8 @@ namespace {
 constexpr int32_t kPlayerPictures = 575;  // of #BMP; one more, 00, no object can name
 constexpr int32_t kPlayerCuts = 1295;     // numbers that an object of a picture channel can name
 
-// One side of a rectangle, without what lies left of the picture or of the layer: the player cuts it to 256 first.
+// One side of a rectangle, without what lies left of the picture or of the layer: the player cuts it to 256
+// first.
 void KeepInside(int32_t* from, int32_t* to, int32_t* place) {
     if (*from < 0) *place -= *from, *from = 0;
     if (*place < 0) *from -= *place, *place = 0;
@@ -95,7 +96,8 @@ void Planner::FindLooks() {
 }
 
 void Planner::DropRarest() {
-    std::stable_sort(looks_.begin(), looks_.end(), [](const Look& a, const Look& b) { return a.uses > b.uses; });
+    std::stable_sort(looks_.begin(), looks_.end(),
+                     [](const Look& a, const Look& b) { return a.uses > b.uses; });
     findings_->Add(Severity::kError, "too-many-pictures", {}, [&] {
         return std::to_string(looks_.size() - kPlayerCuts) + " of " + std::to_string(looks_.size()) +
                " pictures have no number left, their place stays blank";
@@ -143,8 +145,8 @@ void Planner::NumberFiles() {
     FillSheets(order, own);
 }
 
-// A whole picture is named by its own number; everything else by a #BGA, whose number must name no picture that
-// an object shows whole.
+// A whole picture is named by its own number; everything else by a #BGA, whose number must name no picture
+// that an object shows whole.
 void Planner::NumberLooks() {
     std::vector<bool> taken(kPlayerCuts + 1);
     const auto whole = [&](const Look& look) { return !look.cut && files_[look.file].cell < 0; };

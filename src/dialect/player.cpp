@@ -62,7 +62,9 @@ private:
 std::string_view Reader::TakeLine(std::string_view bytes, size_t* next) const {
     const size_t begin = *next;
     size_t end = begin;
-    while (end < bytes.size() && bytes[end] != '\0' && !(bytes[end] == '\r' && bytes.substr(end + 1, 1) == "\n")) ++end;
+    while (end < bytes.size() && bytes[end] != '\0' &&
+           !(bytes[end] == '\r' && bytes.substr(end + 1, 1) == "\n"))
+        ++end;
     *next = std::min(bytes.find_first_not_of(std::string_view("\r\n\0", 3), end), bytes.size());
     std::string_view line = bytes.substr(begin, std::min<size_t>(end - begin, 1023));
     line = line.substr(0, line.find('\n'));
@@ -86,7 +88,8 @@ void Reader::Channel(int32_t measure, int32_t channel, std::string data) {
         counted |= number > 0 || (high != kNoDigit && high > 0);
         if (sound && number > 0) starts_.push_back({measure, {i, pairs}, number});
         if ((channel != 3 && channel != 8) || (hex == 0 && number == 0)) continue;
-        tempos_.push_back({measure, {i, pairs}, channel == 8 ? tempo_values_[static_cast<size_t>(number)] : hex});
+        tempos_.push_back(
+            {measure, {i, pairs}, channel == 8 ? tempo_values_[static_cast<size_t>(number)] : hex});
         tempo_channels_.push_back(channel);
     }
     if (counted) highest_ = std::max(highest_, measure);

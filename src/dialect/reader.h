@@ -10,7 +10,7 @@ struct Reader {
     Chart* chart;
     Findings* findings;
     const DigitTable* digits;
-    std::vector<bool> told;       // channels without effect that were told
+    std::vector<bool> told;          // channels without effect that were told
     std::vector<std::string> words;  // likewise words
     int32_t sounds_before = 0;
 };

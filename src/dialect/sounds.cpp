@@ -14,7 +14,7 @@ constexpr int32_t kMostSpan = 1024;  // measures of one stem: the whole chart
 
 // A file of its own number, for one number of the author or for several that never sound together.
 struct Voice {
-    std::vector<int32_t> numbers;  // the author's
+    std::vector<int32_t> numbers;                     // the author's
     std::vector<std::pair<double, double>> sounding;  // from, to; in order
     int64_t uses = 0, notes = 0;
     bool forced = false;  // must be mixed: some of its places are off the grid
@@ -55,8 +55,8 @@ private:
     std::vector<std::vector<int32_t>> uses_;  // by the author's number: indices of events, in order
     std::vector<double> length_ms_;           // by number; negative: not known
     std::vector<Voice> voices_;
-    std::vector<int32_t> written_;            // by number; 0: none
-    int32_t silent_ = 0;                      // a number without a file
+    std::vector<int32_t> written_;  // by number; 0: none
+    int32_t silent_ = 0;            // a number without a file
     bool silent_notes_ = false;
 };
 
@@ -76,7 +76,8 @@ void Planner::FindUses() {
         silent_notes_ |= event.kind != EventKind::kBackground;
         if (told[number]) continue;
         told[number] = true;
-        findings_->Add(Severity::kNote, "no-file", event.source, "no #WAV names a file for this number, it is silent");
+        findings_->Add(Severity::kNote, "no-file", event.source,
+                       "no #WAV names a file for this number, it is silent");
     }
 }
 
@@ -133,8 +134,10 @@ void Planner::ShareNumbers() {
         }
         for (const int32_t use : uses_[number]) {
             const double ms = plan_->events[static_cast<size_t>(use)].ms;
-            if (!voice.sounding.empty()) voice.sounding.back().second = std::min(voice.sounding.back().second, ms);
-            if (voice.sounding.empty() || voice.sounding.back().first != ms) voice.sounding.push_back({ms, ms + length});
+            if (!voice.sounding.empty())
+                voice.sounding.back().second = std::min(voice.sounding.back().second, ms);
+            if (voice.sounding.empty() || voice.sounding.back().first != ms)
+                voice.sounding.push_back({ms, ms + length});
         }
         auto& same = of_file[chart_.sounds[number].value];
         const auto joins = [&](size_t i) { return Join(&shared[i], voice); };
@@ -154,7 +157,8 @@ std::vector<Voice*> Planner::MixingOrder() {
         return std::tuple(!voice->forced, voice->notes > 0, voice->notes > 0 ? voice->notes : voice->uses,
                           length_ms_[static_cast<size_t>(voice->numbers[0])]);
     };
-    std::stable_sort(order.begin(), order.end(), [&](const Voice* a, const Voice* b) { return key(a) < key(b); });
+    std::stable_sort(order.begin(), order.end(),
+                     [&](const Voice* a, const Voice* b) { return key(a) < key(b); });
     return order;
 }
 
@@ -163,8 +167,8 @@ int64_t NumbersForStems(int64_t stems) {
     return stems <= kPlayerSounds / 4 ? 2 * stems : std::max<int64_t>(stems, kPlayerSounds / 2);
 }
 
-// Mixes voices until the others and the stems have numbers enough; one number stays without a file. False when
-// that cannot be.
+// Mixes voices until the others and the stems have numbers enough; one number stays without a file. False
+// when that cannot be.
 bool Planner::Mix(int32_t span) {
     std::vector<bool> used(kMeasures);
     int64_t stems = 0, own = Voices();
@@ -174,7 +178,8 @@ bool Planner::Mix(int32_t span) {
         --own;
         for (const int32_t number : voice->numbers) {
             for (const int32_t use : uses_[static_cast<size_t>(number)]) {
-                const size_t group = static_cast<size_t>(plan_->events[static_cast<size_t>(use)].measure / span);
+                const size_t group =
+                    static_cast<size_t>(plan_->events[static_cast<size_t>(use)].measure / span);
                 stems += !used[group];
                 used[group] = true;
             }
@@ -212,7 +217,8 @@ void Planner::FillMixed(int32_t span, bool share) {
 }
 
 void Planner::ChooseMixed() {
-    const bool forced = std::any_of(voices_.begin(), voices_.end(), [](const Voice& voice) { return voice.forced; });
+    const bool forced =
+        std::any_of(voices_.begin(), voices_.end(), [](const Voice& voice) { return voice.forced; });
     if (!forced && Voices() + silent_notes_ <= kPlayerSounds) return;
     ShareNumbers();
     if (!forced && Voices() + silent_notes_ <= kPlayerSounds) return;
@@ -258,8 +264,8 @@ void Planner::Number() {
         taken[static_cast<size_t>(next)] = true;
         for (const int32_t number : voice.numbers) written_[static_cast<size_t>(number)] = next;
         const std::string_view name = chart_.sounds[static_cast<size_t>(voice.numbers[0])].value;
-        plan_->sounds.push_back(
-            {next, std::string(name), options_.written_name ? options_.written_name(name) : std::string(name)});
+        plan_->sounds.push_back({next, std::string(name),
+                                 options_.written_name ? options_.written_name(name) : std::string(name)});
     }
     std::sort(plan_->sounds.begin(), plan_->sounds.end(),
               [](const NamedFile& a, const NamedFile& b) { return a.number < b.number; });
@@ -275,7 +281,9 @@ void Planner::NumberEvents() {
     for (Event& event : plan_->events) {
         if (event.kind == EventKind::kPicture || event.fate == Fate::kBeyond) continue;
         const bool note = event.kind != EventKind::kBackground;
-        event.written = event.fate == Fate::kOwn ? written_[static_cast<size_t>(event.number)] : note ? silent_ : 0;
+        event.written = event.fate == Fate::kOwn ? written_[static_cast<size_t>(event.number)]
+                        : note                   ? silent_
+                                                 : 0;
     }
 }
 
@@ -290,14 +298,16 @@ void Planner::Run() {
     NumberStems(plan_);
     if (plan_->mixed.empty()) return;
     findings_->Add(Severity::kNote, "mixed", {}, [&] {
-        return std::to_string(plan_->mixed.size()) + " of " + std::to_string(plan_->mixed.size() + plan_->sounds.size()) +
-               " sounds are mixed into " + std::to_string(plan_->stems.size()) + " stems";
+        return std::to_string(plan_->mixed.size()) + " of " +
+               std::to_string(plan_->mixed.size() + plan_->sounds.size()) + " sounds are mixed into " +
+               std::to_string(plan_->stems.size()) + " stems";
     });
 }
 
 }  // namespace
 
-void PlanSounds(const Chart& chart, const TimeMap& times, const Options& options, Plan* plan, Findings* findings) {
+void PlanSounds(const Chart& chart, const TimeMap& times, const Options& options, Plan* plan,
+                Findings* findings) {
     Planner(chart, times, options, plan, findings).Run();
 }
 

@@ -16,16 +16,26 @@ struct Group {
     bool exact;  // all of them stand on the place itself
 };
 
+// In a measure with more knots than this, they are put on a coarse grid: each line of the text has as many
+// pairs as its grid. What is heard at the wrong time then is mixed.
+constexpr ptrdiff_t kCrowd = 100;
+
+Fraction CoarsePlace(const Knot& knot) {
+    constexpr int32_t kGrid = kMostPairs / 2;
+    return {std::min(static_cast<int32_t>(std::lround(knot.value * kGrid)), kGrid - 1), kGrid};
+}
+
 class Planner {
 public:
     Planner(const TimeMap& times, double start_bpm, const std::vector<Event>& events)
         : times_(times), events_(events), current_(start_bpm) {}
 
-    std::vector<Tempo> Run() {
+    std::vector<Tempo> Run(bool* exact) {
         for (int32_t m = 0; m + 1 < times_.Measures(); ++m) {
             ReadGroups(m);
             while (next_event_ < events_.size() && events_[next_event_].measure < m) ++next_event_;
             for (size_t i = 0; i < groups_.size(); ++i) Place(m, i);
+            for (const Group& group : groups_) *exact &= group.exact;
         }
         return std::move(tempos_);
     }
@@ -43,6 +53,7 @@ private:
     const TimeMap& times_;
     const std::vector<Event>& events_;
     double current_;  // the player's
+    bool crowd_ = false;
     size_t next_event_ = 0;
     std::vector<Group> groups_;
     std::vector<Tempo> tempos_;
@@ -53,8 +64,9 @@ void Planner::ReadGroups(int32_t measure) {
     groups_.clear();
     const double length = times_.Length(measure);
     double bpm = times_.Begin(measure)->bpm;
+    crowd_ = times_.End(measure) - times_.Begin(measure) > kCrowd;
     for (const Knot* knot = times_.Begin(measure); knot != times_.End(measure); ++knot) {
-        const Fraction place = NearestPlace(knot->place);
+        const Fraction place = crowd_ ? CoarsePlace(*knot) : NearestPlace(knot->place);
         const double shift = place.Value() - knot->value;
         if (groups_.empty() || groups_.back().value != place.Value()) {
             const double before = knot->ms + shift * length * (kMeasureMs / bpm);
@@ -84,10 +96,13 @@ void Planner::Place(int32_t measure, size_t index) {
     const double next = last ? 1.0 : groups_[index + 1].value;
     const double next_ms = last ? times_.MeasureMs(measure + 1) : groups_[index + 1].before;
     const double length = times_.Length(measure);
-    const auto tempo_for = [&](double span, double ms) { return kMeasureMs * span * length / std::max(ms, 1e-6); };
+    const auto tempo_for = [&](double span, double ms) {
+        return kMeasureMs * span * length / std::max(ms, 1e-6);
+    };
     const double bpm = group.exact ? group.bpm : tempo_for(next - group.value, next_ms - group.after);
     if (group.after <= group.before) return Emit(measure, group.place, bpm);
-    const Fraction behind = PlaceBehind(group.place, std::min(next, NextObject(measure, group.value)));
+    const Fraction behind =
+        PlaceBehind(group.place, crowd_ ? next : std::min(next, NextObject(measure, group.value)));
     const double span = behind.Value() - group.value;
     const double ms = group.after - group.before + span * length * (kMeasureMs / bpm);
     Emit(measure, group.place, tempo_for(span, ms));
@@ -96,12 +111,15 @@ void Planner::Place(int32_t measure, size_t index) {
 
 }  // namespace
 
-std::vector<Tempo> PlanTempos(const TimeMap& times, double start_bpm, const std::vector<Event>& events) {
-    return Planner(times, start_bpm, events).Run();
+std::vector<Tempo> PlanTempos(const TimeMap& times, double start_bpm, const std::vector<Event>& events,
+                              bool* exact) {
+    *exact = true;
+    return Planner(times, start_bpm, events).Run(exact);
 }
 
 // The two walks of the player's compiler. Terms and their order are the player's.
-PlayerClock::PlayerClock(double start_bpm, const std::vector<double>& lengths, const std::vector<Tempo>& tempos)
+PlayerClock::PlayerClock(double start_bpm, const std::vector<double>& lengths,
+                         const std::vector<Tempo>& tempos)
     : lengths_(lengths), tempos_(tempos), start_bpm_(start_bpm), bpm_(start_bpm) {
     double t = kLeadInMs, bpm = start_bpm;
     size_t i = 0;

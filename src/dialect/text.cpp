@@ -13,8 +13,8 @@ std::string_view TrimBlanks(std::string_view text) {
 }
 
 bool HasHead(std::string_view text, std::string_view head) {
-    return text.size() >= head.size() && std::equal(head.begin(), head.end(), text.begin(),
-                                                    [](char a, char b) { return a == Upper(b); });
+    return text.size() >= head.size() &&
+           std::equal(head.begin(), head.end(), text.begin(), [](char a, char b) { return a == Upper(b); });
 }
 
 bool IsWord(std::string_view text, std::string_view word) {

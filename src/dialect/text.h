@@ -18,6 +18,10 @@ constexpr char Upper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
+constexpr bool IsLetter(char c) {
+    return Upper(c) >= 'A' && Upper(c) <= 'Z';
+}
+
 std::string_view TrimBlanks(std::string_view text);
 // Whether the text is the word; the word is in capitals, the text in any case.
 bool IsWord(std::string_view text, std::string_view word);

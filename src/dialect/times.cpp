@@ -39,7 +39,8 @@ std::vector<Change> Collect(const Chart& chart, bool* troubles, Findings* findin
     std::vector<Change> changes;
     for (const Object& object : chart.objects) {
         const ChannelKind kind = KindOf(object.channel);
-        if (kind != ChannelKind::kTempo && kind != ChannelKind::kTempoRef && kind != ChannelKind::kStop) continue;
+        if (kind != ChannelKind::kTempo && kind != ChannelKind::kTempoRef && kind != ChannelKind::kStop)
+            continue;
         Change* change = ChangeAt(object.at, object.place, object.measure, &changes);
         if (kind == ChannelKind::kTempo) {
             change->tempo = object.number;
@@ -56,7 +57,8 @@ std::vector<Change> Collect(const Chart& chart, bool* troubles, Findings* findin
         changes.push_back(change);
     }
     if (!chart.timed_stops.empty()) {
-        std::stable_sort(changes.begin(), changes.end(), [](const Change& a, const Change& b) { return a.at < b.at; });
+        std::stable_sort(changes.begin(), changes.end(),
+                         [](const Change& a, const Change& b) { return a.at < b.at; });
     }
     return changes;
 }
@@ -111,9 +113,10 @@ void TimeMap::AddMeasure(int32_t measure, const std::vector<Change>& changes, si
 double TimeMap::MsAt(int32_t measure, double place) const {
     const Knot* begin = Begin(measure);
     const Knot* end = End(measure);
-    const Knot* knot = end - begin == 1 ? end : std::lower_bound(begin, end, place, [](const Knot& k, double value) {
-        return k.value < value;
-    });
+    const Knot* knot =
+        end - begin == 1 ? end : std::lower_bound(begin, end, place, [](const Knot& k, double value) {
+            return k.value < value;
+        });
     if (place == 0) return begin->ms;
     if (knot != end && knot->value == place) return knot->ms;
     const Knot& before = knot[-1];

@@ -31,7 +31,9 @@ public:
     Measure(int32_t measure, std::string* text) : measure_(measure), text_(text) {}
 
     // place.den is at most kMostPairs. Objects of one channel and denominator come in order.
-    void Add(int32_t channel, Fraction place, int32_t number) { objects_.push_back({channel, place, number, 0}); }
+    void Add(int32_t channel, Fraction place, int32_t number) {
+        objects_.push_back({channel, place, number, 0});
+    }
     void Write();
     void Line(int32_t channel, std::string_view data);
     bool Empty() const { return objects_.empty(); }
@@ -85,7 +87,8 @@ void Measure::Write() {
     });
     bool layered = false;
     for (size_t i = 1; i < objects_.size(); ++i) {
-        if (line(objects_[i]) != line(objects_[i - 1]) || objects_[i].place.num != objects_[i - 1].place.num) continue;
+        if (line(objects_[i]) != line(objects_[i - 1]) || objects_[i].place.num != objects_[i - 1].place.num)
+            continue;
         objects_[i].layer = objects_[i - 1].layer + 1;
         layered = true;
     }
@@ -166,7 +169,8 @@ void Writer::Head() {
     text_.append("#BPM " + Decimal(plan_.bpm) + "\r\n");
     for (const NamedFile& file : plan_.sounds) Name("WAV", file.number, file.written);
     for (const Stem& stem : plan_.stems) {
-        for (size_t part = 0; part < stem.numbers.size(); ++part) Name("WAV", stem.numbers[part], stem.names[part]);
+        for (size_t part = 0; part < stem.numbers.size(); ++part)
+            Name("WAV", stem.numbers[part], stem.names[part]);
     }
     for (const NamedFile& file : plan_.pictures) Name("BMP", file.number, file.written);
     for (const Sheet& sheet : plan_.sheets) Name("BMP", sheet.number, sheet.name);
@@ -203,9 +207,11 @@ void Writer::OneMeasure(int32_t measure) {
     const double length = plan_.lengths[static_cast<size_t>(measure)];
     const bool last = static_cast<size_t>(measure) + 1 == plan_.lengths.size();
     Measure lines(measure, &text_);
-    if (length != 1 || (last && measure > 0)) lines.Line(2, Decimal(length));
+    const size_t before = text_.size();
+    if (length != 1) lines.Line(2, Decimal(length));
     Tempos(&lines, measure);
     Events(&lines, measure);
+    if (last && measure > 0 && text_.size() == before) lines.Line(2, "1");
     if (last && measure == 0) Measure(1, &text_).Line(2, "1");
 }
 
