@@ -27,10 +27,8 @@ void FindShifted(bool exact, Plan* plan, Findings* findings) {
         event.moved = std::fabs(shift) > kMostShiftMs;
         if (!event.moved || event.kind == EventKind::kPicture || event.fate != Fate::kOwn) continue;
         findings->Add(Severity::kNote, "off-grid", event.source, [&] {
-            return "the player has no place within half a millisecond of this one; its sound is mixed, which "
-                   "keeps "
-                   "its time" +
-                   (event.kind == EventKind::kBackground ? "" : ", and its note is off by " + Short(shift));
+            return "no place of the player is within half a millisecond: the sound is mixed" +
+                   (event.kind == EventKind::kBackground ? "" : ", its note is off by " + Short(shift));
         });
     }
 }

@@ -80,6 +80,17 @@ void Describe(const Plan& plan, std::ostream& out) {
     }
 }
 
+// Long rows of rests in a channel line as {n*00}.
+std::string Shorten(const std::string& line) {
+    std::string text = line.substr(0, 7);
+    for (size_t i = 7, end; i < line.size(); i = end) {
+        for (end = i; line[0] == '#' && line[6] == ':' && line.compare(end, 2, "00") == 0;) end += 2;
+        if (end - i < 20) end = i + 2;
+        text += end - i < 20 ? line.substr(i, 2) : "{" + std::to_string((end - i) / 2) + "*00}";
+    }
+    return text;
+}
+
 std::string Compile(const std::string& bytes, const dialect::Options& options) {
     const Plan plan = dialect::MakePlan(bytes, options);
     std::ostringstream out;
@@ -89,7 +100,7 @@ std::string Compile(const std::string& bytes, const dialect::Options& options) {
         end = text.find("\r\n", begin);
         EXPECT_NE(end, text.npos);
         EXPECT_LE(end - begin, 1023u);
-        out << text.substr(begin, end - begin) << "\n";
+        out << Shorten(text.substr(begin, end - begin)) << "\n";
     }
     Describe(plan, out);
     return out.str();
