@@ -93,7 +93,9 @@ void ReadPairs(int32_t measure, int32_t channel, ChannelKind kind, const Data& d
         }
         chart->needs |= NeedOf(kind, number);
         const Fraction place{static_cast<int32_t>(i), pairs};
-        chart->objects.push_back({measure + place.Value(), place, measure, channel, number, data.At(2 * i)});
+        chart->objects.push_back({measure + place.Value(), place, static_cast<int16_t>(measure),
+                                  static_cast<int16_t>(channel), static_cast<int16_t>(number),
+                                  data.At(2 * i)});
         if (measure > chart->last_measure) chart->last_measure = measure;
     });
     if (data.Bytes().size() % 2 != 0) {

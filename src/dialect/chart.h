@@ -22,9 +22,9 @@ constexpr size_t kMostObjects = size_t{2} << 20;
 struct Object {
     double at;  // measure + place; equal only for equal places
     Fraction place;
-    int32_t measure;
-    int32_t channel;
-    int32_t number;  // base-62 digits; on channel 03 the tempo in BPM
+    int16_t measure;
+    int16_t channel;
+    int16_t number;  // base-62 digits; on channel 03 the tempo in BPM
     Place source;
 };
 

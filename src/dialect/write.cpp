@@ -24,30 +24,40 @@ std::string Decimal(double value) {
     return {digits, static_cast<size_t>(result.ptr - digits)};
 }
 
-// One channel of one measure, or more: objects to lines. Objects of one denominator share lines as long as no
-// two stand on one place.
+// Objects of one measure to lines. Objects of one channel and denominator share lines as long as no two stand
+// on one place.
 class Measure {
 public:
-    Measure(int32_t measure, std::string* text) : measure_(measure), text_(text) {}
+    explicit Measure(std::string* text) : text_(text) {}
 
-    // place.den is at most kMostPairs. Objects of one channel and denominator come in order.
+    void Begin(int32_t measure) { measure_ = measure; }
+    // place.den is at most kMostPairs.
     void Add(int32_t channel, Fraction place, int32_t number) {
-        objects_.push_back({channel, place, number, 0});
+        objects_.push_back(
+            {Key(channel, place.den, 0, place.num), number, static_cast<int32_t>(objects_.size())});
     }
     void Write();
     void Line(int32_t channel, std::string_view data);
-    bool Empty() const { return objects_.empty(); }
 
 private:
     struct Object {
-        int32_t channel;
-        Fraction place;
+        uint64_t key;
         int32_t number;
-        int32_t layer;  // the how manieth object of its place
+        int32_t order;  // keeps objects of one place as they came
     };
+    // Channel, denominator, the how manieth object of its place, numerator, from high to low.
+    static uint64_t Key(int32_t channel, int32_t den, int64_t layer, int32_t num) {
+        return static_cast<uint64_t>(int64_t{channel} << 48 | int64_t{den} << 38 | layer << 10 | num);
+    }
+    static bool Less(const Object& a, const Object& b) {
+        return a.key != b.key ? a.key < b.key : a.order < b.order;
+    }
+    static uint64_t LineOf(const Object& object) { return object.key >> 10; }
+    static int32_t NumOf(const Object& object) { return static_cast<int32_t>(object.key & 1023); }
+    void Layer();
     void WritePairs(const Object* begin, const Object* end);
 
-    int32_t measure_;
+    int32_t measure_ = 0;
     std::string* text_;
     std::vector<Object> objects_;
 };
@@ -64,40 +74,41 @@ void Measure::Line(int32_t channel, std::string_view data) {
 }
 
 void Measure::WritePairs(const Object* begin, const Object* end) {
-    int32_t common = begin->place.den;
+    const int32_t den = static_cast<int32_t>(begin->key >> 38 & 1023);
+    int32_t common = den;
     for (const Object* object = begin; object < end && common > 1; ++object)
-        common = std::gcd(common, object->place.num);
+        common = std::gcd(common, NumOf(*object));
     char data[2 * kMostPairs];
-    const size_t size = static_cast<size_t>(begin->place.den / common) * 2;
+    const size_t size = static_cast<size_t>(den / common) * 2;
     std::memset(data, '0', size);
     for (const Object* object = begin; object < end; ++object) {
-        char* pair = data + object->place.num / common * 2;
+        char* pair = data + NumOf(*object) / common * 2;
         pair[0] = kDigits[object->number / 36];
         pair[1] = kDigits[object->number % 36];
     }
-    Line(begin->channel, {data, size});
+    Line(static_cast<int32_t>(begin->key >> 48), {data, size});
+}
+
+// Of objects on one place each goes one layer, a line of its own, further than the one before.
+void Measure::Layer() {
+    bool layered = false;
+    uint64_t place = 0;
+    int64_t layer = 0;
+    for (size_t i = 0; i < objects_.size(); ++i) {
+        layer = i > 0 && objects_[i].key == place ? layer + 1 : 0;
+        place = objects_[i].key;
+        objects_[i].key += static_cast<uint64_t>(layer << 10);
+        layered |= layer > 0;
+    }
+    if (layered) std::sort(objects_.begin(), objects_.end(), Less);
 }
 
 void Measure::Write() {
-    const auto key = [](const Object& o) { return std::tuple(o.channel, o.place.den, o.layer); };
-    const auto line = [](const Object& o) { return (int64_t{o.channel} << 32) | o.place.den; };
-    // By channel and denominator, then by place: then layers can be counted.
-    std::stable_sort(objects_.begin(), objects_.end(), [&](const Object& a, const Object& b) {
-        return line(a) != line(b) ? line(a) < line(b) : a.place.num < b.place.num;
-    });
-    bool layered = false;
-    for (size_t i = 1; i < objects_.size(); ++i) {
-        if (line(objects_[i]) != line(objects_[i - 1]) || objects_[i].place.num != objects_[i - 1].place.num)
-            continue;
-        objects_[i].layer = objects_[i - 1].layer + 1;
-        layered = true;
-    }
-    if (layered) {
-        std::stable_sort(objects_.begin(), objects_.end(),
-                         [&](const Object& a, const Object& b) { return key(a) < key(b); });
-    }
+    std::sort(objects_.begin(), objects_.end(), Less);
+    Layer();
     for (size_t begin = 0, end; begin < objects_.size(); begin = end) {
-        for (end = begin + 1; end < objects_.size() && key(objects_[end]) == key(objects_[begin]);) ++end;
+        for (end = begin + 1; end < objects_.size() && LineOf(objects_[end]) == LineOf(objects_[begin]);)
+            ++end;
         WritePairs(objects_.data() + begin, objects_.data() + end);
     }
     objects_.clear();
@@ -135,7 +146,7 @@ private:
 
 class Writer {
 public:
-    explicit Writer(const Plan& plan) : plan_(plan), tempo_numbers_(&text_) {}
+    explicit Writer(const Plan& plan) : plan_(plan), tempo_numbers_(&text_), lines_(&text_) {}
     std::string Run();
 
 private:
@@ -145,13 +156,14 @@ private:
     }
     void Head();
     void Cut(const WrittenCut& cut);
-    void Tempos(Measure* lines, int32_t measure);
-    void Events(Measure* lines, int32_t measure);
+    void Tempos(int32_t measure);
+    void Events(int32_t measure);
     void OneMeasure(int32_t measure);
 
     const Plan& plan_;
     std::string text_;
     TempoNumbers tempo_numbers_;
+    Measure lines_;
     size_t next_tempo_ = 0, next_event_ = 0;
     std::vector<std::vector<int32_t>> stems_;  // by measure: numbers that start with it
 };
@@ -178,41 +190,44 @@ void Writer::Head() {
 }
 
 // Whole tempos up to 255 as they are, the others by number.
-void Writer::Tempos(Measure* lines, int32_t measure) {
+void Writer::Tempos(int32_t measure) {
     int32_t by_number = 0;
     for (; next_tempo_ < plan_.tempos.size() && plan_.tempos[next_tempo_].measure == measure; ++next_tempo_) {
         const Tempo& tempo = plan_.tempos[next_tempo_];
         const int32_t whole = tempo.bpm >= 1 && tempo.bpm <= 255 ? static_cast<int32_t>(tempo.bpm) : 0;
         if (whole == tempo.bpm) {
-            lines->Add(3, tempo.place, whole / 16 * 36 + whole % 16);
+            lines_.Add(3, tempo.place, whole / 16 * 36 + whole % 16);
             continue;
         }
-        lines->Add(8, tempo.place, tempo_numbers_.NumberOf(tempo.bpm));
-        if (++by_number == kMostPairs) lines->Write(), by_number = 0;
+        lines_.Add(8, tempo.place, tempo_numbers_.NumberOf(tempo.bpm));
+        if (++by_number == kMostPairs) lines_.Write(), by_number = 0;
     }
-    lines->Write();
+    lines_.Write();
 }
 
-void Writer::Events(Measure* lines, int32_t measure) {
-    for (const int32_t number : stems_[static_cast<size_t>(measure)]) lines->Add(1, {0, 1}, number);
+void Writer::Events(int32_t measure) {
+    for (const int32_t number : stems_[static_cast<size_t>(measure)]) lines_.Add(1, {0, 1}, number);
     for (; next_event_ < plan_.events.size() && plan_.events[next_event_].measure == measure; ++next_event_) {
         const Event& event = plan_.events[next_event_];
-        if (event.written > 0) lines->Add(event.channel, event.place, event.written);
+        if (event.written > 0) lines_.Add(event.channel, event.place, event.written);
     }
-    lines->Write();
+    lines_.Write();
 }
 
 // The last measure is there whatever it holds, and the player wants one behind measure 0.
 void Writer::OneMeasure(int32_t measure) {
     const double length = plan_.lengths[static_cast<size_t>(measure)];
     const bool last = static_cast<size_t>(measure) + 1 == plan_.lengths.size();
-    Measure lines(measure, &text_);
+    lines_.Begin(measure);
     const size_t before = text_.size();
-    if (length != 1) lines.Line(2, Decimal(length));
-    Tempos(&lines, measure);
-    Events(&lines, measure);
-    if (last && measure > 0 && text_.size() == before) lines.Line(2, "1");
-    if (last && measure == 0) Measure(1, &text_).Line(2, "1");
+    if (length != 1) lines_.Line(2, Decimal(length));
+    Tempos(measure);
+    Events(measure);
+    if (last && measure > 0 && text_.size() == before) lines_.Line(2, "1");
+    if (last && measure == 0) {
+        lines_.Begin(1);
+        lines_.Line(2, "1");
+    }
 }
 
 std::string Writer::Run() {
