@@ -1,4 +1,4 @@
-// A chart from its file to its times, and playback over its lists.
+// Benchmarks reading, decoding and compiling a chart, and playing its lists.
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -63,8 +63,8 @@ void Seek(benchmark::State& state) {
 }
 BENCHMARK(Seek)->Unit(benchmark::kMicrosecond);
 
-// Without a display: the walks alone, over five measures of 200 objects, as the clock goes on by a frame each
-// time.
+// Without a display: only the walks over five measures of 200 objects, with the clock advancing one frame at
+// a time.
 void FrameOfADensePassage(benchmark::State& state) {
     StartBigChart();
     g_nStartMeasure = 500;
@@ -75,7 +75,7 @@ void FrameOfADensePassage(benchmark::State& state) {
     for (auto _ : state) {
         headless::AdvanceClock(16'000'000);
         PlayFrame();
-        if (timeGetTime() - g_dwStartTime > 60000) {  // a minute on, back to the start
+        if (timeGetTime() - g_dwStartTime > 60000) {  // after a minute, back to the start
             g_dwStartTime = timeGetTime();
             SeekMeasure(g_nStartMeasure, &g_dwSeekTime);
         }

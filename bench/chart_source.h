@@ -1,4 +1,4 @@
-// Makes large charts, the same bytes each time.
+// Generates large charts, the same bytes each time.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 struct ChartSize {
     int measures = 999;
-    int objects = 200;  // sounds of each measure, over 8 background lines and both sides' lanes
+    int objects = 200;  // sounds per measure, spread over 8 background lines and both sides' lanes
 };
 
 inline std::string MakeChart(const ChartSize& size) {

@@ -1,4 +1,5 @@
-// What the display costs: a picture event, loading a chart's pictures, a frame with its copy to the window.
+// Benchmarks the display: a picture event, loading a chart's pictures, and a frame with its blit to the
+// window.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -9,9 +10,9 @@
 
 #include "display/ddraw.h"
 #include "display/dib.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 #include "platform/timer.h"
-#include "platform/window.h"
+#include "platform/window/window.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
@@ -33,7 +34,7 @@ std::string Picture(int bits) {
     return out;
 }
 
-// A folder of pictures that is removed at the end.
+// A folder of pictures, removed at the end.
 struct Folder {
     std::filesystem::path path =
         std::filesystem::temp_directory_path() / ("lumetra-bench-" + std::to_string(getpid()));
@@ -109,7 +110,7 @@ HWND OpenWindow() {
                            nullptr, nullptr, nullptr, nullptr);
 }
 
-// Skin, both layers, 60 marks and 8 bars, then Present without its wait.
+// Skin, both layers, 60 marks and 8 bars, then Present without its sleep.
 void FrameWithPresent(benchmark::State& state) {
     const HWND window = OpenWindow();
     CDDraw display;

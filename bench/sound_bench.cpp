@@ -1,4 +1,4 @@
-// What a start costs the caller, and what the mixer's conversions cost for each voice and frame.
+// Benchmarks the cost of a start for the caller, and of the mixer's conversions per voice and frame.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 #include "host/headless/headless.h"
 #include "host/headless/sound.h"
-#include "platform/directsound.h"
+#include "platform/sound/directsound.h"
 
 namespace {
 
@@ -46,7 +46,7 @@ void MoveByBlock(uint64_t* frames) {
                        (*frames % 44100 * 1'000'000'000 + 44099) / 44100);
 }
 
-// The four calls that fire a sound which still plays, as the frame makes them.
+// The four calls with which the frame restarts a sound that is still playing.
 void Restart(benchmark::State& state) {
     IDirectSoundBuffer* sound = MakeSound(2, 44100, 44100 * 5);
     sound->Play(0, 0, 0);
@@ -68,7 +68,8 @@ void Restart(benchmark::State& state) {
 }
 BENCHMARK(Restart);
 
-// Voices that play alone, each at a fraction of its own as far as its rate has them.
+// Voices that cannot share a conversion, because each is at a different fraction (as far as its rate has that
+// many).
 void Convert(benchmark::State& state) {
     const int channels = static_cast<int>(state.range(0)), rate = static_cast<int>(state.range(1));
     const auto voices = static_cast<size_t>(state.range(2));

@@ -1,5 +1,5 @@
-// Decode speed of IMA ADPCM through the converter beside the codec library alone, and what a stream's service
-// costs.
+// Decode speed of IMA ADPCM through the converter, compared with the codec library alone, and the cost of
+// servicing a stream.
 #include <benchmark/benchmark.h>
 #include <sndfile.h>
 #include <unistd.h>
@@ -102,7 +102,8 @@ void LibraryAlone(benchmark::State& state) {
 }
 BENCHMARK(LibraryAlone)->Unit(benchmark::kMillisecond);
 
-// The cursor stands where nothing is due, which is nearly every frame, or in turn where each half is.
+// Either the cursor is where no refill is due, as in nearly every frame, or alternately where each half is
+// due.
 void StreamPlay(benchmark::State& state) {
     CDSBuffer sound(Device().m_pDS);
     sound.SetFileName(FileOf(state.range(0)).c_str());

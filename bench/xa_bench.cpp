@@ -1,4 +1,4 @@
-// Decode speed of XA in times of real time. Items are frames; "realtime" is seconds of sound per second.
+// Decode speed of XA as a multiple of real time. Items are frames; "realtime" is seconds of sound per second.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

@@ -1,4 +1,4 @@
 #!/bin/bash
-# Every source file is as clang-format leaves it; names the lines that are not.
+# Checks that every source file is formatted as by clang-format, and prints the lines that are not.
 cd "$(dirname "$0")/.." && find src tools tests bench fuzz demo -name '*.cpp' -o -name '*.h' |
   xargs clang-format-14 --dry-run -Werror

@@ -1,4 +1,4 @@
-# lumetra_headers_compile_alone(TARGET FOLDER LIBRARIES...): compiles each header below FOLDER by itself.
+# lumetra_headers_compile_alone(TARGET FOLDER LIBRARIES...): compiles each header below FOLDER on its own.
 function(lumetra_headers_compile_alone target folder)
   file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/src ${folder}/*.h)
   set(sources)

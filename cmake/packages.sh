@@ -1,5 +1,5 @@
-# For the scripts at the top: installs Debian packages that are missing, and nothing when all are there.
-# Packages that only tests need are told apart, so that playing stays small.
+# For ./play and ./test: installs missing Debian packages, or nothing if none is missing. Packages that only
+# tests need are listed separately, so that ./play installs little.
 
 player_packages=(build-essential cmake ninja-build pkg-config libfltk1.3-dev libfontconfig-dev libxft-dev
   libxcursor-dev libxinerama-dev libsdl2-dev libsndfile1-dev libpng-dev libturbojpeg0-dev libgif-dev)

@@ -1,4 +1,4 @@
-// Makes the demo: chart, sounds and pictures, the same bytes on every machine.
+// Generates the demo: chart, sounds and pictures, with the same bytes on every machine.
 #include <cstdio>
 #include <fstream>
 

@@ -1,4 +1,4 @@
-// The parts of the demo's generator: what they make and hand on.
+// The parts of the demo's generator and their interfaces.
 #pragma once
 
 #include <cstdint>
@@ -43,18 +43,18 @@ struct Voice {
 struct Wave {
     int rate = 44100;
     int channels = 1;
-    std::vector<double> samples;  // interleaved; 1 is full scale
+    std::vector<double> samples;  // interleaved; full scale is 1
 };
 
 enum class Format { kPcm16, kPcm8, kXaFine, kXaFast };
 
-// The chords, numbered from 0. The pitches of one, low to high.
+// The chords, numbered from 0, and the pitches of one chord, low to high.
 constexpr int kChordG = 0, kChordA = 1, kChordFsharpMinor = 2, kChordBm = 3, kChordD = 4, kChordEm = 5,
               kChordFsharp = 6;
 constexpr int kChords = 7;
 std::vector<int> ChordNotes(int chord);
 
-std::string SoundName(const Voice& voice);  // of its file
+std::string SoundName(const Voice& voice);  // its file name
 Wave Play(const Voice& voice);
 Format FormatOf(const Voice& voice);
 Bytes SoundFile(const Wave& wave, Format format);
@@ -67,24 +67,24 @@ struct Color {
 
 struct Picture {
     int width = 0, height = 0;
-    std::vector<Color> pixels;  // rows from the top
+    std::vector<Color> pixels;  // top row first
     Color& At(int x, int y) { return pixels[static_cast<size_t>(y) * width + x]; }
     const Color& At(int x, int y) const { return pixels[static_cast<size_t>(y) * width + x]; }
 };
 
 Picture Blank(int width, int height);
 
-// BMP files with one palette for all pictures. Bits is 4 or 8. With a key, black stays exactly black and
-// nothing else becomes it.
+// Writes BMP files that share one palette. Bits is 4 or 8. With a key, black stays exactly black, and no
+// other colour becomes black.
 std::vector<Bytes> PaletteBmps(const std::vector<Picture>& pictures, int bits, bool key);
 Bytes TrueColorBmp(const Picture& picture);
 
 Picture Title();
 Picture Birds();              // its frames side by side
-std::vector<Picture> Rays();  // frames that go round, as do the sparks
+std::vector<Picture> Rays();  // frames that loop, like the sparks
 std::vector<Picture> Sparks();
 
-// All pictures of the demo, in the order of their numbers, from 1 on.
+// All pictures of the demo, in order of their numbers, starting at 1.
 std::vector<File> Pictures();
 constexpr int kTitleWidth = 232, kTitleHeight = 72;
 constexpr int kBirdFrames = 8, kBirdWidth = 88, kBirdHeight = 64;
@@ -103,7 +103,7 @@ enum PictureNumber {
 
 // ---- chart ----
 
-// The chart's text, and the sounds that it names.
+// The chart's text and the sounds that it names.
 struct Chart {
     std::string text;
     std::vector<Voice> voices;

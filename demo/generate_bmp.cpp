@@ -1,4 +1,4 @@
-// BMP files: a palette found by median cut, ordered dithering, and true colour.
+// Writes BMP files: median-cut palettes, ordered dithering, and true colour.
 #include <algorithm>
 #include <map>
 
@@ -30,7 +30,7 @@ struct Count {
 };
 using Box = std::vector<Count>;
 
-// The axis on which a box is longest, and how long.
+// The longest axis of a box and its length.
 std::pair<int, int> Longest(const Box& box) {
     std::pair<int, int> best = {0, -1};
     for (int axis = 0; axis < 3; ++axis) {
@@ -121,7 +121,7 @@ private:
     std::map<Pixel, uint8_t> cache_;
 };
 
-// -0.5 to 0.5 on a grid of 8 by 8, every level once.
+// -0.5 to 0.5 on an 8 by 8 grid; each level occurs once.
 double Bayer(int x, int y) {
     int value = 0;
     for (int bit = 0; bit < 3; ++bit) {

@@ -1,4 +1,4 @@
-// The demo's tune, as a chart: which sound and picture comes when, and on which lane.
+// Composes the demo's tune as a chart: when each sound and picture starts, and on which lane.
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -10,15 +10,15 @@
 namespace demo {
 namespace {
 
-// The tune, in measures: intro, a half measure of fill, verse, a half measure of break, chorus, and a slowing
+// The tune, in measures: intro, half a measure of fill, verse, half a measure of break, chorus, and a slowing
 // end.
 constexpr int kFill = 2, kVerse = 3, kBreak = 11, kChorus = 12, kSlowing = 20, kLast = 21;
-constexpr int kLastSteps = 20;  // sixteenths of the last measure
+constexpr int kLastSteps = 20;  // sixteenths in the last measure
 
-// Channels, as written.
+// Channels, as written in the chart.
 constexpr int kBackground = 1, kTempoHex = 3, kBase = 4, kPoorLayer = 6, kOverlay = 7, kTempo = 8;
 constexpr int kScratch = 16, kPedal = 17, kScratch2 = 26, kPedal2 = 27;
-constexpr int kBlankPicture = 1295;  // a definition that is never given: blanks its layer
+constexpr int kBlankPicture = 1295;  // a definition that does not exist, which blanks its layer
 
 struct Event {
     int step, steps;
@@ -44,7 +44,7 @@ public:
     void Show(int measure, int channel, int step, int steps, int picture) {
         Put(measure, channel, step, steps, Pair(picture, 36));
     }
-    // A rectangle of a picture at a place of the layer. Equal rectangles share a number.
+    // Shows a rectangle of a picture at a position in the layer. Equal rectangles share a number.
     void ShowPart(int measure, int channel, int step, int steps, int picture, int x, int y, int w, int h,
                   int dx, int dy) {
         char text[80];
@@ -68,9 +68,9 @@ public:
     }
 
 private:
-    static constexpr int kFirstPart = 36;  // beyond the pictures' own numbers
+    static constexpr int kFirstPart = 36;  // after the pictures' own numbers
 
-    // As many lines as the events of one place need, each on the coarsest grid that holds its events.
+    // Writes as many lines as a measure's events need, each with the coarsest grid that fits them.
     static void AppendLines(std::string* out, int measure, int channel, std::vector<Event> rest) {
         while (!rest.empty()) {
             std::vector<Event> line, later;
@@ -117,7 +117,7 @@ const Phrase kVerseLead[8] = {
     {{0, F5}, {4, C5}, {8, As4}, {12, C5}, {14, E5}},
 };
 const Phrase kBreakLead = {{0, F4}, {1, As4}, {2, C5}, {3, E5}, {4, F5}, {5, As5}, {6, C6}};
-// One motif, and the same a fourth lower, twice.
+// One motif, then the same a fourth lower; twice.
 const Phrase kChorusLead[8] = {
     {{0, B5}, {3, A5}, {6, F5}, {8, A5}, {12, D5}, {14, E5}},
     {{0, F5}, {3, E5}, {6, C5}, {8, E5}, {12, A4}, {14, B4}},
@@ -141,7 +141,7 @@ constexpr int kChorusChords[8] = {kChordG, kChordA, kChordFsharpMinor, kChordBm,
 // The bass note of each chord.
 constexpr int kRoots[kChords] = {31, 33, 30, 35, 38, 40, 30};
 
-// Keys of the first side, low to high; the melody's contour runs across them.
+// Keys of the first side, low to high; the melody's contour moves across them.
 int MelodyLane(int pitch) {
     static const int kLanes[7] = {11, 12, 13, 14, 15, 18, 19};
     static const int kTops[7] = {A4, B4, D5, F5, A5, B5, D6};
@@ -150,7 +150,7 @@ int MelodyLane(int pitch) {
     return kLanes[lane];
 }
 
-// The sixteenths of a measure.
+// The sixteenths in a measure.
 int StepsOf(int measure) {
     return measure == kFill || measure == kBreak ? 8 : measure == kLast ? kLastSteps : 16;
 }
@@ -160,7 +160,7 @@ void PutLead(Writer* w, int measure, const Phrase& phrase, bool echo = true) {
     for (const Note& n : phrase) {
         w->Sound(measure, MelodyLane(n.pitch), n.step, Instrument::kLead, n.pitch, steps);
         if (!echo || (n.step != 0 && n.step != 6 && n.step != 8)) continue;
-        int late = n.step + 3;  // a dotted eighth, softly
+        int late = n.step + 3;  // a dotted eighth later, softly
         int in = measure + late / steps;
         w->Sound(in, kBackground, late % steps, Instrument::kBell, n.pitch, StepsOf(in));
     }
@@ -295,7 +295,8 @@ void PutEnd(Writer* w) {
         w->Sound(kLast, MelodyLane(n.pitch), n.step, Instrument::kBell, n.pitch, kLastSteps);
 }
 
-// Keys that would sound if somebody pressed them while nothing is due there. They neither show nor play.
+// Invisible notes: keys that would sound if pressed while nothing is due there. They are neither shown nor
+// played.
 void PutInvisible(Writer* w) {
     for (int bar = 0; bar < 8; bar += 2) {
         w->Sound(kVerse + bar, 31 + bar / 2, 8, Instrument::kStab, kVerseChords[bar]);
@@ -321,7 +322,7 @@ void PutIntroPictures(Writer* w) {
     }
     w->Show(0, kPoorLayer, 0, 1, kPoor);
     PutTitle(w, 0, 8, 32, 84);
-    for (int i = 1; i < 12; ++i) {  // and away, to the right
+    for (int i = 1; i < 12; ++i) {  // and away to the right
         int x = kTitleWidth * i / 12;
         w->ShowPart(1, kOverlay, 16 + i, 32, kTitle, x, 0, kTitleWidth - x, kTitleHeight, 12 + x, 84);
     }

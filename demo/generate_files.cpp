@@ -1,4 +1,4 @@
-// Sound files: PCM of 16 and 8 bits, and XA.
+// Writes sound files: 16-bit and 8-bit PCM, and XA.
 #include <algorithm>
 #include <span>
 

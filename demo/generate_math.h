@@ -1,5 +1,5 @@
-// Arithmetic for the demo's generator. Only +, -, *, / and comparisons, never the library's sine or
-// exponential: the files must come out with the same bytes on every machine.
+// Arithmetic for the demo's generator. Uses only +, -, *, / and comparisons, never the library's sine or
+// exponential, so that the files have the same bytes on every machine.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ inline double Floor(double x) {
     return whole > x ? whole - 1 : whole;
 }
 
-// The sine of an angle in turns; good to 1e-9.
+// The sine of an angle in turns; accurate to 1e-9.
 inline double Sine(double turns) {
     double x = turns - Floor(turns);  // 0 to 1
     double sign = 1;
@@ -39,7 +39,7 @@ inline double Exp(double x) {
     return sum;
 }
 
-// The frequency of a note in Hz; 69 is the A of 440 Hz.
+// The frequency of a note in Hz; note 69 is A at 440 Hz.
 inline double Pitch(double note) {
     return 440 * Exp((note - 69) * 0.05776226504666211);
 }
@@ -50,7 +50,7 @@ inline double Clamp(double x, double low, double high) {
 inline double Mix(double a, double b, double t) {
     return a + (b - a) * t;
 }
-// 0 at and below low, 1 at and above high, smooth between.
+// 0 up to low, 1 from high, smooth in between.
 inline double Step(double low, double high, double x) {
     double t = Clamp((x - low) / (high - low), 0, 1);
     return t * t * (3 - 2 * t);
@@ -72,7 +72,7 @@ private:
     uint32_t state_;
 };
 
-// A value of 0 to 1 for a place, always the same for the same place.
+// A value of 0 to 1 that depends only on the position.
 inline double Hash(int x, int y, int seed) {
     uint32_t h = static_cast<uint32_t>(x) * 374761393u + static_cast<uint32_t>(y) * 668265263u +
                  static_cast<uint32_t>(seed) * 2246822519u;

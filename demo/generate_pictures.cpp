@@ -1,4 +1,4 @@
-// The demo's pictures: a night over the sea, a coast before dawn, the sunrise, the day.
+// Draws the demo's pictures: a night over the sea, a coast before dawn, the sunrise, the day.
 #include "generate.h"
 #include "generate_math.h"
 
@@ -17,7 +17,7 @@ struct Stop {
     Color color;
 };
 
-// The colour at a place of a row of stops.
+// The colour at a position in a gradient.
 template <int COUNT>
 Color Ramp(const Stop (&stops)[COUNT], double at) {
     for (int i = 1; i < COUNT; ++i) {
@@ -67,7 +67,7 @@ Picture Night() {
             Color c = Ramp(kSky, from);
             if (y < horizon) {
                 double across =
-                    (x - 128 - (y - 170) * 0.55) / 62;  // a river of stars, from the upper left down
+                    (x - 128 - (y - 170) * 0.55) / 62;  // a river of stars, down from the upper left
                 double river = Exp(-across * across) * (0.25 + 1.2 * Clouds(x / 40.0, y / 40.0, 3)) *
                                (1 - Step(160, 380, y));
                 c = Lit(c, {0.17, 0.16, 0.30}, river);
@@ -193,7 +193,7 @@ Picture Day() {
     return picture;
 }
 
-// A dim shore for the layer that no screen shows.
+// A dim shore for the layer that is never shown.
 Picture Poor() {
     Picture picture = Blank(128, 96);
     for (int y = 0; y < 96; ++y) {

@@ -1,4 +1,4 @@
-// The demo's instruments, all of them synthesised here.
+// Synthesises the demo's instruments.
 #include "generate.h"
 #include "generate_math.h"
 
@@ -17,7 +17,7 @@ int Frames(const Wave& wave) {
 
 constexpr double kMaster = 0.74;
 
-// Fades both ends and brings the loudest sample to the peak. Levels are set here once, since a chart knows no
+// Fades both ends and normalises the sound to the peak. Levels are fixed here, because a chart has no
 // volumes: with these peaks the whole tune stays below full scale.
 Wave Finish(Wave wave, double peak, double fade_in, double fade_out) {
     const int frames = Frames(wave);
@@ -35,7 +35,7 @@ Wave Finish(Wave wave, double peak, double fade_in, double fade_out) {
     return wave;
 }
 
-// A small room: four combs and two all-passes a channel, the channels of different lengths.
+// A small room reverb: four combs and two all-passes per channel, of different lengths on each side.
 void AddRoom(Wave* wave, double wet, double feedback) {
     static const double kCombs[4] = {0.0297, 0.0371, 0.0411, 0.0437}, kPasses[2] = {0.005, 0.0017};
     const int frames = Frames(*wave);
@@ -66,12 +66,12 @@ void AddRoom(Wave* wave, double wet, double feedback) {
     }
 }
 
-// The falling partials of one string of an ensemble: adds them to one channel.
+// Adds the decaying partials of one string of an ensemble to one channel.
 struct String {
     double frequency, gain;
-    double tilt;     // partial k begins at 1 / k to this power; 1 or 2 (rounded between)
-    double dulling;  // and falls by this much more than the one before, per second
-    double vibrato;  // seconds that the phase swings by
+    double tilt;     // partial k starts at 1 / k to this power; 1 or 2 (rounded between)
+    double dulling;  // and decays this much faster than the previous one, per second
+    double vibrato;  // seconds by which the phase swings
     double phase;
     int partials;
 };
@@ -102,7 +102,7 @@ void Decay(Wave* wave, double per_second) {
     }
 }
 
-// Noise with its lows taken out, the higher the sharper.
+// High-passed noise; higher is sharper.
 class HighNoise {
 public:
     HighNoise(uint32_t seed, double sharpness) : random_(seed), sharpness_(sharpness) {}
@@ -268,7 +268,7 @@ Wave Bell(int note) {
     return Finish(wave, 0.12, 0.002, 0.2);
 }
 
-// The chord an octave up, short, wide.
+// The chord one octave up, short and wide.
 Wave Stab(int chord) {
     Wave wave = Empty(22050, 2, 0.34);
     int number = 0;
@@ -305,13 +305,13 @@ Wave Pad(int chord) {
 
 std::vector<int> ChordNotes(int chord) {
     static const std::vector<int> kNotes[kChords] = {
-        {55, 59, 62, 66},  // G with its major seventh
+        {55, 59, 62, 66},  // G major seventh
         {57, 61, 64, 69},  // A
-        {54, 57, 61, 64},  // F sharp minor with its seventh
-        {54, 59, 62, 69},  // B minor with its seventh
-        {57, 62, 64, 66},  // D with its ninth
-        {52, 55, 59, 62},  // E minor with its seventh
-        {54, 58, 61, 64},  // F sharp with its seventh
+        {54, 57, 61, 64},  // F sharp minor seventh
+        {54, 59, 62, 69},  // B minor seventh
+        {57, 62, 64, 66},  // D with added ninth
+        {52, 55, 59, 62},  // E minor seventh
+        {54, 58, 61, 64},  // F sharp seventh
     };
     return kNotes[chord];
 }
@@ -352,7 +352,7 @@ Wave Play(const Voice& voice) {
     return {};
 }
 
-// Of the kinds that the player decodes by itself: the demo comes up at once, without the codec library.
+// Only formats that the player decodes by itself, so the demo starts at once, without the codec library.
 Format FormatOf(const Voice& voice) {
     switch (voice.instrument) {
         case Instrument::kClap:

@@ -1,5 +1,5 @@
-// The demo's flat pictures, with 16 colours each: title, bird, the turning rays and the sparks. In those that
-// lie over another picture black is nothing.
+// Draws the demo's flat pictures with 16 colours each: title, bird, the turning rays and the sparks. In
+// overlays, black is transparent.
 #include "generate.h"
 #include "generate_math.h"
 
@@ -16,7 +16,7 @@ double Root(double square) {
     return root;
 }
 
-// The direction from 0, 0 in turns, 0 to 1; good to a thousandth, which is all that rays need.
+// The direction from 0, 0 in turns, 0 to 1; accurate to a thousandth, which is enough for rays.
 double Turns(double x, double y) {
     double ax = x < 0 ? -x : x, ay = y < 0 ? -y : y, most = ax > ay ? ax : ay, least = ax > ay ? ay : ax;
     double t = most == 0 ? 0 : least / most;
@@ -51,7 +51,7 @@ bool LetterBit(char name, int x, int y) {
     return false;
 }
 
-// Whether the word, drawn with this scale at 0, 0, covers the place.
+// Whether the word, drawn at 0, 0 with this scale, covers the position.
 bool WordAt(const char* word, int scale, int x, int y) {
     if (x < 0 || y < 0) return false;
     int number = x / (6 * scale);
@@ -71,7 +71,7 @@ void Dot(Picture* picture, double at_x, double at_y, double radius, const Color&
     }
 }
 
-// A wing: a bent line that gets thinner.
+// A wing: a bent line that tapers.
 void Wing(Picture* picture, double x0, double y0, double x1, double y1, double x2, double y2, double thick,
           const Color& root, const Color& tip) {
     for (int i = 0; i <= 60; ++i) {
@@ -144,8 +144,8 @@ Picture Ray(int frame) {
     return picture;
 }
 
-// Petals that stream out from the sun, one burst a beat: where a petal of one burst ends, that of the burst
-// before was when it began, so that the frames go round.
+// Petals that stream out from the sun, one burst per beat. At the last frame each burst is where the older
+// one was at the first, so the frames loop.
 Picture Spark(int frame) {
     static const Color kColors[5] = {
         {1, 1, 0.94}, {1, 0.86, 0.44}, {1, 0.62, 0.56}, {0.98, 0.72, 0.86}, {0.62, 0.86, 0.98}};

@@ -1,4 +1,5 @@
-// Any bytes as a BMP file: loaded, shown whole, and through a picture definition made of its last 24 bytes.
+// Takes any bytes as a BMP file: loads it, shows it whole, and through a picture definition made from its
+// last 24 bytes.
 #include <unistd.h>
 
 #include <cstddef>

@@ -1,11 +1,11 @@
-// Any bytes as a chart through the checker and both of its reports.
+// Takes any bytes as a chart for the checker and both of its reports.
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
 
 #include "check/report.h"
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int file = memfd_create("chart", 0);

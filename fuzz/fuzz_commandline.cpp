@@ -1,5 +1,5 @@
-// Any bytes as a command line: as an argument vector where they hold line feeds, and as the one string that
-// the scans read. One and several other copies stand in the list without windows behind them.
+// Takes any bytes as a command line: as an argument vector, separated by line feeds, and as the single string
+// that the scans read. Lists one and several other instances without real windows.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "host/headless/headless.h"
-#include "platform/commandline.h"
 #include "platform/process.h"
+#include "platform/window/commandline.h"
 #include "shell/options.h"
 #include "shell/shell.h"
 #include "shell/winlist.h"
@@ -48,7 +48,7 @@ std::string LineOfArguments(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    headless::Reset();  // log and queue would grow from input to input
+    headless::Reset();  // otherwise log and queue grow from input to input
     ResetPlatform();
     const std::string text(std::string(reinterpret_cast<const char*>(data), size).c_str());  // no NUL inside
     for (const int32_t nCopies : {0, 1, 3}) ScanLine(text, nCopies);

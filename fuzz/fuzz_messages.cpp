@@ -1,5 +1,5 @@
-// Any sequence of the user's input, other copies' messages and answers to dialogs into a running program:
-// four bytes for each, behind one that chooses how the program starts.
+// Takes any bytes as a sequence of user input, messages from other instances and dialog answers for a running
+// program: four bytes each, after one byte that chooses how the program starts.
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -15,7 +15,7 @@ namespace {
 
 using headless::Action;
 
-constexpr uint64_t kRest = 40;  // ms of virtual time that the program has behind the last action
+constexpr uint64_t kRest = 40;  // ms of virtual time after the last action
 
 constexpr UINT kMessages[] = {1125, 1126, 1127, 1128, 1129, 1130, 1134, 1224, 2, 16,   70,
                               161,  256,  274,  515,  529,  530,  562,  18,   1, 1024, 65535};

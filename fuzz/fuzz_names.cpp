@@ -1,13 +1,13 @@
-// Any bytes as a file's name and as a text to be shown. What opens must be one of the folder's files.
+// Takes any bytes as a file name and as a text to display. Whatever opens must be one of the folder's files.
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
-#include "platform/files.h"
-#include "platform/namefold.h"
-#include "platform/text.h"
+#include "platform/files/files.h"
+#include "platform/files/namefold.h"
+#include "platform/files/text.h"
 
 namespace {
 
@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     char abBytes[6];
     const bool bInside = FileRead(abBytes, 1, 6, pFile) == 6 && std::string(abBytes, 6) == "inside";
     FileClose(pFile);
-    // Two dots lead out, as the name says.
+    // Two dots lead out of the folder, as the name says.
     if (!bInside && text.find("..") == text.npos) std::abort();
     return 0;
 }

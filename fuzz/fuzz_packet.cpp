@@ -1,24 +1,25 @@
-// What arrives at a copy's socket, and the names of sockets in the copies' folder.
+// Takes any bytes as a datagram at an instance's socket, and as the name of a socket in the instances'
+// folder.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
-#include "host/desktop/copy_folder.h"
-#include "host/desktop/copy_message.h"
+#include "host/desktop/instance_folder.h"
+#include "host/desktop/instance_message.h"
 
 using namespace host::desktop;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    CopyMessage message;
-    if (DecodeCopyMessage(data, size, &message)) {
-        uint8_t bytes[kCopyMessageBytes];
-        EncodeCopyMessage(message, bytes);
+    InstanceMessage message;
+    if (DecodeInstanceMessage(data, size, &message)) {
+        uint8_t bytes[kInstanceMessageBytes];
+        EncodeInstanceMessage(message, bytes);
         if (size != sizeof(bytes) || std::memcmp(data, bytes, size) != 0) std::abort();
     }
     const std::string name(reinterpret_cast<const char*>(data), size);
-    CopySocket socket, again;
+    InstanceSocket socket, again;
     if (ParseSocketName(name, &socket)) {
         if (!ParseSocketName(SocketName(socket), &again) || again.class_name != socket.class_name ||
             again.id != socket.id)

@@ -1,10 +1,10 @@
-// Any bytes as a picture that stands for another: what comes of them is a BMP that shows.
+// Takes any bytes as a substitute picture. If it converts, the result is a displayable BMP.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/picture_file.h"
+#include "platform/substitutes/picture.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ByteBlock bmp;
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (width < 1 || width > kMaxPictureSide || height < 1 || height > kMaxPictureSide) std::abort();
     const size_t stride = (static_cast<size_t>(width) * bits / 8 + 3) / 4 * 4;
     if (bmp.Size() != 54 + stride * static_cast<size_t>(height)) std::abort();
-    // Every byte has been written: a sum that no compiler leaves out.
+    // Sums all bytes, to prove that each has been written; the compiler cannot drop it.
     unsigned sum = 0;
     for (size_t i = 0; i < bmp.Size(); ++i) sum += bmp.Data()[i];
     return sum == 1 ? std::abort(), 0 : 0;

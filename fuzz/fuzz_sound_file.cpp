@@ -1,18 +1,18 @@
-// Any bytes as a sound that stands for another: what comes of them is a WAV file with whole frames.
+// Takes any bytes as a substitute sound. If it converts, the result is a WAV file with whole frames.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/sound_file.h"
+#include "platform/substitutes/sound.h"
 
-// A Vorbis head that breaks off costs 6 kB each, inside the library.
+// Each truncated Vorbis header leaks 6 kB inside the library.
 extern "C" const char* __lsan_default_suppressions() {
     return "leak:libvorbis\nleak:libsndfile\n";
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    // A few bytes can stand for minutes of silence; what is looked for lies in the first seconds.
+    // A few bytes can mean minutes of silence; anything of interest is in the first seconds.
     constexpr size_t kEnough = size_t{8} << 20;
     size_t held = 0;
     ByteBlock wav;

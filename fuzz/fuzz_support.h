@@ -1,4 +1,4 @@
-// What targets that run the whole program share.
+// Shared by targets that run the whole program.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace fuzz {
 
-// A folder with small charts: two that play, one of measure 0 alone, and names of none.
+// A folder with small charts: two that play and one with only measure 0. Other names refer to no chart.
 class Charts {
 public:
     Charts() {
@@ -45,7 +45,7 @@ private:
     std::string folder_;
 };
 
-// The system, the platform and the host as in a fresh process.
+// Resets the system, the platform and the host to the state of a new process.
 inline void FreshProgram() {
     Shutdown();
     ResetPlatform();

@@ -1,4 +1,4 @@
-// Any bytes as a WAV file.
+// Takes any bytes as a WAV file.
 #include <cstring>
 #include <vector>
 
@@ -6,8 +6,8 @@
 
 namespace {
 
-// Filling hundreds of megabytes finds nothing that some do not: such lengths are cut, save those that no
-// buffer can have.
+// Filling hundreds of megabytes finds nothing that a few megabytes do not, so such lengths are cut, except
+// those that no buffer can have.
 void CutLengths(std::vector<uint8_t>* bytes) {
     for (size_t at = 0; at + 8 <= bytes->size(); ++at) {
         if (std::memcmp(&(*bytes)[at], "data", 4) == 0 && (*bytes)[at + 7] < 0x40) {

@@ -1,4 +1,4 @@
-// Any bytes as an XA file: its first four are made those that tell one.
+// Takes any bytes as an XA file, with the first four replaced by the XA magic.
 #include <algorithm>
 #include <vector>
 

@@ -1,4 +1,4 @@
-// Any bytes as an XA file, cut into calls by the last of them.
+// Takes any bytes as an XA file. The last two bytes set how much source and output each call gets.
 #include <algorithm>
 #include <cstdint>
 #include <vector>

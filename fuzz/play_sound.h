@@ -1,4 +1,4 @@
-// Any bytes as a sound file: loaded whole and as a stream, played, and served for some laps.
+// Takes any bytes as a sound file: loads it whole and as a stream, plays it, and services it for a few laps.
 #pragma once
 
 #include <unistd.h>
@@ -24,7 +24,7 @@ struct SoundFile {
     }
 };
 
-// With the cursor once in each half, which is where refills are due.
+// Puts the cursor once into each half, which is where refills are due.
 inline void Serve(CDSBuffer* sound, int refills) {
     for (int i = 0; i < refills && sound->m_pDSB != nullptr; ++i) {
         const DWORD place = i % 2 == 0 ? sound->m_nBufSize / 8 * 5 : sound->m_nBufSize / 4;
@@ -34,8 +34,8 @@ inline void Serve(CDSBuffer* sound, int refills) {
     }
 }
 
-// For a process that does nothing else. Never closed: the host under it may be gone before a static object
-// is.
+// For a process that does nothing else. Never closed: the host may be gone before a static object is
+// destroyed.
 inline CDSound& Device() {
     static CDSound& device = *new CDSound;
     if (device.m_pDS == nullptr && device.Init(nullptr, 1) != 0) std::abort();

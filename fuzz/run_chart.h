@@ -1,4 +1,4 @@
-// Any bytes as a chart: read, compiled, put at some measures and played for some frames, without devices.
+// Takes any bytes as a chart: reads and compiles it, seeks, and plays some frames, without devices.
 #pragma once
 
 #include <sys/mman.h>
@@ -15,7 +15,7 @@
 #include "playback/playback.h"
 #include "shell/shell.h"
 
-// What must hold of a list whatever the file says.
+// Invariants of a list, whatever the file says.
 inline void CheckPlayList(const BmsEvent* list, int32_t count, int32_t cursor) {
     if (cursor < 0 || cursor > count) std::abort();
     for (int32_t i = 0; i < count; ++i) {

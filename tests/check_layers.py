@@ -9,19 +9,23 @@ import re
 import sys
 import tempfile
 
-CORE = ("shell", "playback", "chart", "sound", "display")
+CORE = ("shell", "playback", "chart", "sound", "display", "system")
 # Which folders of src a file may include from.
 ALLOWED = {
-    "shell": {"shell", "playback", "chart", "sound", "display", "platform"},
-    "playback": {"playback", "chart", "sound", "display", "platform"},
-    "chart": {"chart", "sound", "display", "platform"},
-    "sound": {"chart", "sound", "display", "platform"},
-    "display": {"chart", "sound", "display", "platform"},
+    "shell": {"shell", "playback", "chart", "sound", "display", "system", "platform"},
+    "playback": {"playback", "chart", "sound", "display", "system", "platform"},
+    "chart": {"chart", "sound", "display", "system", "platform"},
+    "sound": {"chart", "sound", "display", "system", "platform"},
+    "display": {"chart", "sound", "display", "system", "platform"},
+    "system": {"system", "platform"},
     "dialect": {"dialect"},
     "platform": {"platform", "host"},
     "host": {"host"},
 }
-FOR_ALL_OF_THE_SYSTEM = {"shell/diagnostics.h", "shell/globals.h"}
+# The rooms of src/platform, lowest first: a room includes rooms before it and the ground. The ground is the
+# files beside the rooms, except for those on top, which include every room and which no room includes.
+ROOMS = ("files", "codec", "substitutes", "graphics", "sound", "window")
+ON_TOP = ("open", "process")
 STANDARD = set("""algorithm array atomic bit bitset cassert cctype cerrno cfenv cfloat charconv chrono cinttypes climits
 clocale cmath compare complex concepts condition_variable cstdarg cstddef cstdint cstdio cstdlib cstring ctime cwchar
 deque exception execution filesystem format forward_list fstream functional future initializer_list iomanip ios iosfwd
@@ -44,6 +48,22 @@ def files(root, folder, endings):
                 yield os.path.relpath(os.path.join(path, name), root)
 
 
+def floor_of(path):
+    """Of a path below src/platform: 0 is the ground."""
+    parts = path.split("/")[1:]
+    if len(parts) > 1:
+        return 1 + ROOMS.index(parts[0]) if parts[0] in ROOMS else None
+    return 1 + len(ROOMS) if os.path.splitext(parts[0])[0] in ON_TOP else 0
+
+
+def check_rooms(path, name):
+    """The offence of src/platform's file including another of its files, or None."""
+    here, there = floor_of(path.split("/", 1)[1]), floor_of(name)
+    if here is None or there is None:
+        return f"{name if there is None else path} stands in no room of src/platform"
+    return f"src/{name} lies above this room" if there > here else None
+
+
 def check_include(path, quote, name):
     """The offence of one include, or None."""
     parts = path.split("/")
@@ -59,10 +79,10 @@ def check_include(path, quote, name):
             return f"src/{layer} knows no library but the standard one: <{name}>"
         return None
     target = name.split("/")[0]
-    if layer in CORE and name in FOR_ALL_OF_THE_SYSTEM:
-        return None
     if target not in ALLOWED[layer]:
         return f"src/{layer} may not include {name}"
+    if layer == "platform" and target == "platform":
+        return check_rooms(path, name)
     if layer == "platform" and target == "host" and name != "host/host.h":
         return f"src/platform reaches the machine through host/host.h only, not {name}"
     if layer == "host" and parts[2] in ("desktop", "headless"):
@@ -109,6 +129,11 @@ def self_test():
         "src/display/b.h": '#include "playback/playback.h"\n',
         "src/playback/c.cpp": "#if defined(__linux__)\n#endif\n",
         "src/platform/d.cpp": '#include "host/desktop/desktop.h"\n',
+        "src/platform/codec/d.cpp": '#include "platform/window/window.h"\n',
+        "src/platform/e.cpp": '#include "platform/files/files.h"\n',
+        "src/platform/window/e.cpp": '#include "platform/process.h"\n',
+        "src/platform/attic/e.cpp": '#include "platform/debug.h"\n',
+        "src/system/e.cpp": '#include "chart/bms.h"\n',
         "src/shell/e.cpp": '#include "host/host.h"\n',
         "src/host/headless/f.cpp": '#include "host/desktop/desktop.h"\n',
         "src/dialect/i.cpp": '#include "chart/bms.h"\n',
@@ -116,7 +141,9 @@ def self_test():
         "docs/h.md": "see `src/nowhere.cpp`\n",
     }
     good = {
-        "src/chart/z.cpp": '#include <vector>\n#include "shell/diagnostics.h"\n#include "platform/files.h"\n',
+        "src/chart/z.cpp": '#include <vector>\n#include "system/diagnostics.h"\n#include "platform/files/files.h"\n',
+        "src/platform/open.cpp": '#include "platform/files/files.h"\n#include "platform/debug.h"\n',
+        "src/platform/sound/z.cpp": '#include "platform/codec/waveformat.h"\n#include "platform/sound/z.h"\n',
         "src/host/desktop/z.cpp": '#include <FL/Fl.H>\n#ifdef __linux__\n#endif\n#include "host/host.h"\n',
     }
     with tempfile.TemporaryDirectory() as root:

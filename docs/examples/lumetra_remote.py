@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Commands a running Lumetra directly: lumetra_remote.py play|stop|restart|load|quit, seek MEASURE, speed FACTOR.
 
-The message format and the place of the sockets are those of docs/remote.md. Ends with 1 when no copy runs, when
+The message format and the place of the sockets are those of docs/remote.md. Ends with 1 when no instance runs, when
 more than one does, or when the message could not be delivered.
 """
 import os
@@ -31,7 +31,7 @@ def display_key(display):
     return re.sub(r"[^A-Za-z0-9_-]", "_", name)[:40] or "none"
 
 
-def copy_folder():
+def instance_folder():
     key = display_key(os.environ.get("DISPLAY", ""))
     runtime = os.environ.get("XDG_RUNTIME_DIR", "")
     if runtime.startswith("/") and len(runtime) < 40 and private(runtime):
@@ -40,9 +40,9 @@ def copy_folder():
     return f"{own}/{key}" if private(own) else None
 
 
-def copies():
-    """A connected socket to each copy that runs."""
-    folder = copy_folder()
+def instances():
+    """A connected socket to each instance that runs."""
+    folder = instance_folder()
     found = []
     if not folder or not private(folder):
         return found
@@ -53,7 +53,7 @@ def copies():
         try:
             sending.connect(os.path.join(folder, name))
             found.append(sending)
-        except OSError:  # left over from a copy that is gone
+        except OSError:  # left over from an instance that is gone
             sending.close()
     return found
 
@@ -67,9 +67,9 @@ def main(command=None, value="0"):
         print(__doc__, file=sys.stderr)
         return 1
     number = round(float(value) * 100) if command == "speed" else int(value)
-    running = copies()
+    running = instances()
     if len(running) != 1:
-        print(f"{len(running)} copies are running", file=sys.stderr)
+        print(f"{len(running)} instances are running", file=sys.stderr)
         return 1
     running[0].settimeout(1)
     running[0].send(packet(MESSAGES[command], number))

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/host.h"
-#include "platform/commandline.h"
+#include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
 
@@ -16,31 +16,31 @@ constexpr int kExitFailed = -1;
 constexpr char kHelp[] =
     R"(usage: lumetra [option]... [chart]
 
-Plays a BMS or BME chart by itself. Without a chart it asks for one. Options come
-first and hold their value without a blank; everything behind them is the chart.
+Plays a BMS or BME chart automatically. Without a chart it asks for one. Options
+come first, with their value attached; everything after them is the chart's name.
 
   -P         play at once; otherwise the chart waits for Enter
   -N<n>      start at measure n
   -M<x>      scroll speed, 0.1 to 8 (default 1)
   -X<n>      left edge of the window
   -Y<n>      top edge of the window
-  -D         play beside other copies; none of them takes commands any more
-  --help     this text
-  --version  the version
+  -D         run beside other instances; none of them accepts commands afterwards
+  --help     print this help and exit
+  --version  print the version and exit
 
-While a copy is running, another one commands it and ends:
+While an instance is running, these options control it:
 
-  -P         go on        -R   play again from the start measure
+  -P         resume       -R     restart from the start measure
   -S         stop         -N<n>  play from measure n
   -Q         quit         -M<x>  set the scroll speed
 
-Keys: Enter restarts, Space pauses and goes on, Esc quits. A double click or a
-chart dropped on the window loads another chart; a right click opens the menu.
+Keys: Enter restarts, Space pauses and resumes, Esc quits. Double-click the window
+or drop a chart on it to load another chart; right-click it for the menu.
 
 lumetra-render renders a chart to files and needs no display.
 )";
 
-// The answer to --help or --version among the options; null when neither is asked for.
+// The text for --help or --version among the options; null when neither is given.
 const char* AnswerAtOnce(int argc, char** argv) {
     for (int i = 1; i < argc && (!*argv[i] || IsOptionArgument(argv[i])); ++i) {
         if (std::strcmp(argv[i], "--help") == 0) return kHelp;
@@ -52,8 +52,7 @@ const char* AnswerAtOnce(int argc, char** argv) {
 int Run(int argc, char** argv) {
     std::string line = BuildCommandLine(argc, argv);
     const int nExitCode = WinMain(GetProgramModule(), nullptr, line.data(), 1);
-    // Neither a window nor a command given to another copy: was there a screen to open one on, or the dialog
-    // before it?
+    // Neither opened a window nor passed a command on: say so if the display is missing.
     if (nExitCode != kExitRemote && !g_hWnd && !host::HasDisplay()) {
         std::fputs("lumetra: no display to open a window on; lumetra-render works without one\n", stderr);
         return kExitFailed;

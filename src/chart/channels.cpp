@@ -30,8 +30,8 @@ static bool IsRest(const char* p) {
     return (p[0] == '0') & (p[1] == '0');
 }
 
-// Calls fnPair(index, pair) for the pairs that are not `00`, the rest: those make no object on any channel.
-// Where they stand cannot be foretold, so they are noted without a branch first, a block at a time.
+// Calls fnPair(index, pair) for every pair other than `00` (a rest), which makes no object on any channel.
+// Their positions are unpredictable, so they are first collected without a branch, a block at a time.
 template <class Function>
 static void ForPairs(const char* pData, int32_t nPairs, Function fnPair) {
     constexpr int32_t BLOCK = 512;  // more than a line can hold
@@ -78,7 +78,7 @@ int32_t CBMS::CountChannel(int32_t nMeasure, int32_t nChannel, const char* pszDa
     return nCount;
 }
 
-// One list as the second pass sees it: records are stored at the fill count, never beyond what was counted.
+// One list during the second pass. Appends records, never more than were counted.
 struct ListTail {
     BmsObject* pList;
     int32_t nCount;

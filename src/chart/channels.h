@@ -1,11 +1,11 @@
-// What the channels of a chart mean.
+// The meaning of a chart's channels.
 #pragma once
 
 #include "chart/bms.h"
 
-// Which of the store's lists a channel belongs to.
+// The list to which a channel belongs.
 enum ChannelKind { KIND_NONE, KIND_BGM, KIND_LENGTH, KIND_TEMPO, KIND_BGA, KIND_NOTE };
 
-// nChannel: the two digits of the file read as hexadecimal. KIND_NONE: objects of it do nothing but lengthen
+// nChannel: the two digits in the file, read as hexadecimal. KIND_NONE: objects on the channel only lengthen
 // the chart.
 ChannelKind GetChannelKind(int32_t nChannel);

@@ -1,5 +1,5 @@
-// From places in measures to chart time. The arithmetic is kept as it stands, term by term: times are
-// compared to the last bit.
+// Computes chart times from positions in measures. Keep the arithmetic as it is, term by term: times must
+// match to the last bit.
 #include <cmath>
 #include <new>
 
@@ -43,7 +43,7 @@ void CBMS::CompileTempo() {
         double d = M.dLength * w;
         while (i < m_nTempo && m_ppTempo[i]->nMeasure == m) {
             BmsObject& o = *m_ppTempo[i++];
-            const double r = 1.0 - o.dPos;  // the part of the measure behind the change
+            const double r = 1.0 - o.dPos;  // the part of the measure after the change
             d = d - M.dLength * w * r;
             o.dTime = M.dStart + d;
             b = TempoAfter(b, o.dValue);
@@ -57,7 +57,7 @@ void CBMS::CompileTempo() {
 
 void CBMS::CompileObjects(BmsObject** ppList, int32_t nCount) {
     SortObjects(ppList, nCount);
-    // At place p of the current measure the clock reads t.
+    // t is the chart time at position p of the current measure.
     double p = 0.0, t = BMS_LEAD_IN;
     double b = TempoAfter(BMS_DEFAULT_BPM, m_dBPM);
     double w = BMS_MEASURE_MS / b;

@@ -1,10 +1,10 @@
-// Values of single characters as digits, by table: the reader looks at every pair of a chart twice.
+// Digit values of characters, as tables, because the reader looks at every pair of a chart twice.
 #pragma once
 
 #include <array>
 #include <cstdint>
 
-// Values 0 to nBase - 1 of 0-9, A-Z and a-z; nOther for every other byte.
+// Values 0 to nBase - 1 for 0-9, A-Z and a-z; nOther for every other byte.
 constexpr std::array<uint8_t, 256> MakeDigitTable(int nBase, uint8_t nOther) {
     std::array<uint8_t, 256> aTable{};
     for (auto& n : aTable) n = nOther;
@@ -24,7 +24,7 @@ inline constexpr std::array<uint8_t, 256> DIGIT_16 =
     MakeDigitTable(16, 0);  // first digit of a sound or image number
 inline constexpr std::array<uint8_t, 256> DIGIT_HEX = MakeDigitTable(16, NO_DIGIT);
 
-// The numbers of a pair whose two characters are known to be there.
+// The value of a pair. Both characters must exist.
 inline int32_t PairToBase36(const char* p) {
     return DIGIT_36[static_cast<uint8_t>(p[0])] * 36 + DIGIT_36[static_cast<uint8_t>(p[1])];
 }

@@ -4,7 +4,7 @@
 #include "chart/reader.h"
 #include "chart/text.h"
 
-// #WAVxx name and #BMPxx name: the path goes into the table of BMS_SLOTS entries.
+// #WAVxx name and #BMPxx name: stores the path in a table of BMS_SLOTS entries.
 static void ReadPath(char (*aszTable)[BMS_PATH], int32_t nFirst, const char* szLine, int nLength,
                      const char* szDir) {
     if (nLength < 8 || szLine[6] != ' ') return;
@@ -14,8 +14,9 @@ static void ReadPath(char (*aszTable)[BMS_PATH], int32_t nFirst, const char* szL
     AddFileName(aszTable[n], BMS_PATH, szLine + 7);
 }
 
-// #BGAxx yy x1 y1 x2 y2 dx dy: columns at the front, blanks behind. A number begins behind the first blank at
-// or behind the place where reading the one before began, so two blanks in a row give one number twice.
+// #BGAxx yy x1 y1 x2 y2 dx dy: fixed columns up to yy, then values separated by blanks. After each value,
+// reading continues after the next blank, counted from where the value began. Two blanks in a row therefore
+// repeat a value.
 static void ReadBgaDef(CBMS* pBms, const char* szLine) {
     int32_t an[6] = {};
     const char* p = szLine + 10;
@@ -49,8 +50,8 @@ void ReadDefinition(CBMS* pBms, const char* szLine, int nLength, char* szDir) {
     }
 }
 
-// #BPMxx number with a number in columns 4 and 5, else #BPM number. `#BPM120` is of the second kind, and
-// reads 20.
+// #BPMxx number if columns 4 and 5 are base-36 digits, else #BPM number. `#BPM120` is the latter and reads as
+// 20.
 static void ReadTempo(CBMS* pBms, const char* szLine, int nLength) {
     if (nLength >= 8 && IsBase36(static_cast<unsigned char>(szLine[4])) &&
         IsBase36(static_cast<unsigned char>(szLine[5]))) {
@@ -76,7 +77,7 @@ static int32_t ReadDigitByte(const char* p) {
 
 void ReadHeader(CBMS* pBms, const char* szLine, int nLength) {
     const char* pszWord = szLine + 1;
-    // The value stands right behind the keyword's blank, and needs one character at least but for two.
+    // The value follows the keyword's blank directly and has at least one character.
     if (HasHeadI(pszWord, "TITLE ")) {
         if (nLength >= 8) SetText(&pBms->m_pszTitle, szLine + 7);
     } else if (HasHeadI(pszWord, "ARTIST ")) {

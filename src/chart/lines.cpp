@@ -13,7 +13,7 @@ static const char* FindByte(const char* pFrom, const char* pEnd, char c) {
     return p ? static_cast<const char*>(p) : pEnd;
 }
 
-// The NUL behind the text keeps the look at the byte behind the CR inside the buffer.
+// The NUL after the text makes reading one byte past a CR safe.
 static const char* FindBreak(const char* pFrom, const char* pEnd) {
     const char* p = FindByte(pFrom, pEnd, '\r');
     while (p < pEnd && p[1] != '\n') p = FindByte(p + 1, pEnd, '\r');
@@ -38,7 +38,7 @@ int TakeLine(LineScan* pScan, char* szLine) {
     const char* pCut = FindByte(pLine, pLine + nLength, '\n');
     nLength = FindByte(pLine, pCut, '\t') - pLine;
     std::memcpy(szLine, pLine, static_cast<size_t>(nLength));
-    // The tests of a line's kind look at fixed columns before they look at its length.
+    // Callers test fixed columns before they check the length.
     std::memset(szLine + nLength, 0, nLength < 8 ? static_cast<size_t>(8 - nLength) : 1);
     return static_cast<int>(nLength);
 }

@@ -1,18 +1,17 @@
-// The order of a chart's objects. A chart file is almost in order as it stands: each line is in order in
-// itself, and the lines of a measure stand together. So the sort merges the ascending runs that it finds, and
-// only where they overlap.
+// Sorts a chart's objects. A chart file is nearly sorted: each line is sorted, and the lines of a measure
+// stand together. So the sort merges existing ascending runs, and only where they overlap.
 #include <algorithm>
 #include <cstring>
 #include <new>
 
 #include "chart/bms.h"
 
-static double PlaceOf(const BmsObject* p) {
+static double PositionOf(const BmsObject* p) {
     return p->nMeasure + p->dPos;
 }
 
 int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
-    const double a = PlaceOf(pA), b = PlaceOf(pB);
+    const double a = PositionOf(pA), b = PositionOf(pB);
     if (a < b) return -1;
     if (a > b) return 1;
     if (pA->nChannel == pB->nChannel) return 0;
@@ -20,20 +19,20 @@ int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
 }
 
 struct SortKey {
-    double dPlace;
+    double dPosition;
     int32_t nChannel;
     BmsObject* pObject;
 };
 
 static bool IsLess(const SortKey& a, const SortKey& b) {
-    return (a.dPlace < b.dPlace) | ((a.dPlace == b.dPlace) & (a.nChannel < b.nChannel));
+    return (a.dPosition < b.dPosition) | ((a.dPosition == b.dPosition) & (a.nChannel < b.nChannel));
 }
 
-// Merges [nFirst, nMiddle) and [nMiddle, nEnd), both ascending. pSpare has room for the first.
+// Merges [nFirst, nMiddle) and [nMiddle, nEnd), both ascending. pSpare has room for the first run.
 static void MergeRuns(SortKey* pKeys, int32_t nFirst, int32_t nMiddle, int32_t nEnd, SortKey* pSpare) {
     SortKey* pMiddle = pKeys + nMiddle;
     if (!IsLess(*pMiddle, pMiddle[-1])) return;
-    // What stands before all of the second run, or behind all of the first, is at its place.
+    // Skip elements that precede the whole second run or follow the whole first run.
     SortKey* pTo = std::upper_bound(pKeys + nFirst, pMiddle, *pMiddle, IsLess);
     const SortKey* pEndB = std::lower_bound(pMiddle, pKeys + nEnd, pMiddle[-1], IsLess);
     const SortKey* pA = pSpare;
@@ -49,7 +48,7 @@ static void MergeRuns(SortKey* pKeys, int32_t nFirst, int32_t nMiddle, int32_t n
     std::memcpy(pTo, pA, static_cast<size_t>(pEndA - pA) * sizeof(SortKey));
 }
 
-// Merges runs of about equal weight first: of the runs on the stack none weighs as much as the one below it.
+// Merges runs of similar weight first: on the stack, each run has a lower level than the one below it.
 static void SortKeys(SortKey* pKeys, int32_t nCount, SortKey* pSpare) {
     struct Run {
         int32_t nFirst, nLevel;
@@ -66,9 +65,9 @@ static void SortKeys(SortKey* pKeys, int32_t nCount, SortKey* pSpare) {
     }
 }
 
-// Both buffers have room for nCount.
+// Both buffers hold nCount keys.
 static void SortSpan(BmsObject** ppList, int32_t nCount, SortKey* pKeys, SortKey* pSpare) {
-    for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PlaceOf(ppList[i]), ppList[i]->nChannel, ppList[i]};
+    for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PositionOf(ppList[i]), ppList[i]->nChannel, ppList[i]};
     SortKeys(pKeys, nCount, pSpare);
     for (int32_t i = 0; i < nCount; ++i) ppList[i] = pKeys[i].pObject;
 }
@@ -88,7 +87,7 @@ static bool SortMeasures(BmsObject** ppList, int32_t nCount, SortKey* pKeys, Sor
 void SortObjects(BmsObject** ppList, int32_t nCount) {
     SortKey* pKeys = new (std::nothrow) SortKey[static_cast<size_t>(nCount)];
     SortKey* pSpare = new (std::nothrow) SortKey[static_cast<size_t>(nCount)];
-    if (!pKeys || !pSpare) {  // slower, but does without memory
+    if (!pKeys || !pSpare) {  // slower, but needs no memory
         std::stable_sort(ppList, ppList + nCount,
                          [](const BmsObject* pA, const BmsObject* pB) { return CompareObjects(pA, pB) < 0; });
     } else if (!SortMeasures(ppList, nCount, pKeys, pSpare)) {

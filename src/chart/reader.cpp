@@ -5,10 +5,10 @@
 
 #include "chart/text.h"
 #include "display/ddraw.h"
-#include "platform/files.h"
-#include "shell/diagnostics.h"
+#include "platform/files/files.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
+#include "system/diagnostics.h"
 
 char* ReadChartText(const char* pszPath, int64_t* pnSize) {
     FileForgetListings();
@@ -20,7 +20,7 @@ char* ReadChartText(const char* pszPath, int64_t* pnSize) {
         pText = new (std::nothrow) char[static_cast<size_t>(nSize) + 1];
     }
     if (pText) {
-        // A file that shrinks meanwhile is as long as what could be read.
+        // If the file shrinks while being read, its length is what was read.
         *pnSize = static_cast<int64_t>(FileRead(pText, 1, static_cast<size_t>(nSize), pFile));
         pText[*pnSize] = '\0';
     }
@@ -43,7 +43,7 @@ bool IsCommand(const char* szLine, int nLength) {
     return nLength > 4 && szLine[0] == '#';
 }
 
-// One walk over the lines that can be commands: fnChannel(measure, channel, data), fnOther(line, its length).
+// Walks over all possible commands. Calls fnChannel(measure, channel, data) or fnOther(line, length).
 template <class OnChannel, class OnOther>
 static void ForCommands(const char* pText, int64_t nSize, OnChannel fnChannel, OnOther fnOther) {
     char szLine[LINE_BUFFER];
@@ -103,7 +103,7 @@ int CBMS::AllocLists() {
                : 1;
 }
 
-// Tells the files that will be opened, so that they can be read ahead.
+// Announces the files that will be opened, so that they can be read ahead.
 static void Expect(int nKind, const char (*aszName)[BMS_PATH]) {
     const char* apszName[BMS_SLOTS];
     int nCount = 0;
@@ -160,7 +160,7 @@ int32_t CBMS::Load(const char* pszPath, int32_t nMeasureBase) {
     LoadSounds();
     SecondPass(this, pText, nSize, nMeasureBase);
 
-    // Pairs such as `G0` are counted but make no object.
+    // Pairs such as `G0` were counted but create no object.
     m_nBgm = m_nBgmFill;
     m_nLength = m_nLengthFill;
     m_nTempo = m_nTempoFill;

@@ -1,38 +1,37 @@
-// Taking the lines of a chart file from its text, and the keywords of the two passes.
+// Splits a chart's text into lines and reads the keywords of both passes.
 #pragma once
 
 #include "chart/bms.h"
 
-constexpr int LINE_BUFFER = 1024;  // a line keeps at most 1023 bytes
+constexpr int LINE_BUFFER = 1024;  // a line is cut to 1023 bytes
 
-// A walk over the text. The two ends that were found ahead are kept, so that a text of NULs or of lone CRs
-// costs no more than any other.
+// A position in the text. Remembers the next line break and the next NUL, so that a text full of NULs or lone
+// CRs is scanned in linear time.
 struct LineScan {
-    const char* pNext;  // read position
-    const char* pEnd;   // end of the text; a NUL stands there
-    const char*
-        pBreak;        // the next CR LF at or behind pNext, pEnd when there is none; null: not looked for yet
-    const char* pNul;  // the next NUL likewise
+    const char* pNext;   // read position
+    const char* pEnd;    // end of the text; points to a NUL
+    const char* pBreak;  // the next CR LF at or after pNext, pEnd when there is none; null: not searched yet
+    const char* pNul;    // the same for the next NUL
 };
 
 void StartLines(LineScan* pScan, const char* pText, int64_t nSize);
-// Takes the next line into szLine, cut at its first LF or TAB, at least 8 bytes of which are written. Its
-// length, or -1 when the text is at its end.
+// Copies the next line to szLine, cut at its first LF or TAB; writes at least 8 bytes. Returns its length, or
+// -1 at the end of the text.
 int TakeLine(LineScan* pScan, char* szLine);
 
-// The whole file with a NUL behind it, to be freed with delete[]; null when it cannot be had or is too large.
-// Drops what is remembered of folders.
+// Reads the whole file and appends a NUL. Free with delete[]. Null when it cannot be read or is too large.
+// Drops cached folder listings.
 char* ReadChartText(const char* pszPath, int64_t* pnSize);
 
-// Whether a line can be a command: it has more than 4 characters, the first of which is the `#`.
+// True if the line can be a command: at least 5 characters, the first of them `#`.
 bool IsCommand(const char* szLine, int nLength);
 
-// Splits `#mmmcc:data`. False for any other line; with a channel of -1 for one that is to be dropped. The
-// underscores of the data, which begins at column 7, are gone afterwards.
+// Splits `#mmmcc:data`. False for any other line. Sets the channel to -1 for a line to be dropped. Removes
+// underscores from the data, which starts at column 7.
 bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel);
 
-// First pass: #WAV, #BMP, #BGA and #PATH_WAV. szLine is a line with its length; szDir (BMS_PATH bytes) is the
-// directory in force.
+// First pass: #WAV, #BMP, #BGA and #PATH_WAV. szLine is a line of nLength bytes; szDir (BMS_PATH bytes) is
+// the current directory for sounds and pictures.
 void ReadDefinition(CBMS* pBms, const char* szLine, int nLength, char* szDir);
-// Second pass: the header values and the extended tempos.
+// Second pass: header values and extended tempos.
 void ReadHeader(CBMS* pBms, const char* szLine, int nLength);

@@ -5,14 +5,11 @@
 #include <limits>
 
 #include "chart/digits.h"
-
-static char FoldCase(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
+#include "platform/ascii.h"
 
 int HasHeadI(const char* pszText, const char* pszHead) {
     for (; *pszHead; ++pszText, ++pszHead) {
-        if (FoldCase(*pszText) != FoldCase(*pszHead)) return 0;  // the text's NUL differs too
+        if (AsciiUpper(*pszText) != AsciiUpper(*pszHead)) return 0;  // also stops at the text's NUL
     }
     return 1;
 }
@@ -100,18 +97,18 @@ int32_t ReadDecimal(const char* pszText) {
     const char* p = SkipSpace(pszText);
     const bool bNegative = *p == '-';
     if (*p == '-' || *p == '+') ++p;
-    constexpr int64_t MOST = std::numeric_limits<int32_t>::max();
+    constexpr int64_t MAX = std::numeric_limits<int32_t>::max();
     int64_t n = 0;
     for (; IsDigit(static_cast<unsigned char>(*p)); ++p) {
         n = n * 10 + (*p - '0');
-        if (n > MOST + 1) n = MOST + 1;
+        if (n > MAX + 1) n = MAX + 1;
     }
     if (bNegative) return static_cast<int32_t>(-n);
-    return static_cast<int32_t>(n > MOST ? MOST : n);
+    return static_cast<int32_t>(n > MAX ? MAX : n);
 }
 
-// What a number that no double holds comes to: infinity, or 0.0 when it is too small. The text is digits with
-// a point and an exponent.
+// The result for a number out of a double's range: infinity, or 0.0 when it is too small. The text consists
+// of digits, a point and an exponent.
 static double OutOfRange(const char* p, const char* pEnd) {
     int64_t nPlace = 0;  // decimal exponent of the first digit that is not 0
     bool bPoint = false, bFound = false;

@@ -1,40 +1,40 @@
-// The reader's small helpers on NUL-terminated byte strings. Bytes are Shift-JIS or ASCII; only the functions
-// that say so look at two-byte characters.
+// Helpers of the reader for NUL-terminated byte strings in Shift-JIS or ASCII. Only functions that say so
+// handle two-byte characters.
 #pragma once
 
 #include <cstdint>
 
-// 1 if the text begins with the head, a to z folded to upper case on both sides. An empty head gives 1.
+// 1 if the text begins with the head, ignoring the case of a to z. 1 for an empty head.
 int HasHeadI(const char* pszText, const char* pszHead);
 
-void CutLF(char* pszText);   // every LF becomes NUL
-void CutTab(char* pszText);  // every TAB becomes NUL
+void CutLF(char* pszText);   // replaces every LF by NUL
+void CutTab(char* pszText);  // replaces every TAB by NUL
 
 int IsDigit(unsigned char c);   // 0-9
 int IsBase36(unsigned char c);  // 0-9, A-Z, a-z
 
-// The value 0 to 999 of the first three bytes if all are decimal digits, else -1.
+// The value of the first three bytes, 0 to 999, or -1 unless all are decimal digits.
 int32_t GetMeasureNo(const char* pszText);
 
-void RemoveUnderscore(char* pszText);  // deletes every `_` and closes the gap
+void RemoveUnderscore(char* pszText);  // removes every `_`
 
 int IsSJisLead(unsigned char c);  // 0x81-0x9F, 0xE0-0xFC
 
-// Joins directory and name with one backslash between them, in the directory's buffer of nDirSize bytes. A
-// backslash that is the second half of a two-byte character does not count as one. What does not fit is cut.
+// Appends a name to a directory, in the directory's buffer of nDirSize bytes, with one backslash between
+// them. A backslash that is the second half of a two-byte character does not count as one. Truncates to the
+// buffer.
 void AddFileName(char* pszDir, int nDirSize, const char* pszName);
 
-// The directory part of the path with its closing backslash, the whole path when it has none. The buffer has
-// nDirSize bytes; a longer path is cut first.
+// Copies the directory part of the path, with its closing backslash, or the whole path when it has none.
+// Truncates the path to nDirSize bytes first.
 void GetDirName(const char* pszPath, char* pszDir, int nDirSize);
 
 int32_t ObjNoToInt(const char* pszText);   // sound and image numbers, 0 to 575
 int32_t Base36ToInt(const char* pszText);  // picture definitions, 0 to 1295
 
-// Numbers as the usual library conversions read them, without a locale: leading white space, a sign, digits
-// up to the first other byte. No digits give 0. Results beyond 32 bits are held at the end of the range.
+// Read numbers like the C library, but independent of the locale: leading white space, a sign, then digits up
+// to the first other byte. No digits give 0. Saturates at 32 bits.
 int32_t ReadDecimal(const char* pszText);
 double ReadFloat(const char* pszText);  // decimal digits, `.`, exponent; no `0x`, `inf`, `nan`
-// The hexadecimal number of a pair's two characters: 0 unless the first is a hexadecimal digit, no blank, no
-// sign.
+// The hexadecimal value of a pair. 0 unless the first character is a hexadecimal digit; no blanks, no sign.
 int32_t ReadHexPair(const char* pszText);

@@ -1,9 +1,9 @@
 #include "display/ddraw.h"
 
-#include "platform/dialog.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 #include "platform/timer.h"
-#include "platform/window.h"
+#include "platform/window/dialog.h"
+#include "platform/window/window.h"
 
 namespace {
 

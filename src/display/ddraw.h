@@ -1,7 +1,7 @@
-// The display: surfaces, the picture's way to the window, and the 576 image slots.
+// The display: surfaces, presenting the picture in the window, and the 576 image slots.
 #pragma once
 
-#include "platform/directdraw.h"
+#include "platform/graphics/directdraw.h"
 #include "platform/wintypes.h"
 
 class CDib;
@@ -17,20 +17,20 @@ public:
     CDDraw& operator=(const CDDraw&) = delete;
 
     int Init(HWND hWnd, int x, int y, int nWidth, int nHeight);  // 0, or 1 after a message box
-    // Puts the window on top, at x, y (both -1: where it stands), with that client size. Result of
+    // Puts the window on top with this client size, at x, y (both -1: where it is). Returns the result of
     // SetWindowPos.
     int FitWindow(HWND hWnd, int x, int y, int nWidth, int nHeight);
     int CreateParts(int nParts, int nWidth, int nHeight);                 // 0, or 1 after a message box
     int LoadParts(HBITMAP hBitmap, int nWidth, int nHeight, int nParts);  // 0, or 1
     HRESULT ClearParts(int nParts, DWORD dwColor);
-    // Copies to the back surface; pRect null: the whole parts surface. The second leaves black out.
+    // Blit to the back surface; pRect null: the whole parts surface. BltBackKey treats black as transparent.
     HRESULT BltBack(int x, int y, const RECT* pRect, int nParts);
     HRESULT BltBackKey(int x, int y, const RECT* pRect, int nParts);
     int Present();  // shows the back surface and paces the caller; 1 when the window is off the desktop
 
-    int LoadDib(const char* pszFile, int nSlot);  // 0, or 1 with the slot empty
+    int LoadDib(const char* pszFile, int nSlot);  // 0, or 1 and the slot is empty
     int FreeDib(int nSlot);                       // 0
-    // Blanks a parts surface and draws a picture into it (null or an empty slot: none). 0, or 1.
+    // Clears a parts surface and draws a picture into it, if any (null or an empty slot: none). 0, or 1.
     int DrawDib(CDib* pDib, const RECT* pDest, const RECT* pSource, int nParts);
     int DrawDibSlot(int nSlot, const RECT* pDest, const RECT* pSource, int nParts);
 
@@ -47,5 +47,5 @@ public:
     CDib* m_apDib[DDRAW_SLOTS];  // owned; null when empty
 };
 
-// The size of a surface as it is now. The result of GetSurfaceDesc; a failure leaves both values alone.
+// The current size of a surface. Returns the result of GetSurfaceDesc; on failure both values are unchanged.
 HRESULT ReadSurfaceSize(IDirectDrawSurface7* pSurface, int32_t* pnWidth, int32_t* pnHeight);

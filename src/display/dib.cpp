@@ -4,20 +4,20 @@
 #include <cstring>
 #include <new>
 
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 namespace {
 
 constexpr int32_t kFileHeader = 14;  // bytes before the bitmap's header
-constexpr int32_t kMinSize = 54;     // of a file, whatever its header
+constexpr int32_t kMinSize = 54;     // of a file with any header
 constexpr DWORD kInfoSize = 40, kCoreSize = 12;
-constexpr int kPaletteBits = 8;  // pictures of more bits per pixel have none
+constexpr int kPaletteBits = 8;  // deeper pictures have no palette
 
-DWORD Entries(int nBits) {
+DWORD PaletteEntries(int nBits) {
     return 1u << nBits;
 }
 
-// The whole file, or null with *pnSize untouched.
+// Reads the whole file; null on failure.
 BYTE* ReadWhole(FileStream* pFile, int32_t nSize) {
     auto* pData = new (std::nothrow) BYTE[static_cast<size_t>(nSize)];
     if (!pData) return nullptr;
@@ -26,7 +26,7 @@ BYTE* ReadWhole(FileStream* pFile, int32_t nSize) {
     return nullptr;
 }
 
-// 32-bit difference, also of edges that lie far apart.
+// 32-bit difference, wrapping for edges that are far apart.
 int Length(LONG nFrom, LONG nTo) {
     return static_cast<int>(static_cast<DWORD>(nTo) - static_cast<DWORD>(nFrom));
 }
@@ -72,9 +72,9 @@ int CDib::Load(const char* pszFile) {
     return 0;
 }
 
-// Where header, palette and pixels lie, by these rules alone: the file header's own offset of the pixels is
-// never read, and a header of more than 40 bytes counts as one of 40. Pixels that would begin behind the
-// file's end begin at its end.
+// Locates header, palette and pixels by these rules alone: the file header's offset of the pixels is never
+// read, and a header of more than 40 bytes is treated as 40. Pixels that would start past the end of the file
+// start at its end.
 bool CDib::SetPointers() {
     BYTE* pHeader = m_pData + kFileHeader;
     m_pFileHeader = m_pData;
@@ -89,8 +89,8 @@ bool CDib::SetPointers() {
     int64_t nOffset = kFileHeader + (bInfo ? kInfoSize : kCoreSize);
     if (nBits <= kPaletteBits) {
         m_pPalette = m_pData + nOffset;
-        if (bInfo && m_pInfoHeader->biClrUsed == 0) m_pInfoHeader->biClrUsed = Entries(nBits);
-        nOffset += bInfo ? int64_t{4} * m_pInfoHeader->biClrUsed : int64_t{3} * Entries(nBits);
+        if (bInfo && m_pInfoHeader->biClrUsed == 0) m_pInfoHeader->biClrUsed = PaletteEntries(nBits);
+        nOffset += bInfo ? int64_t{4} * m_pInfoHeader->biClrUsed : int64_t{3} * PaletteEntries(nBits);
     }
     m_pBits = m_pData + (nOffset < m_nDataSize ? nOffset : m_nDataSize);
     return true;

@@ -1,7 +1,7 @@
-// A BMP file in memory, as its bytes.
+// A BMP file in memory.
 #pragma once
 
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 
 class CDib {
 public:
@@ -10,12 +10,12 @@ public:
     CDib(const CDib&) = delete;
     CDib& operator=(const CDib&) = delete;
 
-    int Load(const char* pszFile);  // 0, or 1 when it is no BMP that can be read
+    int Load(const char* pszFile);  // 0, or 1 when it is not a readable BMP
     void Free();
     int32_t GetWidth() const;
     int32_t GetHeight() const;  // as stored: negative for a top-down picture
 
-    // Destination from the surface's top left, source from the bitmap's bottom row. 0, or 1 on failure.
+    // Destination relative to the surface's top left, source to the bitmap's bottom row. 0, or 1 on failure.
     int Draw(HDC hDC, const RECT* pDest, const RECT* pSource);
     int Draw(HDC hDC, const RECT* pDest);  // the whole picture
     int Draw(HDC hDC, int x, int y, int nWidth, int nHeight);
@@ -23,7 +23,7 @@ public:
     bool SetPointers();  // from m_pData; false when there is no bitmap header
 
     char m_szFile[260];
-    BYTE* m_pData;  // the file image, owned
+    BYTE* m_pData;  // the whole file, owned
     int32_t m_nDataSize;
     BYTE* m_pFileHeader;
     BITMAPINFOHEADER* m_pInfoHeader;

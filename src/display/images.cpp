@@ -1,4 +1,4 @@
-// The 576 image slots, and the draws of pictures into parts surfaces.
+// The 576 image slots, and drawing pictures into parts surfaces.
 #include <new>
 
 #include "display/ddraw.h"

@@ -4,15 +4,16 @@
 
 #include "display/ddraw.h"
 #include "platform/timer.h"
-#include "platform/window.h"
+#include "platform/window/window.h"
 
 namespace {
 
-// Milliseconds since the previous present. A short frame sleeps; one just below the goal spins, because a
-// sleep is too coarse for so little; a long one goes through.
+// Milliseconds since the previous present. A short frame sleeps. A frame just below the target spins, because
+// a sleep is too coarse. A long frame continues at once.
 constexpr DWORD kSleepBelow = 12, kSleepUpTo = 15, kSpinBelow = 15, kSpinUpTo = 15;
 
-// The stamp kept is the one before the sleep, so the next frame's time includes the sleep and goes through.
+// Keeps the timestamp from before the sleep, so the next frame's time includes the sleep and it continues at
+// once.
 void Pace(DWORD dwLast, DWORD* pdwThis) {
     *pdwThis = timeGetTime();
     const DWORD nPassed = *pdwThis - dwLast;
@@ -51,7 +52,7 @@ RECT SourceOfArea(const RECT& area, int32_t nFrontW, int32_t nFrontH, int32_t nB
 int CDDraw::Present() {
     FitWindow(m_hWnd, -1, -1, m_nWidth, m_nHeight);
     if (!m_pFront || !m_pBack) return 1;
-    // Monitors come and go while the program runs.
+    // Monitors may change while the program runs.
     ReadSurfaceSize(m_pFront, &m_nFrontW, &m_nFrontH);
     const RECT area = ClampToDesktop(ClientOnDesktop(m_hWnd), m_nFrontW, m_nFrontH);
     Pace(m_dwLastPresent, &m_dwThisPresent);

@@ -1,11 +1,11 @@
-// The decisions of CDDraw::Present, as functions of numbers alone.
+// The decisions of CDDraw::Present, as pure functions.
 #pragma once
 
 #include "platform/wintypes.h"
 
-// A client area in desktop coordinates, cut to the desktop; empty when nothing of it lies there.
+// Clips a client area in desktop coordinates to the desktop; empty when they do not overlap.
 RECT ClampToDesktop(const RECT& area, int32_t nFrontW, int32_t nFrontH);
 
-// The part of the back surface that shows in a clamped area: its right or lower part where the window hangs
-// over the left or upper edge of the desktop.
+// The part of the back surface that is visible in a clipped area: its right or lower part where the window
+// extends beyond the left or upper edge of the desktop.
 RECT SourceOfArea(const RECT& area, int32_t nFrontW, int32_t nFrontH, int32_t nBackW, int32_t nBackH);

@@ -1,9 +1,8 @@
-// The seam to the machine. Two bodies exist, chosen when a program is linked: host/desktop for a user's
-// screen and speakers, host/headless for tests and tools, with a virtual clock, scripted input and captured
-// output.
+// The seam to the machine. It has two implementations, chosen at link time: host/desktop for a user's screen
+// and speakers, host/headless for tests and tools, with a virtual clock, scripted input and captured output.
 //
-// Only platform/ calls this. What can be computed belongs above the seam; texts here are UTF-8, coordinates
-// are logical desktop pixels with the origin at the top left of the bounding box of all monitors.
+// Only platform/ calls this. What can be computed belongs above the seam. Texts are UTF-8. Coordinates are
+// logical desktop pixels; the origin is the top left corner of the bounding box of all monitors.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +11,7 @@
 
 namespace host {
 
-// ---- the window: one for each process ----
+// ---- the window: one per process ----
 
 constexpr int kDefaultPlace = INT32_MIN;
 
@@ -26,7 +25,7 @@ struct Icon {
 };
 
 struct WindowRequest {
-    int x, y;           // outer corner; kDefaultPlace in both for the window manager's choice
+    int x, y;           // outer corner; kDefaultPlace in both lets the window manager choose
     int width, height;  // client area
     bool topmost;
     std::string title;
@@ -38,7 +37,7 @@ struct WindowPlace {
     Rect client;  // inside it
 };
 
-// Whether a window could be opened at all. Asks the machine afresh and keeps nothing.
+// Whether a window could be opened at all. Probes the machine each time and keeps no connection.
 bool HasDisplay();
 bool OpenWindow(const WindowRequest& request);  // shown at once, black; false when there is no display
 void CloseWindow();
@@ -49,8 +48,7 @@ void SetTitle(const std::string& title);
 void Minimize();
 void GetDesktopSize(int* width, int* height);
 
-// Shows pixels 0x00RRGGBB at a place of the client area; what lies outside it is cut. stride: pixels from row
-// to row.
+// Shows pixels 0x00RRGGBB at x, y of the client area, clipped to it. stride: pixels from row to row.
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride);
 
 // ---- input ----
@@ -59,10 +57,10 @@ enum class EventKind {
     kNone,
     kKeyDown,  // key: virtual-key code (13 Enter, 27 Esc, 32 Space, others as they come); repeats included
     kDoubleClick,  // left button, client area; x, y in it
-    kMenu,         // the system menu is wanted, by mouse or key; x, y desktop pixels
-    kClose,        // the window manager's close
+    kMenu,         // the user asks for the system menu, by mouse or key; x, y desktop pixels
+    kClose,        // the window manager asks to close
     kDrop,         // text: a file's path in this machine's form
-    kPosted,       // from another copy: message, wparam, lparam
+    kPosted,       // from another instance: message, wparam, lparam
 };
 
 struct Event {
@@ -74,13 +72,14 @@ struct Event {
     int64_t wparam = 0, lparam = 0;
 };
 
-bool PollEvent(Event* event);      // the next that has come, in order; never waits
-void WaitEvent(int milliseconds);  // until one has come or that time has passed
+bool PollEvent(Event* event);      // the next one, in arrival order; never waits
+void WaitEvent(int milliseconds);  // until an event arrives or the time has passed
 
 // ---- modal dialogs ----
 
-// Each runs a loop until it is answered, and calls the pump at least whenever an event of another copy has
-// come. The pump delivers what waits and gives false when the dialog must end at once, as if cancelled.
+// Each runs a loop until it is answered, and calls the pump at least whenever a message of another instance
+// arrives. The pump delivers what is waiting; it returns false when the dialog must end at once, as if
+// cancelled.
 using Pump = bool (*)();
 
 enum class BoxIcon { kNone, kWarning, kInformation };
@@ -101,46 +100,47 @@ struct MenuItem {
     std::string text;  // `&` before the letter that chooses it
 };
 
-int PopupMenu(const std::vector<MenuItem>& items, int x, int y, Pump pump);  // the item's id, 0 for none
+int PopupMenu(const std::vector<MenuItem>& items, int x, int y, Pump pump);  // the chosen id, 0 for none
 
 // ---- clock ----
 
-uint64_t Nanoseconds();  // steady, from an origin of the host's own
+uint64_t Nanoseconds();  // monotonic, from an arbitrary origin
 void SleepMilliseconds(uint32_t milliseconds);
 
 // ---- sound output ----
 
-// Fills frames of interleaved float stereo. time: the clock reading that the first frame stands for; it
-// advances by exactly frames / rate from block to block (a host smooths its device's clock), and everything
-// that was started before the end of the block has been told to the mixer by then: that is the fixed delay of
-// the output. May run on a thread of the host's own.
+// Fills frames of interleaved float stereo. time: the clock reading that the first frame stands for. It
+// advances by frames / rate from block to block, because a host smooths its device's clock. The callback runs
+// only after the clock has passed the end of the block, so the mixer knows everything that starts in it: that
+// is the fixed delay of the output. May run on a thread of the host.
 using MixCallback = void (*)(void* user, float* out, int frames, uint64_t time);
 
-// False when no output can be had at all. A machine without a sound card gets a silent one at the right pace.
+// False when no output can be opened at all. A machine without a sound card gets a silent one at the right
+// pace.
 bool OpenSound(int rate, MixCallback callback, void* user);
 void CloseSound();  // no callback runs after it returns
 
-// ---- other running copies ----
+// ---- other instances: running programs of the same kind ----
 
-struct Copy {
+struct Instance {
     uint64_t id;
     std::string class_name;
 };
 
-// From now on other copies find this one; messages wait in order until PollEvent takes them, also while
-// nobody polls. Withdrawn by itself when the process ends, however it ends.
-bool AnnounceCopy(const std::string& class_name);
-void WithdrawCopy();
-bool ListCopies(std::vector<Copy>* copies);  // without this process; needs no window and no display
-// False when that copy is gone. Returns as soon as the message is in its queue.
-bool PostToCopy(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam);
+// From now on other instances can find this one. Their messages queue in arrival order until PollEvent takes
+// them, also while nobody polls. The announcement ends with the process, however that ends.
+bool AnnounceInstance(const std::string& class_name);
+void WithdrawInstance();
+bool ListInstances(std::vector<Instance>* instances);  // the others; needs no window and no display
+// Returns as soon as the message is in the queue of that instance; false when it is gone.
+bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam);
 
 // ---- text for a debugger ----
 
-void DebugText(const char* bytes, size_t count);  // as they are
+void DebugText(const char* bytes, size_t count);  // unchanged
 
 // ---- the end ----
 
-void Shutdown();  // closes whatever is still open; for main, after the program has returned
+void Shutdown();  // closes whatever is still open; main calls it after the program has returned
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// A block of bytes that grows without being cleared, for files made in memory.
+// A growable block of uninitialised bytes, for files made in memory.
 #pragma once
 
 #include <cstdlib>
@@ -17,35 +17,35 @@ public:
     const BYTE* Data() const { return m_pBytes; }
     size_t Size() const { return m_nSize; }
 
-    // What is new holds anything. False, and nothing has changed, when memory is lacking.
+    // New bytes are undefined. False when out of memory; then nothing changes.
     bool Resize(size_t nSize) {
-        if (nSize > m_nRoom && !Move(nSize)) return false;
+        if (nSize > m_nCapacity && !Reallocate(nSize)) return false;
         m_nSize = nSize;
         return true;
     }
-    // Resize with room for what follows, so that growing step by step costs little.
+    // Like Resize, but reserves extra capacity, so that growing step by step costs little.
     bool Grow(size_t nSize) {
-        if (nSize > m_nRoom && !Move(nSize + nSize / 2) && !Move(nSize)) return false;
+        if (nSize > m_nCapacity && !Reallocate(nSize + nSize / 2) && !Reallocate(nSize)) return false;
         m_nSize = nSize;
         return true;
     }
-    // Gives back the room that Grow took.
+    // Releases unused capacity.
     void Trim() {
-        if (m_nSize < m_nRoom) Move(m_nSize);
+        if (m_nSize < m_nCapacity) Reallocate(m_nSize);
     }
 
 private:
-    bool Move(size_t nRoom) {
-        void* p = std::realloc(m_pBytes, nRoom ? nRoom : 1);
+    bool Reallocate(size_t nCapacity) {
+        void* p = std::realloc(m_pBytes, nCapacity ? nCapacity : 1);
         if (!p) return false;
         m_pBytes = static_cast<BYTE*>(p);
-        m_nRoom = nRoom;
+        m_nCapacity = nCapacity;
         return true;
     }
 
     BYTE* m_pBytes = nullptr;
     size_t m_nSize = 0;
-    size_t m_nRoom = 0;
+    size_t m_nCapacity = 0;
 };
 
 using SharedBytes = std::shared_ptr<const ByteBlock>;

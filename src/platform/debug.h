@@ -1,5 +1,5 @@
-// Text for an attached debugger.
+// Output for a debugger.
 #pragma once
 
-// Hands the bytes of a NUL-terminated text to the debugger, unchanged, if one listens; never fails.
+// Passes the bytes of a NUL-terminated text unchanged to the debugger, if one is attached. Never fails.
 void OutputDebugStringA(const char* pszText);

@@ -1,5 +1,4 @@
-// A library that is loaded when it is first needed, because each one that a program begins with makes every
-// start longer.
+// A shared library that is loaded on first use, because every library linked to a program slows its start.
 #pragma once
 
 #include <dlfcn.h>
@@ -10,7 +9,7 @@ public:
     Library(const Library&) = delete;
     Library& operator=(const Library&) = delete;
 
-    // A function of it. False when it or the library is not there.
+    // Looks up a function. False when it, or the library, is missing.
     template <class Function>
     bool Find(const char* pszName, Function* ppfn) {
         *ppfn = m_hLibrary ? reinterpret_cast<Function>(dlsym(m_hLibrary, pszName)) : nullptr;
@@ -18,11 +17,11 @@ public:
     }
 
 private:
-    void* m_hLibrary;  // stays loaded
+    void* m_hLibrary;  // never unloaded
 };
 
-// The functions that are used of one library, of which there is one for each type Calls: loaded with the
-// first call, from whatever thread. Null when pfnFind, which is to fill them in, does not find them all.
+// The functions used from one library, one set per type Calls. Loads the library on the first call, from any
+// thread. pfnFind fills in the functions; null when it does not find all of them.
 template <class Calls>
 const Calls* LoadLibraryCalls(const char* pszFile, bool (*pfnFind)(Library* pLibrary, Calls* pCalls)) {
     static Calls calls;

@@ -1,7 +1,7 @@
 #include "platform/process.h"
 
-#include "platform/files.h"
-#include "platform/window_state.h"
+#include "platform/files/files.h"
+#include "platform/window/window_state.h"
 
 void ResetPlatform() {
     ResetMessages();

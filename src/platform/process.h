@@ -1,6 +1,6 @@
 // For programs that run the system several times in one process.
 #pragma once
 
-// The stand-ins' state as in a fresh process: no window class, no window, no message, no remembered folder or
-// listing. The system must have been shut down before.
+// Resets the stand-ins to the state of a new process: no window class, window or message, no remembered
+// folder or listing. The system must have been shut down.
 void ResetPlatform();

@@ -1,4 +1,4 @@
-// The resources that a program carries: its module handle points at them.
+// The resources that a program carries. Its module handle points to them.
 #pragma once
 
 #include "platform/wintypes.h"
@@ -6,7 +6,7 @@
 struct BitmapResource {
     int nId;
     int nWidth, nHeight;
-    // Draws the picture into nWidth * nHeight pixels 0x00RRGGBB, top row first.
+    // Draws into nWidth * nHeight pixels 0x00RRGGBB, top row first.
     void (*pfnDraw)(uint32_t* pPixels);
 };
 

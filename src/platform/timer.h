@@ -1,4 +1,4 @@
-// The millisecond clock, the timer period and the thread's sleep.
+// The millisecond clock, the timer period, and sleeping.
 #pragma once
 
 #include "platform/wintypes.h"
@@ -11,15 +11,15 @@ struct TIMECAPS {
 constexpr MMRESULT TIMERR_NOERROR = 0;
 constexpr MMRESULT TIMERR_NOCANDO = 97;
 
-// Milliseconds of a steady clock, wrapping at 2^32.
+// Milliseconds of a steady clock; wraps at 2^32.
 DWORD timeGetTime();
 
-// Fills *pCaps with 1 and 1000000 when nSize is 8 and pCaps is set; otherwise gives TIMERR_NOCANDO.
+// Sets *pCaps to 1 and 1000000. Returns TIMERR_NOCANDO when nSize is not 8 or pCaps is null.
 MMRESULT timeGetDevCaps(TIMECAPS* pCaps, UINT nSize);
 
-// The clock has its full resolution at all times here; the calls check their range and count nothing.
+// The clock always has its full resolution. These calls only check their range.
 MMRESULT timeBeginPeriod(UINT nPeriod);
 MMRESULT timeEndPeriod(UINT nPeriod);
 
-// Gives the processor back for at least that many milliseconds.
+// Yields the processor for at least that many milliseconds.
 void Sleep(DWORD dwMilliseconds);

@@ -1,8 +1,10 @@
 // What a program that traces the system sees of its calls. Both are null in the player.
 #pragma once
 
-#include "platform/directdraw.h"
-#include "platform/directsound.h"
+#include "platform/wintypes.h"
+
+class IDirectDrawSurface7;
+class IDirectSoundBuffer;
 
 struct PlatformWatch {
     // A rectangle of pFrom was copied to x, y of pTo, a surface in memory.

@@ -1,4 +1,4 @@
-// The platform's basic types under their published names, with their published widths.
+// The platform's basic types, with their published names and widths.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ using MMRESULT = UINT;
 static_assert(sizeof(HRESULT) == 4 && sizeof(LONG) == 4 && sizeof(DWORD) == 4 && sizeof(BOOL) == 4);
 static_assert(static_cast<HRESULT>(0x80004005u) < 0, "a failure code is negative");
 
-// Handles. Each kind is a pointer to a type that only its stand-in knows, so that the kinds do not mix.
+// Handles. Each kind points to a type that only its stand-in knows, so kinds cannot be confused.
 struct WindowObject;
 struct GdiObject;
 struct DeviceContext;

@@ -1,4 +1,4 @@
-// A picture event: which rectangle of which picture goes where in its layer.
+// Picture events: which rectangle of which picture is drawn where in its layer.
 #include <cstdlib>
 
 #include "display/ddraw.h"
@@ -6,19 +6,15 @@
 #include "playback/bga.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/globals.h"
+#include "system/globals.h"
 
 namespace {
-
-bool IsLayer(int32_t nChannel) {
-    return nChannel == LAYER_BGA || nChannel == LAYER_POOR || nChannel == LAYER_OVERLAY;
-}
 
 bool FitsLong(int64_t n) {
     return n >= INT32_MIN && n <= INT32_MAX;
 }
 
-// A rectangle that 32 bits cannot hold lies outside every picture.
+// A rectangle that does not fit 32 bits lies outside every picture.
 bool SetRect(RECT* pRect, int64_t nLeft, int64_t nTop, int64_t nRight, int64_t nBottom) {
     if (!FitsLong(nLeft) || !FitsLong(nTop) || !FitsLong(nRight) || !FitsLong(nBottom)) return false;
     if (nLeft >= nRight || nTop >= nBottom) return false;
@@ -27,19 +23,19 @@ bool SetRect(RECT* pRect, int64_t nLeft, int64_t nTop, int64_t nRight, int64_t n
     return true;
 }
 
-// Rows of a picture. A top-down one has a negative height; here only the count matters.
+// Number of rows. The height of a top-down picture is negative.
 int64_t RowsOf(const CDib* pDib) {
     return pDib ? std::llabs(int64_t{pDib->GetHeight()}) : 0;
 }
 
-// Cuts one axis of a definition at both edges of the layer.
-void CutToLayer(int64_t* pnFirst, int64_t* pnEnd, int64_t* pnPlace) {
-    if (*pnPlace < 0) {
-        *pnFirst -= *pnPlace;
-        *pnPlace = 0;
+// Clips one axis of a definition to both edges of the layer.
+void ClipToLayer(int64_t* pnFirst, int64_t* pnEnd, int64_t* pnDest) {
+    if (*pnDest < 0) {
+        *pnFirst -= *pnDest;
+        *pnDest = 0;
     }
     const int64_t nLength = *pnEnd - *pnFirst;
-    if (*pnPlace + nLength > LAYER_SIZE) *pnEnd += LAYER_SIZE - *pnPlace - nLength;
+    if (*pnDest + nLength > LAYER_SIZE) *pnEnd += LAYER_SIZE - *pnDest - nLength;
 }
 
 void FirePicture(CDib* pDib, int nLayer) {
@@ -71,11 +67,11 @@ bool PlaceWholePicture(int64_t nWidth, int64_t nRows, BgaRects* pRects) {
 bool PlaceDefinition(const BgaDef& def, int64_t nRows, BgaRects* pRects) {
     if (def.nX2 < def.nX1 || def.nY2 < def.nY1) return false;
     int64_t nLeft = def.nX1, nTop = def.nY1, nRight = def.nX2, nBottom = def.nY2;
-    int64_t nPlaceX = def.nDX, nPlaceY = def.nDY;
-    CutToLayer(&nLeft, &nRight, &nPlaceX);
-    CutToLayer(&nTop, &nBottom, &nPlaceY);
+    int64_t nDestX = def.nDX, nDestY = def.nDY;
+    ClipToLayer(&nLeft, &nRight, &nDestX);
+    ClipToLayer(&nTop, &nBottom, &nDestY);
     const int64_t nWidth = nRight - nLeft, nHeight = nBottom - nTop;
-    return SetRect(&pRects->dest, nPlaceX, nPlaceY, nPlaceX + nWidth, nPlaceY + nHeight) &&
+    return SetRect(&pRects->dest, nDestX, nDestY, nDestX + nWidth, nDestY + nHeight) &&
            SetRect(&pRects->source, nLeft, nRows - nTop - nHeight, nRight, nRows - nTop);
 }
 

@@ -1,4 +1,4 @@
-// Where a picture event puts a picture in its layer of 256 by 256 pixels, as functions of numbers alone.
+// Computes where a picture event draws its picture in the 256 by 256 layer. Pure functions.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,14 @@
 #include "platform/wintypes.h"
 
 struct BgaRects {
-    RECT dest = {};    // from the layer's top left
-    RECT source = {};  // x from the picture's left, y from its bottom row; the same size
+    RECT dest = {};    // relative to the layer's top left
+    RECT source = {};  // x from the picture's left, y from its bottom row; same size as dest
 };
 
-// A whole picture of nWidth columns and nRows rows: at the top of the layer, centred up to 256 columns, cut
-// to the left and upper 256 beyond. False when nothing of it can show.
+// A whole picture of nWidth columns and nRows rows: at the top of the layer, horizontally centred. If larger
+// than 256, its left and upper 256 pixels. False when nothing is visible.
 bool PlaceWholePicture(int64_t nWidth, int64_t nRows, BgaRects* pRects);
 
-// The rectangle of a definition in a picture of nRows rows, cut at the layer's edges. False when the
-// definition's rectangle is negative, or nothing of it is left.
+// The rectangle of a definition in a picture of nRows rows, clipped to the layer. False when the definition's
+// rectangle is negative or nothing is left.
 bool PlaceDefinition(const BgaDef& def, int64_t nRows, BgaRects* pRects);

@@ -1,22 +1,22 @@
-// One frame: reads the clock, works out where every measure stands, fires what is due and draws what is seen.
-// Firing and scrolling are one walk per list: a record's line decides how far the walk goes, its time decides
+// One frame: reads the clock, computes the line of every measure, fires what is due and draws what is
+// visible. Firing and scrolling share one walk per list: a record's line ends the walk, and its time decides
 // when it fires.
 #include <initializer_list>
 
+#include "chart/charttime.h"
 #include "display/ddraw.h"
 #include "platform/timer.h"
-#include "playback/chartmath.h"
 #include "playback/draw.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/globals.h"
 #include "sound/dsbuffer.h"
+#include "system/globals.h"
 
 static int IsOnScreen(int32_t y) {
     return y >= 1 && y < LINE_LIMIT;
 }
 
-// Reads the clock and draws the skin. dSpeed: pixels per unit of measure length. Gives the chart time.
+// Reads the clock and draws the skin. dSpeed: pixels per unit of measure length. Returns the chart time.
 static int32_t BeginFrame(double dSpeed) {
     if (!g_bPaused) g_dwNowTime = timeGetTime();
     const int32_t nNow =
@@ -26,13 +26,14 @@ static int32_t BeginFrame(double dSpeed) {
     return nNow;
 }
 
-// Puts the anchor on its line, and the bar of its measure, from which the bar walk goes on.
+// Computes the line of the anchor and of its measure's bar, where the bar walk starts.
 static void PlaceAnchor(int32_t nNow, double dSpeed) {
     const double dAhead = static_cast<double>(int64_t{g_pAnchor->nTime} - nNow);
-    g_pAnchor->nChannel = HoldInt(int64_t{LINE_NOW} - TruncToInt(dAhead * g_dPixelsPerSec * 0.001));
+    g_pAnchor->nChannel = ClampToInt(int64_t{LINE_NOW} - TruncToInt(dAhead * g_dPixelsPerSec * 0.001));
     g_nBarCursor = g_pAnchor->nMeasure;
     BmsEvent& bar = g_pBarList[g_nBarCursor];
-    bar.nChannel = HoldInt(int64_t{TruncToInt(dSpeed * bar.dValue * g_pAnchor->dPos)} + g_pAnchor->nChannel);
+    bar.nChannel =
+        ClampToInt(int64_t{TruncToInt(dSpeed * bar.dValue * g_pAnchor->dPos)} + g_pAnchor->nChannel);
 }
 
 static void DrawBar(int32_t nBar, int32_t y) {
@@ -44,7 +45,7 @@ static void DrawBar(int32_t nBar, int32_t y) {
     if (nRow >= 1 && nRow < NUMBER_LIMIT) DrawBarNumber(nBar, nRow);
 }
 
-// The anchor that this walk sets is used in the next frame. Bars behind the one at which it stops keep their
+// An anchor set by this walk takes effect in the next frame. Bars after the one that ends the walk keep their
 // old lines.
 static void WalkBars(int32_t nNow, double dSpeed) {
     int32_t i = g_nBarCursor;
@@ -55,26 +56,25 @@ static void WalkBars(int32_t nNow, double dSpeed) {
         if (y < 0) break;
         if (!bar.bDone) {
             DrawBar(i, y);
-            if (nNow > bar.nTime) {  // strictly, unlike all other records
+            if (nNow > bar.nTime) {  // strictly greater, unlike all other records
                 bar.bDone = 1;
                 g_nBarCursor = i;
                 g_pAnchor = &bar;
             }
         }
-        y = HoldInt(int64_t{y} - TruncToInt(dSpeed * bar.dValue));
+        y = ClampToInt(int64_t{y} - TruncToInt(dSpeed * bar.dValue));
     }
 }
 
-// Walks one list from its cursor up to the top of the screen. fnDraw(record, line) draws a mark;
-// fnFire(record) fires and gives 0 for a record that never does. The cursor stays on the record that fired
-// last.
+// Walks one list from its cursor to the top of the screen. fnDraw(record, line) draws a mark. fnFire(record)
+// fires the record and returns 0 for one that never fires. The cursor stays on the last fired record.
 template <class Draw, class Fire>
 static void WalkEvents(BmsEvent* pList, int32_t nCount, int32_t* pnCursor, int32_t nNow, double dSpeed,
                        Draw fnDraw, Fire fnFire) {
     for (int32_t i = *pnCursor; i < nCount; ++i) {
         BmsEvent& event = pList[i];
         const BmsEvent& bar = g_pBarList[event.nMeasure];
-        const int32_t y = HoldInt(int64_t{bar.nChannel} - TruncToInt(dSpeed * bar.dValue * event.dPos));
+        const int32_t y = ClampToInt(int64_t{bar.nChannel} - TruncToInt(dSpeed * bar.dValue * event.dPos));
         if (y < 0) return;
         if (event.bDone) continue;
         if (IsOnScreen(y)) fnDraw(event, y);
@@ -101,7 +101,7 @@ static int FireSound(const BmsEvent& event) {
     return 1;
 }
 
-// The invisible channels beyond neither sound nor end.
+// Invisible channels beyond these neither sound nor end.
 static int FireNote(const BmsEvent& event) {
     return event.nChannel >= 0x11 && event.nChannel <= 0x29 ? FireSound(event) : 0;
 }
@@ -109,7 +109,7 @@ static int FireNote(const BmsEvent& event) {
 static int FirePicture(const BmsEvent& event) {
     const int32_t n =
         event.nChannel >= BGADEF_CHANNEL_BASE ? event.nChannel - BGADEF_CHANNEL_BASE : event.nChannel;
-    if (n != LAYER_BGA && n != LAYER_POOR && n != LAYER_OVERLAY) return 0;
+    if (!IsLayer(n)) return 0;
     if (g_pDDraw) FireBga(&event);
     return 1;
 }
@@ -127,8 +127,8 @@ static void WalkLists(int32_t nNow, double dSpeed) {
                FirePicture);
 }
 
-// Behind its last measure the chart goes back to the start measure and stands still; sounds ring out. The
-// layers were copied before, so they go black in the next frame.
+// After its last measure the chart returns to the start measure and stops; sounds ring out. The layers have
+// already been drawn, so they turn black in the next frame.
 static void EndChart(int32_t nNow) {
     const int32_t nEnd = TruncTime(g_pBMS->m_pMeasure[g_pBMS->m_nMeasure - 1].dStart);
     if (nNow <= nEnd) return;
@@ -136,7 +136,7 @@ static void EndChart(int32_t nNow) {
     g_dwStartTime = g_dwNowTime;
     SeekMeasure(g_nStartMeasure, &g_dwSeekTime);
     if (!g_pDDraw) return;
-    for (int nLayer : {LAYER_BGA, LAYER_POOR, LAYER_OVERLAY}) g_pDDraw->ClearParts(nLayer, 0);
+    for (int nLayer : LAYERS) g_pDDraw->ClearParts(nLayer, 0);
 }
 
 void PlayFrame() {

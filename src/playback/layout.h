@@ -1,4 +1,4 @@
-// Where everything stands on the 452 by 280 screen, and the two bitmaps from which it is drawn.
+// The layout of the 452 by 280 screen and the two bitmaps from which it is drawn.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,9 @@ constexpr int SCREEN_WIDTH = 452, SCREEN_HEIGHT = 280;
 // Parts surfaces.
 constexpr int PARTS_SPRITES = 0, PARTS_SKIN = 1, LAYER_BGA = 4, LAYER_POOR = 6, LAYER_OVERLAY = 7;
 constexpr int SPRITES_WIDTH = 64, SPRITES_HEIGHT = 48;
+// Picture layers. A layer's surface has the number of its channel.
+constexpr int LAYERS[] = {LAYER_BGA, LAYER_POOR, LAYER_OVERLAY};
+bool IsLayer(int32_t nChannel);
 constexpr int LAYER_SIZE = 256;
 constexpr int LAYER_X = 195, LAYER_Y = 1;
 
@@ -22,10 +25,10 @@ struct Lane {
     int nX;
     const RECT* pSprite;
 };
-// The lane of a note channel 0x11 to 0x19, 0x21 to 0x29; null for any other.
+// The lane of a note channel, 0x11 to 0x19 and 0x21 to 0x29; null for any other.
 const Lane* GetLane(int32_t nChannel);
 
-constexpr int LINE_NOW = 265;      // where a record stands at its chart time
+constexpr int LINE_NOW = 265;      // the line of a record at its chart time
 constexpr int LINE_LIMIT = 270;    // marks are drawn on lines 1 to 269
 constexpr int NUMBER_LIMIT = 264;  // bar numbers on rows 1 to 263
 constexpr int TEMPO_MARK_X = 180, BGM_MARK_X = 85, BGA_MARK_X = 97;
@@ -36,12 +39,12 @@ constexpr int COUNTER_X = 218, COUNTER_Y = 269;
 constexpr int TEMPO_X = 285, TEMPO_Y = 259, TEMPO_CHARS = 6;
 constexpr int RATE_X = 433, RATE_Y = 270;
 
-// Resource numbers, and what draws them: pixels 0x00RRGGBB (the icon 0xAARRGGBB), top row first.
+// Resource numbers and their drawing functions: pixels 0x00RRGGBB (icon: 0xAARRGGBB), top row first.
 constexpr int BITMAP_SPRITES = 111, BITMAP_SKIN = 112, ICON_MAIN = 103;
 constexpr int ICON_SIZE = 48;
 void DrawSpriteAtlas(uint32_t* pPixels);
 void DrawSkin(uint32_t* pPixels);
 void DrawIcon(uint32_t* pPixels);
 
-// The module handle that carries them; main and tests give it to WinMain.
+// The module handle for WinMain, which carries these resources.
 HINSTANCE GetProgramModule();

@@ -1,9 +1,6 @@
-// The five playback lists: flat copies of a compiled chart, on which the frame works.
-#include <new>
-
-#include "playback/chartmath.h"
+// The five playback lists: flat copies of a compiled chart.
 #include "playback/playback.h"
-#include "shell/globals.h"
+#include "system/globals.h"
 
 BmsEvent* g_pBgmList;
 int32_t g_nBgmCount, g_nBgmCursor;
@@ -24,63 +21,6 @@ double g_dPixelsPerSec;
 uint32_t g_dwStartTime;
 uint32_t g_dwNowTime;
 int32_t g_dwSeekTime;
-
-// Replaces what stands behind the two pointers by nCount records. Null when there is nothing to build.
-static BmsEvent* NewList(BmsEvent** ppList, int32_t* pnCount, int32_t nCount) {
-    if (!ppList || nCount == 0) return nullptr;
-    CBMS::FreeList(ppList, pnCount);
-    *ppList = new (std::nothrow) BmsEvent[static_cast<size_t>(nCount)];
-    if (*ppList) *pnCount = nCount;
-    return *ppList;
-}
-
-static void BuildList(BmsEvent** ppList, int32_t* pnCount, BmsObject* const* ppSource, int32_t nSource,
-                      bool bTempo) {
-    BmsEvent* pList = NewList(ppList, pnCount, nSource);
-    if (!pList) return;
-    for (int32_t i = 0; i < nSource; ++i) {
-        const BmsObject& o = *ppSource[i];
-        BmsEvent& e = pList[i];
-        e.nMeasure = o.nMeasure;
-        e.dPos = o.dPos;
-        e.nChannel = o.nChannel;
-        e.nTime = RoundTime(o.dTime);
-        e.bDone = 0;
-        e.pObject = bTempo ? nullptr : o.pObject;
-        e.dValue = bTempo ? o.dValue : 0.0;
-    }
-}
-
-void CBMS::GetBgmList(BmsEvent** ppList, int32_t* pnCount) {
-    BuildList(ppList, pnCount, m_ppBgm, m_nBgm, false);
-}
-
-void CBMS::GetBgaList(BmsEvent** ppList, int32_t* pnCount) {
-    BuildList(ppList, pnCount, m_ppBga, m_nBga, false);
-}
-
-void CBMS::GetNoteList(BmsEvent** ppList, int32_t* pnCount) {
-    BuildList(ppList, pnCount, m_ppNote, m_nNote, false);
-}
-
-void CBMS::GetTempoList(BmsEvent** ppList, int32_t* pnCount) {
-    BuildList(ppList, pnCount, m_ppTempo, m_nTempo, true);
-}
-
-void CBMS::GetBarList(BmsEvent** ppList, int32_t* pnCount) {
-    if (!m_pMeasure) return;
-    BmsEvent* pList = NewList(ppList, pnCount, m_nMeasure);
-    if (!pList) return;
-    for (int32_t i = 0; i < m_nMeasure; ++i) {
-        pList[i] = {i, 0.0, 0, RoundTime(m_pMeasure[i].dStart), 0, nullptr, m_pMeasure[i].dLength};
-    }
-}
-
-void CBMS::FreeList(BmsEvent** ppList, int32_t* pnCount) {
-    delete[] * ppList;
-    *ppList = nullptr;
-    *pnCount = 0;
-}
 
 static void ComputePixelsPerSec() {
     g_dPixelsPerSec = static_cast<double>(g_fSpeed) * 64000.0 / (BMS_MEASURE_MS / g_dBPM);
@@ -109,7 +49,8 @@ void FreePlayLists() {
     g_pAnchor = nullptr;
 }
 
-// Records before the target are done, the others are ahead. Gives the cursor: the first that is ahead.
+// Marks records before the target measure as done and all others as not done. Returns the cursor: the first
+// record not done.
 static int32_t SeekList(BmsEvent* pList, int32_t nCount, int32_t nTarget) {
     int32_t nCursor = nCount;
     for (int32_t i = 0; i < nCount; ++i) {

@@ -29,7 +29,7 @@ void DrawPlayTime(int32_t nNow) {
 void DrawBarCounter(int32_t nCurrent, int32_t nTotal) {
     int x = COUNTER_X;
     const auto draw = [&x](int32_t nDigit) { DrawDigit(x, COUNTER_Y, nDigit); };
-    // The field of the current number is as wide as the total.
+    // The current number is right-aligned in a field as wide as the total.
     if (nCurrent / 100 != 0) draw(nCurrent / 100);
     if (nTotal > 99) x += CHAR_STEP;
     if ((nCurrent / 10) % 10 != 0 || nCurrent > 9) draw(nCurrent / 10);
@@ -48,7 +48,7 @@ void DrawBarCounter(int32_t nCurrent, int32_t nTotal) {
 }
 
 void DrawTempo(double dBPM) {
-    char szText[400];  // the largest double has 309 digits before its point
+    char szText[400];  // the largest double has 309 digits before the point
     const auto [pEnd, nError] =
         std::to_chars(szText, szText + sizeof szText, dBPM, std::chars_format::fixed, 2);
     if (nError != std::errc()) return;

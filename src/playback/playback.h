@@ -1,4 +1,4 @@
-// The five playback lists, the clock values, seeking, and the frame.
+// The five playback lists, the clock, seeking, and the frame.
 #pragma once
 
 #include <cstdint>
@@ -16,25 +16,25 @@ extern int32_t g_nNoteCount, g_nNoteCursor;
 extern BmsEvent* g_pBarList;
 extern int32_t g_nBarCount, g_nBarCursor;
 
-extern BmsEvent* g_pAnchor;  // the bar or tempo record from which the scroll is measured
-extern double g_dBPM;        // the tempo in force
+extern BmsEvent* g_pAnchor;  // the bar or tempo record relative to which lines are computed
+extern double g_dBPM;        // current tempo
 extern int32_t g_nPlayers;
 extern double g_dPixelsPerSec;
 
-// Chart time of a frame: g_dwSeekTime - g_dwStartTime + g_dwNowTime, in ms, wrapping.
+// Chart time of a frame in ms: g_dwSeekTime - g_dwStartTime + g_dwNowTime, wrapping.
 extern uint32_t g_dwStartTime;
 extern uint32_t g_dwNowTime;
 extern int32_t g_dwSeekTime;
 
-void InitPlayLists();  // from g_pBMS, compiled
-void FreePlayLists();  // no frame may run until InitPlayLists has run again
+void InitPlayLists();  // from the compiled g_pBMS
+void FreePlayLists();  // no frame may run before InitPlayLists has run again
 
-// Puts every list at a measure and writes the chart time at which the clock starts. -1: the very beginning,
-// with the lead-in; below that counts as -1. 1 when the measure does not exist; then nothing changes.
+// Moves every list to a measure and stores the chart time at which the clock starts. Negative: the very
+// beginning, with the lead-in. Returns 1, and changes nothing, when the measure does not exist.
 int32_t SeekMeasure(int32_t nMeasure, int32_t* pnTime);
 
-// Reads the clock, fires what is due, and composes the picture on the back surface.
+// Reads the clock, fires all due records, and composes the picture on the back surface.
 void PlayFrame();
 
-// A BGA record fires: redraws its layer (playback/bga.cpp).
+// Fires a BGA record: redraws its layer (playback/bga.cpp).
 void FireBga(const BmsEvent* pEvent);

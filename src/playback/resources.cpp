@@ -1,4 +1,4 @@
-// The program's pictures: the sprite atlas, the skin and the icon, drawn rather than stored.
+// The program's pictures, drawn in code: the sprite atlas, the skin and the icon.
 #include <initializer_list>
 
 #include "platform/resources.h"
@@ -33,7 +33,7 @@ RECT Grow(const RECT& r, int n) {
 
 // --- the atlas ---
 
-// Characters are 4 by 7 at 1, 1 of their cell: a hexadecimal digit for each row, its highest bit to the left.
+// Characters are 4 by 7 pixels at offset 1, 1 in their cell: one hexadecimal digit per row, highest bit left.
 constexpr int kGlyphRows = 7, kGlyphColumns = 4;
 struct Character {
     const RECT* pCell;
@@ -102,11 +102,11 @@ void DrawLabel(const Canvas& canvas, int x, int y, const char* pszText) {
     }
 }
 
-constexpr int kBandTop = 265, kBandBottom = 268;  // green rows
+constexpr int kBandTop = 265, kBandBottom = 268;  // rows of the green lines
 
 void DrawLanes(const Canvas& canvas, std::initializer_list<int> borders,
                std::initializer_list<int> darkLanes) {
-    constexpr int kLaneWidth = 7;  // without the borders
+    constexpr int kLaneWidth = 7;  // excluding the borders
     for (int x : darkLanes) {
         canvas.Fill({x, 0, x + kLaneWidth, kBandTop}, kDark);
         canvas.Fill({x, kBandBottom + 1, x + kLaneWidth, SCREEN_HEIGHT}, kDark);
@@ -162,7 +162,7 @@ void DrawSkin(uint32_t* pPixels) {
     DrawLabel(canvas, 415, 270, "FPS");
 }
 
-// A field of four lanes with falling notes above the green band, on a dark plate with cut corners.
+// Four lanes with falling notes above the green band, on a dark plate with cut corners.
 void DrawIcon(uint32_t* pPixels) {
     const Canvas canvas = {pPixels, ICON_SIZE};
     canvas.Fill({0, 0, ICON_SIZE, ICON_SIZE}, 0);

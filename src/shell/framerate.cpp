@@ -18,7 +18,7 @@ uint32_t CFrameRate::GetRate() const {
     const uint32_t nNewest = m_adwStamp[(m_nCount - 1) & (kRing - 1)];
     const uint32_t nOldest = m_adwStamp[m_nCount & (kRing - 1)];
     const uint32_t nSpan = nNewest - nOldest;
-    // 256 stamps span 255 intervals. No pace gives a span of 0; a clock that stands still must not divide by
-    // it.
+    // 256 stamps span 255 intervals. In practice the span is never 0; the check only guards the division
+    // against a stopped clock.
     return nSpan ? (kRing - 1) * 1000 / nSpan : 0;
 }

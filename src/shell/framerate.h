@@ -1,4 +1,4 @@
-// A ring of frame time stamps.
+// A ring buffer of frame timestamps. Lives on the stack of WinMain.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@ class CFrameRate {
 public:
     CFrameRate();
     void Stamp();
-    uint32_t GetRate() const;  // frames per second; 0 until 256 stamps are taken
+    uint32_t GetRate() const;  // frames per second; 0 before 256 stamps
 
     uint32_t m_adwStamp[256];  // ms
     uint32_t m_nCount;

@@ -1,4 +1,4 @@
-// The program from its command line to its exit code, and the loop between.
+// The program from its command line to its exit code, and the main loop.
 #include <cstdio>
 
 #include "display/ddraw.h"
@@ -7,7 +7,6 @@
 #include "shell/framerate.h"
 #include "shell/options.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 #include "shell/winlist.h"
 
 namespace {
@@ -15,7 +14,7 @@ namespace {
 constexpr int EXIT_REMOTE = 1;
 constexpr int EXIT_CANCELLED = -1;
 
-// Serves all that waits. False when the program is to end, with its code.
+// Serves all waiting messages. False, with the exit code, when the program should end.
 bool ServeMessages(int* pnExitCode) {
     MSG msg;
     while (PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE)) {
@@ -26,7 +25,7 @@ bool ServeMessages(int* pnExitCode) {
         TranslateMessage(&msg);
         DispatchMessageA(&msg);
     }
-    // A window that is gone without a word leaves nothing to draw on and nothing that paces the loop.
+    // If the window has vanished, there is nothing to draw on and nothing paces the loop.
     *pnExitCode = 0;
     return HasChart();
 }

@@ -3,10 +3,10 @@
 #include <cstring>
 
 #include "chart/text.h"
-#include "platform/dialog.h"
-#include "shell/diagnostics.h"
+#include "platform/window/dialog.h"
 #include "shell/shell.h"
 #include "shell/winlist.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ bool IsOption(const char* psz) {
     return *psz == '-' || *psz == '/';
 }
 
-// The letter of an option token in upper case. A token may be the bare sign: then what ends it is its letter.
+// The letter of an option in upper case. For a bare sign, it is the character that ends the token.
 char OptionLetter(const char* pszToken) {
     const char c = pszToken[1];
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -33,7 +33,7 @@ const char* OptionValue(const char* pszToken) {
     return pszToken + (bBare ? 1 : 2);
 }
 
-// A blank alone ends a token; a tab is part of it, though tabs between tokens are skipped.
+// Only a blank ends a token. A tab belongs to it, although tabs between tokens are skipped.
 const char* TokenEnd(const char* psz) {
     while (*psz && *psz != ' ') ++psz;
     return psz;
@@ -46,7 +46,7 @@ void CopyValue(const char* pszValue, const char* pszEnd, char (&szValue)[kValueS
     szValue[nLength] = '\0';
 }
 
-// Where the one other copy is that takes this line's commands; null when there is none to command.
+// The one other instance that accepts this line's commands; null when there is none.
 HWND ForwardTarget(const CWinList& list) {
     return list.m_nSame == 1 && !g_bHost ? list.m_pSame[0] : nullptr;
 }
@@ -62,9 +62,9 @@ void ActOnSpeed(const char* pszValue, HWND hTarget) {
     if (hTarget) PostMessageA(hTarget, WM_REMOTE_SPEED, static_cast<WPARAM>(nHundredths), 0);
 }
 
-// Reads the line in place: a blank behind the letter is skipped here, although it ends the token.
+// Reads from the line, not from the token: a blank after the letter ends the token but is skipped here.
 void ActOnMeasure(const char* pszText, HWND hTarget) {
-    g_nStartMeasure = LimitMeasure(ReadDecimal(pszText));
+    g_nStartMeasure = ClampMeasure(ReadDecimal(pszText));
     DebugLog("-N Option = %d\n", g_nStartMeasure);
     if (hTarget) PostMessageA(hTarget, WM_REMOTE_SEEK, static_cast<WPARAM>(g_nStartMeasure), 0);
 }
@@ -74,7 +74,7 @@ void ActOnPlay() {
     DebugLog("-P Option ON\n");
 }
 
-int32_t PlaceFromText(const char* pszValue) {
+int32_t CoordinateFromText(const char* pszValue) {
     return *pszValue ? ReadDecimal(pszValue) : -1;
 }
 
@@ -102,12 +102,12 @@ int ActOnOption(char cLetter, const char* pszValue, const char* pszEnd, HWND hTa
             if (hTarget) return ForwardAndExit(hTarget, WM_REMOTE_STOP);
             break;
         case 'X':
-            pOptions->nWindowX = PlaceFromText(szValue);
+            pOptions->nWindowX = CoordinateFromText(szValue);
             break;
         case 'Y':
-            pOptions->nWindowY = PlaceFromText(szValue);
+            pOptions->nWindowY = CoordinateFromText(szValue);
             break;
-        default:  // D was seen before; W and all the rest are accepted and mean nothing
+        default:  // D was handled before; W and unknown letters have no effect
             break;
     }
     return SCAN_DONE;
@@ -145,7 +145,7 @@ int ScanOptions(const char* pszLine, const CWinList& list, Options* pOptions) {
 
 int32_t SpeedFromText(const char* pszValue) {
     double dSpeed = *pszValue ? ReadFloat(pszValue) : 0.5;
-    // Against the float's exact value, which lies above the double 0.1: that one is refused.
+    // Compares with the exact value of the float, which is greater than the double 0.1: "0.1" is rejected.
     if (!(dSpeed >= static_cast<double>(0.1f)) || dSpeed > 8.0) dSpeed = 0.5;
     return static_cast<int32_t>(dSpeed * 100.0);
 }
@@ -158,7 +158,7 @@ void SetSpeed(int32_t nHundredths) {
     g_fSpeed = static_cast<float>(nHundredths) * 0.01f;
 }
 
-int32_t LimitMeasure(int32_t nMeasure) {
+int32_t ClampMeasure(int32_t nMeasure) {
     return nMeasure < -1 ? -1 : nMeasure;
 }
 

@@ -1,20 +1,20 @@
-// Another chart on the same window, sound device and display.
+#include "shell/reload.h"
+
 #include <cstring>
 #include <new>
 
 #include "chart/bms.h"
 #include "display/ddraw.h"
-#include "platform/dialog.h"
+#include "platform/window/dialog.h"
 #include "playback/playback.h"
 #include "shell/options.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
 
 namespace {
 
-// A copy that is told to load while its dialog is open opens another above it. Each one costs stack.
+// An instance that is told to load while its dialog is open opens another one on top. Each costs stack.
 constexpr int kMaxDialogs = 4;
 int g_nDialogs = 0;
 
@@ -35,7 +35,7 @@ void FreeSlots() {
     for (int i = 0; i < DDRAW_SLOTS; ++i) g_pDDraw->FreeDib(i);
 }
 
-// No frame runs any more: the quit is taken before the next one.
+// No further frame runs: the quit is processed before the next one.
 void FailAndQuit(HWND hWnd, const char* pszText, const char* pszCaption) {
     MessageBoxA(hWnd, pszText, pszCaption, MB_ICONEXCLAMATION);
     PostQuitMessage(0);
@@ -85,6 +85,7 @@ void ReloadChart(HWND hWnd) {
         return;
     }
     StripQuotes(szFile);
-    // Commands were served while the dialog stood: another change may have failed, or the window be closed.
+    // Commands were served while the dialog was open: another load may have failed, or the window may be
+    // closed.
     if (HasChart()) ReplaceChart(hWnd, szFile);
 }

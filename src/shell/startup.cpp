@@ -4,13 +4,13 @@
 
 #include "chart/bms.h"
 #include "display/ddraw.h"
-#include "platform/dialog.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
+#include "platform/window/dialog.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/diagnostics.h"
 #include "shell/shell.h"
 #include "sound/dsound.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -36,7 +36,7 @@ int StartSound() {
 void LoadSurface(int nBitmap, bool bLogged, int nParts, int nWidth, int nHeight) {
     const HBITMAP hBitmap = LoadBitmapA(g_hInstance, nBitmap);
     if (!hBitmap && bLogged) DebugLog("LoadBitmap Error\n");
-    // The box of a failed creation delivers messages, and the window may be closed in there.
+    // A failed creation shows a box, which delivers messages; the window may be closed in there.
     g_pDDraw->CreateParts(nParts, nWidth, nHeight);
     if (g_pDDraw) g_pDDraw->LoadParts(hBitmap, nWidth, nHeight, nParts);
     DeleteObject(hBitmap);
@@ -53,9 +53,7 @@ int StartDisplay(int32_t nWindowX, int32_t nWindowY) {
     if (g_pDDraw->Init(g_hWnd, nWindowX, nWindowY, SCREEN_WIDTH, SCREEN_HEIGHT)) return EXIT_FAILED;
     LoadSurface(BITMAP_SPRITES, true, PARTS_SPRITES, SPRITES_WIDTH, SPRITES_HEIGHT);
     if (g_pDDraw) LoadSurface(BITMAP_SKIN, false, PARTS_SKIN, SCREEN_WIDTH, SCREEN_HEIGHT);
-    MakeLayer(LAYER_BGA);
-    MakeLayer(LAYER_POOR);
-    MakeLayer(LAYER_OVERLAY);
+    for (int nLayer : LAYERS) MakeLayer(nLayer);
     return g_pDDraw ? START_PLAY : 0;
 }
 

@@ -1,20 +1,18 @@
-// The playing state: Idle, Running, Paused, Held around a menu or a box, Ended.
+#include "shell/state.h"
+
 #include "display/ddraw.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
-#include "shell/shell.h"
-#include "shell/startup.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
+#include "system/globals.h"
 
 bool HasChart() {
     return g_pDSound && g_pDDraw && g_pBMS && g_pBarList;
 }
 
 void ClearLayers() {
-    g_pDDraw->ClearParts(LAYER_BGA, 0);
-    g_pDDraw->ClearParts(LAYER_POOR, 0);
-    g_pDDraw->ClearParts(LAYER_OVERLAY, 0);
+    for (int nLayer : LAYERS) g_pDDraw->ClearParts(nLayer, 0);
 }
 
 void PauseChart(int bUser) {
@@ -23,7 +21,7 @@ void PauseChart(int bUser) {
         if (g_bPaused) return;
         g_bPaused = 1;
     }
-    // 0 says that there is no pause; the clock shows it for one millisecond in 49 days.
+    // 0 means no pause. The clock reads 0 for one millisecond in 49 days.
     const uint32_t dwNow = timeGetTime();
     g_dwPauseTime = dwNow ? dwNow : 1;
     g_bPlaying = 0;

@@ -1,16 +1,16 @@
-// The one window, and its title.
+#include "shell/window.h"
+
 #include <cstring>
 
 #include "chart/bms.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 
 namespace {
 
 constexpr size_t kTitleSize = 240;
-constexpr size_t kHeaderBytes = 70;  // shown of a genre, title or artist; may cut a two-byte character
+constexpr size_t kHeaderBytes = 70;  // of a genre, title or artist; may cut a two-byte character
 
 void Append(char (&szTitle)[kTitleSize], const char* pszText, size_t nMax) {
     const size_t nUsed = std::strlen(szTitle);

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "platform/window.h"
-#include "shell/diagnostics.h"
+#include "platform/window/window.h"
+#include "system/diagnostics.h"
 
 namespace {
 

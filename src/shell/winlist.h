@@ -1,4 +1,4 @@
-// The windows of the other running copies.
+// The windows of the other instances.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ public:
     int Add(HWND hWnd);                               // 1
     int Update(const char* pszClass, HWND hExclude);  // 0, or 1
 
-    HWND* m_pAll;  // every window, in the order of the enumeration
+    HWND* m_pAll;  // every window, in order of enumeration
     int32_t m_nAll;
-    HWND* m_pSame;  // those of the class
+    HWND* m_pSame;  // windows of the given class
     int32_t m_nSame;
 };

@@ -1,14 +1,13 @@
-// What the window is told, message by message. Every message goes on to the default handling.
+// The window procedure, message by message. Every message also goes to the default procedure.
 #include <cstring>
 
-#include "platform/dialog.h"
+#include "platform/window/dialog.h"
 #include "shell/options.h"
 #include "shell/shell.h"
-#include "shell/startup.h"
 
 namespace {
 
-constexpr int kMaxAboutBoxes = 4;  // a box within a box costs stack
+constexpr int kMaxAboutBoxes = 4;  // nested boxes cost stack
 int g_nAboutBoxes = 0;
 
 void HoldChart() {
@@ -34,7 +33,7 @@ void InsertItem(HMENU hMenu, UINT nPosition, UINT nId, const char* pszText) {
     InsertMenuItemA(hMenu, nPosition, 0, &item);
 }
 
-// Nothing in the menu bears these numbers, so each item goes to its end.
+// No menu item has these numbers, so each item is appended.
 void BuildSystemMenu(HWND hWnd) {
     const HMENU hMenu = GetSystemMenu(hWnd, 0);
     InsertItem(hMenu, 7, 0, nullptr);
@@ -79,7 +78,7 @@ void OnPosChanging(LPARAM lParam) {
 
 void OnSeek(int32_t nMeasure) {
     if (!HasChart()) return;
-    g_nStartMeasure = LimitMeasure(nMeasure);
+    g_nStartMeasure = ClampMeasure(nMeasure);
     RestartChart();
 }
 
@@ -115,7 +114,7 @@ void OnRemote(HWND hWnd, UINT nMessage, WPARAM wParam) {
         case WM_REMOTE_QUIT:
             return PostQuitMessage(0);
         case WM_REMOTE_STOP:
-            return PauseChart(1);  // nothing where g_bPlaying is 0
+            return PauseChart(1);  // no effect while g_bPlaying is 0
         case WM_REMOTE_PLAY:
             return ResumeChart(1);
         case WM_REMOTE_RESTART:

@@ -1,12 +1,11 @@
-// A sound's life: construction, its buffer, and what Term gives back. The loaders stand in wav.cpp and
-// xa.cpp.
+// The lifetime of a sound: construction, its buffer, and Term. The loaders are in wav.cpp and xa.cpp.
 #include "sound/dsbuffer.h"
 
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/xadec.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ constexpr DWORD FULL_FLAGS = DSBCAPS_GETCURRENTPOSITION2 | DSBCAPS_GLOBALFOCUS |
 constexpr DWORD PLAIN_FLAGS = DSBCAPS_GETCURRENTPOSITION2 | DSBCAPS_CTRLVOLUME;
 static_assert(FULL_FLAGS == 0x180CA && PLAIN_FLAGS == 0x10080);
 
-// At least 150 ms, in whole frames. What does not fit 32 bits stays above any size that a device grants.
+// At least 150 ms, in whole frames. Saturates at 32 bits, which is more than any device grants.
 DWORD GetBufferBytes(DWORD nBytes, const WAVEFORMATEX& wfx) {
     uint64_t nSize = nBytes;
     if (wfx.nAvgBytesPerSec != 0 && nSize * 1000 / wfx.nAvgBytesPerSec < MIN_MILLISECONDS)
@@ -120,7 +119,7 @@ int CDSBuffer::CreateDSB(DWORD nBytes) {
     return 0;
 }
 
-// Flags and numbers stay: the next loader still learns from m_nKind how an open converter is closed.
+// Keeps flags and numbers: the next load still needs m_nKind to close an open converter.
 int CDSBuffer::Term() {
     if (m_pDSB != nullptr) {
         m_pDSB->Stop();

@@ -1,16 +1,17 @@
-// One sound: a sound buffer with what is needed to fill it from a WAV or an XA file.
+// One sound: a sound buffer, and what it needs to be filled from a WAV or XA file.
 #pragma once
 
-#include "platform/acm.h"
-#include "platform/directsound.h"
-#include "platform/files.h"
-#include "platform/mmio.h"
+#include "platform/codec/acm.h"
+#include "platform/codec/mmio.h"
+#include "platform/files/files.h"
+#include "platform/sound/directsound.h"
 
-// m_nKind: how m_hFile and m_hAcm are closed.
+// m_nKind: tells how to close m_hFile and m_hAcm.
 constexpr int SOUND_KIND_NONE = 0, SOUND_KIND_WAV = 1, SOUND_KIND_XA = 2;
 
-// Order of use: construct, SetFileName, Load, then the play operations, then destroy. Results are 0 for
-// success, 1 for failure. One voice: firing it while it plays starts it again.
+// Order of use: construct, SetFileName, Load, then the play operations, then destroy. Methods return 0 for
+// success and 1 for failure. A sound has one voice: playing it again restarts it. Owned by a slot of CDSound,
+// so it lives until the chart changes.
 class CDSBuffer {
 public:
     explicit CDSBuffer(IDirectSound* pDS);
@@ -19,19 +20,19 @@ public:
     CDSBuffer(const CDSBuffer&) = delete;
     CDSBuffer& operator=(const CDSBuffer&) = delete;
 
-    void SetFileName(const char* pszName);  // at most 259 bytes of it
+    void SetFileName(const char* pszName);  // truncated to 259 bytes
     void SetStreamSeconds(DWORD nSeconds);
     IDirectSoundBuffer* GetDSBuffer();
 
-    // Loads the file whole, or as a stream when bStream is set and it lasts m_nStreamSeconds; XA or WAV by
-    // content. Failures are logged; Term clears what they leave.
+    // Loads the whole file, or streams it when bStream is set and it lasts at least m_nStreamSeconds. The
+    // content tells XA from WAV. Failures are logged; Term frees what they leave.
     int Load(int bStream);
     int LoadWav(int bStream);
     int LoadXA(int bStream);
     int CreateDSB(DWORD nBytes);
     int Term();
 
-    int Play();  // from the beginning, restarting it
+    int Play();  // from the beginning; restarts an active sound
     int PlayCurrent(int bLoop, int nPlayParam);
     int Stop();
     int Rewind();
@@ -42,7 +43,7 @@ public:
     int FadeStart();
     int FadeStep();
 
-    // A stream's regular service; at least every half second.
+    // Services a stream. Call it at least every half second.
     int StreamPlay();
     int StreamUpdateWav(DWORD nEndPos, DWORD nMinPos);
     int StreamUpdateResetWav();
@@ -83,7 +84,7 @@ public:
     int m_nFadeSteps;
 
 private:
-    // The steps of the loads; each gives 1 when the load ends there.
+    // Steps of the loads. Each returns 1 when the load ends there.
     int OpenWav();
     int ReadWavFormat();
     int FindWavData();
@@ -100,7 +101,7 @@ private:
     int RefillStream(DWORD nEndPos, DWORD nMinPos, char cHalf, int nNextHalf);
 
     void InitFields();
-    void CloseFile();  // by kind, as Term does
+    void CloseFile();  // depends on m_nKind, like Term
     void CloseConverter();
     void CloseWavFile();
     void CloseXAFile();

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/dsbuffer.h"
+#include "system/diagnostics.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-// The one sound device with its 576 slots.
+// The one sound device and its 576 slots.
 #pragma once
 
-#include "platform/directsound.h"
+#include "platform/sound/directsound.h"
 
 class CDSBuffer;
 
@@ -14,19 +14,19 @@ public:
     CDSound(const CDSound&) = delete;
     CDSound& operator=(const CDSound&) = delete;
 
-    // 0, or the failing step 1 to 6: device, cooperative level, primary buffer, its format, silent buffer,
-    // its start.
+    // 0, or the number of the failed step, 1 to 6: device, cooperative level, primary buffer, its format,
+    // silent buffer, starting it.
     int Init(HWND hWnd, int bHighQuality);
     int CreateSilentBuffer(DWORD nSeconds);  // 0, or 1 (logged)
     int PlaySilentBuffer();                  // 0, or 1
     int StopSilentBuffer();                  // 0, or 1
     int Compact();                           // 0, or 1
-    int Term();                              // destroys the slots' sounds too; 0
+    int Term();                              // also destroys the sounds in the slots; 0
 
     HWND m_hWnd;
     IDirectSound* m_pDS;
     IDirectSoundBuffer* m_pPrimary;
-    IDirectSoundBuffer* m_pSilent;  // loops as long as the device lives
+    IDirectSoundBuffer* m_pSilent;  // loops for the lifetime of the device
     IDirectSoundBuffer* m_pSilentCreated;
     WAVEFORMATEX m_wfxPrimary;
     int m_bHighQuality;

@@ -1,4 +1,4 @@
-// Firing, stopping, pausing and fading a loaded sound.
+// Plays, stops, pauses and fades a loaded sound.
 #include "sound/dsbuffer.h"
 
 namespace {
@@ -24,7 +24,7 @@ int CDSBuffer::PlayCurrent(int bLoop, int nPlayParam) {
     m_bLoop = bLoop;
     m_nFade = -1;
     if (m_pDSB->SetVolume(DSBVOLUME_MAX) < 0) return 1;
-    // The buffer of a stream is a ring, whether the sound repeats or not.
+    // A stream's buffer is a ring, whether the sound loops or not.
     const DWORD dwFlags = m_bStream == 1 || bLoop == 1 ? DSBPLAY_LOOPING : 0;
     return m_pDSB->Play(0, 0, dwFlags) != DS_OK ? 1 : 0;
 }
@@ -56,7 +56,7 @@ int CDSBuffer::Pause() {
     return Stop();
 }
 
-// A sound that was fading when it was paused is on its way out and stays stopped.
+// A sound that was paused while fading out stays stopped.
 void CDSBuffer::Resume() {
     if (m_bWasPlaying && m_nFade < 0) PlayCurrent(0, m_nPlayParam);
     m_bWasPlaying = 0;

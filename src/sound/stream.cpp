@@ -1,11 +1,11 @@
-// The ring of a streamed sound, its end, and the regular service.
+// The ring of a streamed sound, its end, and its periodic service.
 #include "sound/stream.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -23,8 +23,8 @@ bool IsAll(const BYTE* p, size_t nBytes, BYTE n) {
     return nDiffers == 0;
 }
 
-// Bytes from the write position to nPos, through the ring's end when nPos lies before it. Only the way
-// without a wrap counts nPos itself.
+// Bytes from the write position to nPos, wrapping if nPos comes before it. nPos itself counts only without a
+// wrap.
 DWORD GetRoom(const CDSBuffer& sound, DWORD nPos) {
     if (nPos < sound.m_nWritePos) return sound.m_nBufSize - sound.m_nWritePos + nPos;
     return nPos - sound.m_nWritePos + 1;
@@ -64,8 +64,7 @@ int LockRing(CDSBuffer* pSound, const StreamUpdate& update, LockedRing* pRing) {
     return 1;
 }
 
-// Staged bytes over silence: what is not staged stays silent up to the end of the range. False when they do
-// not fit.
+// Copies the staged bytes and fills the rest of the range with silence. False when they do not fit.
 bool CopyToRing(const CDSBuffer& sound, const StreamUpdate& update, const LockedRing& ring, BYTE nSilence) {
     if (ring.pPart1 != nullptr) std::memset(ring.pPart1, nSilence, ring.nPart1);
     if (ring.pPart2 != nullptr) std::memset(ring.pPart2, nSilence, ring.nPart2);
@@ -137,9 +136,9 @@ void EndStreamSound(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
 }
 
 bool EndStreamSource(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
-    // A source that gives nothing from its beginning to its end would be started over without end.
-    const bool bGaveNothing = pUpdate->bLapped && pUpdate->nLapStart == pUpdate->nDstPos;
-    if (pSound->m_bLoop != 0 && !bGaveNothing) {
+    // A source that produced nothing from start to end would otherwise restart for ever.
+    const bool bEmptyLap = pUpdate->bLapped && pUpdate->nLapStart == pUpdate->nDstPos;
+    if (pSound->m_bLoop != 0 && !bEmptyLap) {
         pUpdate->bLapped = true;
         pUpdate->nLapStart = pUpdate->nDstPos;
         return true;
@@ -206,7 +205,7 @@ int CDSBuffer::StreamPlay() {
         }
         return 0;
     }
-    // The half that the cursor has left is free.
+    // The half behind the cursor is free.
     if (m_nHalf == 0 && nPlay > nMiddle && nPlay < nThird)
         return RefillStream(nMiddle - 1, m_nBufSize / 4, 'A', 1);
     if (m_nHalf == 1 && bFirstHalf) return RefillStream(m_nBufSize - 1, nThird, 'B', 0);

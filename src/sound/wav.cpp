@@ -1,19 +1,19 @@
-// Loading a WAV file whole.
+// Loads a WAV file whole.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/dsbuffer.h"
 #include "sound/stream.h"
+#include "system/diagnostics.h"
 
 namespace {
 
 constexpr DWORD MIN_FORMAT = 18;
-// No format block that can be converted is longer; of a longer one the rest need not be kept.
+// Every convertible format block is shorter. Of a longer one, the rest is not kept.
 constexpr DWORD MAX_FORMAT = 4096;
-// Zeroed bytes behind the block, since the lengths that it declares may be wrong.
+// Zeroed bytes after the block, because the lengths declared in it may be wrong.
 constexpr DWORD FORMAT_PADDING = 64;
 
 constexpr FOURCC ID_RIFF = mmioFOURCC('R', 'I', 'F', 'F');
@@ -27,8 +27,8 @@ MMRESULT FindChunk(HMMIO hFile, FOURCC ckid, MMCKINFO* pChunk) {
     return mmioDescend(hFile, pChunk, nullptr, MMIO_FINDCHUNK);
 }
 
-// Bytes from here to the file's end.
-DWORD GetBytesHeld(HMMIO hFile) {
+// Bytes from the current position to the end of the file.
+DWORD GetBytesLeft(HMMIO hFile) {
     const LONG nPos = mmioSeek(hFile, 0, SEEK_CUR);
     const LONG nEnd = mmioSeek(hFile, 0, SEEK_END);
     mmioSeek(hFile, nPos, SEEK_SET);
@@ -79,9 +79,9 @@ int CDSBuffer::ReadWavFormat() {
     }
     const DWORD nFormat = std::max(fmt.cksize, MIN_FORMAT);
     const DWORD nKept = std::min(nFormat, MAX_FORMAT);
-    const DWORD nHeld = GetBytesHeld(hFile);
+    const DWORD nAvailable = GetBytesLeft(hFile);
     m_pSrcFormat = static_cast<WAVEFORMATEX*>(std::calloc(1, nKept + FORMAT_PADDING));
-    if (m_pSrcFormat == nullptr || nHeld < nFormat ||
+    if (m_pSrcFormat == nullptr || nAvailable < nFormat ||
         mmioRead(hFile, m_pSrcFormat, static_cast<LONG>(nKept)) != static_cast<LONG>(nKept)) {
         DebugLog("CDSBuffer::LoadWav fmt read Error\n");
         CloseWavFile();
@@ -111,7 +111,7 @@ int CDSBuffer::FindWavData() {
     return 0;
 }
 
-// The buffer gets the suggested format; the device converts rates and channels while it plays.
+// The buffer gets the suggested format; the device converts rates and channels during playback.
 int CDSBuffer::OpenWavConverter() {
     m_wfx = {};
     m_wfx.wFormatTag = WAVE_FORMAT_PCM;
@@ -136,9 +136,9 @@ int CDSBuffer::OpenWavConverter() {
 
 int CDSBuffer::LoadWholeWav() {
     HMMIO hFile = static_cast<HMMIO>(m_hFile);
-    // The declared length is only a claim: memory is taken for what the file holds, and the rest is silence.
-    const DWORD nHeld = std::min(m_nDataLen, GetBytesHeld(hFile));
-    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nHeld, DWORD{1})));
+    // The declared length may be wrong: allocates memory for the bytes in the file; the rest is silence.
+    const DWORD nAvailable = std::min(m_nDataLen, GetBytesLeft(hFile));
+    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nAvailable, DWORD{1})));
     if (m_pSrc == nullptr) {
         DebugLog("CDSBuffer::LoadWav DSBCreateError\n");
         CloseWavFile();
@@ -146,7 +146,7 @@ int CDSBuffer::LoadWholeWav() {
         return 1;
     }
     m_nSrcSize = m_nDataLen;
-    const LONG nRead = mmioRead(hFile, m_pSrc, static_cast<LONG>(nHeld));
+    const LONG nRead = mmioRead(hFile, m_pSrc, static_cast<LONG>(nAvailable));
     CloseWavFile();
     FreeSrcFormat();
     void* pBlock = nullptr;
@@ -167,8 +167,7 @@ int CDSBuffer::LoadWholeWav() {
     return nResult;
 }
 
-// The converter's output, and silence behind it. The silence comes last, so that fresh memory is touched only
-// once.
+// Writes the converted samples, then silence. Silence comes last so that fresh memory is touched only once.
 int CDSBuffer::ConvertWholeWav(BYTE* pBlock, DWORD nBlock, DWORD nRead) {
     HACMSTREAM hAcm = static_cast<HACMSTREAM>(m_hAcm);
     ACMSTREAMHEADER header = {};

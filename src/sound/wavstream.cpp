@@ -1,11 +1,11 @@
-// Streaming a WAV file.
+// Streams a WAV file.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
 #include "sound/stream.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ DWORD GetSilentSource(const CDSBuffer& sound) {
                : 0;
 }
 
-// The source of one pass: from the file, or silence once that has given out.
+// Gets the source of one pass: from the file, or silence once the file is exhausted.
 int ReadPiece(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     const DWORD nRead = std::min(pSound->m_nSrcSize, pSound->m_nDataLen - pSound->m_nSrcRead);
     if (pSound->m_nSrcRead == pSound->m_nDataLen) pSound->m_nEndState = STREAM_STARVED;
@@ -69,18 +69,17 @@ int ConvertPiece(CDSBuffer* pSound, StreamUpdate* pUpdate) {
     return 0;
 }
 
-void StartSourceOver(CDSBuffer* pSound) {
+void RestartSource(CDSBuffer* pSound) {
     mmioSeek(FileOf(*pSound), static_cast<LONG>(pSound->m_nDataPos), SEEK_SET);
     pSound->m_nSrcRead = pSound->m_nSrcUsed = 0;
     if (pSound->m_bLoop != 0) pSound->m_nDstDone = 0;
     pSound->m_nEndState = STREAM_READING;
 }
 
-// After a pass that neither took source nor gave PCM. False when this update can do no more.
-bool HelpIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
+// Handles a pass that neither consumed source nor produced PCM. False when this update can do no more.
+bool RetryIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     const DWORD nBlock = pSound->m_pSrcFormat->nBlockAlign;
-    if (pUpdate->nSrc >= nBlock && nBlock > 0)
-        return false;  // no room for a block: there will be at the next update
+    if (pUpdate->nSrc >= nBlock && nBlock > 0) return false;  // no room for a block until the next update
     const DWORD nSilent = GetSilentSource(*pSound);
     if (pSound->m_nEndState == STREAM_STARVED && pUpdate->nSrc < nSilent) {
         pUpdate->nSrc = nSilent;
@@ -92,7 +91,7 @@ bool HelpIdlePass(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     }
     pUpdate->bLastPart = false;
     if (!EndStreamSource(pSound, pUpdate, nSilence)) return false;
-    StartSourceOver(pSound);
+    RestartSource(pSound);
     return true;
 }
 
@@ -109,7 +108,7 @@ int CDSBuffer::StartWavStream() {
         pszFailed = "Size(s2d)Get Error";
     } else {
         ResetStreamCounters(this);
-        // The blocks after the buffer: a ring that no device grants must not cost memory.
+        // Allocate the blocks after the buffer, so that a ring which no device grants costs no memory.
         if (CreateDSB(m_nBufSize) != 0 || AllocateStreamBlocks() != 0) pszFailed = "DSBCreateError(Stream)";
     }
     if (pszFailed != nullptr) {
@@ -141,9 +140,9 @@ int CDSBuffer::StreamUpdateWav(DWORD nEndPos, DWORD nMinPos) {
         if (!bIdle) update.bLastPart = false;
         EndStreamSound(this, &update, nSilence);
         if (m_nSrcUsed >= m_nDataLen) {
-            StartSourceOver(this);
+            RestartSource(this);
             if (bIdle) break;  // a sound without data
-        } else if (bIdle && update.nDstLen > 0 && !HelpIdlePass(this, &update, nSilence)) {
+        } else if (bIdle && update.nDstLen > 0 && !RetryIdlePass(this, &update, nSilence)) {
             break;
         }
     }

@@ -1,28 +1,25 @@
-// Loading an XA file whole.
+// Loads an XA file whole.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "shell/diagnostics.h"
+#include "platform/bytes.h"
 #include "sound/dsbuffer.h"
 #include "sound/stream.h"
 #include "sound/xadec.h"
+#include "system/diagnostics.h"
 
 namespace {
 
-constexpr int AT_DATA_BYTES = 4, AT_FRAMES = 8, AT_CHANNELS = 15;  // in the header
-
-DWORD ReadDword(const BYTE* p) {
-    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<DWORD>(p[3]) << 24;
-}
+constexpr int AT_DATA_BYTES = 4, AT_FRAMES = 8, AT_CHANNELS = 15;  // offsets in the header
 
 FileStream* FileOf(const CDSBuffer& sound) {
     return static_cast<FileStream*>(sound.m_hFile);
 }
 
-// Bytes from here to the file's end.
-DWORD GetBytesHeld(FileStream* pFile) {
+// Bytes from the current position to the end of the file.
+DWORD GetBytesLeft(FileStream* pFile) {
     const int64_t nPos = FileTell(pFile);
     if (nPos < 0 || FileSeek(pFile, 0, SEEK_END) != 0) return 0;
     const int64_t nEnd = FileTell(pFile);
@@ -36,8 +33,8 @@ int CDSBuffer::LoadXA(int bStream) {
     Term();
     BYTE aHeader[XA_HEADER_SIZE];
     if (OpenXA(aHeader) != 0) return 1;
-    // 64 bits, so that lengths which no file can have end as a tail that is never reached.
-    const uint64_t nExact = uint64_t{aHeader[AT_CHANNELS]} * ReadDword(aHeader + AT_FRAMES) * 2;
+    // 64 bits: impossible lengths then become a tail that is never reached.
+    const uint64_t nExact = uint64_t{aHeader[AT_CHANNELS]} * ReadLe32(aHeader + AT_FRAMES) * 2;
     return IsStreamWanted(bStream) ? StartXAStream(nExact) : LoadWholeXA(nExact);
 }
 
@@ -46,7 +43,7 @@ void CDSBuffer::CloseXAFile() {
     m_hFile = nullptr;
 }
 
-// Anything that is no XA file is left to the other loader without a word.
+// Leaves any other file to the WAV loader silently.
 int CDSBuffer::OpenXA(BYTE* pHeader) {
     m_hFile = FileOpen(m_szName, "rb");
     if (m_hFile == nullptr) return 1;
@@ -55,7 +52,7 @@ int CDSBuffer::OpenXA(BYTE* pHeader) {
         CloseXAFile();
         return 1;
     }
-    m_nDataLen = ReadDword(pHeader + AT_DATA_BYTES);
+    m_nDataLen = ReadLe32(pHeader + AT_DATA_BYTES);
     m_nDataPos = static_cast<DWORD>(FileTell(FileOf(*this)));
     m_hAcm = xaDecodeOpen(pHeader, &m_wfx);
     if (m_hAcm == nullptr) {
@@ -75,15 +72,15 @@ int CDSBuffer::OpenXA(BYTE* pHeader) {
 }
 
 int CDSBuffer::LoadWholeXA(uint64_t nExact) {
-    const DWORD nHeld = std::min(m_nDataLen, GetBytesHeld(FileOf(*this)));
-    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nHeld, DWORD{1})));
+    const DWORD nAvailable = std::min(m_nDataLen, GetBytesLeft(FileOf(*this)));
+    if (CreateDSB(m_nPcmLen) == 0) m_pSrc = static_cast<BYTE*>(std::malloc(std::max(nAvailable, DWORD{1})));
     if (m_pSrc == nullptr) {
         DebugLog("CDSBuffer::LoadXA DSBCreateError\n");
         CloseXAFile();
         return 1;
     }
     m_nSrcSize = m_nDataLen;
-    const size_t nRead = FileRead(m_pSrc, 1, nHeld, FileOf(*this));
+    const size_t nRead = FileRead(m_pSrc, 1, nAvailable, FileOf(*this));
     CloseXAFile();
     void* pBlock = nullptr;
     DWORD nBlock = 0;
@@ -105,7 +102,7 @@ int CDSBuffer::LoadWholeXA(uint64_t nExact) {
     return 0;
 }
 
-// The decoder's output up to the exact length that the header tells, and silence behind it.
+// Writes the decoded samples up to the exact length in the header, then silence.
 int CDSBuffer::ConvertWholeXA(BYTE* pBlock, DWORD nBlock, DWORD nRead, uint64_t nExact) {
     XaConvertBlock convert = {};
     convert.pSrc = m_pSrc;
@@ -113,7 +110,7 @@ int CDSBuffer::ConvertWholeXA(BYTE* pBlock, DWORD nBlock, DWORD nRead, uint64_t 
     convert.pDst = pBlock;
     convert.nDstBufLen = nBlock;
     const bool bDone = xaDecodeConvert(m_hAcm, &convert) != 0;
-    // After a failure, what has been decoded stays: it is the sound up to the damage.
+    // After an error the decoded samples stay: they are the sound up to the damage.
     const DWORD nMade = std::min(convert.nDstUsed, nBlock);
     const DWORD nSilentFrom = static_cast<DWORD>(std::min<uint64_t>(nMade, nExact));
     FillSilence(pBlock + nSilentFrom, nBlock - nSilentFrom, GetSilence());

@@ -4,70 +4,66 @@
 #include <cstring>
 #include <new>
 
+#include "platform/bytes.h"
 #include "sound/xaformat.h"
 
 namespace {
 
-// The two last samples of a channel, after clamping: what the next prediction is made from.
+// The last two samples of a channel, after clamping. The next prediction uses them.
 struct XaHistory {
     int32_t nLast;
     int32_t nBefore;
 };
 
-// One decoder. It keeps at most one block on each side: source bytes of a block that has not come whole, and
-// PCM of a block that did not fit the destination.
+// A decoder, alive from xaDecodeOpen to xaDecodeClose. It buffers at most one block on each side: source
+// bytes of an incomplete block, and PCM of a block that did not fit the destination.
 struct CXaDecoder {
     int m_nChannels;
     int m_nBits;
-    int m_nFrameBytes;  // of PCM
-    int m_nBlockBytes;  // of a whole block
-    DWORD m_nDataLen;   // encoded bytes of one run through the sound
-    bool m_bPadded;     // the last byte of a run has one code that stands for no sample
-    DWORD m_nTaken;     // bytes of this run that have been taken, those held included
+    int m_nFrameBytes;  // bytes of a PCM frame
+    int m_nBlockBytes;  // bytes of a full block
+    DWORD m_nDataLen;   // encoded bytes in one pass through the sound
+    bool m_bPadded;     // the last byte of a pass has one unused code
+    DWORD m_nConsumed;  // bytes consumed in this pass, including pending ones
     XaHistory m_aHistory[XA_MAX_CHANNELS];
-    int m_nHeld;  // source bytes waiting
-    BYTE m_aHeld[XA_MAX_BLOCK_BYTES];
-    int m_nReadyAt;  // PCM waiting: from here ...
+    int m_nPending;  // buffered source bytes
+    BYTE m_aPending[XA_MAX_BLOCK_BYTES];
+    int m_nReadyAt;  // buffered PCM: from here ...
     int m_nReady;    // ... to here
     BYTE m_aReady[XA_BLOCK_FRAMES * XA_MAX_CHANNELS * 2];
 };
 
-// What is left of the caller's two blocks.
-struct XaRoom {
+// What is left of the caller's source and destination.
+struct XaSpans {
     const BYTE* pSrc;
     DWORD nSrc;
     BYTE* pDst;
     DWORD nDst;
 };
 
-DWORD ReadDWord(const BYTE* p) {
-    return static_cast<DWORD>(p[0]) | static_cast<DWORD>(p[1]) << 8 | static_cast<DWORD>(p[2]) << 16 |
-           static_cast<DWORD>(p[3]) << 24;
-}
-
-// The frames of a block that is cut after nBytes bytes, 0 to XA_BLOCK_FRAMES.
+// Frames in a block that is cut after nBytes bytes, 0 to XA_BLOCK_FRAMES.
 int FramesOfBlock(const CXaDecoder& xa, int nBytes) {
     int nCodes = nBytes - xa.m_nChannels * XA_PARAM_BYTES;
     return nCodes <= 0 ? 0 : nCodes * 8 / (xa.m_nBits * xa.m_nChannels);
 }
 
-// The frames of nLength bytes of data, its last byte's padding included.
+// Frames in nLength bytes of data, including the padding in its last byte.
 uint64_t FramesOfData(const CXaDecoder& xa, DWORD nLength) {
     DWORD nBlock = static_cast<DWORD>(xa.m_nBlockBytes);
     return static_cast<uint64_t>(nLength / nBlock) * XA_BLOCK_FRAMES +
            static_cast<uint64_t>(FramesOfBlock(xa, static_cast<int>(nLength % nBlock)));
 }
 
-void BeginRun(CXaDecoder* pXa) {
-    pXa->m_nTaken = 0;
+void BeginPass(CXaDecoder* pXa) {
+    pXa->m_nConsumed = 0;
     memset(pXa->m_aHistory, 0, sizeof pXa->m_aHistory);
 }
 
-// The code with this number among a block's codes, its sign extended.
+// The sign-extended code number nIndex in a block.
 template <int BITS>
 int32_t CodeAt(const BYTE* pCodes, int nIndex) {
     if constexpr (BITS == XA_BITS_FINE) {
-        int nBit = nIndex * XA_BITS_FINE;  // 0, 2, 4 or 6 within its byte: a code always lies in two bytes
+        int nBit = nIndex * XA_BITS_FINE;  // 0, 2, 4 or 6 within its byte, so a code always spans two bytes
         const BYTE* p = pCodes + (nBit >> 3);
         return static_cast<int16_t>((p[0] | p[1] << 8) << (16 - XA_BITS_FINE - (nBit & 7))) >>
                (16 - XA_BITS_FINE);
@@ -77,7 +73,7 @@ int32_t CodeAt(const BYTE* pCodes, int nIndex) {
     }
 }
 
-// What a channel's samples in a block are made from, and how far they have come.
+// Decoding parameters and state of one channel in a block.
 struct XaChannel {
     XaFilter filter;
     int32_t nScale;
@@ -85,8 +81,8 @@ struct XaChannel {
 
     int32_t Next(int32_t nResidual) {
         int32_t nSample = XaPredict(filter, history.nLast, history.nBefore) + nResidual;
-        // Each sample waits for the one before it, and music hardly ever leaves the range: a branch that is
-        // foreseen costs none of that wait.
+        // Each sample depends on the one before it, and music hardly ever leaves the range. A predicted
+        // branch does not lengthen that dependency chain.
         if (nSample != static_cast<int16_t>(nSample)) [[unlikely]]
             nSample = XaClamp(nSample);
         history = {nSample, history.nLast};
@@ -113,7 +109,7 @@ void DecodeMono(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst
     pHistory[0] = mono.history;
 }
 
-// The two sides do not depend on each other: taken side by side they share the wait.
+// The two sides are independent, so interleaving them overlaps their dependency chains.
 template <int BITS>
 void DecodeStereo(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pDst) {
     const BYTE* pCodes = pBlock + 2 * XA_PARAM_BYTES;
@@ -127,7 +123,7 @@ void DecodeStereo(const BYTE* pBlock, int nFrames, XaHistory* pHistory, BYTE* pD
     pHistory[1] = right.history;
 }
 
-// False when the block is damaged: a filter or a range that does not exist.
+// False when the block is damaged: its filter or range does not exist.
 bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
     if (nFrames <= 0) return true;
     for (int c = 0; c < pXa->m_nChannels; ++c) {
@@ -142,29 +138,29 @@ bool DecodeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nFrames, BYTE* pDst) {
     return true;
 }
 
-// Hands out PCM that is waiting, in whole frames. True when none is left.
-bool DrainReady(CXaDecoder* pXa, XaRoom* pRoom) {
+// Copies buffered PCM to the destination, in whole frames. True when none is left.
+bool DrainReady(CXaDecoder* pXa, XaSpans* pSpans) {
     DWORD nWaiting = static_cast<DWORD>(pXa->m_nReady - pXa->m_nReadyAt);
-    DWORD nFit = pRoom->nDst - pRoom->nDst % static_cast<DWORD>(pXa->m_nFrameBytes);
+    DWORD nFit = pSpans->nDst - pSpans->nDst % static_cast<DWORD>(pXa->m_nFrameBytes);
     DWORD nCopy = std::min(nWaiting, nFit);
-    if (nCopy > 0) memcpy(pRoom->pDst, pXa->m_aReady + pXa->m_nReadyAt, nCopy);
-    pRoom->pDst += nCopy;
-    pRoom->nDst -= nCopy;
+    if (nCopy > 0) memcpy(pSpans->pDst, pXa->m_aReady + pXa->m_nReadyAt, nCopy);
+    pSpans->pDst += nCopy;
+    pSpans->nDst -= nCopy;
     pXa->m_nReadyAt += static_cast<int>(nCopy);
     return nCopy == nWaiting;
 }
 
-// Decodes a block of nBytes bytes, the last one of its run when bLast is set, to the destination, or past it
-// when that is too small.
-bool TakeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaRoom* pRoom) {
+// Decodes a block of nBytes bytes to the destination, or to the buffer when that is too small. bLast: it is
+// the last block of its pass.
+bool DecodeNextBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaSpans* pSpans) {
     int nFrames = FramesOfBlock(*pXa, nBytes);
     if (bLast && pXa->m_bPadded && nFrames > 0) --nFrames;
     int nPcm = nFrames * pXa->m_nFrameBytes;
-    bool bFits = static_cast<DWORD>(nPcm) <= pRoom->nDst;
-    if (!DecodeBlock(pXa, pBlock, nFrames, bFits ? pRoom->pDst : pXa->m_aReady)) return false;
+    bool bFits = static_cast<DWORD>(nPcm) <= pSpans->nDst;
+    if (!DecodeBlock(pXa, pBlock, nFrames, bFits ? pSpans->pDst : pXa->m_aReady)) return false;
     if (bFits) {
-        pRoom->pDst += nPcm;
-        pRoom->nDst -= static_cast<DWORD>(nPcm);
+        pSpans->pDst += nPcm;
+        pSpans->nDst -= static_cast<DWORD>(nPcm);
     } else {
         pXa->m_nReadyAt = 0;
         pXa->m_nReady = nPcm;
@@ -172,57 +168,59 @@ bool TakeBlock(CXaDecoder* pXa, const BYTE* pBlock, int nBytes, bool bLast, XaRo
     return true;
 }
 
-// Moves source bytes in until a block of nWant bytes is held.
-void HoldSource(CXaDecoder* pXa, int nWant, XaRoom* pRoom) {
-    DWORD nCopy = std::min(static_cast<DWORD>(nWant - pXa->m_nHeld), pRoom->nSrc);
-    if (nCopy > 0) memcpy(pXa->m_aHeld + pXa->m_nHeld, pRoom->pSrc, nCopy);
-    pXa->m_nHeld += static_cast<int>(nCopy);
-    pXa->m_nTaken += nCopy;
-    pRoom->pSrc += nCopy;
-    pRoom->nSrc -= nCopy;
+// Buffers source bytes until a block of nWant bytes is complete.
+void BufferSource(CXaDecoder* pXa, int nWant, XaSpans* pSpans) {
+    DWORD nCopy = std::min(static_cast<DWORD>(nWant - pXa->m_nPending), pSpans->nSrc);
+    if (nCopy > 0) memcpy(pXa->m_aPending + pXa->m_nPending, pSpans->pSrc, nCopy);
+    pXa->m_nPending += static_cast<int>(nCopy);
+    pXa->m_nConsumed += nCopy;
+    pSpans->pSrc += nCopy;
+    pSpans->nSrc -= nCopy;
 }
 
-// Takes source and gives PCM as far as both go. False on a damaged block.
-bool ConvertBlocks(CXaDecoder* pXa, XaRoom* pRoom) {
-    while (DrainReady(pXa, pRoom) && pRoom->nDst >= static_cast<DWORD>(pXa->m_nFrameBytes) &&
-           pRoom->nSrc > 0) {
-        DWORD nBlockAt = pXa->m_nTaken - static_cast<DWORD>(pXa->m_nHeld);
+// Decodes until source or destination is exhausted. False on a damaged block.
+bool ConvertBlocks(CXaDecoder* pXa, XaSpans* pSpans) {
+    while (DrainReady(pXa, pSpans) && pSpans->nDst >= static_cast<DWORD>(pXa->m_nFrameBytes) &&
+           pSpans->nSrc > 0) {
+        DWORD nBlockAt = pXa->m_nConsumed - static_cast<DWORD>(pXa->m_nPending);
         DWORD nLeft = pXa->m_nDataLen - nBlockAt;
         int nWant = static_cast<int>(std::min(nLeft, static_cast<DWORD>(pXa->m_nBlockBytes)));
         if (nWant == 0) return true;  // a sound without data
-        const BYTE* pBlock = pXa->m_aHeld;
-        if (pXa->m_nHeld == 0 && pRoom->nSrc >= static_cast<DWORD>(nWant)) {
-            pBlock = pRoom->pSrc;
-            if (!TakeBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pRoom)) return false;
-            pXa->m_nTaken += static_cast<DWORD>(nWant);
-            pRoom->pSrc += nWant;
-            pRoom->nSrc -= static_cast<DWORD>(nWant);
+        const BYTE* pBlock = pXa->m_aPending;
+        if (pXa->m_nPending == 0 && pSpans->nSrc >= static_cast<DWORD>(nWant)) {
+            pBlock = pSpans->pSrc;
+            if (!DecodeNextBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pSpans))
+                return false;
+            pXa->m_nConsumed += static_cast<DWORD>(nWant);
+            pSpans->pSrc += nWant;
+            pSpans->nSrc -= static_cast<DWORD>(nWant);
         } else {
-            HoldSource(pXa, nWant, pRoom);
-            if (pXa->m_nHeld < nWant) return true;
-            if (!TakeBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pRoom)) return false;
-            pXa->m_nHeld = 0;
+            BufferSource(pXa, nWant, pSpans);
+            if (pXa->m_nPending < nWant) return true;
+            if (!DecodeNextBlock(pXa, pBlock, nWant, static_cast<DWORD>(nWant) == nLeft, pSpans))
+                return false;
+            pXa->m_nPending = 0;
         }
-        if (pXa->m_nTaken == pXa->m_nDataLen) BeginRun(pXa);
+        if (pXa->m_nConsumed == pXa->m_nDataLen) BeginPass(pXa);
     }
     return true;
 }
 
-// The data has ended early: what is held of a block comes out, and the next byte begins a new run.
-bool Flush(CXaDecoder* pXa, XaRoom* pRoom) {
-    if (!DrainReady(pXa, pRoom) || pXa->m_nHeld == 0) return true;
-    if (pRoom->nDst < static_cast<DWORD>(pXa->m_nFrameBytes)) return true;
-    if (!TakeBlock(pXa, pXa->m_aHeld, pXa->m_nHeld, false, pRoom)) return false;
-    pXa->m_nHeld = 0;
-    BeginRun(pXa);
-    DrainReady(pXa, pRoom);
+// The data has ended early: decodes the incomplete block. The next byte starts a new pass.
+bool Flush(CXaDecoder* pXa, XaSpans* pSpans) {
+    if (!DrainReady(pXa, pSpans) || pXa->m_nPending == 0) return true;
+    if (pSpans->nDst < static_cast<DWORD>(pXa->m_nFrameBytes)) return true;
+    if (!DecodeNextBlock(pXa, pXa->m_aPending, pXa->m_nPending, false, pSpans)) return false;
+    pXa->m_nPending = 0;
+    BeginPass(pXa);
+    DrainReady(pXa, pSpans);
     return true;
 }
 
-bool HeaderIsSound(const BYTE* pHeader) {
+bool IsValidHeader(const BYTE* pHeader) {
     int nBits = pHeader[XA_AT_BITS];
     int nChannels = pHeader[XA_AT_CHANNELS];
-    DWORD nRate = ReadDWord(pHeader + XA_AT_RATE);
+    DWORD nRate = ReadLe32(pHeader + XA_AT_RATE);
     return memcmp(pHeader, XA_MAGIC, sizeof XA_MAGIC) == 0 && pHeader[XA_AT_VERSION] == XA_VERSION &&
            (nBits == XA_BITS_FAST || nBits == XA_BITS_FINE) &&
            pHeader[XA_AT_BLOCK_FRAMES] == XA_BLOCK_FRAMES && nChannels >= 1 && nChannels <= XA_MAX_CHANNELS &&
@@ -232,19 +230,19 @@ bool HeaderIsSound(const BYTE* pHeader) {
 }  // namespace
 
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
-    if (!pHeader || !pFormat || !HeaderIsSound(pHeader)) return nullptr;
+    if (!pHeader || !pFormat || !IsValidHeader(pHeader)) return nullptr;
     auto* pXa = new (std::nothrow) CXaDecoder();
     if (!pXa) return nullptr;
     pXa->m_nChannels = pHeader[XA_AT_CHANNELS];
     pXa->m_nBits = pHeader[XA_AT_BITS];
     pXa->m_nFrameBytes = pXa->m_nChannels * 2;
     pXa->m_nBlockBytes = XaBlockBytes(pXa->m_nChannels, pXa->m_nBits, XA_BLOCK_FRAMES);
-    pXa->m_nDataLen = ReadDWord(pHeader + XA_AT_DATA_BYTES);
-    uint64_t nFrames = ReadDWord(pHeader + XA_AT_FRAMES);
+    pXa->m_nDataLen = ReadLe32(pHeader + XA_AT_DATA_BYTES);
+    uint64_t nFrames = ReadLe32(pHeader + XA_AT_FRAMES);
     bool bHalfBytes = pXa->m_nBits * pXa->m_nChannels == 4;
     pXa->m_bPadded = bHalfBytes && FramesOfData(*pXa, pXa->m_nDataLen) == nFrames + 1;
 
-    DWORD nRate = ReadDWord(pHeader + XA_AT_RATE);
+    DWORD nRate = ReadLe32(pHeader + XA_AT_RATE);
     pFormat->wFormatTag = WAVE_FORMAT_PCM;
     pFormat->nChannels = static_cast<WORD>(pXa->m_nChannels);
     pFormat->nSamplesPerSec = nRate;
@@ -273,10 +271,10 @@ int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock) {
     pBlock->nDstUsed = 0;
     if ((!pBlock->pSrc && pBlock->nSrcLen > 0) || (!pBlock->pDst && pBlock->nDstBufLen > 0)) return 0;
     auto* pXa = static_cast<CXaDecoder*>(hXa);
-    XaRoom room = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
-    bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &room) : Flush(pXa, &room);
-    pBlock->nSrcUsed = pBlock->nSrcLen - room.nSrc;
-    pBlock->nDstUsed = pBlock->nDstBufLen - room.nDst;
+    XaSpans spans = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
+    bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &spans) : Flush(pXa, &spans);
+    pBlock->nSrcUsed = pBlock->nSrcLen - spans.nSrc;
+    pBlock->nDstUsed = pBlock->nDstBufLen - spans.nDst;
     return bGood ? 1 : 0;
 }
 

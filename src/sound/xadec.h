@@ -1,7 +1,7 @@
-// The decoder of XA sound data.
+// The XA decoder.
 #pragma once
 
-#include "platform/waveformat.h"
+#include "platform/codec/waveformat.h"
 #include "platform/wintypes.h"
 
 constexpr int XA_HEADER_SIZE = 32;
@@ -15,11 +15,11 @@ struct XaConvertBlock {
     DWORD nDstUsed;  // out
 };
 
-// A decoder for the file that begins with this header of XA_HEADER_SIZE bytes, and the PCM format that it
-// will give. Null on failure. The header need not outlive the call.
+// Opens a decoder for a file with this header of XA_HEADER_SIZE bytes and sets the PCM format of its output.
+// Null on failure. Copies the header. Free with xaDecodeClose.
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat);
-// The PCM bytes that nLength encoded bytes give. 0 on failure.
+// Sets *pnPcm to the PCM bytes that nLength encoded bytes decode to. Returns 0 on failure.
 int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm);
-// Decodes on, keeping its state between calls; may leave source unread. 0 on failure.
+// Decodes the next data, keeping state between calls. May leave source unread. Returns 0 on failure.
 int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock);
 int xaDecodeClose(void* hXa);

@@ -1,4 +1,4 @@
-// The XA format in numbers, shared by the decoder and the encoder. docs/xa.md has it in prose.
+// The constants of the XA format, shared by decoder and encoder. docs/xa.md describes the format.
 #pragma once
 
 #include "platform/wintypes.h"
@@ -6,20 +6,20 @@
 constexpr BYTE XA_MAGIC[4] = {'K', 'W', 'D', '1'};
 constexpr BYTE XA_VERSION = 1;
 
-// Bits of one code. The fine mode is the better one, the fast mode less than half its size.
+// Bits per code. Fine mode is better; fast mode is less than half its size.
 constexpr int XA_BITS_FAST = 4;
 constexpr int XA_BITS_FINE = 10;
 
 constexpr int XA_BLOCK_FRAMES = 32;
-constexpr int XA_PARAM_BYTES = 2;  // of each channel, at the head of a block: filter, range
+constexpr int XA_PARAM_BYTES = 2;  // per channel, at the head of a block: filter, range
 constexpr int XA_MAX_CHANNELS = 2;
 constexpr int XA_MAX_BLOCK_BYTES = XA_MAX_CHANNELS * (XA_PARAM_BYTES + XA_BLOCK_FRAMES * XA_BITS_FINE / 8);
 
 constexpr DWORD XA_MIN_RATE = 100;        // Hz
-constexpr DWORD XA_MAX_RATE = 200000;     // as fast as sound buffers go
-constexpr DWORD XA_MAX_PCM = 0x7FFFFFFF;  // bytes of PCM that one sound may have
+constexpr DWORD XA_MAX_RATE = 200000;     // limit of sound buffers
+constexpr DWORD XA_MAX_PCM = 0x7FFFFFFF;  // bytes of PCM in one sound
 
-// Offsets of the header's fields. What lies between them is written as 0 and not read.
+// Offsets of the header's fields. The gaps are written as 0 and never read.
 constexpr int XA_AT_DATA_BYTES = 4;
 constexpr int XA_AT_FRAMES = 8;
 constexpr int XA_AT_VERSION = 12;
@@ -28,8 +28,8 @@ constexpr int XA_AT_BLOCK_FRAMES = 14;
 constexpr int XA_AT_CHANNELS = 15;
 constexpr int XA_AT_RATE = 16;
 
-// Predictors of the second order, in 4096ths: next = (n1 * last + n2 * the one before + 2048) >> 12. They are
-// the pole pairs of a grid: radius 0.99 for tones, 0.9 and 0.7 for what is less sure, real poles at the head.
+// Second-order predictors, in units of 1/4096: next = (n1 * last + n2 * the one before + 2048) >> 12. They
+// are pole pairs on a grid: real poles first, then radius 0.99 for tones, 0.9 and 0.7 for less tonal sounds.
 struct XaFilter {
     int32_t n1;
     int32_t n2;
@@ -44,8 +44,8 @@ constexpr XaFilter XA_FILTER[XA_FILTERS] = {
     {-2867, -2007}, {-4966, -2007},
 };
 
-// A range byte is an eighth-octave scale: the low three bits are the mantissa, the rest the exponent. Range 0
-// is a step of 1, each octave of 8 ranges doubles it. A code's part of the sample is code * (8 + mantissa) <<
+// A range byte is a scale in eighths of an octave: the low three bits are the mantissa, the rest is the
+// exponent. Range 0 is a step of 1; every 8 ranges double it. The residual is code * (8 + mantissa) <<
 // exponent >> 3.
 constexpr int XA_RANGES = 112;
 constexpr int32_t XaScale(int nRange) {
@@ -62,7 +62,7 @@ constexpr int32_t XaClamp(int32_t n) {
     return n < -32768 ? -32768 : n > 32767 ? 32767 : n;
 }
 
-// The bytes of a block of nFrames frames, 1 to XA_BLOCK_FRAMES.
+// Bytes in a block of nFrames frames, 1 to XA_BLOCK_FRAMES.
 constexpr int XaBlockBytes(int nChannels, int nBits, int nFrames) {
     return nChannels * XA_PARAM_BYTES + (nChannels * nBits * nFrames + 7) / 8;
 }

@@ -1,10 +1,10 @@
-// Streaming an XA file.
+// Streams an XA file.
 #include <algorithm>
 #include <cstdio>
 
-#include "shell/diagnostics.h"
 #include "sound/stream.h"
 #include "sound/xadec.h"
+#include "system/diagnostics.h"
 
 namespace {
 
@@ -40,17 +40,17 @@ int ConvertPiece(CDSBuffer* pSound, StreamUpdate* pUpdate) {
     return 0;
 }
 
-// The decoder goes on with the state that it holds.
-void StartSourceOver(CDSBuffer* pSound) {
+// The decoder continues with its current state.
+void RestartSource(CDSBuffer* pSound) {
     FileSeek(FileOf(*pSound), pSound->m_nDataPos, SEEK_SET);
     pSound->m_nSrcRead = pSound->m_nSrcUsed = pSound->m_nDstDone = 0;
     pSound->m_nEndState = STREAM_READING;
 }
 
-// At the end of the source. False when this update can do no more.
+// Handles the end of the source. False when this update can do no more.
 bool BeginLap(CDSBuffer* pSound, StreamUpdate* pUpdate, BYTE nSilence) {
     if (!EndStreamSource(pSound, pUpdate, nSilence)) return false;
-    StartSourceOver(pSound);
+    RestartSource(pSound);
     return true;
 }
 
@@ -89,7 +89,7 @@ int CDSBuffer::StreamUpdateXA(DWORD nEndPos, DWORD nMinPos) {
         const bool bIdle = update.nUsed == 0 && update.nMade == 0;
         EndStreamSound(this, &update, nSilence);
         if (bIdle && update.nDstLen > 0 && update.nSrc > 0)
-            break;  // the room is too small for the decoder: there is more at the next update
+            break;  // too little room for the decoder until the next update
         const bool bAtEnd = bIdle ? update.nDstLen > 0 : m_bLoop != 0 && m_nSrcUsed >= m_nDataLen;
         if (bAtEnd && !BeginLap(this, &update, nSilence)) break;
     }

@@ -8,7 +8,7 @@
 
 #include "display/ddraw.h"
 #include "display/dib.h"
-#include "platform/directdraw_test.h"
+#include "platform/graphics/directdraw_test.h"
 #include "support/bmp_writer.h"
 #include "support/tempfolder.h"
 

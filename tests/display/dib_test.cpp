@@ -2,7 +2,7 @@
 #include <climits>
 
 #include "display/dib_support.h"
-#include "platform/gdi.h"
+#include "platform/graphics/gdi.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "display/ddraw.h"
-#include "platform/directdraw_test.h"
-#include "platform/gdi.h"
+#include "platform/graphics/directdraw_test.h"
+#include "platform/graphics/gdi.h"
 #include "platform/timer.h"
-#include "platform/window.h"
+#include "platform/window/window.h"
 #include "playback/layout.h"
 #include "support/program.h"
 

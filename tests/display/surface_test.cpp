@@ -3,11 +3,11 @@
 #include <functional>
 #include <vector>
 
-#include "platform/directdraw.h"
-#include "platform/directdraw_test.h"
-#include "platform/gdi.h"
-#include "platform/gdi_object.h"
-#include "platform/surface_copy.h"
+#include "platform/graphics/directdraw.h"
+#include "platform/graphics/directdraw_test.h"
+#include "platform/graphics/gdi.h"
+#include "platform/graphics/gdi_object.h"
+#include "platform/graphics/surface_copy.h"
 
 namespace {
 

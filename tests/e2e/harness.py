@@ -1,11 +1,9 @@
-"""A screen of its own, a window manager and real copies of the player, for the tests of this folder."""
+"""A private screen, a window manager and real instances of the player, for the tests of this folder."""
 import mmap
 import os
-import random
 import re
 import shutil
 import signal
-import socket
 import struct
 import subprocess
 import tempfile
@@ -14,8 +12,9 @@ import time
 TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 LUMETRA = os.environ.get("LUMETRA") or os.path.join(TOP, "build/release/src/app/lumetra")
 LIMIT = float(os.environ.get("E2E_LIMIT", "15"))  # seconds that anything awaited may take
+DISPLAY = os.environ.get("E2E_DISPLAY")  # a display number; by default the first free one
 
-QUIT, STOP, PLAY, RESTART, SEEK, SPEED, LOAD, HOST = 1125, 1126, 1127, 1128, 1129, 1130, 1134, 1224
+STOP, RESTART, SEEK, SPEED = 1126, 1128, 1129, 1130
 
 # The digits of the screen, four by seven pixels, each row as a hexadecimal digit.
 GLYPHS = {"0": "6999996", "1": "2622222", "2": "691248F", "3": "6912196", "4": "266AF22", "5": "F8E9196",
@@ -34,12 +33,8 @@ def until(what, condition, limit=None, tell=lambda: ""):
         time.sleep(0.005)
 
 
-def packet(message, wparam=0, lparam=0):
-    return struct.pack("<4sHHIIqq", b"LMTR", 1, 0, message, 0, wparam, lparam)
-
-
 class Screen:
-    """Xvfb with openbox, a private run-time folder and a folder for charts. A context manager."""
+    """Xvfb with openbox, a private run-time folder and a folder for charts; a context manager."""
 
     def __init__(self, window_manager=True):
         self.folder = tempfile.mkdtemp(prefix="lum", dir="/tmp")
@@ -47,35 +42,36 @@ class Screen:
         os.mkdir(self.runtime, 0o700)
         self.started = []
         self.players = []
-        self.senders = []
         self.server = self._start_server()
-        self.env = dict(os.environ, DISPLAY=f":{self.number}", XDG_RUNTIME_DIR=self.runtime, LUMETRA_DEBUG="1",
-                        LC_ALL="C", HOME=self.folder, LUMETRA_SCALE="1")
+        self.env = dict(os.environ, DISPLAY=f":{self.number}", XDG_RUNTIME_DIR=self.runtime, LC_ALL="C",
+                        LUMETRA_DEBUG="1", HOME=self.folder, LUMETRA_SCALE="1")
         self.env.setdefault("SDL_AUDIODRIVER", "dummy")
         self.env.pop("LANG", None)
         with open(os.path.join(self.folder, "Xvfb_screen0"), "rb") as frame:
             self.frame = mmap.mmap(frame.fileno(), 0, access=mmap.ACCESS_READ)
         if window_manager:
-            # A window that comes while openbox still starts may be overlooked, so it has to say when it has.
+            # While openbox starts it may overlook a window, so wait until it says that it has started.
             up = os.path.join(self.folder, "up")
-            self._start(["openbox", "--startup", "touch " + up])
+            self.start("openbox", "--startup", "touch " + up)
             until("the window manager", lambda: os.path.exists(up))
 
     def _start_server(self):
-        for number in random.sample(range(220, 900), 50):
+        for _ in range(50):
             ready, told = os.pipe()
             server = subprocess.Popen(
-                ["Xvfb", f":{number}", "-screen", "0", "1024x768x24", "-fbdir", self.folder, "-noreset",
-                 "-displayfd", str(told), "-nolisten", "tcp"], pass_fds=[told], stderr=subprocess.DEVNULL)
+                ["Xvfb", "-screen", "0", "1024x768x24", "-fbdir", self.folder, "-noreset", "-nolisten", "tcp",
+                 "-displayfd", str(told), *([f":{DISPLAY}"] if DISPLAY else [])], pass_fds=[told],
+                stderr=subprocess.DEVNULL)
             os.close(told)
             with os.fdopen(ready) as answer:
-                if answer.read().strip():  # closed without a word when the number is taken
-                    self.number = number
-                    return server
+                number = answer.read().strip()  # nothing when the number is taken
+            if number:
+                self.number = int(number)
+                return server
             server.wait()
         raise AssertionError("no screen can be started")
 
-    def _start(self, command):
+    def start(self, *command):
         self.started.append(subprocess.Popen(command, env=self.env, stdout=subprocess.DEVNULL,
                                              stderr=subprocess.DEVNULL))
         return self.started[-1]
@@ -88,8 +84,6 @@ class Screen:
             if process.poll() is None:
                 process.kill()
             process.wait()
-        for sending in self.senders:
-            sending.close()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def run(self, *command, check=True):
@@ -119,7 +113,7 @@ class Screen:
         return found
 
     def state(self):
-        """For a test that has failed: what is there."""
+        """What is there, for the message of a failure."""
         players = [(p.process.poll(), p.log()[-500:]) for p in self.players]
         return f"\nwindows: {self.windows()}\nplayers: {players}\nothers: {[p.poll() for p in self.started]}"
 
@@ -129,8 +123,14 @@ class Screen:
         return done.stdout.decode("utf-8", "replace")
 
     def window(self, title):
-        return until(f"a window called {title}",
-                     lambda: next((w for name, w in self.windows().items() if title in name), None), tell=self.state)
+        def find():
+            return next((w for name, w in self.windows().items() if title in name), None)
+        return until(f"a window called {title}", find, tell=self.state)
+
+    def search(self, name):
+        """As window, where no window manager lists them."""
+        return until(f"a window called {name}", lambda: self.run(
+            "xdotool", "search", "--name", name, check=False).split()[:1])[0]
 
     def client(self, window):
         """x, y, width, height of its inside on the screen."""
@@ -141,6 +141,11 @@ class Screen:
     def keys(self, window, *keys):
         self.run("xdotool", "windowactivate", "--sync", window)
         self.run("xdotool", "key", "--clearmodifiers", *keys)
+
+    def click(self, player, delay, count=2):
+        """Presses the left button so often in the player's window, delay ms apart."""
+        self.run("xdotool", "mousemove", str(player.x + 100), str(player.y + 100),
+                 "click", "--repeat", str(count), "--delay", str(delay), "1")
 
     # --- the player ---
 
@@ -158,24 +163,17 @@ class Screen:
         return self.players[-1]
 
     def remote(self, *arguments):
-        """Runs a copy to its end; its exit code."""
+        """Runs an instance to its end; its exit code."""
         return subprocess.run([LUMETRA, *arguments], env=self.env, stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL, timeout=LIMIT).returncode
 
-    def copies(self):
-        """The sockets of the copies on this screen."""
+    def instances(self):
+        """The sockets of the instances on this screen."""
         folder = os.path.join(self.runtime, f"lumetra-{self.number}")
         try:
             return sorted(os.path.join(folder, name) for name in os.listdir(folder))
         except FileNotFoundError:
             return []
-
-    def sender(self):
-        """A socket that sends to the one copy that runs."""
-        sending = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
-        sending.connect(until("a copy", self.copies)[0])
-        self.senders.append(sending)
-        return sending
 
 
 class Player:
@@ -183,16 +181,17 @@ class Player:
         self.screen = screen
         self.log_path = os.path.join(screen.folder, f"log{len(screen.players)}")
         with open(self.log_path, "wb") as log:
-            self.process = subprocess.Popen([LUMETRA, *arguments], env={**screen.env, **(env or {})}, stderr=log,
-                                            stdout=log)
+            self.process = subprocess.Popen([LUMETRA, *arguments], env={**screen.env, **(env or {})},
+                                            stderr=log, stdout=log)
 
     def log(self):
         with open(self.log_path, encoding="utf-8", errors="replace") as log:
             return log.read()
 
     def messages(self):
-        """The messages of other copies that the program has taken, in order: number and first parameter."""
-        return [(int(number), int(value)) for number, value in re.findall(r"host: message (\d+) (-?\d+)", self.log())]
+        """The messages of other instances that it has taken, in order: number and first parameter."""
+        return [(int(number), int(value))
+                for number, value in re.findall(r"host: message (\d+) (-?\d+)", self.log())]
 
     def ends(self, code):
         got = self.process.wait(timeout=LIMIT)
@@ -210,7 +209,7 @@ class Player:
         until("the first picture", lambda: self.pixel(195, 257) != 0 or self.number(242, 258) is not None)
         return self.window
 
-    def pixel(self, x, y):
+    def pixel(self, x, y):  # of its client area
         return self.screen.pixel(self.x + x, self.y + y)
 
     def number(self, x, y):
@@ -221,23 +220,22 @@ class Player:
             rows += "%X" % sum(8 >> i for i in range(4) if bits[i])
         return next((int(digit) for digit, glyph in GLYPHS.items() if glyph == rows), None)
 
+    def read(self, *places):
+        """The digits at these places, once the last is there: a picture may just be being drawn."""
+        def digits():
+            found = [self.number(x, y) for x, y in places]
+            return found if found[-1] is not None else None
+        return until("the digits", digits)
+
     def seconds(self):
-        """The play time shown; a picture that is just being drawn is read again."""
-        for _ in range(200):
-            digits = [self.number(x, 258) for x in (224, 236, 242)]
-            if None not in digits:
-                return digits[0] * 60 + digits[1] * 10 + digits[2]
-            time.sleep(0.003)
-        raise AssertionError("no play time to be read")
+        """The play time shown."""
+        minutes, tens, ones = self.read((224, 258), (236, 258), (242, 258))
+        return (minutes or 0) * 60 + (tens or 0) * 10 + ones
 
     def bar(self):
         """The measure shown, of a chart of two-digit length."""
-        for _ in range(200):
-            tens, ones = self.number(218, 269), self.number(224, 269)
-            if ones is not None:
-                return (tens or 0) * 10 + ones
-            time.sleep(0.003)
-        raise AssertionError("no measure to be read")
+        tens, ones = self.read((218, 269), (224, 269))
+        return (tens or 0) * 10 + ones
 
     def runs(self):
         first = self.seconds()

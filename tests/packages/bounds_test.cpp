@@ -5,8 +5,8 @@
 #include <string>
 
 #include "packages/encode.h"
-#include "platform/picture_file.h"
-#include "platform/sound_file.h"
+#include "platform/substitutes/picture.h"
+#include "platform/substitutes/sound.h"
 #include "support/media.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "packages/encode.h"
-#include "platform/picture_file.h"
-#include "platform/sound_file.h"
+#include "platform/substitutes/picture.h"
+#include "platform/substitutes/sound.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 
 #include "host/headless/headless.h"
 #include "packages/encode.h"
-#include "platform/files.h"
-#include "platform/listing.h"
+#include "platform/files/files.h"
+#include "platform/files/listing.h"
 #include "support/media.h"
 #include "support/tempfolder.h"
 

@@ -6,8 +6,8 @@
 
 #include "host/headless/headless.h"
 #include "packages/encode.h"
-#include "platform/files.h"
-#include "platform/readahead.h"
+#include "platform/files/files.h"
+#include "platform/substitutes/readahead.h"
 #include "support/tempfolder.h"
 
 namespace {

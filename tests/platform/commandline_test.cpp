@@ -1,12 +1,12 @@
-#include "platform/commandline.h"
+#include "platform/window/commandline.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <vector>
 
-#include "platform/dialog.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
+#include "platform/window/dialog.h"
 #include "support/program.h"
 #include "support/tempfolder.h"
 

@@ -1,4 +1,4 @@
-#include "platform/files.h"
+#include "platform/files/files.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "platform/listing.h"
+#include "platform/files/listing.h"
 #include "support/tempfolder.h"
 
 using test::TempFolder;

@@ -1,10 +1,10 @@
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
-#include "platform/namefold.h"
+#include "platform/files/namefold.h"
 
 namespace {
 

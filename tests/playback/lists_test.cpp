@@ -1,7 +1,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "playback/chartmath.h"
+#include "chart/charttime.h"
 #include "playback/player.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include "display/ddraw.h"
 #include "display/dib.h"
-#include "platform/directdraw_test.h"
+#include "platform/graphics/directdraw_test.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/gdi.h"
-#include "platform/gdi_object.h"
+#include "platform/graphics/gdi.h"
+#include "platform/graphics/gdi_object.h"
 
 namespace {
 

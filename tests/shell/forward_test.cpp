@@ -12,15 +12,15 @@ protected:
     // With so many copies beside it, whose ids are 11, 12 and so on.
     static int RunBeside(int copies, const std::string& line) {
         Fresh();
-        for (int i = 0; i < copies; ++i) headless::AddCopy(static_cast<uint64_t>(11 + i), "Lumetra_ZN");
+        for (int i = 0; i < copies; ++i) headless::AddInstance(static_cast<uint64_t>(11 + i), "Lumetra_ZN");
         return RunLine(line);
     }
     // What the others were sent, as `copy:message(wparam) `.
     static std::string Posted() {
         std::ostringstream all;
-        for (const headless::PostedMessage& m : headless::PostedToCopies()) {
+        for (const headless::PostedMessage& m : headless::PostedToInstances()) {
             EXPECT_EQ(m.lparam, 0);
-            all << m.copy << ":" << m.message << "(" << m.wparam << ") ";
+            all << m.instance << ":" << m.message << "(" << m.wparam << ") ";
         }
         return all.str();
     }
@@ -74,11 +74,11 @@ TEST_F(Forward, SettingsTakeEffectHereToo) {
 }
 
 TEST_F(Forward, AWindowOfAnotherProgramIsNoCopy) {
-    headless::AddCopy(11, "lumetra_zn");
-    headless::AddCopy(12, "Lumetra_ZN2");
+    headless::AddInstance(11, "lumetra_zn");
+    headless::AddInstance(12, "Lumetra_ZN2");
     EXPECT_EQ(RunLine("-Q"), 1);
     EXPECT_EQ(Posted(), "");
-    headless::AddCopy(13, "Lumetra_ZN");
+    headless::AddInstance(13, "Lumetra_ZN");
     EXPECT_EQ(RunLine("-Q"), 1);
     EXPECT_EQ(Posted(), "13:1125(0) ");
 }
@@ -87,8 +87,8 @@ TEST_F(Forward, AHostPlaysBesideOthers) {
     At(500, headless::Call([] { EXPECT_EQ(headless::AnnouncedClass(), "Lumetra_ZN"); }));
     At(600, headless::Remote(WM_REMOTE_QUIT));  // a host is deaf
     At(1000, headless::Key(test::kEscape));
-    headless::AddCopy(11, "Lumetra_ZN");
-    headless::AddCopy(12, "Lumetra_ZN");
+    headless::AddInstance(11, "Lumetra_ZN");
+    headless::AddInstance(12, "Lumetra_ZN");
     EXPECT_EQ(Run("-P -N1 -R -S -D "), 0);
     EXPECT_GE(headless::Now(), 1000u);
     EXPECT_EQ(Posted(), "11:1224(0) 12:1224(0) 11:1224(0) 12:1224(0) ");
@@ -97,8 +97,8 @@ TEST_F(Forward, AHostPlaysBesideOthers) {
 }
 
 TEST_F(Forward, CopiesThatCannotBeListedCountAsNone) {
-    headless::AddCopy(11, "Lumetra_ZN");
-    headless::FailListCopies(true);
+    headless::AddInstance(11, "Lumetra_ZN");
+    headless::FailListInstances(true);
     At(100, headless::Key(test::kEscape));
     EXPECT_EQ(Run("-P "), 0);
     EXPECT_EQ(Posted(), "");

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "host/headless/headless.h"
-#include "platform/directdraw_test.h"
-#include "platform/directsound_test.h"
+#include "platform/graphics/directdraw_test.h"
+#include "platform/sound/directsound_test.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"

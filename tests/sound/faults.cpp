@@ -1,9 +1,9 @@
 #include "sound/faults.h"
 
-#include "platform/acm.h"
-#include "platform/directsound.h"
-#include "platform/files.h"
-#include "platform/mmio.h"
+#include "platform/codec/acm.h"
+#include "platform/codec/mmio.h"
+#include "platform/files/files.h"
+#include "platform/sound/directsound.h"
 #include "sound/xadec.h"
 
 namespace {

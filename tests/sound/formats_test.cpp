@@ -1,5 +1,5 @@
 // The codecs: each format as the library itself reads it, sizes to the byte, refusals.
-#include "platform/acm.h"
+#include "platform/codec/acm.h"
 
 #include "sound/sound_support.h"
 

@@ -2,7 +2,7 @@
 #include "support/replay.h"
 #include "../../fuzz/play_sound.h"
 #include "host/headless/headless.h"
-#include "platform/directsound_test.h"
+#include "platform/sound/directsound_test.h"
 
 namespace {
 

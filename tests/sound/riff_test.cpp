@@ -1,5 +1,5 @@
 // Reading at and beyond the ends of a RIFF file. How its chunks are found, the loads show.
-#include "platform/mmio.h"
+#include "platform/codec/mmio.h"
 
 #include "sound/sound_support.h"
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/host.h"
-#include "platform/directsound.h"
+#include "platform/sound/directsound.h"
 
 namespace {
 

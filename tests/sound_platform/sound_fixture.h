@@ -9,8 +9,8 @@
 
 #include "host/headless/headless.h"
 #include "host/headless/sound.h"
-#include "platform/directsound.h"
-#include "platform/directsound_test.h"
+#include "platform/sound/directsound.h"
+#include "platform/sound/directsound_test.h"
 
 inline WAVEFORMATEX Pcm(int channels, int rate, int bits, WORD tag = WAVE_FORMAT_PCM) {
     WAVEFORMATEX wfx = {};

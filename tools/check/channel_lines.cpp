@@ -1,4 +1,4 @@
-// Lines of measures: their shape, their pairs, and what the pairs name.
+// Lines of measures: their form, their pairs, and the sounds, pictures and tempos that the pairs use.
 #include <cmath>
 #include <cstring>
 
@@ -31,7 +31,7 @@ bool IsPoor(int32_t channel) {
 
 }  // namespace
 
-// A column of the data, also where the player has taken underscores out of it.
+// The column of a character of the data, before the player removed the underscores.
 int LineChecker::ColumnOf(const Line& line, size_t at) const {
     if (!underscores_) return kDataColumn + static_cast<int>(at);
     const char* p = line.raw + kDataColumn;
@@ -53,16 +53,15 @@ void LineChecker::CheckChannel(Line* line, int32_t measure, int32_t channel) {
         CheckPairs(*line, measure, channel);
     } else if (const int64_t objects = CountPairs(data, false)) {
         const Foreign* foreign = FindForeignChannel(name);
-        const char* code = foreign ? foreign->code : channel < 0 ? "channel-letters" : "unknown-channel";
+        const Code code = foreign ? foreign->code : channel < 0 ? Code("channel-letters") : "unknown-channel";
         Group& group =
-            GroupOf("channel " + name, line->place, foreign ? foreign->severity : Severity::kWarning, code);
+            GroupOf("channel " + name, line->place, code, foreign ? foreign->severity : code->severity);
         group.objects += objects;
         group.subject = "channel " + Quote(name);
         group.effect = foreign ? foreign->effect
                        : channel < 0
-                           ? "the player knows channels of two decimal digits alone and skips the line"
-                           : "the player knows no such channel; its objects do nothing but lengthen the "
-                             "chart";
+                           ? "the player reads only channels of two decimal digits and skips the line"
+                           : "the player does not use this channel; its objects only lengthen the chart";
     }
     if (channel < 0) return;
     ++tables_->commands;
@@ -76,18 +75,19 @@ void LineChecker::CheckLength(const Line& line, int32_t measure) {
     const char* data = line.text + kDataColumn;
     const double length = ReadFloat(data);
     if (!(std::isfinite(length) && length > 0.0)) {
-        findings_->Add(line.At(kDataColumn), Severity::kWarning, "zero-length", [&] {
-            return Quote(data) + " as the length of measure " + std::to_string(measure) +
-                   " counts as 0: all its objects come at one time; write a length above 0";
+        findings_->Add(line.At(kDataColumn), "zero-length", [&] {
+            return "the player reads " + Quote(data) + " as a length of 0 for measure " +
+                   std::to_string(measure) +
+                   ", so all its objects come at the same time; write a length above 0";
         });
     } else {
         CheckFloat(line, kDataColumn);
     }
     Place& before = lengths_[static_cast<size_t>(measure)];
     if (before.line != 0) {
-        findings_->Add(line.place, Severity::kWarning, "length-twice", [&] {
-            return "measure " + std::to_string(measure) + " has a length in line " +
-                   std::to_string(before.line) + " too; the player takes this one";
+        findings_->Add(line.place, "length-twice", [&] {
+            return "line " + std::to_string(before.line) + " also sets the length of measure " +
+                   std::to_string(measure) + "; the player uses this one";
         });
     }
     before = line.place;
@@ -97,18 +97,18 @@ void LineChecker::CheckPairs(const Line& line, int32_t measure, int32_t channel)
     const char* data = line.text + kDataColumn;
     const size_t bytes = std::strlen(data);
     const bool hex = channel == 3;
-    bool told = false;
+    bool reported = false;
     for (size_t i = 0; i + 2 <= bytes; i += 2) {
         const char* pair = data + i;
         if (pair[0] == '0' && pair[1] == '0') continue;
         if (hex && !IsHexPair(pair)) {
             CheckTempoPair(line, ColumnOf(line, i), pair);
-        } else if (!IsId(pair) && !told) {
-            told = true;
-            findings_->Add(line.At(ColumnOf(line, i)), Severity::kWarning, "bad-digit", [&] {
+        } else if (!IsId(pair) && !reported) {
+            reported = true;
+            findings_->Add(line.At(ColumnOf(line, i)), "bad-digit", [&] {
                 return Quote(PairAt(pair)) +
-                       " are not two digits of 0-9 and A-Z; the player takes the place for one "
-                       "of the measure's all the same and reads the pair as " +
+                       " is not two digits of 0-9 and A-Z; it still takes a position in the measure, and the "
+                       "player reads it as " +
                        IdOf(channel == 4 || channel == 6 || channel == 7 ? PairToBase36(pair)
                                                                          : PairToObjNo(pair));
             });
@@ -121,32 +121,27 @@ void LineChecker::CheckPairs(const Line& line, int32_t measure, int32_t channel)
 void LineChecker::CheckEnd(const Line& line, size_t bytes) {
     const char* data = line.text + kDataColumn;
     if (bytes == 0 && !cut_) {
-        findings_->Add(line.place, Severity::kNote, "empty-data",
-                       [] { return std::string("the line has nothing behind its `:` and does nothing"); });
+        findings_->Add(line.place, "empty-data", "nothing follows the `:`, so the line has no effect");
     } else if (bytes % 2 != 0) {
         const char last = data[bytes - 1];
         const bool harmless = last == ' ' || last == '0';
-        findings_->Add(
-            line.At(ColumnOf(line, bytes - 1)), harmless ? Severity::kNote : Severity::kWarning, "odd-data",
-            [&] {
-                return "the data has an odd number of characters; the player drops the last one, " +
-                       Quote({&last, 1}) + ", and divides the measure by " +
-                       CountOf(static_cast<int64_t>(bytes / 2), "pair");
-            });
+        findings_->Add(line.At(ColumnOf(line, bytes - 1)), "odd-data", harmless ? kNote : kWarning, [&] {
+            return "the data has an odd number of characters; the player drops the last one, " +
+                   Quote({&last, 1}) + ", and divides the measure into " +
+                   CountOf(static_cast<int64_t>(bytes / 2), "pair");
+        });
     }
 }
 
 void LineChecker::CheckTempoPair(const Line& line, int column, const char* pair) {
     const int32_t tempo = PairToHex(pair);
     if (tempo == 0 && PairToObjNo(pair) == 0) return;
-    findings_->Add(line.At(column), tempo > 0 ? Severity::kWarning : Severity::kError,
-                   tempo > 0 ? "bad-digit" : "tempo-not-positive", [&] {
-                       return Quote(PairAt(pair)) +
-                              " are not two hexadecimal digits, as channel 03 has them; " +
-                              (tempo > 0 ? "the player reads a tempo of " + std::to_string(tempo)
-                                         : std::string("the player keeps the tempo that it has")) +
-                              "; for tempos above 255 use #BPMxx and channel 08";
-                   });
+    findings_->Add(line.At(column), tempo > 0 ? Code("bad-digit") : "tempo-not-positive", [&] {
+        return Quote(PairAt(pair)) + " is not two hexadecimal digits, which channel 03 needs; the player " +
+               (tempo > 0 ? "reads a tempo of " + std::to_string(tempo)
+                          : std::string("keeps the current tempo")) +
+               "; for tempos above 255 use #BPMxx and channel 08";
+    });
 }
 
 void LineChecker::TakePair(const Line& line, int column, const char* pair, int32_t measure, int32_t channel) {
@@ -161,35 +156,35 @@ void LineChecker::TakePair(const Line& line, int column, const char* pair, int32
     const bool acts = kind == KIND_BGA ? PairToBase36(pair) > 0 : PairToObjNo(pair) > 0;
     const bool invisible = kind == KIND_NOTE && channel >= kFirstInvisible;
     if (invisible && acts) {
-        Group& group = GroupOf("invisible", line.place, Severity::kNote, "invisible-notes");
+        Group& group = GroupOf("invisible", line.place, "invisible-notes", kNote);
         ++group.objects;
         group.subject = "invisible notes";
         group.effect =
-            "the player neither shows nor plays the channels 31 to 49; put a sound that is to be heard on "
-            "channel 01";
+            "the player neither shows nor plays channels 31 to 49; move sounds that should be heard to "
+            "channel "
+            "01";
     } else if (IsPoor(channel) && acts) {
-        Group& group = GroupOf("poor", line.place, Severity::kNote, "poor-layer");
+        Group& group = GroupOf("poor", line.place, "poor-layer", kNote);
         ++group.objects;
         group.subject = "channel `06`";
-        group.effect = "nobody misses a note here, so the player never shows this layer";
+        group.effect = "this layer appears when a note is missed, and the player never misses one";
     }
     if (acts && !invisible && measure > tables_->last_acting) tables_->last_acting = measure;
 }
 
-// Told once for each pair: the objects of one number are many.
+// Reported once per pair, because a number has many objects.
 void LineChecker::NoteFolded(Place place, const char* pair, const char* thing) {
     const std::string name(pair, 2);
     const int32_t number = PairToObjNo(pair);
-    Group& group = GroupOf(thing + name, place, Severity::kWarning, "folded-id");
+    Group& group = GroupOf(thing + name, place, "folded-id", kWarning);
     ++group.objects;
     if (!group.subject.empty()) return;
     group.subject = Quote(name);
-    group.effect = "the numbers of a " + std::string(thing) + " end at FZ, and the player reads " +
-                   Quote(name) + " as " + IdOf(number) + (number == 0 ? ", which makes no object" : "") +
-                   "; take a number up to FZ";
+    group.effect = std::string(thing) + " numbers end at FZ, so the player reads " + Quote(name) + " as " +
+                   IdOf(number) + (number == 0 ? ", which makes no object" : "") + "; use a number up to FZ";
 }
 
-// The place is that of the first object that acts.
+// The place becomes that of the first object with an effect.
 static void CountUse(Use* use, Place place, bool acts = true) {
     if (use->objects++ == use->invisible && (acts || use->invisible == 0)) use->place = place;
     if (!acts) ++use->invisible;

@@ -1,46 +1,42 @@
 #include "check/dialects.h"
 
-#include <algorithm>
-#include <string>
+#include "platform/ascii.h"
 
 namespace check {
 namespace {
 
-constexpr Foreign kRandom = {"random-block", Severity::kWarning,
-                             "the player knows no random blocks and plays the lines of all branches at once; "
-                             "keep one branch"};
-constexpr Foreign kStop = {"stop", Severity::kWarning,
-                           "the player knows no stops and scrolls on, so everything behind comes too early; "
-                           "write the pause as a change of tempo or as measures"};
-constexpr Foreign kLongNote = {"long-note", Severity::kWarning,
-                               "the player knows no long notes; write what is to be heard as ordinary notes"};
-constexpr Foreign kLongNoteKind = {"long-note", Severity::kNote, "the player knows no long notes"};
+constexpr Foreign kRandom = {
+    "random-block", kWarning,
+    "the player does not support random blocks and plays the lines of all branches; keep only one branch"};
+constexpr Foreign kStop = {
+    "stop", kWarning,
+    "the player does not support stops and scrolls on, so everything after them comes too early; write the "
+    "pause as a tempo change or as measures"};
+constexpr Foreign kLongNote = {
+    "long-note", kWarning,
+    "the player does not support long notes; write what should be heard as ordinary notes"};
+constexpr Foreign kLongNoteType = {"long-note", kNote, "the player does not support long notes"};
 constexpr Foreign kScroll = {
-    "scroll", Severity::kWarning,
-    "the player knows no changes of scroll speed and scrolls by tempo alone; times are "
-    "not affected"};
-constexpr Foreign kLandmine = {"landmine", Severity::kNote, "the player knows no landmines and shows none"};
-constexpr Foreign kTempo = {
-    "other-dialect", Severity::kWarning,
-    "the player takes extended tempos from #BPMxx lines alone; rename the command to #BPM"};
+    "scroll", kWarning,
+    "the player does not support scroll speed changes; it scrolls by tempo only, and times stay the same"};
+constexpr Foreign kLandmine = {"landmine", kNote,
+                               "the player does not support landmines and does not show them"};
+constexpr Foreign kTempo = {"other-dialect", kWarning,
+                            "the player reads extended tempos only from #BPMxx; rename the command to #BPM"};
 constexpr Foreign kBase = {
-    "other-dialect", Severity::kWarning,
-    "the player knows no ids beyond two digits of 0-9 and A-Z, and takes small letters for "
-    "capital ones"};
-constexpr Foreign kSound = {"other-dialect", Severity::kWarning,
-                            "the player knows one form of sound, #WAVxx, and plays it as its file has it"};
-constexpr Foreign kPicture = {
-    "other-dialect", Severity::kWarning,
-    "the player shows the pictures of #BMPxx lines and the rectangles of #BGAxx lines "
-    "alone"};
-constexpr Foreign kRule = {"unused-header", Severity::kNote,
-                           "the player judges nothing and has no use for it"};
-constexpr Foreign kText = {"unused-header", Severity::kNote, "the player does not show it"};
-constexpr Foreign kVolume = {"other-dialect", Severity::kNote, "the player plays every sound at full volume"};
+    "other-dialect", kWarning,
+    "the player reads only two-digit numbers of 0-9 and A-Z, and treats small letters as capital ones"};
+constexpr Foreign kSound = {"other-dialect", kWarning,
+                            "the player reads sounds only from #WAVxx, and plays each file unchanged"};
+constexpr Foreign kPicture = {"other-dialect", kWarning,
+                              "the player shows only the pictures of #BMPxx and the rectangles of #BGAxx"};
+constexpr Foreign kRule = {"unused-header", kNote, "the player does not judge and ignores it"};
+constexpr Foreign kText = {"unused-header", kNote, "the player does not show it"};
+constexpr Foreign kVolume = {"other-dialect", kNote, "the player plays every sound at full volume"};
 
 struct Command {
     const char* word;
-    bool numbered;  // two digits of a number stand behind the word
+    bool numbered;  // may end with a two-digit number
     const Foreign* meaning;
 };
 constexpr Command kCommands[] = {
@@ -62,8 +58,8 @@ constexpr Command kCommands[] = {
     {"STOP", true, &kStop},
     {"STP", false, &kStop},
     {"LNOBJ", false, &kLongNote},
-    {"LNTYPE", false, &kLongNoteKind},
-    {"LNMODE", false, &kLongNoteKind},
+    {"LNTYPE", false, &kLongNoteType},
+    {"LNMODE", false, &kLongNoteType},
     {"SCROLL", true, &kScroll},
     {"SPEED", true, &kScroll},
     {"EXBPM", true, &kTempo},
@@ -114,22 +110,15 @@ constexpr Command kCommands[] = {
     {"GAUGE", false, &kRule},
 };
 
-bool SameWord(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        const auto fold = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; };
-        return fold(x) == fold(y);
-    });
-}
-
 struct Channel {
     const char* first;  // of a range of channels, by their characters
     const char* last;
     const Foreign* meaning;
 };
 constexpr Foreign kLongNoteLane = {
-    "long-note", Severity::kWarning,
-    "the player knows no long notes: these are neither shown nor heard; write them as ordinary notes of the "
-    "channels 11 to 29"};
+    "long-note", kWarning,
+    "the player does not support long notes and neither shows nor plays these; write them as ordinary notes "
+    "on channels 11 to 29"};
 constexpr Channel kChannels[] = {
     {"09", "09", &kStop},         {"51", "59", &kLongNoteLane}, {"5A", "5Z", &kLongNoteLane},
     {"61", "69", &kLongNoteLane}, {"6A", "6Z", &kLongNoteLane}, {"SC", "SC", &kScroll},
@@ -144,8 +133,8 @@ constexpr Channel kChannels[] = {
 const Foreign* FindForeignCommand(std::string_view word, const char** name) {
     for (const Command& command : kCommands) {
         const bool numbered = command.numbered && word.size() > 2;
-        if (!SameWord(word, command.word) &&
-            !(numbered && SameWord(word.substr(0, word.size() - 2), command.word)))
+        if (!AsciiEqual(word, command.word) &&
+            !(numbered && AsciiEqual(word.substr(0, word.size() - 2), command.word)))
             continue;
         *name = command.word;
         return command.meaning;
@@ -154,8 +143,7 @@ const Foreign* FindForeignCommand(std::string_view word, const char** name) {
 }
 
 const Foreign* FindForeignChannel(std::string_view channel) {
-    std::string name(channel);
-    for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    const std::string name = AsciiUpper(std::string(channel));
     for (const Channel& range : kChannels) {
         if (name[0] == range.first[0] && name >= range.first && name <= range.last) return range.meaning;
     }

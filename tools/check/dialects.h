@@ -1,4 +1,4 @@
-// Commands and channels that other players know and this one passes over.
+// Commands and channels of other players that this one ignores.
 #pragma once
 
 #include <string_view>
@@ -8,16 +8,16 @@
 namespace check {
 
 struct Foreign {
-    const char* code;
+    Code code;
     Severity severity;
-    const char* effect;  // what it means that the player passes over it, and how to mend it
+    const char* effect;  // what the player does instead, and what the author can do
 };
 
-// The command whose word (the letters and digits behind the `#`) this is, with or without a number of two
-// digits behind it; null when nobody knows it. *name: the command alone.
+// The meaning of a command by its word: the letters and digits after the `#`, with or without a two-digit
+// number at the end. Null if no player knows it. *name: the command without the number.
 const Foreign* FindForeignCommand(std::string_view word, const char** name);
 
-// A channel that makes no object, by its two characters.
+// The meaning of a channel that makes no object, by its two characters; null if no player knows it.
 const Foreign* FindForeignChannel(std::string_view channel);
 
 }  // namespace check

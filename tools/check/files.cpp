@@ -8,22 +8,14 @@
 #include <memory>
 #include <vector>
 
-#include "platform/files.h"
-#include "platform/pathmatch.h"
+#include "platform/ascii.h"
+#include "platform/files/files.h"
+#include "platform/files/pathmatch.h"
 
 namespace check {
 namespace {
 
-bool SameButCase(const std::string& a, const std::string& b) {
-    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        if (fold(a[i]) != fold(b[i])) return false;
-    }
-    return true;
-}
-
-// What stands behind the last dot of the last part.
+// The last dot of the last part and what follows it.
 std::string EndingOf(const std::string& path) {
     const size_t dot = path.rfind('.'), part = path.find_last_of("/\\");
     return dot == path.npos || (part != path.npos && dot < part) ? "" : path.substr(dot);
@@ -44,68 +36,75 @@ bool Exists(const std::string& path) {
     return MatchPath(path, there, nullptr);
 }
 
+// Which similar file exists, or what is odd about the name. Begins with "; " or is empty.
+std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
+    const std::string& name = definition.name;
+    if (!name.empty() && name.back() == ' ') return "; the name ends with a blank";
+    if (!name.empty() && name.front() == ' ') return "; the name begins with a blank";
+    if (name.find('"') != name.npos) return "; the quotes count as part of the name";
+    if (name.size() > 2 && (name[1] == ':' || name[0] == '\\' || name[0] == '/'))
+        return "; a name is always looked up in the chart's folder";
+    const size_t dot = name.rfind('.');
+    const std::string stem = name.substr(0, dot);
+    const size_t left = definition.path.size() - (name.size() - stem.size());
+    if (definition.path.size() < name.size()) return "";
+    // The player has already tried these substitutes.
+    for (const std::string& other : SubstitutePaths(definition.path, kind)) {
+        if (!FileFind(other.c_str()).empty())
+            return "; " + Quote(stem + EndingOf(other)) + " exists but cannot be read";
+    }
+    for (const char* ending : {".xa", ".mpg", ".avi", ".mp4"}) {
+        if (!FileFind((definition.path.substr(0, left) + ending).c_str()).empty())
+            return "; " + Quote(stem + ending) + " exists";
+    }
+    return "";
+}
+
 }  // namespace
 
 void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
                    Findings* findings) {
-    static constexpr const char* kCodes[] = {"", "name-case", "name-encoding", "stand-in"};
-    static constexpr const char* kSentences[] = {
-        "", ", in other letter case; players that ask for the exact name miss it",
-        ", in another encoding; players that ask for the exact name miss it",
-        ", which stands for it; only some players do this"};
+    struct Kind {
+        Code code;
+        const char* effect;
+    };
+    static constexpr Kind kKinds[] = {
+        {"name-case", ", in another letter case; players that need the exact name do not find it"},
+        {"name-encoding", ", in another encoding; players that need the exact name do not find it"},
+        {"stand-in", ", which substitutes for it; only some players do this"}};
     if (spelling == Spelling::kSame) return;
-    const int at = static_cast<int>(spelling);
-    findings->Add(place, Severity::kNote, kCodes[at], [&] {
-        return Quote(name) + " is found as " + Quote(found.substr(found.rfind('/') + 1)) + kSentences[at];
+    const Kind& kind = kKinds[static_cast<int>(spelling) - 1];
+    findings->Add(place, kind.code, [&] {
+        return Quote(name) + " is found as " + Quote(found.substr(found.rfind('/') + 1)) + kind.effect;
     });
 }
 
 Spelling CompareSpelling(const std::string& name, const std::string& found) {
-    if (!SameButCase(EndingOf(name), EndingOf(found))) return Spelling::kStandIn;
+    if (!AsciiEqual(EndingOf(name), EndingOf(found))) return Spelling::kSubstitute;
     bool same_but_case = false;
     for (PathParts cut : CutPath(name)) {
         cut.bAbsolute = false;
         const std::string spelled = JoinPath(cut), tail = Tail(found, cut.parts.size());
         if (spelled == tail) return Spelling::kSame;
-        same_but_case = same_but_case || SameButCase(spelled, tail);
+        same_but_case = same_but_case || AsciiEqual(spelled, tail);
     }
     return same_but_case ? Spelling::kCase : Spelling::kEncoding;
 }
 
-std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
-    const std::string& name = definition.name;
-    if (Exists(definition.path)) return "; it is there, but may not be read or is no file";
-    if (!name.empty() && name.back() == ' ') return "; the name ends with a blank";
-    if (!name.empty() && name.front() == ' ') return "; the name begins with a blank";
-    if (name.find('"') != name.npos) return "; the quotes count as part of the name";
-    if (name.size() > 2 && (name[1] == ':' || name[0] == '\\' || name[0] == '/'))
-        return "; a name is always looked for below the chart's folder";
-    const size_t dot = name.rfind('.');
-    const std::string stem = name.substr(0, dot);
-    const size_t left = definition.path.size() - (name.size() - stem.size());
-    if (definition.path.size() < name.size()) return "";
-    // Those that may stand for it have been tried.
-    for (const std::string& other : StandInPaths(definition.path, kind)) {
-        if (!FileFind(other.c_str()).empty())
-            return "; " + Quote(stem + EndingOf(other)) + " is there, but cannot be read";
-    }
-    for (const char* ending : {".xa", ".mpg", ".avi", ".mp4"}) {
-        if (!FileFind((definition.path.substr(0, left) + ending).c_str()).empty())
-            return "; " + Quote(stem + ending) + " is there";
-    }
-    return "";
+std::string WhyMissing(const Definition& definition, MediaKind kind) {
+    if (Exists(definition.path)) return " exists but is not a readable file";
+    return " does not exist" + HintAboutMissing(definition, kind);
 }
 
 std::string HintAboutKind(const std::string& name, MediaKind kind) {
     const bool sound = kind == MediaKind::kSound;
     const std::string ending = EndingOf(name), own = sound ? ".wav" : ".bmp";
     const std::string save = sound ? "save it as a PCM WAV file" : "save it as a BMP file";
-    const std::vector<std::string> others = StandInPaths(name, kind);
-    const auto stands = [&](const std::string& other) { return SameButCase(EndingOf(other), ending); };
-    if (SameButCase(ending, own) || std::none_of(others.begin(), others.end(), stands)) return "; " + save;
+    const std::vector<std::string> others = SubstitutePaths(name, kind);
+    const auto same = [&](const std::string& other) { return AsciiEqual(EndingOf(other), ending); };
+    if (AsciiEqual(ending, own) || std::none_of(others.begin(), others.end(), same)) return "; " + save;
     const std::string meant = name.substr(0, name.size() - ending.size()) + own;
-    return "; name " + Quote(meant) + " in the chart, for which it stands where that is not there, or " +
-           save;
+    return "; write " + Quote(meant) + " in the chart and this file substitutes for it, or " + save;
 }
 
 const char* KindOf(const std::string& path) {

@@ -1,36 +1,35 @@
-// The files that a chart names: whether the player finds them, and what others would say.
+// The files that a chart names: how they are found, and what to say about those that are not.
 #pragma once
 
 #include <string>
 
 #include "check/tables.h"
-#include "platform/standin.h"
+#include "platform/substitutes/substitute.h"
 
 namespace check {
 
-// How a found file's name differs from the one that the chart has.
+// How the name of a found file differs from the name in the chart.
 enum class Spelling {
     kSame,
     kCase,
     kEncoding,
-    kStandIn,  // a file of another ending stands for it
+    kSubstitute,  // a file with another ending
 };
 Spelling CompareSpelling(const std::string& name, const std::string& found);
 
-// Says so when it differs. place: of the name.
+// Reports a name that differs. place: of the name.
 void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
                    Findings* findings);
 
-// A clause about a file that was not found: what stands there in its place, or what is odd about the name.
-// Begins with "; " or is empty.
-std::string HintAboutMissing(const Definition& definition, MediaKind kind);
+// The end of a sentence that begins with the name of a file that was not found: " does not exist", and why.
+std::string WhyMissing(const Definition& definition, MediaKind kind);
 
-// A clause about a file that is there and is none that the player reads: how it could be heard or seen.
+// A clause about an existing file that the player cannot read: how to make it heard or seen.
 std::string HintAboutKind(const std::string& name, MediaKind kind);
 
-// The kind of file by its first bytes, such as "an Ogg file"; null when they say nothing.
+// The kind of file by its first bytes, such as "an Ogg file"; null if they are of no known kind.
 const char* KindOf(const std::string& path);
 
-int64_t SizeOf(const std::string& path);  // -1 when there is none
+int64_t SizeOf(const std::string& path);  // -1 if there is no file
 
 }  // namespace check

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 namespace check {
 
@@ -20,15 +20,9 @@ std::map<std::string_view, int64_t> Findings::LeftOut() const {
     return left_out;
 }
 
-const char* NameOf(Severity severity) {
-    switch (severity) {
-        case Severity::kError:
-            return "error";
-        case Severity::kWarning:
-            return "warning";
-        default:
-            return "note";
-    }
+std::string_view NameOf(Severity severity) {
+    constexpr std::string_view kNames[] = {"error", "warning", "note"};
+    return kNames[static_cast<int>(severity)];
 }
 
 std::string Quote(std::string_view bytes) {

@@ -1,4 +1,4 @@
-// Numbers that are used but not defined, and the other way round.
+// Numbers that are used but not defined, or defined but not used.
 #include "check/subject.h"
 
 namespace check {
@@ -16,33 +16,33 @@ void CheckSoundIds(Subject* subject) {
         const int64_t heard = use.objects - use.invisible;
         const std::string id = IdOf(static_cast<int32_t>(i));
         if (definition.place.line == 0 && heard > 0) {
-            subject->findings.Add(use.place, Severity::kWarning, "undefined-sound", [&] {
+            subject->findings.Add(use.place, "undefined-sound", [&] {
                 return "no #WAV" + id + " line defines this sound; " + ItsObjects(heard, "make", "no sound");
             });
         } else if (definition.place.line != 0 && heard == 0) {
-            subject->findings.Add(definition.place, Severity::kNote, "unused-sound", [&] {
+            subject->findings.Add(definition.place, "unused-sound", [&] {
                 return use.invisible > 0
-                           ? "sound " + id + " is on invisible notes alone, which are never heard"
+                           ? "sound " + id + " is used only by invisible notes, which are never heard"
                            : "no object plays sound " + id;
             });
         }
     }
 }
 
-// A number that nothing can define, and that nobody tried to, is a way to blank a layer.
+// Authors blank a layer on purpose with a number that no line can define.
 void UndefinedPicture(Subject* subject, int32_t number) {
     const Use& use = subject->tables.picture_uses[static_cast<size_t>(number)];
     const std::string id = IdOf(number);
     const bool meant = number >= BMS_SLOTS && !subject->tables.folded_pictures[static_cast<size_t>(number)];
-    subject->findings.Add(use.place, meant ? Severity::kNote : Severity::kWarning, "undefined-picture", [&] {
+    subject->findings.Add(use.place, "undefined-picture", meant ? kNote : kWarning, [&] {
         return (number < BMS_SLOTS
                     ? "no #BMP" + id + " or #BGA" + id + " line defines this picture"
-                    : "no #BGA" + id + " line defines this picture, and the numbers of #BMP end at FZ") +
+                    : "no #BGA" + id + " line defines this picture, and #BMP numbers end at FZ") +
                "; " + ItsObjects(use.objects, "blank", "the layer");
     });
 }
 
-// A picture's object shows the rectangle of its number, if there is one, else the picture.
+// A picture object shows the rectangle with its number if there is one, otherwise the picture.
 void CheckPictureIds(Subject* subject) {
     const Tables& tables = subject->tables;
     std::vector<bool> shown(BMS_SLOTS);
@@ -54,11 +54,11 @@ void CheckPictureIds(Subject* subject) {
         if (bga.nBmp != 0) shown[static_cast<size_t>(bga.nBmp)] = true;
         if (use.objects == 0) {
             if (tables.bgas[i].place.line == 0) continue;
-            subject->findings.Add(tables.bgas[i].place, Severity::kNote, "unused-rectangle",
-                                  [&] { return "no object shows rectangle " + id; });
+            subject->findings.Add(tables.bgas[i].place, "unused-rectangle",
+                                  "no object shows rectangle " + id);
         } else if (bga.nBmp != 0) {
             if (tables.pictures[static_cast<size_t>(bga.nBmp)].place.line != 0) continue;
-            subject->findings.Add(tables.bgas[i].place, Severity::kWarning, "undefined-picture", [&] {
+            subject->findings.Add(tables.bgas[i].place, "undefined-picture", [&] {
                 return "no #BMP" + IdOf(bga.nBmp) + " line defines the picture of rectangle " + id + "; " +
                        ItsObjects(use.objects, "blank", "the layer");
             });
@@ -70,8 +70,8 @@ void CheckPictureIds(Subject* subject) {
     }
     for (size_t i = 0; i < BMS_SLOTS; ++i) {
         if (shown[i] || tables.pictures[i].place.line == 0) continue;
-        subject->findings.Add(tables.pictures[i].place, Severity::kNote, "unused-picture", [&] {
-            return i == 0 ? "no object can name picture 00, so the player never shows it"
+        subject->findings.Add(tables.pictures[i].place, "unused-picture", [&] {
+            return i == 0 ? "no object can use picture 00, so the player never shows it"
                           : "no object shows picture " + IdOf(static_cast<int32_t>(i));
         });
     }
@@ -84,19 +84,19 @@ void CheckTempoIds(Subject* subject) {
         const Use& use = tables.tempo_uses[i];
         const std::string id = IdOf(static_cast<int32_t>(i));
         if (definition.place.line == 0 && use.objects > 0) {
-            subject->findings.Add(use.place, Severity::kError, "undefined-tempo", [&] {
-                return "no #BPM" + id + " line defines this tempo, and the player takes 130 at its " +
+            subject->findings.Add(use.place, "undefined-tempo", [&] {
+                return "no #BPM" + id + " line defines this tempo; the player uses 130 for " +
                        Objects(use.objects);
             });
         } else if (use.early_objects > 0) {
-            subject->findings.Add(use.early, Severity::kError, "bpm-below-use", [&] {
-                return "#BPM" + id + " stands in line " + std::to_string(definition.place.line) +
-                       ", below this use, and the player takes 130 at " + Objects(use.early_objects) +
-                       "; move the definition above";
+            subject->findings.Add(use.early, "bpm-below-use", [&] {
+                return "#BPM" + id + " is defined in line " + std::to_string(definition.place.line) +
+                       ", below this use; the player uses 130 for " + Objects(use.early_objects) +
+                       "; move the definition up";
             });
         } else if (definition.place.line != 0 && use.objects == 0) {
-            subject->findings.Add(definition.place, Severity::kNote, "unused-tempo",
-                                  [&] { return "no object of channel 08 takes tempo " + id; });
+            subject->findings.Add(definition.place, "unused-tempo",
+                                  "no object on channel 08 uses tempo " + id);
         }
     }
 }

@@ -3,14 +3,14 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 namespace check {
 
 void Json::Separate() {
     constexpr size_t kPiece = size_t{1} << 20;
     if (file_ && out_->size() > kPiece) {
-        std::fwrite(out_->data(), 1, out_->size(), file_);  // the program looks for a failure at its end
+        std::fwrite(out_->data(), 1, out_->size(), file_);  // the program checks for errors at its end
         out_->clear();
     }
     if (!first_ && !after_key_) out_->push_back(',');

@@ -1,4 +1,4 @@
-// JSON as text, written piece by piece. Strings are valid whatever bytes they come from.
+// Writes JSON text piece by piece. Strings are valid UTF-8 whatever bytes they come from.
 #pragma once
 
 #include <cstdint>
@@ -10,21 +10,20 @@ namespace check {
 
 class Json {
 public:
-    // What has been written goes to the file, when there is one, and out of the text from time to time: a
-    // chart can have millions of objects.
+    // With a file, moves the text there from time to time: a chart can have millions of objects.
     explicit Json(std::string* out, FILE* file = nullptr) : out_(out), file_(file) {}
 
     void Begin(char bracket);  // `{` or `[`
     void End(char bracket);    // `}` or `]`
     void Key(std::string_view key);
     void Text(std::string_view utf8);  // which must be UTF-8
-    void Number(double number);        // the shortest that reads as the same; null for one that JSON has not
+    void Number(double number);        // the shortest form that reads as the same; null for infinity and NaN
     void Integer(int64_t number);
     void Flag(bool flag);
     void Null();
 
-    // Bytes of a chart or a disk: a member with them as the player shows them, and one named key + "Bytes" in
-    // hexadecimal where that is not the same.
+    // Bytes of a chart or a disk: a member as the player shows them and, if that differs, one named
+    // key + "Bytes" in hexadecimal.
     void Bytes(const char* key, std::string_view bytes);
 
     void Member(std::string_view key, std::string_view utf8) { Key(key), Text(utf8); }
@@ -36,7 +35,7 @@ private:
 
     std::string* out_;
     FILE* file_;
-    bool first_ = true;  // in the brackets at hand
+    bool first_ = true;  // in the current brackets
     bool after_key_ = false;
 };
 

@@ -1,4 +1,4 @@
-// The bytes of lines: what cuts them, hides them or keeps them from being commands.
+// The bytes of lines: what cuts a line, hides it or keeps it from being a command.
 #include "check/line_checker.h"
 
 #include <algorithm>
@@ -54,16 +54,15 @@ LineChecker::LineChecker(const char* text, int64_t size, const char* chart_path,
                          Findings* findings)
     : text_(text), end_(text + size), tables_(tables), findings_(findings), probe_(chart_path) {}
 
-LineChecker::Group& LineChecker::GroupOf(const std::string& key, Place place, Severity severity,
-                                         const char* code) {
-    const auto [it, fresh] = groups_.try_emplace(key, Group{place, severity, code, "", ""});
+LineChecker::Group& LineChecker::GroupOf(const std::string& key, Place place, Code code, Severity severity) {
+    const auto [it, fresh] = groups_.try_emplace(key, Group{place, code, severity, "", ""});
     ++it->second.lines;
     return it->second;
 }
 
 void LineChecker::Finish() {
     for (const auto& [key, group] : groups_) {
-        findings_->Add(group.place, group.severity, group.code, [&g = group] {
+        findings_->Add(group.place, group.code, group.severity, [&g = group] {
             std::string many;
             if (g.objects > 0) many = " (" + CountOf(g.objects, "object") + ")";
             if (g.objects == 0 && g.lines > 1) many = " (" + CountOf(g.lines, "line") + ")";
@@ -92,9 +91,8 @@ void LineChecker::CheckBytes(const Line& line) {
     CheckLoneCr(line, lf);
     if (line.raw < lf && *line.raw == '#') CheckCut(line, lf);
     if (line.raw_end < end_ && *line.raw_end == '\0') {
-        findings_->Add(line.At(line.raw_end - line.raw), Severity::kWarning, "nul", [] {
-            return std::string("a NUL byte ends the line for the player, as CR LF does; delete it");
-        });
+        findings_->Add(line.At(line.raw_end - line.raw), "nul",
+                       "a NUL byte ends the line like CR LF; delete it");
     }
 }
 
@@ -107,45 +105,45 @@ void LineChecker::CheckLoneLf(const Line& line, const char* lf) {
         commands = commands || p[1] == '#';
     }
     if (lines == 0) return;
-    const Severity severity = commands ? Severity::kError : Severity::kWarning;
-    findings_->Add(line.At(lf - line.raw), severity, "lone-lf", [lines] {
-        return "a LF without a CR ends no line for the player: it passes over the " + CountOf(lines, "line") +
-               " from here to the next CR LF; save the file with CR LF line ends";
+    const Severity severity = commands ? kError : kWarning;
+    findings_->Add(line.At(lf - line.raw), "lone-lf", severity, [lines] {
+        return "a LF without a CR does not end a line: the player skips " + CountOf(lines, "line") +
+               " up to the next CR LF; save the file with CR LF line ends";
     });
 }
 
 void LineChecker::CheckLoneCr(const Line& line, const char* end) {
     const char* cr = Find(line.raw, end, '\r');
     if (cr == end || (*line.raw != '#' && OnlyBlanks(cr, end))) return;
-    // A line of a file with LF line ends alone has none; one with CR line ends is one line of the player's.
-    findings_->Add(line.At(cr - line.raw), Severity::kError, "lone-cr", [cr, end] {
-        return std::string(
-            OnlyBlanks(cr, end)
-                ? "a CR without a LF ends no line and stays at the end of what the player reads "
-                  "here; save the file with CR LF line ends"
-                : "a CR without a LF ends no line: the player takes what follows as part of this "
-                  "line; save the file with CR LF line ends");
-    });
+    // A file whose lines end in LF has none of these; one whose lines end in CR is one line to the player.
+    findings_->Add(
+        line.At(cr - line.raw), "lone-cr",
+        OnlyBlanks(cr, end)
+            ? "a CR without a LF does not end a line and becomes part of the value; save the file "
+              "with CR LF line ends"
+            : "a CR without a LF does not end a line: what follows becomes part of this line; save "
+              "the file with CR LF line ends");
 }
 
 void LineChecker::CheckCut(const Line& line, const char* end) {
     const char* tab = Find(line.raw, end, '\t');
     if (tab - line.raw > LINE_BUFFER - 1) {
         const int64_t bytes = tab - line.raw;
-        findings_->Add(line.At(LINE_BUFFER - 1), Severity::kError, "line-too-long", [bytes, &line] {
+        findings_->Add(line.At(LINE_BUFFER - 1), "line-too-long", [bytes, &line] {
             const bool channel = GetMeasureNo(line.text + 1) >= 0 && line.text[6] == ':';
-            return "the line has " + std::to_string(bytes) + " bytes, of which the player reads " +
+            return "the line has " + std::to_string(bytes) + " bytes, and the player reads only " +
                    std::to_string(LINE_BUFFER - 1) +
-                   (channel ? "; all objects of the line come at other places; split the measure into "
-                              "several lines or write it on a coarser grid"
-                            : "; shorten it");
+                   (channel
+                        ? ", which moves all objects of the line; split the measure into several lines or "
+                          "write it on a coarser grid"
+                        : "; shorten it");
         });
     } else if (tab < end) {
         cut_ = true;
         if (OnlyBlanks(tab, end)) return;
-        findings_->Add(line.At(tab - line.raw), Severity::kWarning, "tab", [tab, end] {
-            return "a TAB ends the line for the player, which does not see " +
-                   Quote({tab + 1, static_cast<size_t>(end - tab - 1)}) + "; put a blank in its place";
+        findings_->Add(line.At(tab - line.raw), "tab", [tab, end] {
+            return "a TAB ends the line, so the player does not read " +
+                   Quote({tab + 1, static_cast<size_t>(end - tab - 1)}) + "; replace the TAB with a blank";
         });
     }
 }
@@ -153,12 +151,10 @@ void LineChecker::CheckCut(const Line& line, const char* end) {
 bool LineChecker::CheckMark(const Line& line) {
     if (line.raw != text_ || !Begins(text_, end_, "\xEF\xBB\xBF")) return false;
     const bool command = line.length > 7 && line.text[3] == '#';
-    findings_->Add(line.place, command ? Severity::kError : Severity::kNote, "byte-order-mark", [command] {
-        return std::string(command
-                               ? "the file begins with a byte order mark, so the player does not see this "
-                                 "line; save the file without one"
-                               : "the file begins with a byte order mark; the player passes over this line");
-    });
+    findings_->Add(line.place, "byte-order-mark", command ? kError : kNote,
+                   command ? "the file begins with a byte order mark, which hides this line; save the file "
+                             "without it"
+                           : "the file begins with a byte order mark; the player skips this line");
     return true;
 }
 
@@ -166,28 +162,24 @@ void LineChecker::CheckNoCommand(const Line& line) {
     if (line.length == 0 || CheckMark(line)) return;
     const char* first = line.text;
     while (*first == ' ') ++first;
-    const auto offence = [&](Severity severity, const char* code, const char* sentence) {
-        findings_->Add(line.place, severity, code, [&] { return Quote(line.text) + " " + sentence; });
+    const auto report = [&](Code code, const char* sentence) {
+        findings_->Add(line.place, code, [&] { return Quote(line.text) + " " + sentence; });
     };
     if (first > line.text && *first == '#' && std::strlen(first) > 4) {
-        offence(Severity::kWarning, "leading-blank",
-                "begins with a blank, so the player takes it for no command; delete the blank");
+        report("leading-blank", "begins with a blank, so it is not a command; delete the blank");
     } else if (Begins(first, line.text + line.length, "\x81\x94") ||
                Begins(first, line.text + line.length, "\xEF\xBC\x83")) {
-        offence(Severity::kWarning, "wide-hash",
-                "begins with a full-width number sign, so the player takes it for no command; write `#`");
+        report("wide-hash", "begins with a full-width number sign, so it is not a command; write `#`");
     } else if (LacksHash(first)) {
-        offence(Severity::kWarning, "missing-hash",
-                "does not begin with `#`, so the player takes it for no command");
+        report("missing-hash", "does not begin with `#`, so it is not a command");
     } else if (line.text[0] == '#' && line.length > 1 && IsBase36(static_cast<unsigned char>(line.text[1]))) {
-        offence(Severity::kNote, "short-line",
-                "has fewer than five characters, and the player takes no such line for a command");
+        report("short-line", "has fewer than five characters, so it is not a command");
     } else {
         ++tables_->comments;
     }
 }
 
-// Two-byte text: every second byte of a Latin letter is 0.
+// In UTF-16 every second byte of a Latin letter is 0.
 static bool IsUtf16(const char* text, int64_t size) {
     if (size < 4) return false;
     const std::string_view head(text, 2);
@@ -197,12 +189,9 @@ static bool IsUtf16(const char* text, int64_t size) {
 
 void ReadLines(const char* text, int64_t size, const char* chart_path, Tables* tables, Findings* findings) {
     if (IsUtf16(text, size)) {
-        findings->Add({1, 1}, Severity::kError, "utf-16", [] {
-            return std::string(
-                "the file holds UTF-16 text, in which the player finds no command; save it as Shift-JIS or "
-                "UTF-8");
-        });
-        return;
+        return findings->Add({1, 1}, "utf-16",
+                             "the file is UTF-16 text, in which the player finds no command; save it as "
+                             "Shift-JIS or UTF-8");
     }
     LineChecker checker(text, size, chart_path, tables, findings);
     LineReader reader(text, size);

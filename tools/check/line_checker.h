@@ -1,4 +1,4 @@
-// The checks of single lines; what it takes to check a chart's lines one after the other.
+// The checks of single lines, and the state that passes from one line to the next.
 #pragma once
 
 #include <map>
@@ -16,14 +16,14 @@ class LineChecker {
 public:
     LineChecker(const char* text, int64_t size, const char* chart_path, Tables* tables, Findings* findings);
     void Check(Line* line);
-    void Finish();  // what is told once for many lines
+    void Finish();  // reports what is reported once for many lines
 
 private:
-    // What is told once, at its first place, with the number of lines and objects.
+    // Reported once, at its first place, with the number of lines or objects.
     struct Group {
         Place place;
+        Code code;
         Severity severity;
-        const char* code;
         std::string subject, effect;
         int64_t lines = 0, objects = 0;
     };
@@ -39,17 +39,20 @@ private:
     // keywords (keyword_lines.cpp)
     void CheckKeyword(const Line& line);
     void CheckSkippedKeyword(const Line& line, const Reading& reading, std::string_view word);
+    void ReportUnknown(const Line& line, std::string_view word);
     void CheckSkippedFile(const Line& line, const Reading& reading);
     void CheckSkippedHeader(const Line& line, std::string_view word);
     void Define(const Line& line, const Reading& reading);
     void DefineFile(const Line& line, const Reading& reading);
-    void DefineBga(const Line& line, const Reading& reading);
-    void CheckBgaNumbers(const Line& line);
     void DefinePathWav(const Line& line);
     void DefineTempo(const Line& line, const Reading& reading);
     void CheckHeader(const Line& line, const Reading& reading);
     void CheckId(const Line& line, int column, const char* thing, int32_t number);
     void CheckFloat(const Line& line, int column);
+
+    // rectangles (bga_lines.cpp)
+    void DefineBga(const Line& line, const Reading& reading);
+    void CheckBgaNumbers(const Line& line);
 
     // channels (channel_lines.cpp)
     void CheckChannel(Line* line, int32_t measure, int32_t channel);
@@ -64,7 +67,7 @@ private:
     void NoteFolded(Place place, const char* pair, const char* thing);
     int ColumnOf(const Line& line, size_t at) const;
 
-    Group& GroupOf(const std::string& key, Place place, Severity severity, const char* code);
+    Group& GroupOf(const std::string& key, Place place, Code code, Severity severity);
 
     const char* text_;
     const char* end_;
@@ -74,11 +77,11 @@ private:
     std::map<std::string, Group> groups_;
     std::map<Keyword, Place> headers_;
     std::vector<Place> lengths_ = std::vector<Place>(1000);  // of channel 2 lines, by measure
-    bool underscores_ = false;                               // in the data of the line at hand
-    bool cut_ = false;                                       // a TAB has cut the line at hand
+    bool underscores_ = false;                               // in the data of the current line
+    bool cut_ = false;                                       // a TAB has cut the current line
 };
 
-// A copy of the pair or id at p, at most two characters.
+// The pair or id at p, at most two characters.
 std::string_view PairAt(const char* p);
 bool IsId(const char* p);      // two digits of 0-9, A-Z, a-z
 bool IsFolded(const char* p);  // its first digit is one of G-Z, which sounds, pictures and tempos read as 0

@@ -1,4 +1,4 @@
-// The lines of a chart as the player takes them, with their places in the file.
+// The lines of a chart as the player splits them, with their places in the file.
 #pragma once
 
 #include "chart/reader.h"
@@ -9,7 +9,7 @@ namespace check {
 struct Line {
     Place place;          // of its first byte
     const char* raw;      // in the file's text
-    const char* raw_end;  // behind its last byte; a CR LF, a NUL or the end stands there
+    const char* raw_end;  // after its last byte: a CR LF, a NUL or the end
     int length;           // of text
     char text[LINE_BUFFER];
 

@@ -1,11 +1,11 @@
-// lumetra-check: says what the player passes over in silence.
+// lumetra-check: reports what the player ignores silently.
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "check/json.h"
 #include "check/report.h"
-#include "platform/filename.h"
+#include "platform/files/filename.h"
 
 namespace {
 
@@ -14,18 +14,18 @@ enum ExitCode { kClean = 0, kFindings = 1, kUnreadable = 2, kOutput = 3 };
 const char kHelp[] =
     "Usage: lumetra-check [--json] [--strict] CHART...\n"
     "\n"
-    "Says what the player passes over in silence: lines that it skips, sounds and pictures that\n"
-    "it cannot find or read, numbers that name nothing, and the like; then gives figures.\n"
+    "Reports what the player ignores silently: lines that it skips, sounds and pictures that it\n"
+    "cannot find or read, numbers that are not defined. Then prints figures about the chart.\n"
     "\n"
-    "      --json       everything as JSON, every timed object too (docs/check.md)\n"
-    "      --strict     shows notes too, and counts them\n"
-    "  -h, --help       show this text\n"
-    "  -V, --version    show the version\n"
+    "      --json       print everything as JSON, including all timed objects (docs/check.md)\n"
+    "      --strict     also print notes; they count for the exit code\n"
+    "  -h, --help       print this help and exit\n"
+    "  -V, --version    print the version and exit\n"
     "\n"
-    "A finding is FILE:LINE:COLUMN: SEVERITY: SENTENCE [CODE]. Severities: error, something is not\n"
-    "played as it is written; warning, most likely a mistake; note, without effect on the player.\n"
-    "Exit codes: 0 clean, 1 errors or warnings (with --strict notes too), 2 a chart that cannot\n"
-    "be read, or wrong use, 3 the output cannot be written.\n";
+    "Each finding is one line: FILE:LINE:COLUMN: SEVERITY: SENTENCE [CODE]. Severities: error,\n"
+    "something is not played as written; warning, probably a mistake; note, no effect on the\n"
+    "player. Exit codes: 0 clean, 1 errors or warnings (with --strict also notes), 2 a chart\n"
+    "cannot be read or the arguments are wrong, 3 the output cannot be written.\n";
 
 struct Arguments {
     std::vector<std::string> charts;
@@ -41,12 +41,12 @@ bool Write(const std::string& text) {
     return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
 }
 
-int EndOfText() {
-    return std::fflush(stdout) == 0 && !std::ferror(stdout) ? kClean
-                                                            : Complain(kOutput, "cannot write the report");
+int Flush() {
+    const bool written = std::fflush(stdout) == 0 && !std::ferror(stdout);
+    return written ? kClean : Complain(kOutput, "cannot write the report");
 }
 
-// A complaint, or empty.
+// Returns an error message, or an empty string.
 std::string Parse(const std::vector<std::string>& words, Arguments* arguments) {
     bool files = false;
     for (const std::string& word : words) {
@@ -59,15 +59,15 @@ std::string Parse(const std::vector<std::string>& words, Arguments* arguments) {
         else if (word == "--strict")
             arguments->strict = true;
         else
-            return "no option is called '" + word + "'";
+            return "unknown option '" + word + "'";
     }
     return arguments->charts.empty() ? "no chart given" : "";
 }
 
-// The report of one chart, written to the standard output; its exit code.
+// Prints the report of one chart and returns its exit code.
 int CheckOne(const std::string& name, const std::string& path, const Arguments& arguments) {
     std::string why, out;
-    // Some megabytes; what it holds of a chart is released before the next one.
+    // Some megabytes, released before the next chart.
     auto subject = std::make_unique<check::Subject>(path);
     const bool readable = check::CheckChart(subject.get(), &why);
     subject->file_name = name;
@@ -89,7 +89,7 @@ int CheckOne(const std::string& name, const std::string& path, const Arguments& 
 }
 
 int CheckAll(const Arguments& arguments) {
-    // A chart deep in folders is read from its own one, which becomes the working directory.
+    // Loading a chart with a long path changes the working directory.
     std::vector<std::string> paths;
     for (const std::string& chart : arguments.charts) paths.push_back(AbsolutePath(chart));
     int code = kClean;
@@ -99,12 +99,12 @@ int CheckAll(const Arguments& arguments) {
     for (size_t i = 0; i < paths.size(); ++i) {
         if (i > 0) Write(arguments.json ? ",\n" : "\n");
         const int one = CheckOne(arguments.charts[i], paths[i], arguments);
-        if (one == kOutput) return EndOfText();
+        if (one == kOutput) return Flush();
         code = one > code ? one : code;
     }
     if (arguments.json) Write("\n]}\n");
-    const int text = EndOfText();
-    return text != kClean ? text : code;
+    const int written = Flush();
+    return written != kClean ? written : code;
 }
 
 }  // namespace
@@ -113,9 +113,8 @@ int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
     for (const std::string& word : words) {
         if (word == "--") break;
-        if (word == "-h" || word == "--help") return Write(kHelp), EndOfText();
-        if (word == "-V" || word == "--version")
-            return std::puts("lumetra-check " LUMETRA_VERSION), EndOfText();
+        if (word == "-h" || word == "--help") return Write(kHelp), Flush();
+        if (word == "-V" || word == "--version") return std::puts("lumetra-check " LUMETRA_VERSION), Flush();
     }
     Arguments arguments;
     const std::string complaint = Parse(words, &arguments);

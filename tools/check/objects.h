@@ -1,4 +1,4 @@
-// The objects that the player has made of a chart, with their sources.
+// The objects that the player made of a chart, with the lines they come from.
 #pragma once
 
 #include <vector>
@@ -14,7 +14,7 @@ struct ObjectList {
     int32_t count;
     const std::vector<Source>* sources;
 
-    // Where the object comes from; null when the file has changed under our hands.
+    // Null if the file changed between our reading and the player's.
     const Source* SourceOf(const BmsObject* object) const {
         const auto at = static_cast<size_t>(object - first);
         return at < sources->size() ? &(*sources)[at] : nullptr;

@@ -4,15 +4,15 @@
 #include "check/files.h"
 #include "check/subject.h"
 #include "display/dib.h"
-#include "platform/dib_format.h"
-#include "platform/files.h"
+#include "platform/files/files.h"
+#include "platform/graphics/dib_format.h"
 #include "playback/layout.h"
 
 namespace check {
 namespace {
 
 constexpr int kNameColumn = 7;
-constexpr int kPixelOffsetAt = 10;  // of the file header, which the player never reads
+constexpr int kPixelOffsetAt = 10;  // in the file header, which the player never reads
 
 Place NameOf(const Definition& definition) {
     return {definition.place.line, definition.place.column + kNameColumn};
@@ -33,43 +33,40 @@ std::string WhyUnreadable(const std::string& found) {
     const char* kind = KindOf(found);
     if (kind && std::strcmp(kind, "a BMP file") != 0) return std::string("it is ") + kind;
     const int64_t size = SizeOf(found);
-    if (size < 54) return "it has " + std::to_string(size) + " bytes, too few for a picture";
-    return kind ? "its header is damaged" : "it is no BMP file";
+    if (size < 54) return "its " + std::to_string(size) + " bytes are too few for a picture";
+    return kind ? "its header is damaged" : "it is not a BMP file";
 }
 
 void CheckShape(Subject* subject, const Definition& definition, const CDib& dib, const PictureFile& file) {
-    const auto add = [&](Severity severity, const char* code, const std::string& sentence) {
-        subject->findings.Add(NameOf(definition), severity, code,
-                              [&] { return Quote(definition.name) + " " + sentence; });
+    const auto add = [&](Code code, Severity severity, const std::string& sentence) {
+        subject->findings.Add(NameOf(definition), code, severity, Quote(definition.name) + " " + sentence);
     };
     DibPicture picture;
     if (!ReadDibPicture(dib.m_pInfoHeader, dib.m_pBits, &picture)) {
-        add(Severity::kError, "picture-format",
+        return add(
+            "picture-format", kError,
             "has a depth, a compression or a size that the player cannot draw, so its layer stays blank; "
-            "save it as "
-            "a plain BMP of 24 bits");
-        return;
+            "save it as a plain 24-bit BMP");
     }
     DWORD offset;
     std::memcpy(&offset, dib.m_pData + kPixelOffsetAt, sizeof offset);
     const int64_t taken = picture.pBits - dib.m_pData;
     if (offset >= 26 && offset < static_cast<DWORD>(dib.m_nDataSize) && taken != offset) {
-        add(Severity::kWarning, "picture-shifted",
-            "has its pixels at byte " + std::to_string(offset) + ", but the player takes those from byte " +
+        add("picture-shifted", kWarning,
+            "has its pixels at byte " + std::to_string(offset) + ", but the player reads them from byte " +
                 std::to_string(taken) +
-                " on, right behind header and palette, so that it looks displaced; save it "
-                "as a plain BMP");
+                ", directly after header and palette, so the picture looks shifted; save it as a plain BMP");
     }
     const bool runs = picture.nCompression == BI_RLE4 || picture.nCompression == BI_RLE8;
     const int64_t rows =
         static_cast<int64_t>(static_cast<uint64_t>(picture.pEnd - picture.pBits) / picture.nRowBytes);
     if (!runs && rows < picture.nHeight) {
-        add(Severity::kWarning, "picture-cut",
-            "holds " + std::to_string(rows) + " of its " + std::to_string(picture.nHeight) +
-                " rows, and the player leaves the others blank; save it anew");
+        add("picture-cut", kWarning,
+            "has only " + std::to_string(rows) + " of its " + std::to_string(picture.nHeight) +
+                " rows, and the player leaves the others blank; save it again");
     }
     if (runs || file.bits == 16 || file.bits == 32 || picture.nCompression == BI_BITFIELDS)
-        add(Severity::kNote, "picture-format", "is a BMP of a kind that only some players show");
+        add("picture-format", kNote, "is a kind of BMP that only some players show");
 }
 
 void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib, PictureFile* file) {
@@ -84,29 +81,26 @@ void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib
     const bool whole = subject->chart->m_aBgaDef[file->number].nBmp == 0 &&
                        subject->tables.picture_uses[static_cast<size_t>(file->number)].objects > 0;
     if (whole && (file->width > LAYER_SIZE || file->height > LAYER_SIZE)) {
-        subject->findings.Add(NameOf(definition), Severity::kNote, "picture-large", [&] {
+        subject->findings.Add(NameOf(definition), "picture-large", [&] {
             return Quote(definition.name) + " is " + std::to_string(file->width) + " by " +
-                   std::to_string(file->height) +
-                   "; the player shows 256 by 256 of it, from its upper left corner";
+                   std::to_string(file->height) + "; the player shows only its upper left 256 by 256";
         });
     }
 }
 
 void CheckPicture(Subject* subject, const Definition& definition, const CDib* dib, PictureFile* file) {
     const int64_t uses = CountUses(*subject, file->number);
-    const Severity severity = uses > 0 ? Severity::kError : Severity::kNote;
     const std::string cost = uses > 0 ? "; " + ItsObjects(uses, "blank", "the layer") : std::string();
     file->found = FileFind(definition.path.c_str());
     file->loaded = dib != nullptr;
     if (dib) return CheckLoaded(subject, definition, *dib, file);
     const bool missing = file->found.empty();
-    subject->findings.Add(
-        NameOf(definition), severity, missing ? "picture-missing" : "picture-unreadable", [&] {
-            return missing ? Quote(definition.name) + " is not there" +
-                                 HintAboutMissing(definition, MediaKind::kPicture) + cost
-                           : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
-                                 HintAboutKind(definition.name, MediaKind::kPicture) + cost;
-        });
+    const Code code = missing ? Code("picture-missing") : "picture-unreadable";
+    subject->findings.Add(NameOf(definition), code, uses > 0 ? kError : kNote, [&] {
+        return missing ? Quote(definition.name) + WhyMissing(definition, MediaKind::kPicture) + cost
+                       : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
+                             HintAboutKind(definition.name, MediaKind::kPicture) + cost;
+    });
 }
 
 }  // namespace

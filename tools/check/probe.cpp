@@ -41,7 +41,7 @@ Reading Probe::ReadBga(const char* line, int length) {
 Reading Probe::ReadPathWav(const char* line, int length) {
     Reading reading;
     reading.keyword = Keyword::kPathWav;
-    char folder[BMS_PATH] = "\n";  // no line has this one
+    char folder[BMS_PATH] = "\n";  // no line can set this
     ReadDefinition(scratch_.get(), line, length, folder);
     reading.taken = folder[0] != '\n';
     if (reading.taken) std::memcpy(folder_, folder, BMS_PATH);
@@ -63,7 +63,7 @@ Reading Probe::ReadNumber(Keyword keyword, int32_t CBMS::*number, const char* li
     Reading reading;
     reading.keyword = keyword;
     int32_t& value = scratch_.get()->*number;
-    // Two values that were there before: a line that gives just one of them changes the other.
+    // Tried with two values before: a line that sets one of them changes the other.
     for (const int32_t before : {std::numeric_limits<int32_t>::min(), 0}) {
         value = before;
         ReadHeader(scratch_.get(), line, length);
@@ -77,7 +77,7 @@ Reading Probe::ReadTempo(const char* line, int length) {
     Reading reading;
     reading.number = length >= 6 ? ObjNoToInt(line + 4) : 0;
     double& numbered = scratch_->m_adBPM[reading.number];
-    numbered = scratch_->m_dBPM = std::numeric_limits<double>::quiet_NaN();  // which no text reads as
+    numbered = scratch_->m_dBPM = std::numeric_limits<double>::quiet_NaN();  // no text reads as this
     ReadHeader(scratch_.get(), line, length);
     const bool first = !std::isnan(scratch_->m_dBPM);
     const bool blank = line[4] == ' ' || line[4] == '\0';
@@ -88,7 +88,7 @@ Reading Probe::ReadTempo(const char* line, int length) {
     return reading;
 }
 
-// In the player's order.
+// In the order in which the player compares.
 Reading Probe::Read(const char* line, int length) {
     const char* word = line + 1;
     if (HasHeadI(word, "WAV")) return ReadPath(Keyword::kWav, line, length);

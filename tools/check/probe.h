@@ -1,4 +1,4 @@
-// What the player makes of a keyword line, found out by letting it read the line.
+// What the player makes of a keyword line: found by letting it read the line.
 #pragma once
 
 #include <memory>
@@ -10,16 +10,16 @@ namespace check {
 
 enum class Keyword {
     kNone,
-    // definitions, found in the first pass
+    // definitions, which the player reads in its first pass
     kWav,
     kBmp,
     kBga,
     kPathWav,
-    // headers, found in the second
+    // headers, which it reads in the second
     kTitle,
     kArtist,
     kGenre,
-    kBpm,    // the tempo at the start
+    kBpm,    // the initial tempo
     kBpmxx,  // an extended tempo
     kPlayer,
     kPlayLevel,
@@ -29,8 +29,8 @@ enum class Keyword {
 };
 
 struct Reading {
-    Keyword keyword = Keyword::kNone;  // the one whose head the line has
-    bool taken = false;                // whether it did anything
+    Keyword keyword = Keyword::kNone;  // the keyword that the line starts with
+    bool taken = false;                // whether the line has an effect
     int32_t number = 0;                // of a sound, picture, definition or tempo
     double tempo = 0.0;
     int32_t value = 0;  // of kPlayer
@@ -38,7 +38,7 @@ struct Reading {
     std::string path;  // of a sound or a picture
 };
 
-// Reads lines one after the other, as the player does; #PATH_WAV lines act on those behind.
+// Reads lines in order, as the player does: #PATH_WAV affects the lines below it.
 class Probe {
 public:
     explicit Probe(const char* chart_path);

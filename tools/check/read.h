@@ -1,4 +1,4 @@
-// Reads the lines of a chart as the player does and says where it passes over something.
+// Reads the lines of a chart as the player does and reports those that it skips or misreads.
 #pragma once
 
 #include "check/finding.h"
@@ -6,7 +6,7 @@
 
 namespace check {
 
-// text: as ReadChartText gives it. chart_path: as it is given to the player.
+// text: from ReadChartText. chart_path: as the player gets it.
 void ReadLines(const char* text, int64_t size, const char* chart_path, Tables* tables, Findings* findings);
 
 }  // namespace check

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "check/report.h"
-#include "platform/text.h"
+#include "platform/files/text.h"
 
 namespace check {
 namespace {
@@ -67,7 +67,7 @@ void WriteSummary(const Subject& subject, bool strict, std::string* out) {
     const int64_t notes = findings.Count(Severity::kNote);
     *out += subject.file_name + ": " + CountOf(findings.Count(Severity::kError), "error") + ", " +
             CountOf(findings.Count(Severity::kWarning), "warning") + ", " + CountOf(notes, "note");
-    if (notes > 0 && !strict) *out += " (seen with --strict)";
+    if (notes > 0 && !strict) *out += " (shown with --strict)";
     *out += "\n";
 }
 
@@ -77,8 +77,8 @@ void WriteText(const Subject& subject, bool strict, std::string* out) {
     for (const Finding& finding : subject.findings.Kept()) {
         if (finding.severity == Severity::kNote && !strict) continue;
         *out += subject.file_name + ":" + std::to_string(finding.place.line) + ":" +
-                std::to_string(finding.place.column) + ": " + NameOf(finding.severity) + ": " + finding.text +
-                " [" + finding.code + "]\n";
+                std::to_string(finding.place.column) + ": " + std::string(NameOf(finding.severity)) + ": " +
+                finding.text + " [" + std::string(finding.code) + "]\n";
     }
     for (const auto& [code, count] : subject.findings.LeftOut())
         *out += subject.file_name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";

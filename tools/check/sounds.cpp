@@ -1,12 +1,12 @@
-// The sounds of a chart: found, loaded by the player's own code, and of what kind.
+// The sounds of a chart: whether they were found and loaded, and their format.
 #include <algorithm>
 #include <cstring>
 
 #include "check/files.h"
 #include "check/subject.h"
 #include "host/headless/headless.h"
-#include "platform/files.h"
-#include "platform/mmio.h"
+#include "platform/codec/mmio.h"
+#include "platform/files/files.h"
 #include "sound/dsbuffer.h"
 #include "sound/xaformat.h"
 
@@ -19,7 +19,7 @@ Place NameOf(const Definition& definition) {
     return {definition.place.line, definition.place.column + kNameColumn};
 }
 
-// What the player logs while it loads the sound once more; empty when all goes well.
+// What the player logs when it loads the sound again; empty on success.
 std::string LogOfLoad(const CDSBuffer& sound) {
     CDSBuffer again(sound.m_pDS);
     again.SetFileName(sound.m_szName);
@@ -28,7 +28,7 @@ std::string LogOfLoad(const CDSBuffer& sound) {
     return headless::Log().substr(before);
 }
 
-// The format block of a WAV file; zeros when there is none. An extensible format's own tag takes its place.
+// The format block of a WAV file; zeros if there is none. Returns the subformat of an extensible format.
 WAVEFORMATEX ReadFormat(const char* path) {
     struct {
         WAVEFORMATEX format;
@@ -42,7 +42,7 @@ WAVEFORMATEX ReadFormat(const char* path) {
         mmioRead(file, &block, static_cast<LONG>(std::min<DWORD>(fmt.cksize, sizeof block)));
     mmioClose(file, 0);
     if (block.format.wFormatTag == WAVE_FORMAT_EXTENSIBLE) {
-        constexpr size_t kSubFormat = 6;  // behind the valid bits and the speakers
+        constexpr size_t kSubFormat = 6;  // after the valid bits and the speakers
         std::memcpy(&block.format.wFormatTag, block.rest + kSubFormat, sizeof(WORD));
     }
     return block.format;
@@ -77,7 +77,7 @@ bool IsPlain(const WAVEFORMATEX& format) {
            (format.wBitsPerSample == 8 || format.wBitsPerSample == 16) && format.nChannels <= 2;
 }
 
-// Why a file that was found did not load, from the line that the player logs last.
+// Why an existing file did not load, by the last line that the player logged.
 std::string WhyUnreadable(const SoundFile& file, const std::string& log) {
     struct Reason {
         const char* logged;
@@ -89,11 +89,11 @@ std::string WhyUnreadable(const SoundFile& file, const std::string& log) {
         {"fmt DecError", "it has no `fmt ` chunk"},
         {"fmt read Error", "its `fmt ` chunk is cut"},
         {"fmtAscError", "its `fmt ` chunk is cut"},
-        {"data DecError", "it has no `data` chunk behind its `fmt ` chunk"},
+        {"data DecError", "it has no `data` chunk after its `fmt ` chunk"},
         {"SUGGEST", "the player cannot convert its format"},
         {"ACM OPEN", "the player cannot convert its format"},
-        {"Size(s2d)", "its size is beyond all measure"},
-        {"DSBCreateError", "the device has no buffer of its rate, channels or size"},
+        {"Size(s2d)", "it is too large"},
+        {"DSBCreateError", "the sound device does not support its rate, channels or size"},
         {"ConvertError", "its data is damaged"},
         {"LoadXA Convert", "its data is damaged"},
     };
@@ -138,20 +138,20 @@ void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer&
     const Spelling spelling = CompareSpelling(definition.name, file.found);
     CheckSpelling(spelling, definition.name, file.found, place, &findings);
     if (!plain) {
-        findings.Add(place, Severity::kNote, "sound-format", [&] {
-            return Quote(definition.name) + " is " + file.format + "; only some players read that";
+        findings.Add(place, "sound-format", [&] {
+            return Quote(definition.name) + " is " + file.format + "; only some players read it";
         });
     }
     const int64_t held = SizeOf(file.found) - sound.m_nDataPos;
-    if (held < sound.m_nDataLen && spelling != Spelling::kStandIn) {
-        findings.Add(place, Severity::kWarning, "sound-cut", [&] {
-            return Quote(definition.name) + " says that it has " + std::to_string(sound.m_nDataLen) +
-                   " bytes of sound and holds " + std::to_string(std::max<int64_t>(held, 0)) +
-                   "; the rest is silence; save the sound anew";
+    if (held < sound.m_nDataLen && spelling != Spelling::kSubstitute) {
+        findings.Add(place, "sound-cut", [&] {
+            return Quote(definition.name) + " declares " + std::to_string(sound.m_nDataLen) +
+                   " bytes of sound but has only " + std::to_string(std::max<int64_t>(held, 0)) +
+                   "; the rest is silent; save the sound again";
         });
     } else if (sound.m_nPcmLen == 0) {
-        findings.Add(place, Severity::kWarning, "sound-empty",
-                     [&] { return Quote(definition.name) + " holds no sound, so the player plays silence"; });
+        findings.Add(place, "sound-empty",
+                     [&] { return Quote(definition.name) + " holds no sound, so nothing is heard"; });
     }
 }
 
@@ -160,22 +160,21 @@ void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer&
     const bool heard = use.objects > use.invisible;
     const std::string cost =
         heard ? "; " + ItsObjects(use.objects - use.invisible, "make", "no sound") : std::string();
-    const Severity severity = heard ? Severity::kError : Severity::kNote;
+    const Severity severity = heard ? kError : kNote;
     file->found = FileFind(definition.path.c_str());
     if (file->found.empty()) {
-        subject->findings.Add(NameOf(definition), severity, "sound-missing", [&] {
-            return Quote(definition.name) + " is not there" +
-                   HintAboutMissing(definition, MediaKind::kSound) + cost;
+        subject->findings.Add(NameOf(definition), "sound-missing", severity, [&] {
+            return Quote(definition.name) + WhyMissing(definition, MediaKind::kSound) + cost;
         });
         return;
     }
-    // A load that ends well leaves neither a file nor a converter open.
+    // A successful load leaves no converter open.
     file->loaded = sound.m_pDSB != nullptr && sound.m_hAcm == nullptr;
     bool plain = true;
     Describe(sound, file, &plain);
     if (file->loaded) return CheckFound(subject, definition, sound, *file, plain);
     const std::string log = LogOfLoad(sound);
-    subject->findings.Add(NameOf(definition), severity, "sound-unreadable", [&] {
+    subject->findings.Add(NameOf(definition), "sound-unreadable", severity, [&] {
         return Quote(definition.name) + " cannot be played: " + WhyUnreadable(*file, log) +
                HintAboutKind(definition.name, MediaKind::kSound) + cost;
     });

@@ -7,8 +7,8 @@
 
 #include "chart/reader.h"
 #include "check/read.h"
-#include "platform/filename.h"
-#include "platform/files.h"
+#include "platform/files/filename.h"
+#include "platform/files/files.h"
 
 namespace check {
 namespace {
@@ -17,29 +17,26 @@ std::string WhyUnreadable(const std::string& file) {
     struct stat info;
     if (stat(file.c_str(), &info) != 0) return std::strerror(errno);
     if (S_ISDIR(info.st_mode)) return "is a folder";
-    if (!S_ISREG(info.st_mode)) return "is no file";
-    if (info.st_size > BMS_FILE_LIMIT) return "is larger than the 256 MiB that the player takes";
-    return "the player cannot read it: it may not be read, or holds more objects than the player takes";
+    if (!S_ISREG(info.st_mode)) return "is not a regular file";
+    if (info.st_size > BMS_FILE_LIMIT) return "is larger than 256 MiB, the most that the player reads";
+    return "the player cannot read it: no permission, or too many objects";
 }
 
 void CheckRefused(Subject* subject) {
     if (!subject->refused) return;
     const Tables& tables = subject->tables;
     const bool any = tables.last_measure == 0;
-    subject->findings.Add(any ? tables.last_place : Place{1, 1}, Severity::kError, "refused", [any] {
-        return std::string(
-            any ? "nothing stands behind measure 0, and the player refuses such a chart; put an "
-                  "object or a length into measure 1"
-                : "the player finds no object at all and refuses the chart");
-    });
+    subject->findings.Add(
+        any ? tables.last_place : Place{1, 1}, "refused",
+        any ? "nothing comes after measure 0, so the player refuses the chart; put an object or "
+              "a length into measure 1"
+            : "the player finds no object and refuses the chart");
 }
 
-// A chart that says nothing of its tempo may be meant so.
+// Only a note: 130 may be what the author wants.
 void CheckNoTempo(Subject* subject) {
     if (subject->refused || subject->tables.first_tempo.line != 0) return;
-    subject->findings.Add({1, 1}, Severity::kNote, "no-tempo", [] {
-        return std::string("no #BPM line says with which tempo the chart begins; the player takes 130");
-    });
+    subject->findings.Add({1, 1}, "no-tempo", "no #BPM line sets the tempo; the chart starts at 130");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A chart and all that the player makes of it.
+// A chart, what the player makes of it, and what the checker finds.
 #pragma once
 
 #include <memory>
@@ -15,12 +15,12 @@ namespace check {
 
 struct SoundFile {
     int32_t number = 0;
-    std::string found;  // as this machine names it; empty when there is none
+    std::string found;  // path on this machine; empty if there is none
     bool loaded = false;
-    std::string format;  // such as `PCM, 16 bits`; empty when it is not known
+    std::string format;  // such as `PCM, 16 bits`; empty if unknown
     int rate = 0, channels = 0;
     double milliseconds = 0.0;
-    int64_t bytes = 0;  // that it takes while the chart is loaded
+    int64_t bytes = 0;  // of memory while the chart is loaded
 };
 
 struct PictureFile {
@@ -33,13 +33,13 @@ struct PictureFile {
 
 struct Figures {
     int32_t measures = 0;  // from 0 to the last that is used
-    double end_ms = 0.0;   // chart time at which the player stops; measure 0 begins at 1000
+    double end_ms = 0.0;   // chart time at which the player stops; measure 0 starts at 1000
     double sound_end_ms = 0.0;
     double slowest = 0.0, fastest = 0.0;  // tempos
     int64_t notes = 0, invisible = 0, bgm = 0, pictures = 0, tempos = 0;
     int64_t lanes[0x50] = {};  // notes by channel, the two digits read as hexadecimal
     int64_t densest = 0;       // visible notes within one second
-    double densest_ms = 0.0;   // where that second begins
+    double densest_ms = 0.0;   // where that second starts
     int64_t voices = 0;        // most sounds at once
     double voices_ms = 0.0;
     int64_t sound_bytes = 0, picture_bytes = 0;
@@ -47,23 +47,23 @@ struct Figures {
 
 struct Subject {
     explicit Subject(const std::string& file) : file_name(file) {}
-    std::string file_name;  // as the user gave it
-    std::string path;       // as it is given to the player
+    std::string file_name;  // as the user wrote it
+    std::string path;       // as the player gets it
     CDSound sound;
     CDDraw display;
     std::unique_ptr<CBMS> chart;
-    bool refused = false;  // nothing is timed then
+    bool refused = false;  // objects then have no times
     Tables tables;
-    std::vector<SoundFile> sounds;  // those that are defined, by number
+    std::vector<SoundFile> sounds;  // the defined ones, by number
     std::vector<PictureFile> pictures;
     Figures figures;
     Findings findings;
 };
 
-// Loads and checks. False with a reason when the player cannot read the file at all.
+// Loads and checks the chart. False, with a reason, if the player cannot read the file at all.
 bool CheckChart(Subject* subject, std::string* why);
 
-// The steps, in this order, on a chart that has been loaded and read.
+// The steps after loading and reading, in this order.
 void CheckSounds(Subject* subject);
 void CheckPictures(Subject* subject);
 void CheckIds(Subject* subject);

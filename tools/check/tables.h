@@ -1,4 +1,4 @@
-// What the lines of a chart define and what its objects name, with the places.
+// What the lines of a chart define and what its objects use, with the places.
 #pragma once
 
 #include <string>
@@ -10,24 +10,24 @@
 namespace check {
 
 struct Definition {
-    Place place;         // of the line that counts; line 0: not defined
+    Place place;         // of the line that takes effect; line 0: not defined
     std::string name;    // of a file, as written
     std::string path;    // of a file, as the player opens it
     double tempo = 0.0;  // of an extended tempo
 };
 
 struct Use {
-    Place place;  // of the first that acts, else of the first
+    Place place;  // of the first with an effect, else of the first
     int64_t objects = 0;
-    int64_t invisible = 0;  // of these, those on lanes that never act
+    int64_t invisible = 0;  // of these, those on invisible lanes
     Place early;            // tempos: the first use above the definition
     int64_t early_objects = 0;
 };
 
-// Where an object of the player's lists comes from; the lists are in file order.
+// The pair that an object of the player's lists comes from. The lists are in file order.
 struct Source {
     Place place;
-    int32_t number;  // that its pair gives
+    int32_t number;  // of its pair
 };
 
 struct Tables {
@@ -40,15 +40,15 @@ struct Tables {
     std::vector<Use> tempo_uses = std::vector<Use>(BMS_SLOTS);
     std::vector<bool> folded_pictures = std::vector<bool>(BMS_BGADEFS);  // #BMP lines beyond FZ, as written
     std::vector<Source> bgm, notes, bga, changes;
-    int64_t commands = 0;       // lines that act
-    int64_t comments = 0;       // lines that are none and look like none
-    int32_t last_acting = -1;   // the highest measure with an object
-    int32_t last_measure = -1;  // the highest that counts for the length
-    Place last_place;           // of the line that made it so
+    int64_t commands = 0;       // lines with an effect
+    int64_t comments = 0;       // lines that neither are commands nor look like them
+    int32_t last_acting = -1;   // the highest measure with an object that has an effect
+    int32_t last_measure = -1;  // the highest that counts for the chart's length
+    Place last_place;           // of the line with that measure
     Place first_tempo;          // of a #BPM line
 };
 
-// A number as it is best written: `0Z`.
+// A number as two digits: `0Z`.
 std::string IdOf(int32_t number);
 
 }  // namespace check

@@ -1,11 +1,11 @@
-// What is odd about a chart's objects once their times are known, and the figures.
+// Findings that need the times of objects, and the figures.
 #include <algorithm>
 #include <cmath>
 #include <functional>
 #include <queue>
 
+#include "chart/charttime.h"
 #include "check/objects.h"
-#include "playback/chartmath.h"
 #include "sound/dsbuffer.h"
 
 namespace check {
@@ -65,8 +65,8 @@ void CheckDoubleNotes(Subject* subject) {
         if (count++ == 0 && source) first = source->place;
     }
     if (count == 0) return;
-    subject->findings.Add(first, Severity::kWarning, "double-note", [count] {
-        return "a note stands on another note of its lane (" + CountOf(count, "note") +
+    subject->findings.Add(first, "double-note", [count] {
+        return "a note is at the same position as another note of its lane (" + CountOf(count, "note") +
                " in all); the player shows one and plays both";
     });
 }
@@ -80,9 +80,9 @@ void CheckDoubleSounds(Subject* subject) {
         if (count++ == 0) first = fires[i].place;
     }
     if (count == 0) return;
-    subject->findings.Add(first, Severity::kNote, "double-sound", [count] {
-        return "a sound is started twice at one time (" + CountOf(count, "object") +
-               " in all); each sound is one voice, so that it is heard once";
+    subject->findings.Add(first, "double-sound", [count] {
+        return "a sound is started twice at the same time (" + CountOf(count, "object") +
+               " in all); each sound has one voice, so it is heard once";
     });
 }
 
@@ -92,27 +92,25 @@ void CheckLate(Subject* subject) {
         if (list.count == 0) continue;
         const BmsObject& last = *list.sorted[list.count - 1];
         const Source* source = list.SourceOf(&last);
-        if (TruncTime(last.dTime) < INT_MOST || !source) continue;
-        subject->findings.Add(source->place, Severity::kError, "too-late", [] {
-            return std::string(
-                "the player counts milliseconds in 32 bits, and this object would come later than "
-                "that; it never comes; check the tempos and lengths before it");
-        });
+        if (TruncTime(last.dTime) < INT32_MAX || !source) continue;
+        subject->findings.Add(
+            source->place, "too-late",
+            "the player counts milliseconds in 32 bits, and this object would come later; it "
+            "never does; check the tempos and lengths before it");
     }
 }
 
 void CheckIdleEnd(Subject* subject) {
     const Tables& tables = subject->tables;
     if (tables.last_acting >= tables.last_measure) return;
-    subject->findings.Add(tables.last_place, Severity::kNote, "idle-end", [&tables] {
+    subject->findings.Add(tables.last_place, "idle-end", [&tables] {
         return "measure " + std::to_string(tables.last_measure) +
-               " has no object that acts, but lengthens the chart; the last one that does stands in "
-               "measure " +
+               " lengthens the chart but has no object with an effect; the last such object is in measure " +
                std::to_string(tables.last_acting);
     });
 }
 
-// The most sounds at once: each has one voice, which a new start takes over.
+// The most sounds at once. A sound has one voice, which a new start takes over.
 void CountVoices(const std::vector<Fire>& fires, const std::vector<double>& lengths, Figures* figures) {
     struct Voice {
         double end;
@@ -126,7 +124,7 @@ void CountVoices(const std::vector<Fire>& fires, const std::vector<double>& leng
         for (; !ends.empty() && ends.top().end <= fire.ms; ends.pop()) {
             const Voice& voice = ends.top();
             double& end = until[static_cast<size_t>(voice.number)];
-            if (end != voice.end) continue;  // was started anew meanwhile
+            if (end != voice.end) continue;  // has been restarted since
             end = -1.0;
             --sounding;
         }

@@ -2,73 +2,104 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
+#include "common/arguments.h"
+#include "common/messages.h"
+#include "common/signals.h"
+#include "common/wav.h"
 #include "render/pictures.h"
 #include "render/trace.h"
 #include "render/video.h"
-#include "render/wav.h"
 
 namespace render {
 namespace {
 
+constexpr int kRate = 44100;
+constexpr double kMostWavSeconds = 24300;  // 4 GiB hold a little more
+
 // A WAV file cannot hold more, and nobody waits for so much video.
 bool FitsWav(double seconds) {
-    if (seconds <= WavWriter::kMostSeconds) return true;
+    if (seconds <= kMostWavSeconds) return true;
     const int hours = static_cast<int>(seconds / 3600), minutes = static_cast<int>(seconds / 60) % 60;
     char text[160];
     std::snprintf(
         text, sizeof text,
-        "this lasts %d h %02d min, and a WAV file holds 6 h 45 min; choose measures by --from and --to",
+        "the chart lasts %d h %02d min, and a WAV file holds 6 h 45 min; select measures with --from "
+        "and --to",
         hours, minutes);
     Complain(kOutput, text);
     return false;
 }
 
-// Sound and trace of one run.
+// Full scale is 1.
+bool WriteSamples(tools::WavWriter* wav, const float* samples, int frames) {
+    int16_t block[2048];
+    for (size_t left = 2 * static_cast<size_t>(frames); left > 0;) {
+        const size_t count = std::min(left, std::size(block));
+        std::transform(samples, samples + count, block, [](float f) {
+            return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768.0f, -32768.0f, 32767.0f)));
+        });
+        if (!wav->Write(block, count)) return false;
+        samples += count;
+        left -= count;
+    }
+    return true;
+}
+
+// Renders sound and trace in one run.
 ExitCode RenderSound(const Options& options, const std::string& wav_name) {
-    WavWriter wav;
+    tools::WavWriter wav;
     Trace trace;
     const bool has_wav = !wav_name.empty(), has_trace = !options.trace.empty();
-    if (has_wav && !wav.Open(wav_name)) return kOutput;
-    if (has_trace && !trace.Open(options.trace)) return kOutput;
+    const auto wav_good = [&wav](bool good) { return good || (Complain(kOutput, wav.error()), false); };
+    const auto trace_good = [&trace](bool good) { return good || (Complain(kOutput, trace.error()), false); };
+    if (has_wav && !wav_good(wav.Open(wav_name, 2, kRate))) return kOutput;
+    if (has_trace && !trace_good(trace.Open(options.trace))) return kOutput;
     Listener listener;
     listener.ring_out = has_wav;
     listener.begin = [&](double seconds) {
         return (!has_wav || FitsWav(seconds)) && (!has_trace || trace.Begin());
     };
     if (has_wav)
-        listener.sound = [&](const float* samples, int frames) { return wav.Write(samples, frames); };
+        listener.sound = [&](const float* samples, int frames) {
+            return wav_good(WriteSamples(&wav, samples, frames));
+        };
     if (has_trace)
-        listener.frame = [&](const headless::Frame&, int32_t now, double) { return trace.OnFrame(now); };
+        listener.frame = [&](const headless::Frame&, int32_t now, double) {
+            return trace_good(trace.OnFrame(now));
+        };
     const ExitCode code = RunPass(options, listener);
     if (code != kGood) return code;
-    return (!has_wav || wav.Commit()) && (!has_trace || trace.Commit()) ? kGood : kOutput;
+    const bool good = (!has_wav || wav_good(wav.Commit())) && (!has_trace || trace_good(trace.Commit()));
+    return good ? kGood : kOutput;
 }
 
-// A pass in a process of its own: each begins with the program as it starts.
+// Runs a pass in a process of its own, because each needs a fresh program.
 template <class Pass>
 ExitCode InChild(Pass pass) {
     std::fflush(nullptr);
     const pid_t pid = fork();
-    if (pid < 0) return static_cast<ExitCode>(Complain(kOutput, "no further process can be made"));
+    if (pid < 0) return Complain(kOutput, "cannot create a process");
     if (pid == 0) {
         const ExitCode code = pass();
         std::fflush(nullptr);
         _exit(code);
     }
-    // Looked after now and then: a signal that comes before a wait begins would not end it.
+    // Polls, because a signal that comes just before a blocking wait would not end it.
     int status = 0;
     while (waitpid(pid, &status, WNOHANG) == 0) {
-        if (Stopped()) kill(pid, SIGTERM);
+        if (tools::Stopped()) kill(pid, SIGTERM);
         usleep(2000);
     }
     return WIFEXITED(status) ? static_cast<ExitCode>(WEXITSTATUS(status)) : kOutput;
 }
 
-// The sound that a video is made of, while it is made.
+// The sound file from which the video is made.
 struct SoundFile {
     std::string name;
     bool temporary = false;
@@ -89,15 +120,13 @@ struct SoundFile {
 
 ExitCode RenderAll(const Options& options) {
     if (!options.video.empty() && FindEncoder().empty()) {
-        return static_cast<ExitCode>(
-            Complain(kOutput, "--video needs the ffmpeg program, which is not installed (package ffmpeg)"));
+        return Complain(kOutput, "--video needs the ffmpeg program, which is not installed (package ffmpeg)");
     }
     SoundFile sound{options.wav};
     const bool temporary = !options.video.empty() && (options.wav.empty() || options.wav == "-");
     if (temporary) {
         sound.MakeName();
-        if (!sound.temporary)
-            return static_cast<ExitCode>(Complain(kOutput, "no temporary file can be made"));
+        if (!sound.temporary) return Complain(kOutput, "cannot create a temporary file");
     }
     ExitCode code = kGood;
     if (options.wav == "-" && temporary) code = InChild([&] { return RenderSound(options, "-"); });
@@ -116,23 +145,14 @@ ExitCode RenderAll(const Options& options) {
 
 int main(int argc, char** argv) {
     using namespace render;
+    tools::SetProgram("lumetra-render");
+    int answered = 0;
+    if (tools::AnswerHelp(argc, argv, kHelp, kOutput, &answered)) return answered;
     Options options;
     std::string why;
-    switch (ParseOptions(argc, argv, &options, &why)) {
-        case Parse::kHelp:
-            return std::fputs(kHelp, stdout) < 0 || std::fflush(stdout) ? kOutput : kGood;
-        case Parse::kVersion:
-            return std::puts("lumetra-render " LUMETRA_VERSION) < 0 || std::fflush(stdout) ? kOutput : kGood;
-        case Parse::kWrong:
-            Complain(kUsage, why);
-            std::fputs("Try 'lumetra-render --help'.\n", stderr);
-            return kUsage;
-        case Parse::kRun:
-            break;
-    }
-    CatchSignals();
+    if (!ParseOptions(argc, argv, &options, &why)) return tools::WrongUse(kUsage, why);
+    tools::CatchSignals();
     const ExitCode code = RenderAll(options);
     if (code != kStopped) return code;
-    Complain(kOutput, "stopped; nothing half rendered is left");
-    return kOutput;
+    return Complain(kOutput, "stopped; no partial output is left");
 }

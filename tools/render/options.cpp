@@ -1,44 +1,37 @@
 #include "render/options.h"
 
-#include <charconv>
 #include <cmath>
-#include <cstring>
 #include <string_view>
+
+#include "common/arguments.h"
 
 namespace render {
 
 const char kHelp[] =
     "Usage: lumetra-render [options] CHART\n"
     "\n"
-    "Renders a chart to files, faster than it plays and the same on every run.\n"
+    "Renders a chart to files, faster than real time and identically on every run.\n"
     "\n"
-    "  --wav FILE          the sound: 44,100 Hz, 16 bit, stereo, up to the last sound's end\n"
-    "  --video FILE        picture and sound, format by suffix (needs the ffmpeg program)\n"
-    "  --png DIR --at LIST a picture for each chart time: milliseconds, or m12 or m12.5 for a\n"
-    "                      measure and its part, with commas between them\n"
-    "  --trace FILE        text: each frame, record fired, thing drawn and sound started\n"
+    "  --wav FILE          sound: 44,100 Hz, 16 bit, stereo, until the last sound has ended\n"
+    "  --video FILE        picture and sound; the suffix selects the format (needs ffmpeg)\n"
+    "  --png DIR --at LIST a picture at each chart time of the comma-separated list: milliseconds,\n"
+    "                      or m12 or m12.5 for a place in a measure\n"
+    "  --trace FILE        text: every frame, record fired, copy drawn and sound started\n"
     "  --from N --to N     these measures only, both included\n"
-    "  --speed S           scroll speed, 0.1 to 8 (1)\n"
-    "  --fps N             pictures for each second of video, 1 to 240 (60)\n"
-    "  --size N            enlarge video and pictures by a whole factor, 1 to 8 (1)\n"
-    "  --help, --version\n"
+    "  --speed S           scroll speed, 0.1 to 8 (default 1)\n"
+    "  --fps N             pictures per second of video, 1 to 240 (default 60)\n"
+    "  --size N            enlarge video and pictures by a whole factor, 1 to 8 (default 1)\n"
+    "  -h, --help          print this help and exit\n"
+    "  -V, --version       print the version and exit\n"
     "\n"
-    "FILE may be - for standard output with --wav or --trace. An output appears, or is replaced, only\n"
-    "when it is complete.\n"
-    "Exit codes: 0 done, 1 wrong use, 2 the chart cannot be read or played, 3 the output failed.\n";
+    "FILE can be - for standard output with --wav or --trace. An output file is created or replaced\n"
+    "only when it is complete.\n"
+    "Exit codes: 0 done, 1 wrong usage, 2 the chart cannot be read or played, 3 the output failed.\n";
 
 namespace {
 
-// The whole text as a number; false for anything else.
-template <class T>
-bool ReadNumber(std::string_view text, T* number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *number);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
-bool ReadWithin(const std::string& text, int least, int most, int* number) {
-    return ReadNumber(text, number) && *number >= least && *number <= most;
-}
+using tools::ReadNumber;
+using tools::ReadWithin;
 
 bool ReadPlace(std::string_view text, PicturePlace* place) {
     place->text = text;
@@ -65,7 +58,7 @@ bool ReadSpeed(const std::string& text) {
     return ReadNumber(text, &speed) && speed >= static_cast<double>(0.1f) && speed <= 8.0;
 }
 
-// One option with its value. False when the value is not right.
+// Takes one option. Returns false when the value is invalid.
 bool Take(const std::string& name, const std::string& value, Options* o) {
     if (name == "--wav") return !(o->wav = value).empty();
     if (name == "--video") return !(o->video = value).empty() && value != "-";
@@ -88,17 +81,17 @@ bool IsKnown(const std::string& name) {
     return false;
 }
 
-bool Sound(const Options& o, std::string* why) {
+bool IsComplete(const Options& o, std::string* why) {
     if (o.chart.empty()) {
-        *why = "which chart?";
+        *why = "no chart given";
     } else if (o.png_folder.empty() != o.places.empty()) {
         *why = "--png and --at go together";
     } else if (o.wav.empty() && o.video.empty() && o.trace.empty() && o.png_folder.empty()) {
-        *why = "nothing to render: give --wav, --video, --png or --trace";
+        *why = "nothing to render: use --wav, --video, --png or --trace";
     } else if (o.wav == "-" && o.trace == "-") {
         *why = "only one output can go to standard output";
     } else if (o.to >= 0 && o.from > o.to) {
-        *why = "--from lies behind --to";
+        *why = "--from is after --to";
     } else {
         return true;
     }
@@ -107,32 +100,21 @@ bool Sound(const Options& o, std::string* why) {
 
 }  // namespace
 
-Parse ParseOptions(int argc, const char* const* argv, Options* options, std::string* why) {
-    bool only_names = false;  // behind --
-    for (int i = 1; i < argc; ++i) {
-        std::string name = argv[i];
-        if (only_names || name == "-" || name[0] != '-') {
-            if (!options->chart.empty()) return *why = "one chart at a time: " + name, Parse::kWrong;
+bool ParseOptions(int argc, const char* const* argv, Options* options, std::string* why) {
+    const auto wrong = [why](const std::string& text) { return *why = text, false; };
+    for (tools::Arguments words(argc, argv); words.Next();) {
+        const std::string name = words.name();
+        if (!words.IsOption()) {
+            if (!options->chart.empty()) return wrong("one chart at a time: " + name);
             options->chart = name;
             continue;
         }
-        if (name == "--help" || name == "-h") return Parse::kHelp;
-        if (name == "--version" || name == "-V") return Parse::kVersion;
-        if (name == "--") {
-            only_names = true;
-            continue;
-        }
-        const size_t sign = name.find('=');
-        std::string value = sign == std::string::npos ? "" : name.substr(sign + 1);
-        name = name.substr(0, sign);
-        if (!IsKnown(name)) return *why = "unknown option: " + name, Parse::kWrong;
-        if (sign == std::string::npos) {
-            if (i + 1 == argc) return *why = name + " needs a value", Parse::kWrong;
-            value = argv[++i];
-        }
-        if (!Take(name, value, options)) return *why = name + " does not take: " + value, Parse::kWrong;
+        std::string value;
+        if (!IsKnown(name)) return wrong("unknown option: " + name);
+        if (!words.Value(&value)) return wrong(name + " needs a value");
+        if (!Take(name, value, options)) return wrong(name + ": invalid value: " + value);
     }
-    return Sound(*options, why) ? Parse::kRun : Parse::kWrong;
+    return IsComplete(*options, why);
 }
 
 }  // namespace render

@@ -4,14 +4,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 
 #include "chart/bms.h"
+#include "chart/charttime.h"
+#include "common/messages.h"
+#include "common/signals.h"
 #include "host/headless/sound.h"
 #include "host/host.h"
-#include "platform/commandline.h"
-#include "playback/chartmath.h"
+#include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
@@ -24,18 +25,16 @@ namespace {
 constexpr uint64_t kNever = uint64_t{1} << 53;  // ms; no chart lasts that long
 constexpr int kJumpMs = 30;                     // a wanted frame no further ahead is jumped to
 
-volatile std::sig_atomic_t g_signal = 0;
-
 struct Pass {
     const Options* options;
     const Listener* listener;
     bool begun = false, over = false;
     ExitCode code = kGood;
-    int32_t end = 0;  // chart time behind which --to ends it
+    int32_t end = 0;  // chart time after which --to ends it
     int percent = -1;
 };
 
-// Percent done, on a terminal alone.
+// Prints the percentage done, on a terminal only.
 void ShowProgress(Pass* pass, int32_t now) {
     if (!isatty(STDERR_FILENO)) return;
     const int percent = std::clamp(static_cast<int>(100.0 * now / std::max(pass->end, 1)), 0, 100);
@@ -64,7 +63,7 @@ int32_t EndOf(const Options& options) {
     return TruncTime(g_pBMS->m_pMeasure[last].dStart);
 }
 
-// The chart is there with the first frame. False when it has no such measure.
+// The chart is loaded once the first frame comes. Returns false when the pass ends here.
 bool Begin(Pass* pass) {
     pass->begun = true;
     pass->end = EndOf(*pass->options);
@@ -83,7 +82,7 @@ void JumpToWanted(const Pass& pass, int32_t now) {
     if (!pass.listener->wanted) return;
     const int64_t wanted = pass.listener->wanted();
     if (wanted <= now) return;
-    // The chart time that a frame would have if it read the clock at this moment.
+    // The chart time of a frame that would read the clock now.
     const int64_t next =
         now + static_cast<int32_t>(static_cast<uint32_t>(headless::Clock() / 1000000) - g_dwNowTime);
     if (wanted > next && wanted - next <= kJumpMs)
@@ -92,13 +91,13 @@ void JumpToWanted(const Pass& pass, int32_t now) {
 
 void OnFrame(Pass* pass, const headless::Frame& frame) {
     if (pass->over || (!pass->begun && !Begin(pass))) return;
-    if (g_signal) return End(pass, kStopped);
+    if (tools::Stopped()) return End(pass, kStopped);
     const bool ended = g_bPaused;  // the chart went past its end in this frame
     const auto now = static_cast<int32_t>(static_cast<uint32_t>(g_dwSeekTime) - g_dwStartTime + g_dwNowTime);
     const bool cut = pass->options->to >= 0 && now > pass->end;
     const double seconds = static_cast<double>(headless::Clock() - headless::kClockOrigin) / 1e9;
     if (!ended && !cut) ShowProgress(pass, now);
-    if (!cut && pass->listener->frame && !pass->listener->frame(frame, ended ? INT_MOST : now, seconds))
+    if (!cut && pass->listener->frame && !pass->listener->frame(frame, ended ? INT32_MAX : now, seconds))
         return End(pass, kOutput);
     if (cut || (ended && !(pass->listener->ring_out && Sounding()))) return End(pass, kGood);
     JumpToWanted(*pass, now);
@@ -112,7 +111,7 @@ void OnSound(void* user, const float* samples, int frames, int) {
 
 std::string CommandLine(const Options& options) {
     const std::string from = "-N" + std::to_string(options.from), speed = "-M" + options.speed;
-    // A name that begins with a sign is a file all the same.
+    // The chart is a file even if its name begins with a dash.
     const std::string chart = options.chart[0] == '-' ? "./" + options.chart : options.chart;
     std::vector<const char*> argv = {"lumetra-render", "-P", from.c_str()};
     if (!options.speed.empty()) argv.push_back(speed.c_str());
@@ -120,33 +119,21 @@ std::string CommandLine(const Options& options) {
     return BuildCommandLine(static_cast<int>(argv.size()), argv.data());
 }
 
-// Why the program did not play: the box that it showed.
+// Reports why the program did not play, from the box that it showed.
 ExitCode TellFailure(const Options& options) {
     std::string why = "cannot be played";
     if (!headless::Boxes().empty()) {
         const std::string& caption = headless::Boxes().back().caption;
         if (caption == "FileLoadError!") why = "cannot be read";
-        if (caption == "CompileError!") why = "has no object behind measure 0, so there is nothing to play";
+        if (caption == "CompileError!") why = "has no object after measure 0, so there is nothing to play";
     }
-    return static_cast<ExitCode>(Complain(kChart, options.chart + ": " + why));
+    return Complain(kChart, options.chart + ": " + why);
 }
 
 }  // namespace
 
-int Complain(ExitCode code, const std::string& text) {
-    std::fprintf(stderr, "%slumetra-render: %s\n", isatty(STDERR_FILENO) ? "\r" : "", text.c_str());
-    return code;
-}
-
-bool Stopped() {
-    return g_signal != 0;
-}
-
-void CatchSignals() {
-    struct sigaction action = {};
-    action.sa_handler = [](int signal) { g_signal = signal; };
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
+ExitCode Complain(ExitCode code, const std::string& text) {
+    return static_cast<ExitCode>(tools::Complain(code, text));
 }
 
 int64_t ChartTime(const PicturePlace& place) {

@@ -1,4 +1,4 @@
-// One run of the whole program under the virtual clock, and what listens to it.
+// One run of the whole program under the virtual clock, and its listeners.
 #pragma once
 
 #include <cstdint>
@@ -12,31 +12,27 @@ namespace render {
 
 enum ExitCode { kGood = 0, kUsage = 1, kChart = 2, kOutput = 3, kStopped = 4 };
 
-// What a pass hands out. All may be empty. A false result ends the pass with kOutput; the listener has told
-// why.
+// What a pass delivers. Every member may be empty. Returning false ends the pass with kOutput; the listener
+// has reported why.
 struct Listener {
-    // The chart is loaded and its first frame is composed. seconds: how long the pass will be at most,
-    // without what rings out.
+    // The chart is loaded and its first frame is composed. seconds: the longest that the pass can last,
+    // without the sounds that ring out.
     std::function<bool(double seconds)> begin;
-    // Sound as it comes, interleaved stereo at 44,100 Hz, from the first moment on.
+    // Sound in order, interleaved stereo at 44,100 Hz, from the start of the clock.
     std::function<bool(const float* samples, int frames)> sound;
-    // A frame was shown. now: its chart time in ms. seconds: since the first moment.
+    // A frame was shown. now: its chart time in ms. seconds: since the start of the clock.
     std::function<bool(const headless::Frame& frame, int32_t now, double seconds)> frame;
-    // The chart time at which a frame is wanted exactly, if that is near; below the present one for none.
+    // The chart time at which a frame is wanted exactly; less than the current one for none.
     std::function<int64_t()> wanted;
-    bool ring_out = false;  // goes on behind the chart's end until the last sound is over
+    bool ring_out = false;  // continue after the end of the chart until the last sound has ended
 };
 
-// Plays the chart from --from to --to. Tells on standard error why it did not go well.
+// Plays the chart from --from to --to. Reports failures on standard error.
 ExitCode RunPass(const Options& options, const Listener& listener);
 
-int Complain(ExitCode code, const std::string& text);  // gives the code
+ExitCode Complain(ExitCode code, const std::string& text);  // returns the code
 
-// The chart time, in ms, of a place; -1 when the chart has no such measure. For a pass that has begun.
+// The chart time of a place in ms; -1 when the chart has no such measure. Valid once a pass has begun.
 int64_t ChartTime(const PicturePlace& place);
-
-// True once the user has asked the program to end: outputs are then given up.
-bool Stopped();
-void CatchSignals();
 
 }  // namespace render

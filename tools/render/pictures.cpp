@@ -3,11 +3,10 @@
 #include <png.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
 
-#include "render/output.h"
+#include "common/output.h"
 
 namespace render {
 namespace {
@@ -49,8 +48,10 @@ bool Save(const Options& options, const headless::Frame& frame, const Wanted& wa
     const std::string png = EncodePng(pixels, frame.width * options.size, frame.height * options.size);
     const std::string name = NameOf(options, wanted);
     if (png.empty()) return Complain(kOutput, name + ": cannot be encoded"), false;
-    Output out;
-    return out.Open(name) && out.Write(png.data(), png.size()) && out.Commit();
+    tools::Output out;
+    if (out.Open(name) && out.Write(png.data(), png.size()) && out.Commit()) return true;
+    Complain(kOutput, out.error());
+    return false;
 }
 
 class Pictures {
@@ -60,10 +61,7 @@ public:
     ExitCode Run() {
         std::error_code error;
         std::filesystem::create_directories(options_.png_folder, error);
-        if (error) {
-            return static_cast<ExitCode>(
-                Complain(kOutput, options_.png_folder + ": cannot be made: " + error.message()));
-        }
+        if (error) return Complain(kOutput, options_.png_folder + ": cannot create: " + error.message());
         Listener listener;
         listener.begin = [this](double) { return Begin(); };
         listener.wanted = [this] { return next_ < wanted_.size() ? wanted_[next_].time : -1; };
@@ -73,8 +71,8 @@ public:
         ExitCode code = RunPass(options_, listener);
         if (done_) code = kGood;
         if (code == kGood && next_ < wanted_.size()) {
-            return static_cast<ExitCode>(
-                Complain(kUsage, "--at " + wanted_[next_].place->text + ": behind what is played"));
+            return Complain(kUsage,
+                            "--at " + wanted_[next_].place->text + ": after the end of what is played");
         }
         return wrong_ ? kUsage : code;
     }

@@ -5,10 +5,10 @@
 
 namespace render {
 
-// A PNG for each place into the folder, which is made when it is not there: 0001_m12.5.png and so on.
+// Writes a PNG for each place into the folder, such as 0001_m12.5.png. Creates the folder.
 ExitCode RenderPictures(const Options& options);
 
-// Rows of a frame, enlarged, as 4 bytes B G R X for each pixel; scale * width * scale * height of them.
+// The rows of a frame, enlarged: scale * width by scale * height pixels of 4 bytes, B G R X.
 void Enlarge(const headless::Frame& frame, int scale, std::vector<uint32_t>* pixels);
 
 }  // namespace render

@@ -71,13 +71,13 @@ void Trace::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectD
 
 void Trace::OnStarted(const IDirectSoundBuffer* buffer, bool) {
     const int slot = g_pDSound ? SlotOf(buffer) : -1;
-    if (slot < 0) return;  // the device's own silence
+    if (slot < 0) return;  // the device's own silent buffer
     self_->sounds_ += "sound " + std::to_string(slot) + " " + g_pDSound->m_pSlot[slot]->m_szName + "\n";
 }
 
 bool Trace::Begin() {
     for (List& list : lists_) {
-        // Records before the start measure are done from the beginning; the first frame's own are not.
+        // Seeking has marked the records before the start measure as done. Those of the first frame are not.
         list.done.assign(static_cast<size_t>(*list.count), 0);
         for (int32_t i = 0; i < *list.count; ++i)
             list.done[static_cast<size_t>(i)] = (*list.records)[i].nMeasure < g_nStartMeasure;
@@ -85,13 +85,13 @@ bool Trace::Begin() {
     return true;
 }
 
-void Trace::TellFired(List* list) {
+void Trace::ReportFired(List* list) {
     for (int32_t i = 0; i < *list->count; ++i) {
         const BmsEvent& record = (*list->records)[i];
         char& done = list->done[static_cast<size_t>(i)];
         if (!record.bDone || done) continue;
         done = 1;
-        // A bar's and an anchor's channel word holds a line of the screen.
+        // In bars and anchors the channel word holds a line of the screen.
         const bool has_channel = list->records != &g_pBarList && list->records != &g_pTempoList;
         Line("fire %s %d %.9g %d %d\n", list->name, record.nMeasure, record.dPos,
              has_channel ? record.nChannel : 0, record.nTime);
@@ -105,7 +105,7 @@ bool Trace::OnFrame(int32_t now) {
          static_cast<unsigned long long>(headless::Now()), ended ? static_cast<int>(g_dwSeekTime) : now,
          g_nBarCursor, g_dBPM);
     if (!ended) {
-        for (List& list : lists_) TellFired(&list);
+        for (List& list : lists_) ReportFired(&list);
     }
     text_ += sounds_;
     text_ += draws_;

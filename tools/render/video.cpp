@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "common/signals.h"
 #include "playback/layout.h"
 #include "render/pictures.h"
 
@@ -20,10 +21,6 @@ namespace render {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string Rational(int fps) {
-    return std::to_string(fps);
-}
 
 // The encoder at the other end of a pipe.
 class Encoder {
@@ -51,7 +48,7 @@ public:
         const char* at = static_cast<const char*>(bytes);
         while (count > 0) {
             const ssize_t written = write(fd_, at, count);
-            if (written < 0 && errno == EINTR && !Stopped()) continue;
+            if (written < 0 && errno == EINTR && !tools::Stopped()) continue;
             if (written < 0) return false;
             at += written;
             count -= static_cast<size_t>(written);
@@ -59,7 +56,7 @@ public:
         return true;
     }
 
-    bool Finish() {  // true when it ended well
+    bool Finish() {  // true when the encoder succeeded
         if (fd_ >= 0) close(fd_);
         fd_ = -1;
         if (pid_ < 0) return false;
@@ -75,7 +72,7 @@ private:
     int fd_ = -1;
 };
 
-// Beside the file, with its suffix, by which the encoder knows the format.
+// Beside the file and with its suffix, from which the encoder tells the format.
 std::string TemporaryName(const std::string& video) {
     const fs::path path(video);
     const std::string stem = path.stem().string() + "." + std::to_string(getpid()) + ".part";
@@ -85,13 +82,29 @@ std::string TemporaryName(const std::string& video) {
 std::vector<std::string> Arguments(const Options& o, const std::string& wav, const std::string& out) {
     const std::string size =
         std::to_string(SCREEN_WIDTH * o.size) + "x" + std::to_string(SCREEN_HEIGHT * o.size);
-    return {"ffmpeg", "-hide_banner", "-loglevel",     "error",   "-y",
-            "-f",     "rawvideo",     "-pixel_format", "bgr0",    "-video_size",
-            size,     "-framerate",   Rational(o.fps), "-i",      "pipe:0",
-            "-i",     "file:" + wav,  "-pix_fmt",      "yuv420p", "file:" + out};
+    return {"ffmpeg",
+            "-hide_banner",
+            "-loglevel",
+            "error",
+            "-y",
+            "-f",
+            "rawvideo",
+            "-pixel_format",
+            "bgr0",
+            "-video_size",
+            size,
+            "-framerate",
+            std::to_string(o.fps),
+            "-i",
+            "pipe:0",
+            "-i",
+            "file:" + wav,
+            "-pix_fmt",
+            "yuv420p",
+            "file:" + out};
 }
 
-// The picture shown last stands for every moment until the next one.
+// Each picture is shown until the next one.
 class Video {
 public:
     Video(const Options& options, Encoder* encoder) : options_(options), encoder_(encoder) {}
@@ -119,7 +132,7 @@ private:
 };
 
 ExitCode Fail(const Options& options, const std::string& why) {
-    return static_cast<ExitCode>(Complain(kOutput, options.video + ": " + why));
+    return Complain(kOutput, options.video + ": " + why);
 }
 
 }  // namespace

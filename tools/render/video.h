@@ -7,10 +7,10 @@
 
 namespace render {
 
-// The ffmpeg program's path; empty when there is none.
+// The path of the ffmpeg program; empty when it is not installed.
 std::string FindEncoder();
 
-// wav: the rendered sound. The file appears under its name when it is whole.
+// wav: the rendered sound. The file appears under its name only when it is complete.
 ExitCode RenderVideo(const Options& options, const std::string& wav);
 
 }  // namespace render

@@ -4,16 +4,12 @@
 #include <cstring>
 #include <memory>
 
+#include "platform/bytes.h"
 #include "sound/xadec.h"
 #include "sound/xaformat.h"
 
 namespace xa {
 namespace {
-
-uint32_t Get32(const uint8_t* at) {
-    return at[0] | static_cast<uint32_t>(at[1]) << 8 | static_cast<uint32_t>(at[2]) << 16 |
-           static_cast<uint32_t>(at[3]) << 24;
-}
 
 using Handle = std::unique_ptr<void, decltype(&xaDecodeClose)>;
 
@@ -26,11 +22,11 @@ bool ReadHeader(const std::vector<uint8_t>& file, Header* header, std::string* w
     }
     WAVEFORMATEX format = {};
     if (!Handle(xaDecodeOpen(file.data(), &format), &xaDecodeClose)) {
-        *why = "an XA file of a kind that is not known, or its header is damaged";
+        *why = "an XA file of an unknown kind, or with a damaged header";
         return false;
     }
-    header->data_bytes = Get32(file.data() + XA_AT_DATA_BYTES);
-    header->frames = Get32(file.data() + XA_AT_FRAMES);
+    header->data_bytes = ReadLe32(file.data() + XA_AT_DATA_BYTES);
+    header->frames = ReadLe32(file.data() + XA_AT_FRAMES);
     header->bits = file[XA_AT_BITS];
     header->channels = format.nChannels;
     header->rate = format.nSamplesPerSec;
@@ -49,7 +45,7 @@ bool Decode(const std::vector<uint8_t>& file, const Header& header, Sound* sound
     std::vector<uint8_t> pcm(size);
     XaConvertBlock block = {file.data() + XA_HEADER_SIZE, length, 0, pcm.data(), size, 0};
     DWORD done = 0;
-    // The second call, without source, gives what a file that ends inside a block has of it.
+    // The second call, without source, returns what a file that ends inside a block holds of it.
     for (int call = 0; call < 2; ++call) {
         if (!xaDecodeConvert(handle.get(), &block)) {
             *why = "the data is damaged at byte " + std::to_string(XA_HEADER_SIZE + block.nSrcUsed);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "xa/wav.h"
+#include "xa/read_sound.h"
 
 namespace xa {
 
@@ -17,10 +17,10 @@ struct Header {
     uint32_t rate = 0;
 };
 
-// False with a reason when the file is none that the decoder takes.
+// Returns false with a reason when the decoder does not take the file.
 bool ReadHeader(const std::vector<uint8_t>& file, Header* header, std::string* why);
 
-// The PCM, cut to the header's frames. A file that ends early gives what it has.
+// Decodes to PCM, cut to the header's frames. A file that ends early is decoded as far as it goes.
 bool Decode(const std::vector<uint8_t>& file, const Header& header, Sound* sound, std::string* why);
 
 }  // namespace xa

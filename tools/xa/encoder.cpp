@@ -18,7 +18,7 @@ struct History {
     int32_t before = 0;
 };
 
-// One way to encode a channel's part of a block, and what comes of it.
+// One way to encode a channel's part of a block, and its result.
 struct Trial {
     int filter = 0;
     int range = 0;
@@ -27,8 +27,8 @@ struct Trial {
     std::array<int16_t, XA_BLOCK_FRAMES> codes{};
 };
 
-// How many filters are tried in full, and how far below and above the range that just holds the largest
-// residual. Coarse codes gain by clipping a lone peak, fine ones hardly ever do.
+// How many filters are tried in full, and how many ranges below and above the one that just holds the largest
+// residual. Coarse codes gain by clipping a lone peak; fine ones hardly ever do.
 struct Effort {
     int filters;
     int below;
@@ -43,7 +43,7 @@ struct Residual {
     int64_t energy;
 };
 
-// What the filter leaves of a block when the samples before are known exactly.
+// The residual of a filter when the previous samples are known exactly.
 Residual Measure(int filter, const BlockSamples& in, int count, History history) {
     Residual residual = {filter, 0, 0};
     for (int i = 0; i < count; ++i) {
@@ -62,7 +62,7 @@ int32_t Quantise(int32_t rest, int32_t scale, int32_t lowest) {
     return std::clamp(code, lowest, -lowest - 1);
 }
 
-// Encodes the block with the trial's filter and range; stops early when the error passes the limit.
+// Encodes the block with the trial's filter and range. Stops early when the error exceeds the limit.
 void Run(Trial* trial, const BlockSamples& in, int count, int bits, History history, int64_t limit) {
     const int32_t lowest = -(1 << (bits - 1));
     const int32_t scale = XaScale(trial->range);
@@ -132,7 +132,7 @@ void PutHeader(uint8_t* header, int channels, uint32_t rate, int bits, uint64_t 
     Put32(header + XA_AT_RATE, rate);
 }
 
-// Writes one block of all channels; the codes' bytes must be 0 before.
+// Writes one block of all channels. The bytes of the codes must be 0.
 void PutBlock(uint8_t* block, const Trial* trials, int channels, int bits, int count) {
     for (int c = 0; c < channels; ++c) {
         block[c * XA_PARAM_BYTES] = static_cast<uint8_t>(trials[c].filter);

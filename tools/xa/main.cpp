@@ -1,15 +1,23 @@
 // lumetra-xa: makes, unpacks and describes XA sounds.
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
+#include "common/arguments.h"
+#include "common/messages.h"
+#include "common/output.h"
+#include "common/signals.h"
+#include "common/terminal.h"
+#include "common/wav.h"
+#include "sound/xadec.h"
+#include "sound/xaformat.h"
 #include "xa/decode.h"
 #include "xa/encoder.h"
-#include "xa/files.h"
-#include "xa/wav.h"
+#include "xa/read_sound.h"
 
 namespace {
+
+using tools::Complain;
 
 enum ExitCode { kGood = 0, kUsage = 1, kInput = 2, kOutput = 3 };
 
@@ -20,58 +28,40 @@ const char kHelp[] =
     "       lumetra-xa decode IN.xa OUT.wav\n"
     "       lumetra-xa info IN.xa...\n"
     "\n"
-    "Makes XA sounds for charts, unpacks them to 16-bit WAV, and tells what is in them.\n"
+    "Encodes sounds as XA, decodes XA to 16-bit WAV, and describes XA files.\n"
     "\n"
-    "  -m, --mode MODE  fine: 10-bit codes, the better sound (what is taken without this)\n"
+    "  -m, --mode MODE  fine: 10-bit codes, better sound (default)\n"
     "                   fast: 4-bit codes, less than half the size\n"
-    "  -h, --help       show this text\n"
-    "  -V, --version    show the version\n"
+    "  -h, --help       print this help and exit\n"
+    "  -V, --version    print the version and exit\n"
     "\n"
-    "IN.wav may be any sound file with 1 or 2 channels that libsndfile reads. OUT appears, or is\n"
-    "replaced, only when it is complete.\n"
-    "Exit codes: 0 done, 1 wrong use, 2 the input cannot be read, 3 the output cannot be written.\n";
-
-int Complain(ExitCode code, const std::string& text) {
-    std::fprintf(stderr, "lumetra-xa: %s\n", text.c_str());
-    return code;
-}
+    "IN.wav can be any sound file with 1 or 2 channels that libsndfile reads. OUT is created or\n"
+    "replaced only when it is complete.\n"
+    "Exit codes: 0 done, 1 wrong usage, 2 the input cannot be read, 3 the output cannot be written.\n";
 
 int WrongUse(const std::string& text) {
-    Complain(kUsage, text);
-    std::fprintf(stderr, "Try 'lumetra-xa --help'.\n");
-    return kUsage;
-}
-
-int CannotWrite(const std::string& path, const std::string& why) {
-    return Complain(kOutput, path + ": cannot write: " + why);
-}
-
-int EndOfText() {
-    return std::fflush(stdout) == 0 && !std::ferror(stdout) ? kGood
-                                                            : Complain(kOutput, "cannot write the text");
+    return tools::WrongUse(kUsage, text);
 }
 
 int Encode(const std::string& in, const std::string& out, xa::Mode mode) {
     std::string why;
     xa::Sound sound;
-    if (!xa::ReadWav(in, &sound, &why)) return Complain(kInput, in + ": " + why);
-    std::vector<uint8_t> file = xa::Encode(sound.samples, sound.channels, sound.rate, mode);
+    if (!xa::ReadSound(in, &sound, &why)) return Complain(kInput, in + ": " + why);
+    const std::vector<uint8_t> file = xa::Encode(sound.samples, sound.channels, sound.rate, mode);
     if (file.empty()) return Complain(kInput, in + ": cannot be an XA sound");
-    xa::PendingFile pending;
-    if (!pending.Open(out, &why) || !pending.Write(file.data(), file.size(), &why) || !pending.Commit(&why)) {
-        return CannotWrite(out, why);
-    }
-    return kGood;
+    tools::Output output;
+    const bool good = output.Open(out) && output.Write(file.data(), file.size()) && output.Commit();
+    return good ? kGood : Complain(kOutput, output.error());
 }
 
-// The file with its header; a warning when the file is shorter than the header says.
+// The file with its header. Warns when the file is shorter than the header says.
 bool Read(const std::string& path, std::vector<uint8_t>* file, xa::Header* header) {
     std::string why;
-    if (!xa::ReadFile(path, kMostBytes, file, &why) || !xa::ReadHeader(*file, header, &why)) {
+    if (!tools::ReadFile(path, kMostBytes, file, &why) || !xa::ReadHeader(*file, header, &why)) {
         Complain(kInput, path + ": " + why);
         return false;
     }
-    uint64_t has = file->size() - 32;
+    const uint64_t has = file->size() - XA_HEADER_SIZE;
     if (has < header->data_bytes) {
         Complain(kInput, path + ": ends early, after " + std::to_string(has) + " of " +
                              std::to_string(header->data_bytes) + " bytes of data");
@@ -86,23 +76,21 @@ int Decode(const std::string& in, const std::string& out) {
     xa::Sound sound;
     if (!Read(in, &file, &header)) return kInput;
     if (!xa::Decode(file, header, &sound, &why)) return Complain(kInput, in + ": " + why);
-    xa::PendingFile pending;
-    if (!pending.Open(out, &why) ||
-        !xa::WriteWav(pending.fd(), sound.channels, sound.rate, sound.samples, &why) ||
-        !pending.Commit(&why)) {
-        return CannotWrite(out, why);
-    }
-    return kGood;
+    tools::WavWriter wav;
+    const bool good = wav.Open(out, sound.channels, sound.rate) &&
+                      wav.Write(sound.samples.data(), sound.samples.size()) && wav.Commit();
+    return good ? kGood : Complain(kOutput, wav.error());
 }
 
 int Info(const std::string& path) {
     std::vector<uint8_t> file;
     xa::Header header;
     if (!Read(path, &file, &header)) return kInput;
-    double seconds = static_cast<double>(header.frames) / header.rate;
-    double pcm = 2.0 * header.channels * header.frames;
-    std::printf("%s\n", path.c_str());
-    std::printf("  mode      %s (%d-bit codes)\n", header.bits == 10 ? "fine" : "fast", header.bits);
+    const double seconds = static_cast<double>(header.frames) / header.rate;
+    const double pcm = 2.0 * header.channels * header.frames;
+    std::printf("%s\n", tools::CleanText(path).c_str());
+    std::printf("  mode      %s (%d-bit codes)\n", header.bits == XA_BITS_FINE ? "fine" : "fast",
+                header.bits);
     std::printf("  channels  %d\n", header.channels);
     std::printf("  rate      %u Hz\n", header.rate);
     std::printf("  length    %u frames, %.3f s\n", header.frames, seconds);
@@ -119,70 +107,51 @@ int InfoOfAll(const std::vector<std::string>& paths) {
     for (const std::string& path : paths) {
         if (Info(path) != kGood) code = kInput;
     }
-    int text = EndOfText();
-    return text != kGood ? text : code;
+    return tools::FlushOutput() ? code : Complain(kOutput, "cannot write the text");
 }
 
-struct Arguments {
-    std::vector<std::string> words;  // the command, then files
-    bool mode_given = false;
-    xa::Mode mode = xa::Mode::kFine;
+struct Words {
+    std::vector<std::string> operands;  // the command, then files
+    std::string mode;                   // empty: not given
 };
 
-bool TakeMode(const std::string& text, Arguments* arguments) {
-    arguments->mode_given = true;
-    arguments->mode = text == "fast" ? xa::Mode::kFast : xa::Mode::kFine;
-    return text == "fast" || text == "fine";
-}
-
-// A complaint, or empty.
-std::string Parse(const std::vector<std::string>& in, Arguments* out) {
-    for (size_t i = 0; i < in.size(); ++i) {
-        const std::string& word = in[i];
-        if (word == "--") {
-            out->words.insert(out->words.end(), in.begin() + static_cast<long>(i) + 1, in.end());
-            return "";
+// Returns a complaint, or nothing.
+std::string Parse(int argc, const char* const* argv, Words* words) {
+    for (tools::Arguments in(argc, argv); in.Next();) {
+        if (!in.IsOption()) {
+            words->operands.push_back(in.name());
+            continue;
         }
-        if (word == "-m" || word == "--mode") {
-            if (++i == in.size()) return "'" + word + "' needs a mode: fine or fast";
-            if (!TakeMode(in[i], out)) return "no mode is called '" + in[i] + "': fine or fast";
-        } else if (word.rfind("--mode=", 0) == 0) {
-            if (!TakeMode(word.substr(7), out))
-                return "no mode is called '" + word.substr(7) + "': fine or fast";
-        } else if (word.size() > 1 && word[0] == '-') {
-            return "no option is called '" + word + "'";
-        } else {
-            out->words.push_back(word);
-        }
+        if (in.name() != "-m" && in.name() != "--mode") return "unknown option: " + in.name();
+        if (!in.Value(&words->mode)) return in.name() + " needs a mode: fine or fast";
+        if (words->mode != "fine" && words->mode != "fast")
+            return "unknown mode: '" + words->mode + "'; use fine or fast";
     }
     return "";
 }
 
-int Run(const Arguments& arguments) {
-    if (arguments.words.empty()) return WrongUse("no command given");
-    const std::string& command = arguments.words[0];
-    std::vector<std::string> files(arguments.words.begin() + 1, arguments.words.end());
-    bool encode = command == "encode", decode = command == "decode";
-    if (!encode && !decode && command != "info") return WrongUse("no command is called '" + command + "'");
-    if (arguments.mode_given && !encode) return WrongUse("only 'encode' takes a mode");
-    if (encode || decode) {
-        if (files.size() != 2)
-            return WrongUse("'" + command + "' takes two files: what to read and what to write");
-        return encode ? Encode(files[0], files[1], arguments.mode) : Decode(files[0], files[1]);
-    }
-    return files.empty() ? WrongUse("'info' takes at least one file") : InfoOfAll(files);
+int Run(const Words& words) {
+    if (words.operands.empty()) return WrongUse("no command given");
+    const std::string& command = words.operands[0];
+    const std::vector<std::string> files(words.operands.begin() + 1, words.operands.end());
+    const bool encode = command == "encode", decode = command == "decode";
+    if (!encode && !decode && command != "info") return WrongUse("unknown command: " + command);
+    if (!words.mode.empty() && !encode) return WrongUse("only 'encode' takes a mode");
+    if (command == "info")
+        return files.empty() ? WrongUse("'info' takes at least one file") : InfoOfAll(files);
+    if (files.size() != 2) return WrongUse("'" + command + "' takes two files: input and output");
+    tools::CatchSignals();
+    if (decode) return Decode(files[0], files[1]);
+    return Encode(files[0], files[1], words.mode == "fast" ? xa::Mode::kFast : xa::Mode::kFine);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<std::string> words(argv + 1, argv + argc);
-    for (const std::string& word : words) {
-        if (word == "--") break;
-        if (word == "-h" || word == "--help") return std::fputs(kHelp, stdout), EndOfText();
-        if (word == "-V" || word == "--version") return std::puts("lumetra-xa " LUMETRA_VERSION), EndOfText();
-    }
-    Arguments arguments;
-    std::string complaint = Parse(words, &arguments);
-    return complaint.empty() ? Run(arguments) : WrongUse(complaint);
+    tools::SetProgram("lumetra-xa");
+    int code = kGood;
+    if (tools::AnswerHelp(argc, argv, kHelp, kOutput, &code)) return code;
+    Words words;
+    const std::string complaint = Parse(argc, argv, &words);
+    return complaint.empty() ? Run(words) : WrongUse(complaint);
 }

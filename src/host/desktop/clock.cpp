@@ -2,12 +2,10 @@
 #include <cstdlib>
 #include <ctime>
 
-#ifdef __linux__
 #include <sys/prctl.h>
-#endif
 #include <unistd.h>
 
-#include "host/desktop/copies.h"
+#include "host/desktop/instances.h"
 #include "host/desktop/log.h"
 #include "host/host.h"
 
@@ -20,11 +18,9 @@ uint64_t Nanoseconds() {
 }
 
 void SleepMilliseconds(uint32_t milliseconds) {
-#ifdef __linux__
-    // The kernel lets sleeps run over by 50 microseconds unless told.
+    // By default the kernel lets sleeps overrun by 50 microseconds.
     static const int told = prctl(PR_SET_TIMERSLACK, 1000UL);
     (void)told;
-#endif
     desktop::EndPostedRound();
     timespec end;
     clock_gettime(CLOCK_MONOTONIC, &end);

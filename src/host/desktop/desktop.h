@@ -13,11 +13,11 @@ int Scale();              // device pixels for one of the program's, sideways an
 Fl_Window* MainWindow();  // null while there is none
 
 void PushEvent(const Event& event);
-std::vector<int> TakeKeys();  // the keys that wait at the head of the queue: typed ahead for what opens now
-bool PumpWindowSystem(
-    double seconds);  // waits at most so long for something to come; false without a display
+std::vector<int> TakeKeys();  // the keys at the head of the queue: typed ahead for what opens now
+// Waits at most so long for an event; false without a display.
+bool PumpWindowSystem(double seconds);
 
-// From device pixels of the window system to the desktop's logical ones and back.
+// Between device pixels of the window system and logical desktop pixels.
 int LogicalX(int root_x);
 int LogicalY(int root_y);
 int RootX(int logical_x);

@@ -99,7 +99,7 @@ std::vector<std::string> WrapText(const std::string& text, int width, size_t mos
 
 void PlaceDialog(Fl_Window* window) {
     Fl_Window* main = MainWindow();
-    // A box may come up right behind the window.
+    // A box may open right after the window, before the window manager has placed that.
     for (int tries = 0; main && !native::HasCome(main) && tries < 20; ++tries) PumpWindowSystem(kTick);
     int x, y, w, h;
     int middle_x = 0, middle_y = 0;

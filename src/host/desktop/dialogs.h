@@ -11,8 +11,8 @@
 
 namespace host::desktop {
 
-// One of the dialogs that are open, each inside the loop of the one before. A popup menu gives way to any
-// other.
+// The loop of one open dialog. Dialogs nest: each runs inside the loop of the one before. An open popup menu
+// closes when another dialog opens. Lives on the stack of the call that shows the dialog.
 class ModalLoop {
 public:
     explicit ModalLoop(Pump pump);
@@ -20,8 +20,9 @@ public:
     ModalLoop& operator=(const ModalLoop&) = delete;
     ~ModalLoop();
 
-    bool too_deep() const;  // remote commands may open dialogs without end: the answer is then "cancelled"
-    void Run();             // until End, or until the pump says so
+    bool too_deep()
+        const;   // remote commands could nest dialogs without end: beyond a bound they count as cancelled
+    void Run();  // until End, or until the pump returns false
     void End() { m_done = true; }
     bool done() const { return m_done; }
     bool ended_by_pump() const { return m_ended_by_pump; }
@@ -36,15 +37,15 @@ private:
 int DialogUnit(int pixels);
 int DialogTextSize();
 
-// A font that has the letters: FLTK takes one font for a whole text and looks for no other.
+// A font that has the letters. FLTK draws a whole text in one font and does not substitute.
 Fl_Font FontFor(const std::string& text);
 Fl_Font FontForAnything();
 
-// Breaks at line feeds, blanks, and where it must between any two characters; UTF-8. The current FLTK font
-// counts.
+// Breaks UTF-8 text at line feeds and blanks, and inside a word that is wider than the line. Measures with
+// the current FLTK font.
 std::vector<std::string> WrapText(const std::string& text, int width, size_t most_lines);
 
-void PlaceDialog(Fl_Window* window);  // in the middle of the main window's screen, over it
+void PlaceDialog(Fl_Window* window);  // centred over the main window, or on the first screen
 void OpenPopupGivesWay();
 
 }  // namespace host::desktop

@@ -61,7 +61,7 @@ private:
     Fl_Box* m_where = nullptr;
     FileBrowser* m_browser = nullptr;
     Fl_Input* m_input = nullptr;
-    // No choice menu: while one is open, FLTK runs a loop in which messages of other copies would wait.
+    // No choice menu: while one is open, FLTK runs a loop in which messages of other instances would wait.
     Fl_Check_Button* m_all = nullptr;
 };
 

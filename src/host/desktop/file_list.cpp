@@ -16,7 +16,7 @@ char Lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// `*` and `?` only; goes back to the last `*` alone, so it takes no more than length times length steps.
+// `*` and `?` only. Backtracks to the last `*` alone, so it needs at most length squared steps.
 bool FitsOne(const std::string& name, const std::string& pattern) {
     size_t n = 0, p = 0, star = std::string::npos, retry = 0;
     while (n < name.size()) {
@@ -37,7 +37,7 @@ bool FitsOne(const std::string& name, const std::string& pattern) {
     return p == pattern.size();
 }
 
-// False when the bytes are not of that encoding.
+// False when the bytes are not valid in that encoding.
 bool Convert(const std::string& from, const char* encoding, std::string* out) {
     iconv_t converter = iconv_open("UTF-8", encoding);
     if (converter == reinterpret_cast<iconv_t>(-1)) return false;

@@ -1,4 +1,4 @@
-// What the file dialog lists. File names are bytes; what is shown of them is UTF-8.
+// What the file dialog lists. File names are bytes; their shown form is UTF-8.
 #pragma once
 
 #include <string>
@@ -12,21 +12,22 @@ struct FileEntry {
     bool folder = false;
 };
 
-// Folders first, then the files that fit, both by name; empty when the folder cannot be read. patterns:
-// "*.bms;*.bme", letter case does not matter, empty for all. Names that begin with a dot are left out, but
-// `..` is there.
+// Folders first, then the files that match, both sorted by name; empty when the folder cannot be read.
+// patterns: "*.bms;*.bme", in any letter case; empty matches all. Leaves out names that begin with a dot,
+// except `..`.
 std::vector<FileEntry> ListFolder(const std::string& folder, const std::string& patterns);
 
 bool FitsPatterns(const std::string& name, const std::string& patterns);
 
-// Bytes that are no UTF-8 are taken as CP932, and as Latin-1 when they are not that either.
+// Decodes a name as UTF-8, else as CP932, else as Latin-1.
 std::string ShownName(const std::string& name);
 
-std::string JoinPath(const std::string& folder,
-                     const std::string& name);  // name as it is when it begins with `/`
+// name unchanged when it begins with `/`.
+std::string JoinPath(const std::string& folder, const std::string& name);
 std::string ParentFolder(const std::string& folder);
 bool IsFolder(const std::string& path);
 bool IsFile(const std::string& path);
-std::string AbsoluteFolder(const std::string& folder);  // of one that exists, else the user's home, else "/"
+// The folder's real path when it exists, else the user's home, else "/".
+std::string AbsoluteFolder(const std::string& folder);
 
 }  // namespace host::desktop

@@ -13,13 +13,14 @@
 namespace host::desktop {
 namespace {
 
-// A full queue leaves the rest in the socket, and senders wait for room there.
+// When the queue is full the rest stays in the socket, and senders wait for room there.
 constexpr size_t kQueueBound = 10000;
 constexpr size_t kRoundBound = 1000;
-constexpr uint64_t kRoundNanoseconds =
-    10'000'000;  // a round ends by itself where no frame does it, as in a dialog
+// A round also ends after this time, because in a dialog no frame ends it.
+constexpr uint64_t kRoundNanoseconds = 10'000'000;
 
-// The kernel's word on who sent it, not the sender's.
+}  // namespace
+
 bool IsFromThisUser(msghdr* header) {
     for (cmsghdr* part = CMSG_FIRSTHDR(header); part; part = CMSG_NXTHDR(header, part)) {
         if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_CREDENTIALS) continue;
@@ -30,11 +31,9 @@ bool IsFromThisUser(msghdr* header) {
     return false;
 }
 
-}  // namespace
-
 Inbox::Inbox(int socket) : m_socket(socket) {
     if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0) m_pipe[0] = m_pipe[1] = -1;
-    // Signals are the main thread's.
+    // Signals go to the main thread.
     sigset_t all, old;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &old);
@@ -58,7 +57,7 @@ void Inbox::Run() {
     for (;;) {
         pollfd wait = {m_socket, POLLIN, 0};
         poll(&wait, 1, -1);
-        CopyMessage message;
+        InstanceMessage message;
         const bool good = Receive(&message);
         {
             std::unique_lock<std::mutex> lock(m_mutex);
@@ -69,9 +68,9 @@ void Inbox::Run() {
     }
 }
 
-bool Inbox::Receive(CopyMessage* message) {
-    uint8_t bytes[kCopyMessageBytes + 1];
-    // Room for the credentials alone: file handles that somebody sends along do not fit and are never opened.
+bool Inbox::Receive(InstanceMessage* message) {
+    uint8_t bytes[kInstanceMessageBytes + 1];
+    // Room for the credentials alone: file descriptors in a message do not fit and are never opened.
     alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
     iovec part = {bytes, sizeof(bytes)};
     msghdr header = {};
@@ -81,15 +80,16 @@ bool Inbox::Receive(CopyMessage* message) {
     header.msg_controllen = sizeof(control);
     const ssize_t count = recvmsg(m_socket, &header, MSG_DONTWAIT);
     if (count < 0 || (header.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) || !IsFromThisUser(&header)) return false;
-    return DecodeCopyMessage(bytes, static_cast<size_t>(count), message);
+    return DecodeInstanceMessage(bytes, static_cast<size_t>(count), message);
 }
 
-void Inbox::Keep(const CopyMessage& message) {
+void Inbox::Keep(const InstanceMessage& message) {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_queue.push_back(message);
     if (m_queue.size() == 1 && m_pipe[1] >= 0) {
         const char byte = 0;
-        [[maybe_unused]] const ssize_t written = write(m_pipe[1], &byte, 1);  // full: it is readable anyway
+        [[maybe_unused]] const ssize_t written =
+            write(m_pipe[1], &byte, 1);  // a full pipe is readable anyway
     }
 }
 

@@ -1,5 +1,5 @@
-// What other copies have sent: a small thread takes it off the socket from the announcement on, also while
-// the program loads a chart and polls nothing.
+// Receives what other instances send. A small thread empties the socket, so that messages are accepted also
+// while the program loads a chart and polls nothing.
 #pragma once
 
 #include <condition_variable>
@@ -7,35 +7,42 @@
 #include <mutex>
 #include <thread>
 
-#include "host/desktop/copy_message.h"
+#include "host/desktop/instance_message.h"
 #include "host/host.h"
+
+struct msghdr;
 
 namespace host::desktop {
 
+// Whether a received message carries this user's credentials. The kernel fills them in; the sender cannot
+// forge them.
+bool IsFromThisUser(msghdr* header);
+
+// Lives from the announcement to the withdrawal; see TakePosted for the meaning of a round.
 class Inbox {
 public:
-    explicit Inbox(int socket);  // borrowed, with SO_PASSCRED set
+    explicit Inbox(int socket);  // borrowed; SO_PASSCRED is set
     Inbox(const Inbox&) = delete;
     Inbox& operator=(const Inbox&) = delete;
-    ~Inbox();  // drops what is left
+    ~Inbox();  // drops what is still queued
 
-    bool Take(Event* event);  // as TakePosted
+    bool Take(Event* event);  // see TakePosted
     bool Waits();
     void EndRound();
     int signal() const { return m_pipe[0]; }
     void ClearSignal();
 
 private:
-    bool OpenRound();  // with the lock held; false when nothing may be taken now
+    bool OpenRound();  // needs m_mutex; false when nothing may be taken now
     void Run();
-    bool Receive(CopyMessage* message);  // false for what is to be dropped
-    void Keep(const CopyMessage& message);
+    bool Receive(InstanceMessage* message);  // false for what must be dropped
+    void Keep(const InstanceMessage& message);
 
     int m_socket;
     int m_pipe[2] = {-1, -1};
-    std::mutex m_mutex;
-    std::condition_variable m_room;
-    std::deque<CopyMessage> m_queue;
+    std::mutex m_mutex;              // guards everything below
+    std::condition_variable m_room;  // in m_queue
+    std::deque<InstanceMessage> m_queue;
     bool m_stop = false;
     bool m_in_round = false;
     size_t m_round_left = 0;

@@ -3,18 +3,18 @@
 
 #include <deque>
 
-#include "host/desktop/copies.h"
 #include "host/desktop/desktop.h"
+#include "host/desktop/instances.h"
 
 namespace host {
 namespace desktop {
 namespace {
 
 std::deque<Event> g_events;
-// Until then nothing is handed out behind a wish for the menu: what has been typed ahead is the menu's.
+// Until then nothing is handed out after a request for the menu: keys typed ahead belong to the menu.
 uint64_t g_held_until = 0;  // nanoseconds
 constexpr uint64_t kLongestHold = 10'000'000;
-int g_watched = -1;  // the signal that FLTK wakes up for
+int g_watched = -1;  // the descriptor that FLTK waits for
 
 void OnPosted(int, void*) {
     ClearPostedSignal();

@@ -1,26 +1,14 @@
 #include "host/desktop/input_method.h"
 
-#if defined(_WIN32) || defined(__APPLE__)
-
-namespace host::desktop {
-
-// FLTK's own is enough.
-InputMethod::InputMethod(Fl_Window* window) : m_window(window), m_outer(nullptr) {}
-InputMethod::~InputMethod() = default;
-
-}  // namespace host::desktop
-
-#else
-
 #include <FL/Fl.H>
 #include <FL/Fl_Window.H>
 #include <FL/x.H>
 
 #include <clocale>
 
-// FLTK 1.3 filters and looks up the keys of the window with the focus by this context, and makes one anew,
-// from the input method that the display was opened with, whenever the focus goes to another window. It
-// exports the variable but declares it nowhere.
+// FLTK 1.3 filters and looks up the keys of the focused window through this context. Whenever the focus moves
+// to another window it creates a new one from the input method that the display was opened with. It exports
+// the variable but declares it nowhere.
 extern XIC fl_xim_ic;
 
 namespace host::desktop {
@@ -28,25 +16,25 @@ namespace {
 
 InputMethod* g_innermost = nullptr;
 XIM g_method = nullptr;
-XIC g_toolkit = nullptr;  // FLTK's own, which ours stands for
+XIC g_toolkit = nullptr;  // FLTK's own, which ours replaces
 
 bool IsOurs(XIC context) {
     return context && g_method && XIMOfIC(context) == g_method;
 }
 
-// FLTK looks keys up in another way, for good, when it has no context at all.
+// Without any context FLTK switches to another way of looking up keys, for good.
 void GiveBack() {
     fl_xim_ic = g_toolkit;
     g_toolkit = nullptr;
 }
 
-// Its contexts are gone with it.
+// The input method's contexts are gone too.
 void OnMethodGone(XIM, XPointer, XPointer) {
     if (IsOurs(fl_xim_ic)) GiveBack();
     g_method = nullptr;
 }
 
-// Input methods go by the user's locale; the program itself keeps to "C".
+// Input methods depend on the user's locale; the program itself stays in "C".
 void OpenMethod() {
     if (g_method) return;
     setlocale(LC_CTYPE, "");
@@ -58,7 +46,7 @@ void OpenMethod() {
     XSetIMValues(g_method, XNDestroyCallback, &gone, nullptr);
 }
 
-// FLTK destroys a context that it replaces or gives up.
+// FLTK destroys a context that it replaces or drops.
 void GiveContext(Window window) {
     if (!g_method || IsOurs(fl_xim_ic)) return;
     XIC context = XCreateIC(g_method, XNInputStyle, XIMPreeditNothing | XIMStatusNothing, XNClientWindow,
@@ -66,7 +54,7 @@ void GiveContext(Window window) {
     if (!context) return;
     if (g_toolkit) XDestroyIC(g_toolkit);
     g_toolkit = fl_xim_ic;
-    if (g_toolkit) XUnsetICFocus(g_toolkit);  // or it takes the keys first
+    if (g_toolkit) XUnsetICFocus(g_toolkit);  // otherwise it takes the keys first
     fl_xim_ic = context;
     XSetICFocus(context);
 }
@@ -104,5 +92,3 @@ InputMethod::~InputMethod() {
 }
 
 }  // namespace host::desktop
-
-#endif

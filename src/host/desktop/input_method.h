@@ -1,15 +1,15 @@
-// How text is composed from keys in a window that takes text.
+// Composing text from keys in a window that takes text.
 #pragma once
 
 class Fl_Window;
 
 namespace host::desktop {
 
-// The user's input method for one window, from construction to destruction; the window is shown before and
-// hidden after. Several nest, as the windows do. Where there is no input method keys type what is on them.
+// The user's input method for one window, from construction to destruction. The window must be shown before
+// and hidden after. Objects nest as their windows do. Without an input method, keys type what is on them.
 //
-// The display is opened without one: reading the tables of composed keys takes longer than everything else
-// that stands between the program's start and its window, and the player itself takes no text.
+// The display is opened without one, because reading the tables of composed keys takes longer than everything
+// else between the program's start and its window, and the player itself takes no text.
 class InputMethod {
 public:
     explicit InputMethod(Fl_Window* window);

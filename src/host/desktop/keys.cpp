@@ -31,7 +31,7 @@ int VirtualKey(int fltk_key, const char* text) {
     if (fltk_key >= FL_KP + '0' && fltk_key <= FL_KP + '9') return 96 + fltk_key - FL_KP - '0';
     if (fltk_key == ' ' || (fltk_key >= '0' && fltk_key <= '9')) return fltk_key;
     if (fltk_key >= 'a' && fltk_key <= 'z') return fltk_key - 'a' + 'A';
-    // An input method hands on what it has composed without a key, a wide blank included.
+    // An input method delivers composed text without a key, a full-width blank included.
     if (fltk_key == 0 && text && (std::strcmp(text, " ") == 0 || std::strcmp(text, "\u3000") == 0)) return 32;
     return 0;
 }

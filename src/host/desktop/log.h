@@ -4,7 +4,7 @@
 
 namespace host::desktop {
 
-void Log(
-    const std::string& line);  // a line of the host's own, closed by a line feed, to where DebugText writes
+// Logs a line of the host itself, which ends with a line feed, to where DebugText writes.
+void Log(const std::string& line);
 
 }  // namespace host::desktop

@@ -52,13 +52,13 @@ std::string PathOfLine(const std::string& line) {
     if (line.compare(0, kScheme.size(), kScheme) != 0) return line[0] == '/' ? line : "";
     std::string path = line.substr(kScheme.size());
     if (path.compare(0, 2, "//") == 0) {
-        const size_t slash = path.find('/', 2);  // behind the machine's name, empty for this one
+        const size_t slash = path.find('/', 2);  // after the host name, which is empty for this machine
         path = slash == std::string::npos ? "" : path.substr(slash);
     }
     return DecodePercent(path);
 }
 
-// FLTK asks for the picture row by row when it draws it itself.
+// FLTK's own drawing asks for the picture row by row.
 void GiveRow(void* user, int x, int y, int width, unsigned char* out) {
     const native::Picture& picture = *static_cast<const native::Picture*>(user);
     for (int i = 0; i < width; ++i) {
@@ -114,7 +114,7 @@ void PlayerWindow::Show(int x, int y, int width, int height, const uint32_t* pix
     const int left = std::max(x, 0), top = std::max(y, 0);
     const int right = std::min(x + width, m_picture.width), bottom = std::min(y + height, m_picture.height);
     if (left >= right || top >= bottom) return;
-    // Only the rows that change go to the display: a player that stands still changes ten.
+    // Send only the rows that changed: a player at rest changes ten.
     int first = bottom, last = top;
     for (int row = top; row < bottom; ++row) {
         const uint32_t* from = pixels + static_cast<ptrdiff_t>(row - y) * stride + (left - x);
@@ -148,12 +148,12 @@ int PlayerWindow::HandleKey() {
     event.kind = EventKind::kKeyDown;
     event.key = VirtualKey(key, Fl::event_text());
     if (event.key && !Fl::event_state(FL_ALT | FL_META)) PushEvent(event);
-    return 1;  // also what has no code: FLTK would close the window at Esc
+    return 1;  // also keys without a code: FLTK would close the window at Esc
 }
 
 int PlayerWindow::HandlePush() {
     if (Fl::event_button() == FL_RIGHT_MOUSE) PushMenu(Fl::event_x_root(), Fl::event_y_root());
-    // Every second press of a quick row is a double click.
+    // Every second press of a quick series is a double click.
     if (Fl::event_button() == FL_LEFT_MOUSE && Fl::event_clicks() % 2 == 1) {
         Event event;
         event.kind = EventKind::kDoubleClick;

@@ -9,7 +9,7 @@ namespace host::desktop {
 
 class PlayerWindow : public Fl_Window {
 public:
-    PlayerWindow(int width, int height, int scale);  // in pixels of the program; black
+    PlayerWindow(int width, int height, int scale);  // in logical pixels; starts black
 
     const native::Picture& picture() const { return m_picture; }
     void SetClientSize(int width, int height);
@@ -26,10 +26,10 @@ private:
     void Paste();
     void FixSize();
 
-    native::Picture m_picture;  // what the window shows, kept for parts that are uncovered
+    native::Picture m_picture;  // what the window shows, to redraw exposed parts
 };
 
-// The first local file of a list of addresses or paths, one to a line; empty when there is none.
+// The first local file of a list of URIs or paths, one per line; empty when there is none.
 std::string DroppedPath(const std::string& text);
 
 }  // namespace host::desktop

@@ -1,6 +1,5 @@
-// What FLTK itself does not offer, by window system. native_x11.cpp has the body for X11, native_other.cpp
-// one that makes do with FLTK's own calls; a build takes the one that fits. All coordinates are device
-// pixels.
+// What FLTK does not offer on X11: placing by the frame's corner, staying on top, drawing pictures directly.
+// All coordinates are device pixels.
 #pragma once
 
 #include <cstdint>
@@ -21,31 +20,31 @@ struct Picture {
     std::vector<uint32_t> pixels;  // 0x00RRGGBB
 };
 
-bool HasDisplay();   // tries, and keeps nothing
+bool HasDisplay();   // tries to connect, and disconnects
 bool OpenDisplay();  // false when there is none; cheap once it is open
 int DisplayScale();  // 1 on ordinary screens
 
-// Shows a new window, black, topmost from its first moment. place: outer corner, null for the window
-// manager's choice.
+// Shows a new window, black, topmost from the start. place: outer corner, null lets the window manager
+// choose.
 void ShowFirst(Fl_Window* window, const int* place, bool topmost);
 void MoveOuter(Fl_Window* window, int x, int y);
 void KeepOnTop(Fl_Window* window);
-void Flush();  // sends what waits to be sent, without waiting for an answer
+void Flush();  // sends pending requests without waiting for an answer
 
-// Client area's corner and frame; asks the display only after something has changed.
+// The client area's corner and the frame. Asks the display only when something has changed.
 void WhereIs(Fl_Window* window, int* x, int* y, Frame* frame);
 
-// Whether the window has come to the screen, so that its place is final as far as the window manager goes.
+// Whether the window is mapped, so that the window manager has chosen its place.
 bool HasCome(Fl_Window* window);
 
-// Puts a part of the picture (in its own pixels) at its place in the window. False when that is beyond this
-// display: then the caller has FLTK draw it.
+// Puts a part of the picture (in its own pixels) at its place in the window. False when this display's pixel
+// format does not allow it: then the caller has FLTK draw it.
 bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int width, int height);
 
-// The window is about to be hidden.
+// Call before the window is hidden.
 void Forget(Fl_Window* window);
 
-// A font family that has Japanese letters, empty when none is known.
+// A font family with Japanese letters, empty when none is installed.
 std::string JapaneseFont();
 
 }  // namespace host::desktop::native

@@ -1,5 +1,4 @@
-// The popup menu. FLTK's own runs a loop that nothing but its user can end, and a posted quit must end this
-// one.
+// The popup menu. Only the user can end the loop of FLTK's own menu; ours must also end at a posted quit.
 #include <FL/Fl.H>
 #include <FL/Fl_Menu_Window.H>
 #include <FL/fl_draw.H>
@@ -28,7 +27,7 @@ std::string WithoutMark(const std::string& text) {
     return out;
 }
 
-// The code of the key that chooses the item: that of the letter behind `&`.
+// The key code that chooses the item: that of the letter after `&`.
 int Mnemonic(const std::string& text) {
     const size_t at = text.find('&');
     return at != std::string::npos && at + 1 < text.size()
@@ -150,7 +149,7 @@ int PopupWindow::handle(int event) {
                 Fl::event_y_root() >= y() + h()) {
                 Choose(-1);
             }
-            m_start_x = INT32_MIN / 4;  // from now on any release counts
+            m_start_x = INT32_MIN / 4;  // from now on every release counts
             return 1;
         case FL_RELEASE:
             if (RowAt() >= 0 && HasMoved()) Choose(RowAt());
@@ -180,7 +179,7 @@ void PopupWindow::draw() {
         }
         fl_color(marked ? FL_WHITE : FL_FOREGROUND_COLOR);
         fl_font(FL_HELVETICA, DialogTextSize());
-        fl_draw_shortcut = 1;  // the letter behind `&` is underlined
+        fl_draw_shortcut = 1;  // underlines the letter after `&`
         fl_draw(row.text.c_str(), indent, row.y, w() - 2 * indent, row.height, FL_ALIGN_LEFT, nullptr, 0);
         fl_draw_shortcut = 0;
     }
@@ -203,7 +202,7 @@ std::vector<Row> LayOut(const std::vector<MenuItem>& items, int* width, int* hei
     return rows;
 }
 
-// At the point asked for, or before it where the screen ends.
+// At x, y, or to the left and above where the screen ends.
 void Place(PopupWindow* window, int x, int y) {
     int sx, sy, sw, sh;
     Fl::screen_xywh(sx, sy, sw, sh, x, y);

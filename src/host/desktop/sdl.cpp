@@ -7,11 +7,7 @@
 namespace host::desktop {
 namespace {
 
-#if defined(__APPLE__)
-constexpr char kLibrary[] = "libSDL2-2.0.0.dylib";
-#else
 constexpr char kLibrary[] = "libSDL2-2.0.so.0";
-#endif
 
 void* g_library = nullptr;
 Sdl g_sdl;

@@ -1,5 +1,5 @@
-// SDL's audio calls, loaded when the sound device is opened: linked in, SDL and the forty libraries behind it
-// would cost every start of the program 5 ms, and a copy that only hands on a command opens no device.
+// SDL's audio calls, loaded when the sound device is opened. Linked in, SDL and the forty libraries that it
+// needs would cost every start 5 ms, and an instance that only hands on a command opens no device.
 #pragma once
 
 #define SDL_MAIN_HANDLED
@@ -19,14 +19,14 @@ struct Sdl {
     decltype(&SDL_GetError) GetError;
 };
 
-// SDL asks the session bus for a faster thread; without a bus that would start one, in a child process, and
-// leave it behind. To be called before the thread that loads SDL begins.
+// SDL asks the session bus for a thread of higher priority. Without a bus that would start one in a child
+// process and leave it running. Call before the thread that loads SDL starts.
 void StartNoSessionBus();
 
 const Sdl* LoadSdl();  // null when SDL is not installed; stays loaded. One thread at a time.
 
-// ALSA complains on standard error about a machine without a sound card; one line of ours says it. After
-// LoadSdl.
+// Silences ALSA's complaints on standard error about a machine without a sound card: we log one line
+// ourselves. Call after LoadSdl.
 void QuietAlsa();
 
 }  // namespace host::desktop

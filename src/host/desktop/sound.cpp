@@ -1,4 +1,4 @@
-// Sound output through SDL's audio subsystem, and a silent device where that has none.
+// Sound output through SDL's audio subsystem, or a silent device where that has none.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -10,14 +10,14 @@
 #include <system_error>
 #include <thread>
 
-#include "host/desktop/block_clock.h"
+#include "host/desktop/drift_tracker.h"
 #include "host/desktop/sdl.h"
 #include "host/host.h"
 
 namespace {
 
-// Of a block: 8.7 ms at 44,100 Hz. With 256 a sound server runs dry now and then while all processors are
-// busy; from a start to the output it takes about 17 ms there.
+// Frames per block: 8.7 ms at 44,100 Hz, which gives about 17 ms from a start to the output of a sound
+// server. With 256 frames a server underruns now and then while all processors are busy.
 constexpr int kFrames = 384;
 
 struct Output {
@@ -27,23 +27,23 @@ struct Output {
     const int rate;
     const host::MixCallback callback;
     void* const user;
-    host::BlockClock clock;
+    host::DriftTracker clock;
     const host::desktop::Sdl* sdl = nullptr;
     SDL_AudioDeviceID device = 0;
     std::atomic<bool> stop = false;
     std::thread opener;
 };
 
-Output* g_output = nullptr;  // left alone at the end of a process that does not close it
+Output* g_output = nullptr;  // never destroyed when the process ends without closing it
 
 void Pause(uint64_t nanoseconds) {
     std::this_thread::sleep_for(std::chrono::nanoseconds(nanoseconds));
 }
 
-// On SDL's thread. The size is always that of a block.
+// Runs on SDL's thread, always with the size of one block.
 void Fill(void* user, Uint8* bytes, int size) {
     auto& output = *static_cast<Output*>(user);
-    const host::BlockClock::Block block = output.clock.Next(host::Nanoseconds());
+    const host::DriftTracker::Block block = output.clock.Next(host::Nanoseconds());
     if (block.silent || output.stop) {
         std::memset(bytes, 0, static_cast<size_t>(size));
         if (output.stop) Pause(static_cast<uint64_t>(output.clock.Length()));
@@ -54,8 +54,8 @@ void Fill(void* user, Uint8* bytes, int size) {
     output.callback(output.user, reinterpret_cast<float*>(bytes), frames, block.time);
 }
 
-// Left to itself SDL's file driver rests so long after each block that a busy machine makes it fall behind
-// for good; the clock of the blocks is all the pace that it needs.
+// By default SDL's file driver sleeps after each block, so that on a busy machine it falls behind for good.
+// The drift tracker already paces it.
 void HurryFileDriver() {
     const char* driver = std::getenv("SDL_AUDIODRIVER");
     if (driver != nullptr && std::strcmp(driver, "disk") == 0) setenv("SDL_DISKAUDIODELAY", "0", 0);
@@ -88,7 +88,7 @@ bool OpenDevice(Output* output) {
     return true;
 }
 
-// Mixes as a device would ask for it, to nobody's ears.
+// Mixes at the pace of a device and drops the result.
 void RunSilent(Output* output) {
     std::array<float, 2 * kFrames> block;
     const double length = output->clock.Length();
@@ -100,8 +100,8 @@ void RunSilent(Output* output) {
     }
 }
 
-// Looking for a device takes longer than the rest of the start-up, so it has a thread of its own; what is
-// started meanwhile is heard from where it is when the device runs.
+// Opening a device takes longer than the rest of the start-up, so it has its own thread. A sound that is
+// started meanwhile is heard from where it would be by the time the device runs.
 void OpenAndRun(Output* output) {
     if (OpenDevice(output)) return;
     char line[256];
@@ -117,7 +117,7 @@ namespace host {
 
 bool OpenSound(int rate, MixCallback callback, void* user) {
     if (g_output != nullptr || rate <= 0) return false;
-    HurryFileDriver();  // here, as the environment is not for threads
+    HurryFileDriver();  // here, because changing the environment is not thread-safe
     host::desktop::StartNoSessionBus();
     auto output = std::make_unique<Output>(rate, callback, user);
     try {

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "host/desktop/copies.h"
 #include "host/desktop/desktop.h"
+#include "host/desktop/instances.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/native.h"
 
@@ -182,7 +182,7 @@ void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int
 
 void Shutdown() {
     CloseSound();
-    WithdrawCopy();
+    WithdrawInstance();
     CloseWindow();
 }
 

@@ -6,16 +6,16 @@
 
 namespace {
 
-// A program that waits by reading the clock over and over would wait for ever on a clock that only sleeping
-// moves: so many readings without a movement make a millisecond pass. Each order to a sound buffer reads the
-// clock too, so they are far more than the largest chord of a chart takes, which must not be torn apart.
+// A program that spins on the clock would wait for ever, because only sleeping moves it. So this many
+// readings in a row advance it by a millisecond. Each call on a sound buffer reads the clock too; the bound
+// is far above what the largest chord of a chart needs, so that its notes still start together.
 constexpr int kSpinReadings = 1 << 17;
 
 uint64_t g_clock = headless::kClockOrigin;
 int g_readings = 0;
 std::string g_log;
 
-// Function-local, so that a part of the host may add its hook before main.
+// Function-local, so that other files of the host can add hooks before main.
 std::vector<headless::ClockHook>& ClockHooks() {
     static std::vector<headless::ClockHook> hooks;
     return hooks;

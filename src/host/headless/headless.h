@@ -1,9 +1,9 @@
 // The headless host's own interface: the script that goes in and the captures that come out.
 //
 // Nothing here waits for real time. The clock is virtual: it moves when the program sleeps or waits, when a
-// modal dialog takes the script's next action, and a little when the program reads it over and over. A
-// program run is thus the same each time, and as fast as its own work. One thread; `ms` counts from
-// kClockOrigin, the start of a run.
+// modal dialog takes the script's next action, and a little when the program spins on it. So a run is the
+// same each time, and takes no longer than its own work. Single-threaded. `ms` counts from kClockOrigin, the
+// start of a run.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@
 
 namespace headless {
 
-// Back to the state of a fresh process: clock at kClockOrigin, no script, no captures, no window, no copies,
-// default desktop, no failures asked for.
+// Back to the state of a fresh process: clock at kClockOrigin, no script, no captures, no window, no
+// instances, default desktop, no failures asked for.
 void Reset();
 
 // ---- clock: moved by sleeping, by the script and by a reader that spins ----
@@ -26,29 +26,28 @@ void AdvanceClock(uint64_t nanoseconds);
 uint64_t Clock();  // without counting as a reading
 uint64_t Now();    // ms since the origin
 
-// Called whenever the clock has moved forward, with its readings before and after; such as to let sound
-// sound. A hook stays for the whole process, also across Reset, and is kept once however often it is given.
-// It may read the clock, not move it.
+// Called whenever the clock has moved forward, with its readings before and after; the sound output mixes in
+// it. A hook stays for the whole process, also across Reset; adding it twice has no effect. It may read the
+// clock but not move it.
 using ClockHook = void (*)(uint64_t before, uint64_t now);
 void OnClock(ClockHook hook);
 
-// Called by Reset, so that a part of the host with a state of its own goes back to that of a fresh process.
-// Kept as a clock hook is.
+// Called by Reset, so that other files of the host can reset their state. Kept like a clock hook.
 using ResetHook = void (*)();
 void OnReset(ResetHook hook);
 
 // ---- script ----
 //
-// Each action happens at the first moment at or after its time at which the program looks for events, or
-// while it is in a modal dialog. A dialog takes the actions in order and jumps the clock to their times,
-// delivering messages after each, until one of them answers it. Keys answer too: Enter, Space and Esc close a
-// box, Esc cancels the file dialog and the menu; other input does not reach the program behind a dialog, as
-// with a real one. When the script ends first, the dialog is dismissed and a fault is recorded. An answer
-// goes to the innermost open dialog of its kind; without one it is a fault.
+// An action happens when the program first polls for events at or after its time, or inside a modal dialog. A
+// dialog takes the actions in order, jumps the clock to their times and delivers messages after each, until
+// one answers it. Keys answer too: Enter, Space and Esc close a box; Esc cancels the file dialog and the
+// menu. Other input does not reach the program while a dialog is open, as on a desktop. When the script ends
+// first, the dialog is dismissed and a fault is recorded. An answer goes to the innermost open dialog of its
+// kind; without one it is a fault.
 enum class ActionKind {
-    kEvent,       // event, as PollEvent gives it: input of the user or a message of another copy
+    kEvent,       // event, as PollEvent returns it: user input or a message of another instance
     kMoveWindow,  // the user moves the window's outer corner to x, y
-    kResize,      // ... or gives the client area the size x, y
+    kResize,      // ... or resizes the client area to x, y
     kAnswerBox,
     kAnswerFile,  // text: the path chosen, in this machine's form; empty: cancelled
     kAnswerMenu,  // id; 0: dismissed
@@ -84,23 +83,22 @@ struct Step {
 };
 using Script = std::vector<Step>;
 
-void At(uint64_t ms, Action action);  // behind what is already there for that time
+void At(uint64_t ms, Action action);  // after what is already scheduled for that time
 void AddScript(const Script& script);
 size_t ActionsLeft();
 
-// From this time on the host asks the program to close, once in each second, so that no run goes on for ever;
-// a program that ignores ten of these is aborted. Dialogs that are still open by then are dismissed.
+// From this time on the host asks the program to close, once a second, so that no run goes on for ever. A
+// program that ignores ten requests is aborted. Dialogs that are still open then are dismissed.
 constexpr uint64_t kDefaultEnd = 120'000;  // ms
 void EndAt(uint64_t ms);
 bool EndReached();  // the host has asked at least once
 
-// What went otherwise than scripted: dialogs left unanswered, answers without a question. Empty in a good
-// run.
+// What did not follow the script: dialogs left unanswered, answers without a dialog. Empty in a good run.
 const std::vector<std::string>& Faults();
 
 // ---- captures ----
 
-// A picture shown: a rectangle of the client area, rows stride pixels apart, valid during the call only.
+// A picture that was shown: a rectangle of the client area. Valid during the call only.
 struct Frame {
     uint64_t time;  // ns, as Clock()
     int x, y, width, height;
@@ -108,11 +106,10 @@ struct Frame {
     int stride;
 };
 using FrameCallback = std::function<void(const Frame&)>;
-void OnFrame(FrameCallback callback);  // each picture as it comes; null for none. Dropped by Reset
+void OnFrame(FrameCallback callback);  // called for each picture; null for none. Reset drops it
 uint64_t FrameCount();
 
-// What the client area shows, as long as KeepPicture is on, as it is after Reset. It costs a copy for each
-// frame.
+// What the client area shows, while KeepPicture is on (the default after Reset). Costs a copy per frame.
 struct Picture {
     int width = 0, height = 0;
     std::vector<uint32_t> pixels;  // 0x00RRGGBB, top row first
@@ -124,7 +121,7 @@ struct Box {
     uint64_t ms;
     std::string text, caption;
     host::BoxIcon icon;
-    bool answered;  // by the script; false also while it is open
+    bool answered;  // by the script; false while it is open
 };
 const std::vector<Box>& Boxes();
 
@@ -146,7 +143,7 @@ struct Menu {
 };
 const std::vector<Menu>& Menus();
 
-const std::vector<std::string>& Titles();  // each title in turn, that of the opening included
+const std::vector<std::string>& Titles();  // all titles in order, the first one included
 const std::string& Log();                  // text for the debugger, as one string
 
 // ---- the window and its desktop ----
@@ -164,25 +161,26 @@ struct Extents {
     int left = 0, top = 0, right = 0, bottom = 0;
 };
 void SetDesktop(int width, int height);      // 1280 by 1024 after Reset
-void SetFrameExtents(const Extents& frame);  // of windows opened later; none after Reset
-void SetDefaultPlace(int x, int y);  // where a window goes that asks for no place; 100, 100 after Reset
+void SetFrameExtents(const Extents& frame);  // for windows opened later; none after Reset
+void SetDefaultPlace(int x, int y);          // of a window that asks for no place; 100, 100 after Reset
 
-// ---- other copies ----
+// ---- other instances ----
 
 struct PostedMessage {
     uint64_t ms;
-    uint64_t copy;
+    uint64_t instance;
     uint32_t message;
     int64_t wparam, lparam;
 };
-void AddCopy(uint64_t id, const std::string& class_name);
-void RemoveCopy(uint64_t id);
-const std::vector<PostedMessage>& PostedToCopies();  // in order, to copies that were there
-const std::string& AnnouncedClass();                 // empty: not announced
+void AddInstance(uint64_t id, const std::string& class_name);
+void RemoveInstance(uint64_t id);
+const std::vector<PostedMessage>&
+PostedToInstances();                  // in order; without those to instances that did not exist
+const std::string& AnnouncedClass();  // empty: not announced
 
 // ---- failures ----
 
 void FailOpenWindow(bool fail);
-void FailListCopies(bool fail);
+void FailListInstances(bool fail);
 
 }  // namespace headless

@@ -1,4 +1,4 @@
-// Shared by the parts of the headless host.
+// Shared by the files of the headless host.
 #pragma once
 
 #include "host/headless/headless.h"
@@ -15,17 +15,17 @@ struct Modal {
     int id = 0;
 };
 
-// Answers the innermost open dialog of that kind that has no answer yet; null when there is none.
+// The innermost open dialog of that kind without an answer yet; null when there is none.
 Modal* FindModal(ModalKind kind);
 bool InModal();
 
-// Gives an input event to the innermost dialog, which may take it as its answer.
+// Passes an input event to the innermost dialog, which may take it as its answer.
 void InputToModal(const host::Event& event);
 
 void AddFault(const std::string& what);
 
-// Takes the script's next action, also one of the future, to whose time the clock then jumps. False when
-// there is none before the end of the run.
+// Performs the script's next action; the clock jumps to its time if that lies ahead. False when there is none
+// before the end of the run.
 bool TakeNextAction();
 
 void MoveTo(int x, int y);

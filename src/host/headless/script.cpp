@@ -77,7 +77,7 @@ void Perform(const Action& action) {
     }
 }
 
-// A dialog takes its actions one by one, since what follows its answer is not for it.
+// A dialog takes its actions one by one, because those after its answer are not for it.
 void PerformDue() {
     if (InModal()) return;
     while (!g_script.script.empty() && g_script.script.front().ms <= Now()) {

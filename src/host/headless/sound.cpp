@@ -13,7 +13,7 @@ constexpr uint64_t kSecond = 1'000'000'000;
 struct Output {
     host::MixCallback callback = nullptr;  // null: closed
     void* user = nullptr;
-    int64_t next = 0;  // the frame that comes next
+    int64_t next = 0;  // the next frame to mix
     bool refuse = false;
     bool stalled = false;
     headless::SoundSink sink = nullptr;
@@ -28,7 +28,7 @@ int64_t FrameAt(uint64_t time, int rate) {
     return static_cast<int64_t>(time / kSecond * r + time % kSecond * r / kSecond);
 }
 
-// The first reading at which a frame has begun.
+// The first clock reading at which a frame has begun.
 uint64_t TimeOf(int64_t frame, int rate) {
     const auto n = static_cast<uint64_t>(frame), r = static_cast<uint64_t>(rate);
     return n / r * kSecond + (n % r * kSecond + r - 1) / r;
@@ -61,7 +61,7 @@ void OnClock(uint64_t, uint64_t now) {
     while (g_output.next < end) MixBlock(static_cast<int>(std::min<int64_t>(kBlock, end - g_output.next)));
 }
 
-// Whatever is still open goes on from the clock's origin.
+// An output that is still open continues from the clock's origin.
 void OnReset() {
     g_output.refuse = g_output.stalled = false;
     g_output.sink = nullptr;

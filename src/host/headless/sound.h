@@ -1,4 +1,4 @@
-// What the headless host's sound output has given: to compare in tests, or to pass on as it comes.
+// The sound output of the headless host: captured for tests, or passed on to a sink.
 #pragma once
 
 #include <cstddef>
@@ -7,18 +7,18 @@
 
 namespace headless {
 
-// Output frame n sounds at n / rate seconds of the clock, counted from kClockOrigin: what happens at a
-// reading t is heard from frame floor((t - kClockOrigin) * rate / 1e9) on.
+// Output frame n sounds n / rate seconds after kClockOrigin: what happens at a clock reading t is heard from
+// frame floor((t - kClockOrigin) * rate / 1e9) on.
 int64_t SoundFrame(uint64_t nanoseconds);
 
 bool SoundIsOpen();
-int SoundRate();  // of the output that is open, or was last; 0 before the first
+int SoundRate();  // of the current or the last output; 0 before the first
 
-// All sound since the output was opened, up to the clock; interleaved stereo. Kept until it is opened anew or
-// Reset.
+// All sound since the output was opened, up to the clock; interleaved stereo. Kept until it is opened again
+// or Reset.
 struct SoundCapture {
     int rate = 0;
-    int64_t first = 0;  // the frame that samples[0] and [1] are
+    int64_t first = 0;  // the frame of samples[0] and [1]
     std::vector<float> samples;
 
     int64_t End() const { return first + static_cast<int64_t>(samples.size() / 2); }
@@ -29,16 +29,16 @@ struct SoundCapture {
 };
 const SoundCapture& Sound();
 
-// Instead of keeping it: called for each run of frames, in order. Null to keep it again. Reset forgets the
-// sink.
+// A sink receives each block of frames in order, instead of the capture. Null captures again. Reset removes
+// the sink.
 using SoundSink = void (*)(void* user, const float* samples, int frames, int rate);
 void SetSoundSink(SoundSink sink, void* user);
 
-// The next openings of the output fail.
+// Opening the output fails while this is on.
 void RefuseSound(bool refuse);
 
-// The device asks for nothing while this is on, as one does that is still being opened or that stands still;
-// what sounds then is silence.
+// The device asks for nothing while this is on, like one that is still being opened or hangs; the output is
+// silence.
 void StallSound(bool stall);
 
 }  // namespace headless

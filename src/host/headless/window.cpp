@@ -40,7 +40,7 @@ void SetClient(int outer_x, int outer_y, int width, int height) {
     picture.pixels.assign(static_cast<size_t>(Width()) * static_cast<size_t>(Height()), 0);
 }
 
-// The part of the picture that lies in the client area goes into what is shown.
+// Copies the part inside the client area into the shown picture.
 void Keep(const Frame& frame) {
     Picture& picture = g_state.picture;
     const int left = std::max(frame.x, 0), right = std::min(frame.x + frame.width, picture.width);

@@ -1,0 +1,388 @@
+#include "host/desktop/native.h"
+
+#include <FL/Fl.H>
+#include <FL/Fl_Window.H>
+#include <FL/x.H>
+#include <fontconfig/fontconfig.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+#include "host/desktop/log.h"
+#include "host/host.h"
+
+namespace host::desktop::native {
+namespace {
+
+constexpr uint64_t kRaiseEvery = 500'000'000;  // ns; does not flood a window manager that refuses
+
+struct MainWindowState {
+    Window id = None;
+    GC gc = nullptr;
+    bool topmost = false;
+    bool managed = false;      // a window manager that keeps window states is running
+    bool above = false;        // it has set the "above" state
+    bool covered = false;      // without one: another window covers ours
+    bool place_known = false;  // x, y and frame are up to date
+    bool mapped = false;
+    bool background = false;  // the server still paints exposed parts black
+    int x = 0, y = 0;
+    Frame frame = {0, 0, 0, 0};
+    uint64_t last_raise = 0;
+};
+
+MainWindowState g_main;
+Atom g_state, g_above, g_extents, g_check;
+
+// Ours come first; the others are those that FLTK asks for one by one while it opens the display and its
+// first window. Xlib caches them, so fetching all at once costs one round trip instead of forty.
+const char* const kAtoms[] = {"_NET_WM_STATE",
+                              "_NET_WM_STATE_ABOVE",
+                              "_NET_FRAME_EXTENTS",
+                              "_NET_SUPPORTING_WM_CHECK",
+                              "WM_DELETE_WINDOW",
+                              "WM_PROTOCOLS",
+                              "_MOTIF_WM_HINTS",
+                              "TARGETS",
+                              "CLIPBOARD",
+                              "TIMESTAMP",
+                              "PRIMARY_TIMESTAMP",
+                              "CLIPBOARD_TIMESTAMP",
+                              "XdndAware",
+                              "XdndSelection",
+                              "XdndEnter",
+                              "XdndTypeList",
+                              "XdndPosition",
+                              "XdndLeave",
+                              "XdndDrop",
+                              "XdndStatus",
+                              "XdndActionCopy",
+                              "XdndFinished",
+                              "text/uri-list",
+                              "text/plain;charset=UTF-8",
+                              "text/plain;charset=utf-8",
+                              "text/plain",
+                              "TEXT",
+                              "COMPOUND_TEXT",
+                              "UTF8_STRING",
+                              "image/bmp",
+                              "image/png",
+                              "INCR",
+                              "_NET_WM_PID",
+                              "_NET_WM_NAME",
+                              "_NET_WM_ICON_NAME",
+                              "_NET_WM_STATE_FULLSCREEN",
+                              "_NET_WM_FULLSCREEN_MONITORS",
+                              "_NET_WORKAREA",
+                              "_NET_WM_ICON",
+                              "_NET_ACTIVE_WINDOW"};
+
+void InternAtoms(Display* display) {
+    Atom atoms[std::size(kAtoms)] = {};
+    XInternAtoms(display, const_cast<char**>(kAtoms), static_cast<int>(std::size(kAtoms)), False, atoms);
+    g_state = atoms[0], g_above = atoms[1], g_extents = atoms[2], g_check = atoms[3];
+}
+
+// A property of 32-bit items; empty when it is missing or of another type.
+std::vector<unsigned long> ReadProperty(Window window, Atom name, Atom type) {
+    Atom actual_type;
+    int format;
+    unsigned long count = 0, left;
+    unsigned char* data = nullptr;
+    std::vector<unsigned long> items;
+    if (XGetWindowProperty(fl_display, window, name, 0, 64, False, type, &actual_type, &format, &count, &left,
+                           &data) == Success &&
+        data) {
+        if (format == 32 && actual_type == type) {
+            const unsigned long* values = reinterpret_cast<const unsigned long*>(data);
+            items.assign(values, values + count);
+        }
+        XFree(data);
+    }
+    return items;
+}
+
+bool IsManaged() {
+    return !ReadProperty(RootWindow(fl_display, fl_screen), g_check, XA_WINDOW).empty();
+}
+
+void ReadAbove() {
+    const std::vector<unsigned long> states = ReadProperty(g_main.id, g_state, XA_ATOM);
+    g_main.above = std::find(states.begin(), states.end(), g_above) != states.end();
+}
+
+// Records the server's events for the main window before FLTK handles them.
+int Watch(void* event, void*) {
+    const XEvent& e = *static_cast<XEvent*>(event);
+    if (e.xany.window != g_main.id || g_main.id == None) return 0;
+    switch (e.type) {
+        case ConfigureNotify:
+        case ReparentNotify:
+        case MapNotify:
+            g_main.place_known = false;
+            if (e.type == MapNotify) g_main.mapped = true;
+            break;
+        case VisibilityNotify:
+            g_main.covered = e.xvisibility.state != VisibilityUnobscured;
+            break;
+        case PropertyNotify:
+            if (e.xproperty.atom == g_extents) g_main.place_known = false;
+            if (e.xproperty.atom == g_state) ReadAbove();
+            break;
+    }
+    return 0;
+}
+
+// The frame, measured from the outermost window around ours, when the window manager does not publish it.
+Frame FrameByTree(Window id, int x, int y, int width, int height) {
+    Window root = None, parent = None, *children = nullptr;
+    unsigned count;
+    Window outermost = id;
+    for (int depth = 0; depth < 16; ++depth) {
+        if (!XQueryTree(fl_display, outermost, &root, &parent, &children, &count)) return {0, 0, 0, 0};
+        if (children) XFree(children);
+        if (parent == None || parent == root) break;
+        outermost = parent;
+    }
+    if (outermost == id) return {0, 0, 0, 0};
+    int fx, fy;
+    unsigned fw, fh, border, bits;
+    XGetGeometry(fl_display, outermost, &root, &fx, &fy, &fw, &fh, &border, &bits);
+    const int right = fx + static_cast<int>(fw + 2 * border), bottom = fy + static_cast<int>(fh + 2 * border);
+    return {std::max(0, x - fx), std::max(0, right - x - width), std::max(0, y - fy),
+            std::max(0, bottom - y - height)};
+}
+
+Frame ReadFrame(Fl_Window* window) {
+    const std::vector<unsigned long> widths = ReadProperty(g_main.id, g_extents, XA_CARDINAL);
+    if (widths.size() == 4) {
+        auto width = [&](int i) { return static_cast<int>(std::min(widths[i], 1000ul)); };
+        return {width(0), width(1), width(2), width(3)};
+    }
+    return FrameByTree(g_main.id, g_main.x, g_main.y, window->w(), window->h());
+}
+
+// Sends position and black background together with the request that creates the window.
+void PlaceNewWindow(Fl_Window* window, const int* place) {
+    const Window id = fl_xid(window);
+    XSetWindowBackground(fl_display, id, BlackPixel(fl_display, fl_screen));
+    XSizeHints hints = {};
+    hints.flags = PMinSize | PMaxSize | PWinGravity;
+    hints.min_width = hints.max_width = window->w();
+    hints.min_height = hints.max_height = window->h();
+    hints.win_gravity = NorthWestGravity;
+    if (place) {
+        hints.flags |= USPosition;
+        hints.x = place[0], hints.y = place[1];
+        XMoveWindow(fl_display, id, place[0], place[1]);
+    }
+    XSetWMNormalHints(fl_display, id, &hints);
+}
+
+bool FitsDirectly() {
+    const XVisualInfo* visual = fl_visual;
+    return visual && visual->c_class == TrueColor && (visual->depth == 24 || visual->depth == 32) &&
+           visual->red_mask == 0xFF0000 && visual->green_mask == 0xFF00 && visual->blue_mask == 0xFF;
+}
+
+// An image header for pixels that the caller keeps.
+XImage ImageOver(const uint32_t* pixels, int width, int height) {
+    XImage image = {};
+    image.width = width, image.height = height;
+    image.format = ZPixmap;
+    image.data = reinterpret_cast<char*>(const_cast<uint32_t*>(pixels));
+    const uint32_t one = 1;
+    image.byte_order = *reinterpret_cast<const char*>(&one) ? LSBFirst : MSBFirst;
+    image.bitmap_bit_order = image.byte_order;
+    image.bitmap_unit = image.bitmap_pad = 32;
+    image.depth = fl_visual->depth;
+    image.bits_per_pixel = 32;
+    image.bytes_per_line = width * 4;
+    image.red_mask = fl_visual->red_mask;
+    image.green_mask = fl_visual->green_mask;
+    image.blue_mask = fl_visual->blue_mask;
+    XInitImage(&image);
+    return image;
+}
+
+void PutEnlarged(Window id, const Picture& picture, int x, int y, int width, int height) {
+    static std::vector<uint32_t> rows;
+    const int s = picture.scale;
+    rows.resize(static_cast<size_t>(width) * s * height * s);
+    for (int row = 0; row < height; ++row) {
+        const uint32_t* from = &picture.pixels[static_cast<size_t>(y + row) * picture.width + x];
+        uint32_t* to = &rows[static_cast<size_t>(row) * s * width * s];
+        for (int column = 0; column < width; ++column) std::fill_n(to + column * s, s, from[column]);
+        for (int line = 1; line < s; ++line) {
+            std::copy_n(to, static_cast<size_t>(width) * s, to + static_cast<size_t>(line) * width * s);
+        }
+    }
+    XImage image = ImageOver(rows.data(), width * s, height * s);
+    XPutImage(fl_display, id, g_main.gc, &image, 0, 0, x * s, y * s, width * s, height * s);
+}
+
+// Xlib's default handler ends the program, and another program may destroy our window between two requests.
+int OnError(Display*, XErrorEvent* error) {
+    Log("host: X error " + std::to_string(error->error_code) + " of request " +
+        std::to_string(error->request_code) + "\n");
+    return 0;
+}
+
+}  // namespace
+
+bool HasDisplay() {
+    Display* display = XOpenDisplay(nullptr);
+    if (display) XCloseDisplay(display);
+    return display != nullptr;
+}
+
+bool OpenDisplay() {
+    if (fl_display) return true;
+    // FLTK ends the program when it cannot open the display, so it gets an open one.
+    Display* display = XOpenDisplay(nullptr);
+    if (!display) return false;
+    XSetErrorHandler(OnError);
+    InternAtoms(display);
+    XSetLocaleModifiers("@im=none");  // see InputMethod
+    fl_open_display(display);
+    Fl::add_system_handler(Watch, nullptr);
+    return true;
+}
+
+int DisplayScale() {
+    const char* text = XGetDefault(fl_display, "Xft", "dpi");
+    double dpi = text ? std::atof(text) : 0;
+    if (dpi < 1) {
+        const int millimetres = DisplayWidthMM(fl_display, fl_screen);
+        dpi = millimetres > 0 ? DisplayWidth(fl_display, fl_screen) * 25.4 / millimetres : 96;
+    }
+    return std::clamp(static_cast<int>(dpi / 96 + 0.25), 1, 4);
+}
+
+void ShowFirst(Fl_Window* window, const int* place, bool topmost) {
+    // While the server is grabbed the window manager cannot see the window half made: it finds state and
+    // place set when it maps it.
+    XGrabServer(fl_display);
+    window->show();
+    const Window id = fl_xid(window);
+    PlaceNewWindow(window, place);
+    if (topmost) {
+        const unsigned long state = g_above;
+        XChangeProperty(fl_display, id, g_state, XA_ATOM, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&state), 1);
+    }
+    XUngrabServer(fl_display);
+    g_main = MainWindowState();
+    g_main.id = id;
+    g_main.gc = XCreateGC(fl_display, id, 0, nullptr);
+    g_main.topmost = topmost;
+    g_main.above = topmost;
+    g_main.background = true;
+    g_main.managed = IsManaged();
+    if (place) {
+        g_main.x = place[0], g_main.y = place[1];
+        g_main.place_known = true;  // until the server reports another place
+    }
+    if (!g_main.managed) {
+        XWindowAttributes attributes;
+        XGetWindowAttributes(fl_display, id, &attributes);
+        XSelectInput(fl_display, id, attributes.your_event_mask | VisibilityChangeMask);
+    }
+    XFlush(fl_display);
+}
+
+void MoveOuter(Fl_Window* window, int x, int y) {
+    XMoveWindow(fl_display, fl_xid(window), x, y);
+    XFlush(fl_display);
+}
+
+void KeepOnTop(Fl_Window* window) {
+    const bool lost = g_main.managed ? !g_main.above : g_main.covered;
+    if (!g_main.topmost || !lost) return;
+    const uint64_t now = Nanoseconds();
+    if (now - g_main.last_raise < kRaiseEvery) return;
+    g_main.last_raise = now;
+    if (!g_main.managed) {
+        XRaiseWindow(fl_display, fl_xid(window));
+        return;
+    }
+    XEvent ask = {};
+    ask.xclient.type = ClientMessage;
+    ask.xclient.window = fl_xid(window);
+    ask.xclient.message_type = g_state;
+    ask.xclient.format = 32;
+    ask.xclient.data.l[0] = 1;  // add
+    ask.xclient.data.l[1] = static_cast<long>(g_above);
+    ask.xclient.data.l[3] = 1;  // from an application
+    XSendEvent(fl_display, RootWindow(fl_display, fl_screen), False,
+               SubstructureRedirectMask | SubstructureNotifyMask, &ask);
+}
+
+void Flush() {
+    XFlush(fl_display);
+}
+
+void WhereIs(Fl_Window* window, int* x, int* y, Frame* frame) {
+    if (!g_main.place_known && g_main.id != None) {
+        Window child;
+        XTranslateCoordinates(fl_display, g_main.id, RootWindow(fl_display, fl_screen), 0, 0, &g_main.x,
+                              &g_main.y, &child);
+        g_main.frame = ReadFrame(window);
+        g_main.place_known = true;
+    }
+    *x = g_main.x;
+    *y = g_main.y;
+    *frame = g_main.frame;
+}
+
+bool HasCome(Fl_Window*) {
+    return g_main.mapped;
+}
+
+bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int width, int height) {
+    if (!FitsDirectly() || !g_main.gc) return false;
+    const Window id = fl_xid(window);
+    if (picture.scale == 1) {
+        XImage image = ImageOver(picture.pixels.data(), picture.width, picture.height);
+        XPutImage(fl_display, id, g_main.gc, &image, x, y, x, y, width, height);
+    } else {
+        PutEnlarged(id, picture, x, y, width, height);
+    }
+    if (g_main.background) {
+        // From now on exposed parts are redrawn by us, without a black flash first.
+        XSetWindowBackgroundPixmap(fl_display, id, None);
+        g_main.background = false;
+    }
+    XFlush(fl_display);
+    return true;
+}
+
+void Forget(Fl_Window*) {
+    if (g_main.gc) XFreeGC(fl_display, g_main.gc);
+    g_main = MainWindowState();
+}
+
+std::string JapaneseFont() {
+    std::string family;
+    FcPattern* wanted = FcNameParse(reinterpret_cast<const FcChar8*>("sans:lang=ja"));
+    if (!wanted) return family;
+    FcConfigSubstitute(nullptr, wanted, FcMatchPattern);
+    FcDefaultSubstitute(wanted);
+    FcResult result;
+    FcPattern* found = FcFontMatch(nullptr, wanted, &result);
+    FcCharSet* letters = nullptr;
+    FcChar8* name = nullptr;
+    constexpr FcChar32 kHiraganaA = 0x3042;
+    if (found && FcPatternGetCharSet(found, FC_CHARSET, 0, &letters) == FcResultMatch &&
+        FcCharSetHasChar(letters, kHiraganaA) &&
+        FcPatternGetString(found, FC_FAMILY, 0, &name) == FcResultMatch) {
+        family = reinterpret_cast<const char*>(name);
+    }
+    if (found) FcPatternDestroy(found);
+    FcPatternDestroy(wanted);
+    return family;
+}
+
+}  // namespace host::desktop::native

@@ -1,0 +1,20 @@
+// Thread-safe lookup of names: threads read ahead while the loader opens files.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/files/files.h"
+
+// Opens the file to which a name refers (pathmatch.h). Null when there is none.
+FileStream* OpenNamed(const std::string& name);
+
+// The path of that file on this machine; empty when there is none.
+std::string FindNamed(const std::string& name);
+
+// SiblingPaths of pathmatch.h, thread-safe.
+std::vector<std::string> FindSiblings(std::string_view name, const std::vector<std::string_view>& endings);
+
+// Drops cached listings.
+void ForgetLookups();

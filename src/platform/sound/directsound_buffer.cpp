@@ -1,0 +1,176 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "platform/sound/directsound_internal.h"
+#include "platform/watch.h"
+
+using directsound::Ordered;
+using directsound::TheMixer;
+using directsound_test::Call;
+
+namespace {
+
+constexpr int kMinPrimaryRate = 8000, kMaxPrimaryRate = 192000;  // Hz
+constexpr DWORD kPrimaryBytes = 32768;                           // reported by GetCaps only
+constexpr int kWriteLeadMilliseconds = 10;    // minimum distance from the play to the write cursor
+constexpr DWORD kTransferRate = 1024 * 1024;  // KB/s: plain memory
+
+// Far enough ahead of the mixer and its longest common filter.
+DWORD WriteCursor(const IDirectSoundBuffer::State& state, const audio::Cursor& cursor) {
+    const audio::Voice& voice = state.voice;
+    const int64_t lead = cursor.playing ? int64_t{voice.format.rate} * kWriteLeadMilliseconds / 1000 : 0;
+    return static_cast<DWORD>((cursor.frame + lead) % voice.frames * voice.format.frame_bytes);
+}
+
+bool Inside(const IDirectSoundBuffer::State& state, const void* part, DWORD bytes) {
+    if (part == nullptr) return bytes == 0;
+    const auto* p = static_cast<const unsigned char*>(part);
+    const unsigned char* data = state.memory.data;
+    return p >= data && p < data + state.bytes && bytes <= static_cast<size_t>(data + state.bytes - p);
+}
+
+}  // namespace
+
+void directsound::Silence(const audio::SampleBlock& memory, const audio::Format& format) {
+    const unsigned char silence = audio::SilenceByte(format);
+    if (silence != 0 || !memory.zeroed) std::memset(memory.data, silence, memory.bytes);
+}
+
+HRESULT IDirectSoundBuffer::GetCaps(DSBCAPS* pCaps) {
+    if (const HRESULT ordered = Ordered(Call::kGetCaps); ordered != DS_OK) return ordered;
+    if (pCaps == nullptr || pCaps->dwSize != sizeof(DSBCAPS)) return DSERR_INVALIDPARAM;
+    pCaps->dwFlags = m_pState->flags;
+    pCaps->dwBufferBytes = m_pState->primary ? kPrimaryBytes : m_pState->bytes;
+    pCaps->dwUnlockTransferRate = m_pState->primary ? 0 : kTransferRate;
+    pCaps->dwPlayCpuOverhead = 0;
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::GetCurrentPosition(DWORD* pdwPlay, DWORD* pdwWrite) {
+    if (pdwPlay != nullptr) *pdwPlay = 0;
+    if (pdwWrite != nullptr) *pdwWrite = 0;
+    if (const HRESULT ordered = Ordered(Call::kGetCurrentPosition); ordered != DS_OK) return ordered;
+    if (pdwPlay == nullptr && pdwWrite == nullptr) return DSERR_INVALIDPARAM;
+    if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
+    const audio::Cursor cursor = TheMixer().Where(&m_pState->voice);
+    if (pdwPlay != nullptr) *pdwPlay = static_cast<DWORD>(cursor.frame * m_pState->voice.format.frame_bytes);
+    if (pdwWrite != nullptr) *pdwWrite = WriteCursor(*m_pState, cursor);
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::GetStatus(DWORD* pdwStatus) {
+    if (pdwStatus != nullptr) *pdwStatus = 0;
+    if (const HRESULT ordered = Ordered(Call::kGetStatus); ordered != DS_OK) return ordered;
+    if (pdwStatus == nullptr) return DSERR_INVALIDPARAM;
+    if (m_pState->primary) {
+        *pdwStatus = DSBSTATUS_PLAYING | DSBSTATUS_LOOPING;
+        return DS_OK;
+    }
+    const audio::Cursor cursor = TheMixer().Where(&m_pState->voice);
+    *pdwStatus = (cursor.playing ? DSBSTATUS_PLAYING : 0) | (cursor.looping ? DSBSTATUS_LOOPING : 0) |
+                 (m_pState->lost ? DSBSTATUS_BUFFERLOST : 0);
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, DWORD* pdwPart1,
+                                 void** ppPart2, DWORD* pdwPart2, DWORD dwFlags) {
+    if (ppPart1 != nullptr) *ppPart1 = nullptr;
+    if (pdwPart1 != nullptr) *pdwPart1 = 0;
+    if (ppPart2 != nullptr) *ppPart2 = nullptr;
+    if (pdwPart2 != nullptr) *pdwPart2 = 0;
+    if (const HRESULT ordered = Ordered(Call::kLock); ordered != DS_OK) return ordered;
+    if (ppPart1 == nullptr || pdwPart1 == nullptr || (ppPart2 == nullptr) != (pdwPart2 == nullptr))
+        return DSERR_INVALIDPARAM;
+    if ((dwFlags & ~(DSBLOCK_FROMWRITECURSOR | DSBLOCK_ENTIREBUFFER)) != 0) return DSERR_INVALIDPARAM;
+    if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
+    if (m_pState->lost) return DSERR_BUFFERLOST;
+    const DWORD size = m_pState->bytes;
+    if ((dwFlags & DSBLOCK_ENTIREBUFFER) != 0) dwBytes = size;
+    if ((dwFlags & DSBLOCK_FROMWRITECURSOR) != 0)
+        dwOffset = WriteCursor(*m_pState, TheMixer().Where(&m_pState->voice));
+    if (dwOffset >= size || dwBytes == 0 || dwBytes > size) return DSERR_INVALIDPARAM;
+    *ppPart1 = m_pState->memory.data + dwOffset;
+    *pdwPart1 = std::min(dwBytes, size - dwOffset);
+    if (ppPart2 == nullptr || *pdwPart1 == dwBytes) return DS_OK;
+    *ppPart2 = m_pState->memory.data;
+    *pdwPart2 = dwBytes - *pdwPart1;
+    return DS_OK;
+}
+
+// Nothing to copy: the locked parts are the buffer itself.
+HRESULT IDirectSoundBuffer::Unlock(void* pPart1, DWORD dwPart1, void* pPart2, DWORD dwPart2) {
+    if (const HRESULT ordered = Ordered(Call::kUnlock); ordered != DS_OK) return ordered;
+    if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
+    if (pPart1 == nullptr || !Inside(*m_pState, pPart1, dwPart1)) return DSERR_INVALIDPARAM;
+    if (!Inside(*m_pState, pPart2, dwPart2)) return DSERR_INVALIDPARAM;
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::Play(DWORD dwReserved1, DWORD dwReserved2, DWORD dwFlags) {
+    if (const HRESULT ordered = Ordered(Call::kPlay); ordered != DS_OK) return ordered;
+    if (dwReserved1 != 0 || dwReserved2 != 0 || (dwFlags & ~DSBPLAY_LOOPING) != 0) return DSERR_INVALIDPARAM;
+    const bool looping = (dwFlags & DSBPLAY_LOOPING) != 0;
+    if (m_pState->primary) return looping ? DS_OK : DSERR_INVALIDPARAM;
+    if (m_pState->lost) return DSERR_BUFFERLOST;
+    TheMixer().Play(&m_pState->voice, looping);
+    if (g_Watch.pfnStarted) g_Watch.pfnStarted(this, looping);
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::Stop() {
+    if (const HRESULT ordered = Ordered(Call::kStop); ordered != DS_OK) return ordered;
+    if (!m_pState->primary) TheMixer().Stop(&m_pState->voice);
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::SetCurrentPosition(DWORD dwPosition) {
+    if (const HRESULT ordered = Ordered(Call::kSetCurrentPosition); ordered != DS_OK) return ordered;
+    if (m_pState->primary) return DSERR_INVALIDCALL;
+    if (dwPosition >= m_pState->bytes) return DSERR_INVALIDPARAM;
+    TheMixer().Seek(&m_pState->voice, dwPosition / static_cast<DWORD>(m_pState->voice.format.frame_bytes));
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::SetVolume(LONG nVolume) {
+    if (const HRESULT ordered = Ordered(Call::kSetVolume); ordered != DS_OK) return ordered;
+    if ((m_pState->flags & DSBCAPS_CTRLVOLUME) == 0) return DSERR_CONTROLUNAVAIL;
+    if (nVolume < DSBVOLUME_MIN || nVolume > DSBVOLUME_MAX) return DSERR_INVALIDPARAM;
+    const double gain = nVolume == DSBVOLUME_MIN ? 0 : std::pow(10.0, nVolume / 2000.0);
+    TheMixer().SetGain(&m_pState->voice, static_cast<float>(gain));
+    return DS_OK;
+}
+
+HRESULT IDirectSoundBuffer::SetFormat(const WAVEFORMATEX* pFormat) {
+    if (const HRESULT ordered = Ordered(Call::kSetFormat); ordered != DS_OK) return ordered;
+    if (!m_pState->primary) return DSERR_INVALIDCALL;
+    if (pFormat == nullptr) return DSERR_INVALIDPARAM;
+    if (!m_pState->may_set_format) return DSERR_PRIOLEVELNEEDED;
+    audio::Format format;
+    if (!audio::ParseFormat(*pFormat, &format) || format.channels > 2) return DSERR_BADFORMAT;
+    if (format.rate < kMinPrimaryRate || format.rate > kMaxPrimaryRate) return DSERR_BADFORMAT;
+    return TheMixer().Open(format.rate, format.channels == 1) ? DS_OK : DSERR_BADFORMAT;
+}
+
+HRESULT IDirectSoundBuffer::Restore() {
+    if (const HRESULT ordered = Ordered(Call::kRestore); ordered != DS_OK) return ordered;
+    m_pState->lost = false;
+    return DS_OK;
+}
+
+DWORD IDirectSoundBuffer::AddRef() {
+    return ++m_pState->references;
+}
+
+DWORD IDirectSoundBuffer::Release() {
+    const DWORD left = --m_pState->references;
+    if (left > 0) return left;
+    if (!m_pState->primary) {
+        TheMixer().Remove(&m_pState->voice);
+        audio::FreeSamples(m_pState->memory);
+    }
+    directsound::CountBuffer(-1);
+    delete m_pState;
+    delete this;
+    return 0;
+}

@@ -1,0 +1,72 @@
+// Makes substitutes ahead of time, on other threads, while the reader works through its list of names in
+// order.
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/substitutes/substitute.h"
+
+// Lives as long as the process (platform/open.cpp). All public calls come from one thread. Worker threads
+// start when the first substitute is needed, so a package without missing files starts none; neither does a
+// machine with one core.
+class ReadAhead {
+public:
+    using SubstitutePtr = std::shared_ptr<const Substitute>;
+
+    ~ReadAhead() { Stop(); }
+
+    // Sets the names that will be opened, in order. Drops the previous list and ends its threads.
+    void Expect(MediaKind kind, std::vector<std::string> names);
+    void Stop();
+
+    // The substitute for a missing name; never null. A name in the list has the list's kind, any other the
+    // kind of its ending. Keeps the last result, because a loader opens a name twice.
+    SubstitutePtr Take(const std::string& name);
+    // Drops the kept result.
+    void Forget();
+
+    size_t ThreadsStarted() const { return m_threads.size(); }
+
+private:
+    enum class State { kWaiting, kRunning, kDone, kTaken };
+    struct Job {
+        std::string name;
+        State state = State::kWaiting;
+        size_t nReserved = 0;   // bytes
+        bool bDropped = false;  // interrupted, so the result is meaningless
+        SubstitutePtr pMade;    // null: to be made when requested
+    };
+    static constexpr size_t kNone = SIZE_MAX;
+
+    SubstitutePtr TakeJob(size_t nJob);
+    SubstitutePtr MakeHere(const std::string& name, MediaKind kind);
+    void StartThreads();
+    void Work();
+    void RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob);
+    bool TryReserve(size_t nJob, size_t nBytes);
+    bool IsSkipped(size_t nJob) const;  // the reader has passed it
+    void DropJobsBefore(size_t nJob);
+    void Release(Job* pJob);
+
+    // Used by the calling thread only.
+    MediaKind m_kind = MediaKind::kNone;
+    std::unordered_map<std::string, size_t> m_indexes;
+    std::vector<std::thread> m_threads;
+    bool m_bConverts = false;  // something in the list has been converted
+    std::string m_keptName;
+    SubstitutePtr m_pKept;
+
+    std::mutex m_mutex;  // guards everything below
+    std::condition_variable m_changed;
+    std::vector<Job> m_jobs;
+    size_t m_nNext = 0;        // the first job that no thread has started
+    size_t m_nReader = 0;      // the first job that the reader may still request
+    size_t m_nWanted = kNone;  // the job that the reader waits for; it is never held up
+    size_t m_nReserved = 0;    // bytes of all jobs
+    bool m_bStop = false;
+};

@@ -1,0 +1,102 @@
+#include "platform/substitutes/substitute.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/ascii.h"
+#include "platform/files/handle.h"
+#include "platform/files/lookup.h"
+#include "platform/files/pathmatch.h"
+#include "platform/files/text.h"
+#include "platform/substitutes/picture.h"
+
+namespace {
+
+// In the order in which they are tried.
+constexpr std::string_view kSoundEndings[] = {".ogg", ".opus", ".flac", ".mp3", ".wav"};
+constexpr std::string_view kPictureEndings[] = {".png", ".jpg", ".jpeg", ".gif", ".bmp"};
+// Sounds too, but never used as substitutes.
+constexpr std::string_view kFurtherSoundEndings[] = {".xa"};
+
+constexpr size_t kMaxNameForLog = 80;
+
+template <size_t n>
+bool EndsWithOne(std::string_view path, const std::string_view (&endings)[n]) {
+    return std::any_of(endings, endings + n,
+                       [&](std::string_view ending) { return AsciiEndsWith(path, ending); });
+}
+
+bool IsOwnKind(const BYTE* pHead, MediaKind kind) {
+    if (kind == MediaKind::kPicture) return std::memcmp(pHead, "BM", 2) == 0;
+    return std::memcmp(pHead, "RIFF", 4) == 0 || std::memcmp(pHead, "KWD1", 4) == 0;
+}
+
+// Reads the whole file or nothing.
+bool ReadFile(int nFile, size_t nBytes, ByteBlock* pBlock) {
+    return pBlock->Resize(nBytes) && ReadFileAt(nFile, pBlock->Data(), nBytes, 0) == nBytes;
+}
+
+bool Convert(const ByteBlock& file, MediaKind kind, const MayHold& mayHold, ByteBlock* pOut) {
+    return kind == MediaKind::kPicture ? PictureToBmp(file.Data(), file.Size(), pOut)
+                                       : SoundToWav(file.Data(), file.Size(), mayHold, pOut);
+}
+
+// False when the file cannot be converted.
+bool Make(int nFile, int64_t nBytes, MediaKind kind, const MayHold& mayHold, Substitute* pSubstitute) {
+    BYTE aHead[4];
+    if (ReadFileAt(nFile, aHead, sizeof(aHead), 0) != sizeof(aHead)) return false;
+    if (IsOwnKind(aHead, kind)) return true;
+    const size_t nMax = kind == MediaKind::kPicture ? kMaxPictureFile : kMaxSoundFile;
+    if (static_cast<uint64_t>(nBytes) > nMax) return false;
+    ByteBlock file;
+    auto pMade = std::make_shared<ByteBlock>();
+    if (mayHold && !mayHold(static_cast<size_t>(nBytes))) return false;
+    if (!ReadFile(nFile, static_cast<size_t>(nBytes), &file) || !Convert(file, kind, mayHold, pMade.get()))
+        return false;
+    pSubstitute->pBytes = std::move(pMade);
+    return true;
+}
+
+}  // namespace
+
+MediaKind KindOfName(std::string_view path) {
+    if (EndsWithOne(path, kSoundEndings) || EndsWithOne(path, kFurtherSoundEndings)) return MediaKind::kSound;
+    return EndsWithOne(path, kPictureEndings) ? MediaKind::kPicture : MediaKind::kNone;
+}
+
+std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) {
+    if (kind == MediaKind::kSound)
+        return FindSiblings(path, {std::begin(kSoundEndings), std::end(kSoundEndings)});
+    if (kind == MediaKind::kPicture)
+        return FindSiblings(path, {std::begin(kPictureEndings), std::end(kPictureEndings)});
+    return {};
+}
+
+Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind, const MayHold& mayHold) {
+    Substitute substitute;
+    for (const std::string& path : paths) {
+        int64_t nBytes = 0;
+        const int nFile = OpenRegularFile(path.c_str(), &nBytes);
+        if (nFile < 0) continue;
+        const bool bMade = Make(nFile, nBytes, kind, mayHold, &substitute);
+        close(nFile);
+        if (bMade) {
+            substitute.path = path;
+            break;
+        }
+        substitute.refused.push_back(path);
+    }
+    return substitute;
+}
+
+std::string NameForLog(std::string_view path) {
+    const std::vector<PathParts> cuts = CutPath(path);
+    std::string name = DisplayText(cuts.empty() ? std::string(path) : cuts[0].parts.back());
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c == '\n' || c == '\t'; }, ' ');
+    size_t nCut = std::min(name.size(), kMaxNameForLog);
+    while (nCut < name.size() && nCut > 0 && (static_cast<unsigned char>(name[nCut]) & 0xC0) == 0x80) --nCut;
+    return name.substr(0, nCut);
+}

@@ -1,0 +1,140 @@
+#!/usr/bin/env python3
+"""lumetra-check as a user runs it: stored charts with their expected reports, exit codes, JSON.
+
+Usage: check_test.py TOOL SOURCE_FOLDER [--update]
+
+charts/NAME.txt is the report of charts/NAME.bms with all notes; reports.json is the JSON of some of them.
+--update rewrites these files: read the difference before you commit it.
+"""
+import difflib
+import json
+import os
+import random
+import re
+import subprocess
+import sys
+import tempfile
+
+TOOL, SOURCE = map(os.path.abspath, sys.argv[1:3])
+UPDATE = "--update" in sys.argv
+CHARTS = os.path.join(SOURCE, "tests", "tools", "check", "charts")
+failures = []
+
+
+def expect(condition, what):
+    if not condition:
+        failures.append(what)
+
+
+def run(*arguments, folder=CHARTS, output=subprocess.PIPE):
+    done = subprocess.run([TOOL, *arguments], cwd=folder, stdout=output, stderr=subprocess.PIPE, timeout=60)
+    return done.returncode, (done.stdout or b"").decode("utf-8"), done.stderr.decode("utf-8", "replace")
+
+
+def charts_of(*arguments, codes=(0, 1)):
+    code, output, _ = run("--json", *arguments)
+    expect(code in codes, f"exit code {code} for {arguments}")
+    report = json.loads(output, parse_constant=lambda name: failures.append("not JSON: " + name))
+    expect(report["format"] == "lumetra-check" and report["version"] == 1, "format and version")
+    return report["charts"]
+
+
+def compare(name, got):
+    path = os.path.join(CHARTS, name)
+    if UPDATE:
+        with open(path, "w", encoding="utf-8", newline="") as file:
+            file.write(got)
+    with open(path, encoding="utf-8", newline="") as file:
+        want = file.read()
+    difference = difflib.unified_diff(want.splitlines(), got.splitlines(), name, "now", lineterm="", n=0)
+    expect(want == got, "\n".join(difference))
+
+
+def test_reports():
+    """Each chart has its stored report, each code is in one of them, and docs/check.md lists each code."""
+    seen = set()
+    for name in sorted(os.listdir(CHARTS)):
+        if name.endswith(".bms"):
+            _, report, errors = run("--strict", name)
+            compare(name[:-4] + ".txt", errors + report)
+            seen |= set(re.findall(r"\[([a-z0-9-]+)\]$", report, re.M))
+    with open(os.path.join(SOURCE, "tools", "check", "codes.h"), encoding="utf-8") as header:
+        rows = re.findall(r'^    \{"([a-z0-9-]+)", k(\w+), k(\w+),\s+((?:"[^"]*"\s*)+)\}',
+                          header.read(), re.M)
+    expect(seen == {row[0] for row in rows}, f"codes in no report: {sorted({row[0] for row in rows} - seen)}")
+    table = []
+    for code, usual, lesser, text in rows:
+        severity = usual.lower() + ("" if usual == lesser else ", " + lesser.lower())
+        meaning = "".join(re.findall('"([^"]*)"', text))
+        table.append(f"| `{code}` | {severity} | {meaning} |\n")
+    with open(os.path.join(SOURCE, "docs", "check.md"), encoding="utf-8") as document:
+        listed = re.findall(r"^\| `[a-z0-9-]+` \| (?:error|warning|note).*\n", document.read(), re.M)
+    expect(listed == table, "docs/check.md needs:\n" + "".join(line for line in table if line not in listed))
+
+
+def test_json():
+    code, output, _ = run("--json", "values.bms", "sounds.bms", "pictures.bms", "empty.bms", "gone.bms")
+    expect(code == 2, f"exit code {code}")
+    output = output.replace(CHARTS, "FOLDER")
+    compare("reports.json", re.sub(r'"program":"[0-9.]+"', '"program":"VERSION"', output))
+    demo, = charts_of(os.path.join(SOURCE, "demo", "demo.bms"), codes=(0,))
+    expect(all("file" in note for note in demo["objects"]["notes"]), "the demo's notes have files")
+
+
+def test_exit_codes():
+    for arguments, want, text in [
+            ("clean.bms", 0, "clean.bms: 0 errors, 0 warnings, 0 notes\n"),
+            ("no_tempo.bms", 0, "1 note (shown with --strict)\n"),
+            ("--strict no_tempo.bms", 1, "[no-tempo]"),
+            ("channels.bms", 1, "[zero-length]"),
+            ("clean.bms channels.bms no_tempo.bms", 1, "no_tempo.bms: 0 errors"),
+            ("channels.bms gone.bms clean.bms", 2, "gone.bms: No such file"),
+            ("-- -x.bms", 2, "-x.bms: No such file"), (".", 2, ".: is a folder"), ("", 2, "no chart given"),
+            ("--jsno clean.bms", 2, "'--jsno'"), ("--help", 0, "Usage: lumetra-check"),
+            ("--version", 0, "lumetra-check ")]:
+        code, output, errors = run(*arguments.split())
+        expect(code == want and text in errors + output, f"{arguments}: {code}\n{errors}{output}")
+    with open("/dev/full", "w") as full:
+        expect(run("clean.bms", output=full)[0] == 3, "no space for the report")
+
+
+def test_charts_made_here(folder):
+    def write(name, *lines):
+        with open(os.path.join(os.fsencode(folder), os.fsencode(name)), "wb") as chart:
+            chart.write(b"\r\n".join(lines))
+
+    write("many.bms", b"#00111:01", *[b"#UNKNOWN x"] * 1500)
+    report = run("many.bms", folder=folder)[1]
+    expect("500 more of [unknown-command]" in report and "0 errors, 1501 warnings" in report, report[-300:])
+    write("path.bms", b"#BPM 120", b"#PATH_WAV " + os.fsencode(CHARTS), b"#WAV01 a.wav", b"#00111:01")
+    _, report, _ = run("--strict", "path.bms", folder=folder)
+    expect(re.findall(r"\[(.*)\]", report) == ["path-wav"] and "relative" not in report, report)
+    gone = os.path.join(os.fsencode(folder), b"gone\x83.bms")
+    chart, = charts_of(gone, codes=(2,))
+    expect(chart["readable"] is False and chart["fileBytes"] == gone.hex() and chart["why"], f"{chart}")
+
+
+def test_any_bytes(folder):
+    generator = random.Random(7)
+    words = [b"#", b"#WAV", b"01", b"ZZ", b" ", b"\r\n", b"\n", b"\r", b"\t", b"\0", b"#BPM", b":",
+             b"#00111:", b"#00208:", b"#00302:", b"1e999", b"-1", b"\x83\x5c", b"\xe3\x83", b"\"", b"\\",
+             b"#TITLE ", b"#BGA01 01 ", b"_", b"\x1b[2J"]
+    paths = [os.path.join(SOURCE, "fuzz", "inputs", target, name) for target in ("fuzz_check", "fuzz_chart")
+             for name in os.listdir(os.path.join(SOURCE, "fuzz", "inputs", target))]
+    for number in range(200):
+        paths.append(os.path.join(folder, f"r{number}.bms"))
+        with open(paths[-1], "wb") as chart:
+            for _ in range(generator.randrange(200)):
+                chart.write(generator.choice(words) if generator.random() < 0.9 else generator.randbytes(3))
+    expect(len(charts_of(*paths)) == len(paths), "one member for each chart")
+
+
+test_reports()
+test_json()
+test_exit_codes()
+with tempfile.TemporaryDirectory() as scratch:
+    test_charts_made_here(scratch)
+    test_any_bytes(scratch)
+for failure in failures:
+    print(failure)
+sys.exit(1 if failures else 0)

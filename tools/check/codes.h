@@ -1,0 +1,130 @@
+// The codes of all findings: the one list that the program, docs/check.md and the tests share.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace check {
+
+enum class Severity {
+    kError,    // something is not played as it is written
+    kWarning,  // probably a mistake
+    kNote,     // no effect on this player, or of interest only for other players
+};
+
+// A code never changes its meaning; new ones may be added.
+struct CodeInfo {
+    std::string_view name;
+    Severity severity;
+    Severity lesser;           // in milder cases; the same for most codes
+    std::string_view meaning;  // for the list in docs/check.md
+};
+
+constexpr Severity kError = Severity::kError, kWarning = Severity::kWarning, kNote = Severity::kNote;
+
+inline constexpr CodeInfo kCodes[] = {
+    // bytes and lines
+    {"lone-lf", kError, kWarning,
+     "a LF without a CR hides everything up to the next CR LF; a warning if it hides no command"},
+    {"lone-cr", kError, kError, "a CR without a LF does not end the line"},
+    {"nul", kWarning, kWarning, "a NUL byte ends the line"},
+    {"utf-16", kError, kError, "UTF-16 text, in which the player finds no command"},
+    {"byte-order-mark", kError, kNote, "hides the first line; a note if that line is not a command"},
+    {"line-too-long", kError, kError, "more than 1,023 bytes"},
+    {"tab", kWarning, kWarning, "a TAB hides the rest of the line"},
+    {"leading-blank", kWarning, kWarning, "a blank before the `#`"},
+    {"wide-hash", kWarning, kWarning, "a full-width number sign instead of `#`"},
+    {"missing-hash", kWarning, kWarning, "a command without its `#`"},
+    {"short-line", kNote, kNote, "a command of fewer than five characters"},
+    {"unknown-command", kWarning, kWarning, "a command that no player knows"},
+    {"bad-channel-line", kWarning, kWarning, "`#mmm` without a colon in column 7"},
+    {"channel-letters", kWarning, kWarning, "a channel that is not two decimal digits"},
+    {"unknown-channel", kWarning, kWarning, "a channel whose objects have no effect"},
+    // other dialects
+    {"random-block", kWarning, kWarning, "`#RANDOM`, `#IF` and the like: all branches are played"},
+    {"stop", kWarning, kWarning, "`#STOPxx`, channel 09"},
+    {"long-note", kWarning, kNote, "`#LNOBJ`, channels 51 to 69; a note for the type of long notes"},
+    {"scroll", kWarning, kWarning, "changes of scroll speed"},
+    {"landmine", kNote, kNote, "channels D1 to E9"},
+    {"other-dialect", kWarning, kNote,
+     "other commands and channels that only other players know; a note for volumes"},
+    {"unused-header", kNote, kNote, "headers that this player does not use"},
+    // values and numbers
+    {"value-missing", kWarning, kNote, "a keyword without a value; a warning for `#BPM` and `#PATH_WAV`"},
+    {"no-blank", kWarning, kWarning, "no blank where the keyword needs one"},
+    {"zero-number", kWarning, kWarning, "number 00, which no object can use"},
+    {"bad-id", kWarning, kWarning, "a number that is not two digits of 0-9 and A-Z"},
+    {"folded-id", kWarning, kWarning, "a number above FZ, which is read as another one: `ZZ` as `0Z`"},
+    {"bad-number", kWarning, kWarning, "a value that is not a plain decimal number"},
+    {"bpm-columns", kWarning, kWarning, "`#BPM120` without its blank, which means something else"},
+    {"defined-twice", kWarning, kNote, "a later line replaces an earlier one; a note if both are the same"},
+    // folders and rectangles
+    {"path-too-long", kError, kError, "folder and name together are longer than 259 bytes"},
+    {"path-wav", kWarning, kWarning, "`#PATH_WAV` replaces the chart's folder for the lines below it"},
+    {"bga-short", kWarning, kWarning, "a `#BGA` line of fewer than 22 characters"},
+    {"bga-blanks", kWarning, kWarning, "two blanks in a row in a `#BGA` line"},
+    {"bga-numbers", kWarning, kWarning, "fewer than six numbers in a `#BGA` line"},
+    {"bga-clipped", kNote, kNote, "a rectangle larger than 256 by 256"},
+    {"bga-empty", kWarning, kWarning, "a rectangle without width or height"},
+    // tempos and times
+    {"tempo-not-positive", kError, kError, "a tempo of 0 or less, or not a number"},
+    {"no-tempo", kNote, kNote, "no `#BPM` line: the chart starts at 130"},
+    {"undefined-tempo", kError, kError, "channel 08 uses a tempo that no line defines: 130"},
+    {"bpm-below-use", kError, kError, "a `#BPMxx` line below the objects that use it: 130"},
+    {"unused-tempo", kNote, kNote, "no object uses the tempo"},
+    {"zero-length", kWarning, kWarning, "a measure without duration"},
+    {"length-twice", kWarning, kWarning, "two lengths for one measure"},
+    {"odd-data", kWarning, kNote, "an odd number of characters; a note if the dropped one is `0` or a blank"},
+    {"bad-digit", kWarning, kWarning, "a pair that is not a number but still takes a position"},
+    {"empty-data", kNote, kNote, "nothing after the colon"},
+    {"invisible-notes", kNote, kNote, "channels 31 to 49, neither shown nor heard"},
+    {"poor-layer", kNote, kNote, "channel 06, a layer that is never shown"},
+    {"double-note", kWarning, kWarning, "two notes at one position of a lane"},
+    {"double-sound", kNote, kNote, "one sound started twice at the same time"},
+    {"too-late", kError, kError, "an object beyond the range of the 32-bit clock"},
+    {"idle-end", kNote, kNote, "the last measures have no object with an effect"},
+    {"refused", kError, kError, "nothing comes after measure 0: the player refuses the chart"},
+    // sounds and pictures
+    {"undefined-sound", kWarning, kWarning, "an object uses a sound that no line defines"},
+    {"unused-sound", kNote, kNote, "no object plays the sound"},
+    {"sound-missing", kError, kNote, "the file does not exist; a note if no object plays it"},
+    {"sound-unreadable", kError, kNote, "the file cannot be played; a note if no object plays it"},
+    {"sound-format", kNote, kNote, "not PCM of 8 or 16 bits: only some players read it"},
+    {"sound-cut", kWarning, kWarning, "the file is shorter than it declares"},
+    {"sound-empty", kWarning, kWarning, "the file holds no sound"},
+    {"name-case", kNote, kNote, "found only in another letter case"},
+    {"name-encoding", kNote, kNote, "found only in another encoding"},
+    {"stand-in", kNote, kNote, "the file does not exist, and a file of another kind substitutes for it"},
+    {"undefined-picture", kWarning, kNote,
+     "an object uses a picture that no line defines, which blanks its layer; a note where that is probably "
+     "intended"},
+    {"unused-picture", kNote, kNote, "no object shows the picture"},
+    {"unused-rectangle", kNote, kNote, "no object shows the `#BGA` rectangle"},
+    {"picture-missing", kError, kNote, "the file does not exist; a note if no object shows it"},
+    {"picture-unreadable", kError, kNote, "the file is not a BMP; a note if no object shows it"},
+    {"picture-format", kError, kNote, "a BMP that cannot be drawn; a note if only some players draw it"},
+    {"picture-shifted", kWarning, kWarning, "the pixels do not directly follow header and palette"},
+    {"picture-cut", kWarning, kWarning, "rows are missing"},
+    {"picture-large", kNote, kNote, "larger than 256 by 256; only a part is shown"},
+};
+
+// One of the codes above; any other does not compile.
+class Code {
+public:
+    consteval Code(const char* name) : info_(Find(name)) {}  // NOLINT: a literal is a code
+    constexpr const CodeInfo& operator*() const { return *info_; }
+    constexpr const CodeInfo* operator->() const { return info_; }
+
+private:
+    static consteval const CodeInfo* Find(std::string_view name) {
+        for (const CodeInfo& info : kCodes) {
+            if (info.name == name) return &info;
+        }
+        throw "no such code";
+    }
+    const CodeInfo* info_;
+};
+
+std::string_view NameOf(Severity severity);
+
+}  // namespace check
