@@ -120,27 +120,33 @@ class TempoNumbers {
 public:
     explicit TempoNumbers(std::string* text) : text_(text) {}
 
-    // The number that has this value now. Not one of the last 508 that were asked for is defined anew.
+    // The lines that name the numbers given so far are written: those may change. At most kMostPairs numbers
+    // may be asked for between two calls.
+    void Release() { ++block_; }
+
+    // The number that has this value now.
     int32_t NumberOf(double bpm) {
-        for (int32_t number = 1; number <= kMost; ++number) {
-            if (values_[number] == bpm && age_ - used_[number] < kMost - kMostPairs) {
-                used_[number] = ++age_;
-                return number;
-            }
-        }
-        next_ = next_ % kMost + 1;
+        int32_t number = 1;
+        while (number <= kMost && values_[number] != bpm) ++number;
+        if (number > kMost) number = Define(bpm);
+        used_[number] = block_;
+        return number;
+    }
+
+private:
+    int32_t Define(double bpm) {
+        do next_ = next_ % kMost + 1;
+        while (used_[next_] == block_);
         values_[next_] = bpm;
-        used_[next_] = ++age_;
         text_->append("#BPM" + Number(next_) + " " + Decimal(bpm) + "\r\n");
         return next_;
     }
 
-private:
     static constexpr int32_t kMost = 575;
     std::string* text_;
     double values_[kMost + 1] = {};
-    int64_t used_[kMost + 1] = {};
-    int64_t age_ = 0;
+    int64_t used_[kMost + 1] = {};  // the block that named it last
+    int64_t block_ = 1;
     int32_t next_ = 0;
 };
 
@@ -192,6 +198,11 @@ void Writer::Head() {
 // Whole tempos up to 255 as they are, the others by number.
 void Writer::Tempos(int32_t measure) {
     int32_t by_number = 0;
+    const auto write = [&] {
+        lines_.Write();
+        tempo_numbers_.Release();
+        by_number = 0;
+    };
     for (; next_tempo_ < plan_.tempos.size() && plan_.tempos[next_tempo_].measure == measure; ++next_tempo_) {
         const Tempo& tempo = plan_.tempos[next_tempo_];
         const int32_t whole = tempo.bpm >= 1 && tempo.bpm <= 255 ? static_cast<int32_t>(tempo.bpm) : 0;
@@ -200,9 +211,9 @@ void Writer::Tempos(int32_t measure) {
             continue;
         }
         lines_.Add(8, tempo.place, tempo_numbers_.NumberOf(tempo.bpm));
-        if (++by_number == kMostPairs) lines_.Write(), by_number = 0;
+        if (++by_number == kMostPairs) write();
     }
-    lines_.Write();
+    write();
 }
 
 void Writer::Events(int32_t measure) {

@@ -198,6 +198,29 @@ TEST(Property, ThePlayerHearsWhatTheModelAsksFor) {
     EXPECT_LT(mixed, 25);
 }
 
+// More tempos than the player has numbers, and one of them in every measure.
+TEST(Property, TemposBeyondTheTable) {
+    Model model;
+    model.lengths.assign(301, 1.0);
+    std::string text = "#WAV01 a.wav\n";
+    const char* digits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    const auto id = [&](int n) { return std::string{digits[n / 36], digits[n % 36]}; };
+    for (int n = 1; n <= 1200; ++n) text += "#BPM" + id(n) + " " + std::to_string(100 + n) + ".5\n";
+    for (int m = 1; m <= 300; ++m) {
+        char measure[8];
+        std::snprintf(measure, sizeof measure, "#%03d", m);
+        text += measure + std::string("08:") + id(1) + id(4 * m) + id(4 * m - 1) + id(1) + "\n";
+        text += measure + std::string("11:0101\n");
+        const int numbers[] = {1, 4 * m, 4 * m - 1, 1};
+        for (int i = 0; i < 4; ++i) model.changes.push_back({m + i / 4.0, 100.5 + numbers[i], 0});
+        for (double place : {0.0, 0.5}) model.asked.insert({"a.wav", m + place});
+    }
+    const dialect::Plan plan = dialect::MakePlan(text, {});
+    const Sounds asked = Asked(model), heard = Heard(plan, dialect::WriteText(plan));
+    EXPECT_EQ(Unmatched(asked, heard), 0);
+    EXPECT_EQ(Unmatched(heard, asked), 0);
+}
+
 // A chart in the player's own dialect passes through, and the verdict says that nothing is lost.
 TEST(Property, TheVerdictCountsWhatIsLost) {
     const std::string plain = Lines("#WAV01 a.wav\n#WAV02 b.wav\n#00101:0102\n#00211:01\n");
