@@ -67,6 +67,7 @@ void FillStems(const TimeMap& times, const std::vector<int32_t>& mixed, const st
                int32_t span, bool share, Plan* plan) {
     plan->stems.clear();
     const std::vector<int32_t> next = NextOfNumber(plan->events);
+    PlayerClock clock(plan->bpm, plan->lengths, plan->tempos);
     int32_t of_measure = -1;
     for (size_t i = 0; i < plan->events.size(); ++i) {
         const Event& event = plan->events[i];
@@ -79,10 +80,10 @@ void FillStems(const TimeMap& times, const std::vector<int32_t>& mixed, const st
         const int32_t measure = event.measure / span * span;
         if (plan->stems.empty() || of_measure != measure) {
             of_measure = measure;
-            plan->stems.push_back({{measure}, times.MeasureMs(measure), 1, false, {}, {}, {}});
+            plan->stems.push_back({{measure}, clock.Ms(measure, 0), 1, false, {}, {}, {}});
         }
         Stem& stem = plan->stems.back();
-        stem.items.push_back({sound, 0, event.ms - stem.begin_ms, cut, event.source});
+        stem.items.push_back({sound, 0, std::max(event.ms - stem.begin_ms, 0.0), cut, event.source});
     }
     if (share) ShareStems(times, lengths_ms, &plan->stems);
 }

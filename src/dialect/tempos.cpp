@@ -52,7 +52,8 @@ private:
 
     const TimeMap& times_;
     const std::vector<Event>& events_;
-    double current_;  // the player's
+    double current_;              // the player's tempo
+    double reached_ = kLeadInMs;  // when the player reaches the next group
     bool crowd_ = false;
     size_t next_event_ = 0;
     std::vector<Group> groups_;
@@ -90,21 +91,26 @@ double Planner::NextObject(int32_t measure, double place) {
     return 1.0;
 }
 
+// Where a place was reached too late for a group, or too early, the tempo up to the next group makes up for
+// it.
 void Planner::Place(int32_t measure, size_t index) {
+    constexpr double kOnTimeMs = 1e-4, kLeastMs = 1e-6;
     const Group& group = groups_[index];
     const bool last = index + 1 == groups_.size();
     const double next = last ? 1.0 : groups_[index + 1].value;
     const double next_ms = last ? times_.MeasureMs(measure + 1) : groups_[index + 1].before;
     const double length = times_.Length(measure);
-    const auto tempo_for = [&](double span, double ms) {
-        return kMeasureMs * span * length / std::max(ms, 1e-6);
-    };
-    const double bpm = group.exact ? group.bpm : tempo_for(next - group.value, next_ms - group.after);
+    const auto tempo_for = [&](double span, double ms) { return kMeasureMs * span * length / ms; };
+    const bool exact = group.exact && std::fabs(reached_ - group.before) < kOnTimeMs;
+    const double from = exact ? group.before : reached_, after = std::max(from, group.after);
+    const double left = std::max(next_ms - after, kLeastMs);
+    const double bpm = exact ? group.bpm : tempo_for(next - group.value, left);
+    reached_ = exact ? next_ms : after + left;
     if (group.after <= group.before) return Emit(measure, group.place, bpm);
-    const Fraction behind =
-        PlaceBehind(group.place, crowd_ ? next : std::min(next, NextObject(measure, group.value)));
+    const double limit = crowd_ ? next : std::min(next, NextObject(measure, group.value));
+    const Fraction behind = PlaceBehind(group.place, limit);
     const double span = behind.Value() - group.value;
-    const double ms = group.after - group.before + span * length * (kMeasureMs / bpm);
+    const double ms = std::max(after - from + span * length * (kMeasureMs / bpm), kLeastMs);
     Emit(measure, group.place, tempo_for(span, ms));
     if (behind.Value() < next) Emit(measure, behind, bpm);
 }

@@ -112,7 +112,9 @@ void Maker::Tempos(int m) {
         at(place).bpm = 20 + n * 7.3;
         return Id(n);
     });
-    Pairs(m, "09", 1 + Below(24), 8, [&](double place) {
+    const bool crowd =
+        sounds_ > 100 && Below(8) == 0;  // stops off the player's grid, more than it has places
+    Pairs(m, "09", crowd ? 1009 : 1 + Below(24), crowd ? 4 : 8, [&](double place) {
         const int n = static_cast<int>(1 + Below(40));
         at(place).stop = n * 5;
         return Id(n);
