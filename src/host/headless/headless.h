@@ -32,6 +32,11 @@ uint64_t Now();    // ms since the origin
 using ClockHook = void (*)(uint64_t before, uint64_t now);
 void OnClock(ClockHook hook);
 
+// Asked by each sleep for the reading at which it ends; the answer is kept between now and end. Null, as
+// after Reset: sleeps last as asked.
+using WakeHook = std::function<uint64_t(uint64_t now, uint64_t end)>;
+void OnSleep(WakeHook hook);
+
 // Called by Reset, so that other files of the host can reset their state. Kept like a clock hook.
 using ResetHook = void (*)();
 void OnReset(ResetHook hook);
@@ -131,6 +136,7 @@ struct FileDialog {
     host::FileFilter filter;
     bool answered;
     std::string answer;
+    std::string name, extension;
 };
 const std::vector<FileDialog>& FileDialogs();
 
@@ -149,7 +155,7 @@ const std::string& Log();                  // text for the debugger, as one stri
 // ---- the window and its desktop ----
 
 struct Window {
-    bool open = false, topmost = false, minimized = false;
+    bool open = false, topmost = false, minimized = false, hidden = false;
     host::Rect client{};
     host::Icon icon;
     int placed = 0;  // calls of host::PlaceWindow
