@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 #include "chart/bms.h"
 #include "chart/charttime.h"
@@ -64,11 +65,13 @@ ExitCode ForSinks(const Pass& pass, Call call) {
     return code;
 }
 
+// Whether anything is still to be heard. A stream's ring does not tell what comes, so a stream is taken to
+// sound until it ends.
 bool Sounding() {
-    for (CDSBuffer* sound : g_pDSound->m_pSlot) {
-        if (sound && sound->IsPlaying()) return true;
-    }
-    return false;
+    const auto sounds = [](CDSBuffer* sound) {
+        return sound && sound->IsPlaying() && (sound->m_bStream || HasSoundAhead(*sound->GetDSBuffer()));
+    };
+    return std::any_of(std::begin(g_pDSound->m_pSlot), std::end(g_pDSound->m_pSlot), sounds);
 }
 
 bool CutsAtEnd(const Pass& pass) {
