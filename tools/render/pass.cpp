@@ -65,11 +65,10 @@ ExitCode ForSinks(const Pass& pass, Call call) {
     return code;
 }
 
-// Whether anything is still to be heard. A stream's ring does not tell what comes, so a stream is taken to
-// sound until it ends.
+// Whether anything is still to be heard. A chart's sounds are whole, never streams.
 bool Sounding() {
     const auto sounds = [](CDSBuffer* sound) {
-        return sound && sound->IsPlaying() && (sound->m_bStream || HasSoundAhead(*sound->GetDSBuffer()));
+        return sound && sound->GetDSBuffer() && HasSoundAhead(*sound->GetDSBuffer());
     };
     return std::any_of(std::begin(g_pDSound->m_pSlot), std::end(g_pDSound->m_pSlot), sounds);
 }
