@@ -11,6 +11,8 @@
 #include "common/messages.h"
 #include "common/output.h"
 #include "common/signals.h"
+#include "render/audio.h"
+#include "render/batch.h"
 #include "render/encoder.h"
 #include "render/pictures.h"
 #include "render/sound.h"
@@ -27,6 +29,10 @@ ExitCode RenderFiles(const Options& options, int sound) {
     if (!options.places.empty()) owned.push_back(std::make_unique<PictureSink>(options));
     if (!options.trace.empty()) owned.push_back(std::make_unique<TraceSink>(options.trace));
     if (!options.wav.empty()) owned.push_back(std::make_unique<WavSink>(options.wav));
+    if (!options.audio.empty() && options.preview)
+        owned.push_back(std::make_unique<PreviewSink>(options));
+    else if (!options.audio.empty())
+        owned.push_back(std::make_unique<AudioSink>(options));
     if (sound >= 0) owned.push_back(std::make_unique<WavSink>(sound));
     std::vector<Sink*> sinks;
     for (const auto& sink : owned) sinks.push_back(sink.get());
@@ -55,6 +61,8 @@ ExitCode InChild(Pass pass) {
 }
 
 ExitCode RenderAll(const Options& options) {
+    if (!options.output_dir.empty())
+        return RenderPreviews(options, [](const Options& own) { return RenderFiles(own, -1); });
     if (options.video.empty()) return RenderFiles(options, -1);
     const std::string refusal = VideoNameRefusal(options.video);
     if (!refusal.empty()) return Complain(kUsage, refusal);

@@ -15,15 +15,27 @@ int16_t ToSample(float f) {
 
 }  // namespace
 
+ExitCode FitsWav(double seconds, const std::string& name, const AudioQuality& quality) {
+    const double most = quality.floats       ? kMostWavSeconds / 2
+                        : quality.bits == 24 ? kMostWavSeconds / 1.5
+                                             : kMostWavSeconds;
+    tools::FileKind kind = tools::FileKind::kWav;
+    if (seconds <= most || (AudioKind(name, &kind) && kind != tools::FileKind::kWav)) return kGood;
+    const auto part = [](double all, int unit) {
+        return static_cast<int>(all / unit) % (unit == 60 ? 60 : 1000000);
+    };
+    char text[160];
+    std::snprintf(
+        text, sizeof text,
+        "the chart lasts %d h %02d min, and a WAV file holds %d h %02d min; select measures with --from "
+        "and --to",
+        part(seconds, 3600), part(seconds, 60), part(most, 3600), part(most, 60));
+    return Complain(kOutput, text);
+}
+
 ExitCode WavSink::Begin(double seconds) {
-    if (seconds > kMostWavSeconds) {
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "the chart lasts %d h %02d min, and a WAV file holds 6 h 45 min; select measures with "
-                      "--from and --to",
-                      static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60) % 60);
-        return Complain(kOutput, text);
-    }
+    const ExitCode fits = FitsWav(seconds, "", {});
+    if (fits != kGood) return fits;
     return Result(fd_ < 0 ? wav_.Open(name_, 2, kRate) : wav_.OpenDescriptor(fd_, 2, kRate));
 }
 

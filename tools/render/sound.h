@@ -4,11 +4,15 @@
 #include <string>
 
 #include "common/wav.h"
+#include "render/audio_file.h"
 #include "render/pass.h"
 
 namespace render {
 
 constexpr int kRate = 44100;
+
+// kGood when so much sound fits a file of that name; only WAV files have a bound.
+ExitCode FitsWav(double seconds, const std::string& name, const AudioQuality& quality);
 
 class WavSink : public Sink {
 public:
