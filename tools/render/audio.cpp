@@ -77,8 +77,8 @@ ExitCode PreviewSink::Begin(double) {
     if (measure >= 0) {
         g_nStartMeasure = measure;
         RestartChart();
-        // 10 ms are whole frames: at such distances every sound starts at the very fraction of a frame, and the
-        // passage sounds as in the whole.
+        // 10 ms are whole frames: at such distances every sound starts at the very fraction of a frame, and
+        // the passage sounds as in the whole.
         const auto now = static_cast<uint32_t>(headless::Now());
         g_dwStartTime += (static_cast<uint32_t>(g_dwSeekTime) - now) % 10;
     }

@@ -16,6 +16,7 @@
 #include "render/encoder.h"
 #include "render/pictures.h"
 #include "render/sound.h"
+#include "render/strip.h"
 #include "render/trace.h"
 #include "render/video.h"
 
@@ -27,6 +28,7 @@ ExitCode RenderFiles(const Options& options, int sound) {
     std::vector<std::unique_ptr<Sink>> owned;
     // Pictures can still fail when the pass is over; then nothing else appears.
     if (!options.places.empty()) owned.push_back(std::make_unique<PictureSink>(options));
+    if (!options.strip.empty()) owned.push_back(std::make_unique<StripSink>(options));
     if (!options.trace.empty()) owned.push_back(std::make_unique<TraceSink>(options.trace));
     if (!options.wav.empty()) owned.push_back(std::make_unique<WavSink>(options.wav));
     if (!options.audio.empty() && options.preview)

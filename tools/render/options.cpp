@@ -27,13 +27,15 @@ const char kHelp[] =
     "  --video FILE        picture and sound; the suffix selects the format (needs ffmpeg)\n"
     "  --png DIR --at LIST a picture at each chart time of the comma-separated list: milliseconds,\n"
     "                      or m12 or m12.5 for a place in a measure\n"
+    "  --strip FILE.png    the whole chart as columns of lanes, its density over time above; more\n"
+    "                      pages as FILE-2.png and so on\n"
     "  --trace FILE        text: every frame, record fired, copy drawn and sound started\n"
     "  --from N --to N     these measures only, both included\n"
     "  --pacing P          exact: every sound starts at its millisecond (default)\n"
     "                      player: at the next frame, up to 15 ms later, as the player plays it\n"
     "  --force             replace existing files of another kind, and existing previews; never the\n"
     "                      chart or its files\n"
-    "  --speed S           scroll speed, 0.1 to 8 (default 1)\n"
+    "  --speed S           scroll speed, 0.1 to 8 (default 1; 3 for --strip)\n"
     "  --fps N             pictures per second of video, 1 to 240 (default 60)\n"
     "  --size N            enlarge video and pictures by a whole factor, 1 to 8 (default 1)\n"
     "  -h, --help          print this help and exit\n"
@@ -107,6 +109,7 @@ const struct {
     {"--video", [](const std::string& v, Options* o) { return ReadName(v, &o->video) && v != "-"; }},
     {"--trace", [](const std::string& v, Options* o) { return ReadName(v, &o->trace); }},
     {"--png", [](const std::string& v, Options* o) { return ReadName(v, &o->png_folder); }},
+    {"--strip", [](const std::string& v, Options* o) { return ReadName(v, &o->strip) && v != "-"; }},
     {"--output-dir", [](const std::string& v, Options* o) { return ReadName(v, &o->output_dir); }},
     {"--at", [](const std::string& v, Options* o) { return ReadPlaces(v, &o->places); }},
     {"--from", [](const std::string& v, Options* o) { return ReadStart(v, o); }},
@@ -162,8 +165,8 @@ std::string WrongAudio(const Options& o) {
 }
 
 std::string WrongPreview(const Options& o) {
-    const bool others =
-        !o.wav.empty() || !o.video.empty() || !o.trace.empty() || !o.png_folder.empty() || o.to >= 0;
+    const bool others = !o.wav.empty() || !o.video.empty() || !o.trace.empty() || !o.png_folder.empty() ||
+                        !o.strip.empty() || o.to >= 0;
     if (!o.preview && (!o.output_dir.empty() || o.trim)) return "--output-dir and --trim go with --preview";
     if (!o.preview && o.start.kind != PassageStart::kDensest && o.from < 0)
         return "--from takes a measure; times and percent go with --preview";
@@ -186,9 +189,10 @@ std::string Wrong(const Options& o) {
     for (const auto& wrong : {WrongAudio(o), WrongPreview(o)}) {
         if (!wrong.empty()) return wrong;
     }
-    if (!o.preview && o.wav.empty() && o.audio.empty() && o.video.empty() && o.trace.empty() &&
-        o.places.empty())
-        return "nothing to render: use --wav, --audio, --video, --png, --trace or --preview";
+    const bool wants_any = o.preview || !o.places.empty();
+    const bool named = !(o.wav + o.audio + o.video + o.trace + o.strip).empty();
+    if (!wants_any && !named)
+        return "nothing to render: use --wav, --audio, --video, --png, --strip, --trace or --preview";
     if (o.wav == "-" && o.trace == "-") return "only one output can go to standard output";
     if (o.to >= 0 && o.from > o.to) return "--from is after --to";
     return "";

@@ -46,6 +46,7 @@ struct Options {
     double length = 30, fade = 2;  // of a preview, seconds
     PassageStart start;
     std::string output_dir;
+    std::string strip;  // empty: not wanted
 };
 
 // Returns false when the line is wrong; *why then says how.

@@ -9,6 +9,7 @@
 #include "common/output_rules.h"
 #include "platform/files/files.h"
 #include "render/audio_file.h"
+#include "render/strip.h"
 #include "system/globals.h"
 
 namespace render {
@@ -67,6 +68,9 @@ ExitCode CheckOutputs(const Options& options) {
                    allow(options.video, FileKind::kVideo) && allow(options.audio, audio);
     for (size_t i = 0; allowed && i < options.places.size(); ++i)
         allowed = allow(PictureName(options, i), FileKind::kPng);
+    if (!options.strip.empty()) {
+        for (const std::string& name : StripNames(options)) allowed = allowed && allow(name, FileKind::kPng);
+    }
     return allowed ? kGood : Complain(kUsage, why);
 }
 

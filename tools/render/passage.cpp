@@ -18,7 +18,17 @@ int64_t EndOfChart() {
     return TruncTime(g_pBMS->m_pMeasure[g_pBMS->m_nMeasure - 1].dStart);
 }
 
-// Sorted times of what is played.
+int64_t LongestSound() {
+    int64_t longest = 0;
+    for (const CDSBuffer* sound : g_pDSound->m_pSlot) {
+        if (!sound || sound->m_wfx.nAvgBytesPerSec == 0) continue;
+        longest = std::max(longest, int64_t{sound->m_nBufSize} * 1000 / sound->m_wfx.nAvgBytesPerSec);
+    }
+    return longest + 1000;  // and what the conversion of rates adds
+}
+
+}  // namespace
+
 std::vector<int64_t> Starts() {
     std::vector<int64_t> times;
     for (int32_t i = 0; i < g_nNoteCount; ++i) {
@@ -32,21 +42,10 @@ std::vector<int64_t> Starts() {
     return times;
 }
 
-int32_t CountWithin(const std::vector<int64_t>& times, int64_t first, int64_t length) {
-    return static_cast<int32_t>(std::lower_bound(times.begin(), times.end(), first + length) -
-                                std::lower_bound(times.begin(), times.end(), first));
+int CountWithin(const std::vector<int64_t>& times, int64_t first, int64_t length) {
+    return static_cast<int>(std::lower_bound(times.begin(), times.end(), first + length) -
+                            std::lower_bound(times.begin(), times.end(), first));
 }
-
-int64_t LongestSound() {
-    int64_t longest = 0;
-    for (const CDSBuffer* sound : g_pDSound->m_pSlot) {
-        if (!sound || sound->m_wfx.nAvgBytesPerSec == 0) continue;
-        longest = std::max(longest, int64_t{sound->m_nBufSize} * 1000 / sound->m_wfx.nAvgBytesPerSec);
-    }
-    return longest + 1000;  // and what the conversion of rates adds
-}
-
-}  // namespace
 
 int64_t StartOfPassage(const PassageStart& wanted, int64_t length) {
     const int64_t end = EndOfChart();
@@ -64,8 +63,8 @@ int64_t StartOfPassage(const PassageStart& wanted, int64_t length) {
             break;
         case PassageStart::kDensest: {
             const std::vector<int64_t> times = Starts();
-            for (int32_t i = 0, most = -1; i + 1 < g_nBarCount; ++i) {
-                const int32_t count = CountWithin(times, g_pBarList[i].nTime, length);
+            for (int i = 0, most = -1; i + 1 < g_nBarCount; ++i) {
+                const int count = CountWithin(times, g_pBarList[i].nTime, length);
                 if (count <= most) continue;
                 most = count;
                 start = g_pBarList[i].nTime;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "render/options.h"
 
@@ -11,6 +12,11 @@ namespace render {
 
 // Where the passage begins. length: of the passage. -1 when the chart has no such place.
 int64_t StartOfPassage(const PassageStart& wanted, int64_t length);
+
+// Sorted times of the notes, or of the background sounds where there are no notes.
+std::vector<int64_t> Starts();
+// How many of them lie in [first, first + length).
+int CountWithin(const std::vector<int64_t>& times, int64_t first, int64_t length);
 
 // The last measure that begins so long before a time that no sound started before it can still be heard then;
 // -1 for the very beginning.
