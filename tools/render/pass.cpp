@@ -64,13 +64,6 @@ ExitCode ForSinks(const Pass& pass, Call call) {
     return code;
 }
 
-bool Sounding() {
-    for (CDSBuffer* sound : g_pDSound->m_pSlot) {
-        if (sound && sound->IsPlaying()) return true;
-    }
-    return false;
-}
-
 bool CutsAtEnd(const Pass& pass) {
     return pass.options.to >= 0;
 }
@@ -99,12 +92,12 @@ ExitCode CheckPlaces(const Pass& pass) {
 }
 
 void SetPace(Pass* pass) {
-    std::vector<int64_t> due;
-    if (pass->options.exact) {
-        due = DueTimes();
-        for (const PicturePlace& place : pass->options.places) due.push_back(ChartTime(place));
-    }
-    pass->pacer.SetDue(std::move(due));
+    std::vector<int64_t> due = DueTimes();
+    for (const PicturePlace& place : pass->options.places) due.push_back(ChartTime(place));
+    const auto sees = [](const Sink* sink) { return sink->SeesFrames(); };
+    const bool skip = std::none_of(pass->sinks.begin(), pass->sinks.end(), sees);
+    if (skip) due.push_back(pass->end);
+    pass->pacer.Set(std::move(due), pass->options.exact, skip);
 }
 
 // The chart is loaded once the first frame comes.
@@ -127,7 +120,7 @@ bool IsOver(const Pass& pass, const Moment& moment) {
     const auto done = [](const Sink* sink) { return sink->IsDone(); };
     if (std::all_of(pass.sinks.begin(), pass.sinks.end(), done)) return true;
     return moment.ended &&
-           !(std::any_of(pass.sinks.begin(), pass.sinks.end(), rings) && !CutsAtEnd(pass) && Sounding());
+           !(std::any_of(pass.sinks.begin(), pass.sinks.end(), rings) && !CutsAtEnd(pass) && IsSounding());
 }
 
 void OnFrame(Pass* pass, const headless::Frame& frame) {

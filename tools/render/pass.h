@@ -32,8 +32,9 @@ public:
     virtual ExitCode OnSound(const float* samples, int frames) { return kGood; }
     virtual ExitCode OnFrame(const Moment& moment) { return kGood; }
     virtual ExitCode Finish() { return kGood; }
-    virtual bool RingsOut() const { return false; }  // wants what sounds after the end of the chart
-    virtual bool IsDone() const { return false; }    // a pass ends early when all its sinks are done
+    virtual bool RingsOut() const { return false; }    // wants what sounds after the end of the chart
+    virtual bool SeesFrames() const { return false; }  // otherwise frames may be skipped and stay undrawn
+    virtual bool IsDone() const { return false; }      // a pass ends early when all its sinks are done
 };
 
 // Plays the chart from --from to --to and finishes the sinks. Before the first sink begins, everything that

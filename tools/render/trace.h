@@ -23,6 +23,7 @@ public:
     ~TraceSink() override;
     ExitCode Begin(double seconds) override;
     ExitCode OnFrame(const Moment& moment) override;
+    bool SeesFrames() const override { return true; }
     ExitCode Finish() override { return Result(out_.Commit()); }
 
 private:

@@ -32,7 +32,7 @@ uint64_t Now();    // ms since the origin
 using ClockHook = void (*)(uint64_t before, uint64_t now);
 void OnClock(ClockHook hook);
 
-// Asked by each sleep for the reading at which it ends; the answer is kept between now and end. Null, as
+// Asked by each sleep for the reading at which it ends, from now on; end: as the program asked. Null, as
 // after Reset: sleeps last as asked.
 using WakeHook = std::function<uint64_t(uint64_t now, uint64_t end)>;
 void OnSleep(WakeHook hook);
