@@ -1,5 +1,6 @@
 // lumetra: the player on a user's desktop.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -67,6 +68,7 @@ int main(int argc, char** argv) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
     }
     const int nExitCode = Run(argc, argv);
-    host::Shutdown();
-    return nExitCode;
+    if (host::Shutdown()) return nExitCode;
+    std::fflush(stdout);
+    std::_Exit(nExitCode);
 }

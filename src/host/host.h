@@ -15,6 +15,12 @@ namespace host {
 
 constexpr int kDefaultPlace = INT32_MIN;
 
+// Window systems keep places in 16 bits: whoever places a window clamps to this.
+constexpr int ClampPlace(int64_t place) {
+    constexpr int kMost = 32767;
+    return place < -kMost ? -kMost : place > kMost ? kMost : static_cast<int>(place);
+}
+
 struct Rect {  // right and bottom exclusive
     int left, top, right, bottom;
 };
@@ -41,6 +47,7 @@ struct WindowPlace {
 bool HasDisplay();
 bool OpenWindow(const WindowRequest& request);  // shown at once, black; false when there is no display
 void CloseWindow();
+void HideWindow();  // from the screen; it stays open and keeps its place
 WindowPlace GetWindowPlace();
 void PlaceWindow(int x, int y, int width, int height);  // outer corner, client size
 void KeepOnTop();                                       // cheap when it already is
@@ -91,9 +98,16 @@ struct FileFilter {
     std::string patterns;  // "*.bms;*.bme"
 };
 
-// The chosen file's path in this machine's form; empty when cancelled. folder may be empty.
-std::string ChooseFile(const std::string& title, const std::string& folder, const FileFilter& filter,
-                       Pump pump);
+struct FileRequest {
+    std::string title;
+    std::string folder, name;  // where it opens, and the file there that is marked first; may be empty
+    FileFilter filter;
+    std::string extension;  // of a typed name without one, without the dot; may be empty
+    Icon icon;              // of the program, for a dialog before its window; may be empty
+};
+
+// The chosen file's path in this machine's form; empty when cancelled.
+std::string ChooseFile(const FileRequest& request, Pump pump);
 
 struct MenuItem {
     int id;            // 0: a separator
@@ -118,7 +132,8 @@ using MixCallback = void (*)(void* user, float* out, int frames, uint64_t time);
 // False when no output can be opened at all. A machine without a sound card gets a silent one at the right
 // pace.
 bool OpenSound(int rate, MixCallback callback, void* user);
-void CloseSound();  // no callback runs after it returns
+// No callback runs after it returns. It waits for no driver; Shutdown gives the device a moment to close.
+void CloseSound();
 
 // ---- other instances: running programs of the same kind ----
 
@@ -141,6 +156,8 @@ void DebugText(const char* bytes, size_t count);  // unchanged
 
 // ---- the end ----
 
-void Shutdown();  // closes whatever is still open; main calls it after the program has returned
+// Closes whatever is still open; main calls it after the program has returned. False when a sound driver
+// hangs: then the process must end without its exit handlers, which could wait for that driver.
+bool Shutdown();
 
 }  // namespace host

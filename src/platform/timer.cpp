@@ -4,7 +4,8 @@
 
 namespace {
 constexpr UINT kPeriodMin = 1, kPeriodMax = 1000000;  // ms
-}
+int g_nPeriods = 0;                                   // begun and not ended
+}  // namespace
 
 DWORD timeGetTime() {
     return static_cast<DWORD>(host::Nanoseconds() / 1000000);
@@ -18,11 +19,15 @@ MMRESULT timeGetDevCaps(TIMECAPS* pCaps, UINT nSize) {
 }
 
 MMRESULT timeBeginPeriod(UINT nPeriod) {
-    return nPeriod >= kPeriodMin && nPeriod <= kPeriodMax ? TIMERR_NOERROR : TIMERR_NOCANDO;
+    if (nPeriod < kPeriodMin || nPeriod > kPeriodMax) return TIMERR_NOCANDO;
+    ++g_nPeriods;
+    return TIMERR_NOERROR;
 }
 
 MMRESULT timeEndPeriod(UINT nPeriod) {
-    return timeBeginPeriod(nPeriod);
+    if (nPeriod < kPeriodMin || nPeriod > kPeriodMax || g_nPeriods == 0) return TIMERR_NOCANDO;
+    --g_nPeriods;
+    return TIMERR_NOERROR;
 }
 
 void Sleep(DWORD dwMilliseconds) {

@@ -17,7 +17,8 @@ DWORD timeGetTime();
 // Sets *pCaps to 1 and 1000000. Returns TIMERR_NOCANDO when nSize is not 8 or pCaps is null.
 MMRESULT timeGetDevCaps(TIMECAPS* pCaps, UINT nSize);
 
-// The clock always has its full resolution. These calls only check their range.
+// The clock has its full resolution at all times here. TIMERR_NOCANDO for a period out of range, and for an
+// end without a beginning.
 MMRESULT timeBeginPeriod(UINT nPeriod);
 MMRESULT timeEndPeriod(UINT nPeriod);
 

@@ -7,9 +7,6 @@
 
 namespace {
 
-constexpr int kMaxAboutBoxes = 4;  // nested boxes cost stack
-int g_nAboutBoxes = 0;
-
 void HoldChart() {
     if (g_bPlaying) PauseChart(0);
 }
@@ -43,11 +40,8 @@ void BuildSystemMenu(HWND hWnd) {
 }
 
 void ShowAbout(HWND hWnd) {
-    if (g_nAboutBoxes == kMaxAboutBoxes) return;
     HoldChart();
-    ++g_nAboutBoxes;
     MessageBoxA(hWnd, "Lumetra 0.04", "VersionInfo", MB_ICONINFORMATION);
-    --g_nAboutBoxes;
     ReleaseChart();
 }
 

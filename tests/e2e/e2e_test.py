@@ -3,6 +3,7 @@
 import os
 import subprocess
 import sys
+import time
 import unittest
 
 import harness
@@ -140,9 +141,23 @@ class EndToEnd(unittest.TestCase):
             screen.chart("二曲目.bms", title="SECOND")
             screen.chart("zz.txt", title="NO CHART")
             screen.keys(window, "shift+F10", "l")
-            screen.keys(screen.window(DIALOG), "End", "Return")  # the text file is not in the list
+            dialog = screen.window(DIALOG)
+            self.assertIn("_NET_WM_ICON(CARDINAL)", screen.property(dialog, "_NET_WM_ICON"))
+            screen.keys(dialog, "End", "Return")  # the text file is not in the list
             player.find("SECOND")
             player.runs()
+            # What was not meant to open a chart leaves the one that plays; Enter then opens it: it is marked.
+            for keys in (("Down", "Tab", "Tab", "Tab", "Tab", "Return"), ("alt+a", "BackSpace", "Escape"),
+                         ("Tab", "ctrl+a", "n", "o", "n", "e", "Return", "Escape")):
+                screen.keys(window, "shift+F10", "l")
+                screen.keys(screen.window(DIALOG), *keys)
+                until("the dialog to close", lambda: DIALOG not in screen.windows())
+            screen.keys(window, "shift+F10", "l")
+            screen.keys(screen.window(DIALOG), "Return")
+            player.find("SECOND")
+            screen.keys(window, "shift+F10", "l")
+            screen.keys(screen.window(DIALOG), "Tab", "ctrl+a", "quotedbl", *"SONG", "quotedbl", "Return")
+            player.find("E2E")
             screen.chart("♥.bms", title="THIRD")
             for last in ("Escape", "Return"):  # each dialog has its own connection to the input method
                 screen.keys(window, "shift+F10", "l")
@@ -151,6 +166,10 @@ class EndToEnd(unittest.TestCase):
                 screen.run("xdotool", "key", "ctrl+a", *heart, "period", "b", "m", "s", last)
                 until("the dialog to close", lambda: DIALOG not in screen.windows())
             player.find("THIRD")
+            screen.click(player, 700)
+            time.sleep(0.3)
+            self.assertNotIn(DIALOG, screen.windows())
+            time.sleep(0.3)
             screen.click(player, 40)
             screen.window(DIALOG)
             self.assertEqual(screen.remote("-Q"), 1)
@@ -174,6 +193,62 @@ class EndToEnd(unittest.TestCase):
             nowhere = screen.player(screen.chart(), env={"DISPLAY": ":9999"})
             nowhere.ends(255)
             self.assertIn("lumetra-render", nowhere.log())
+
+    def test_typed_ahead(self):
+        """What is typed and clicked while a chart loads does not close the box that says why it failed."""
+        with Screen() as screen:
+            text = "#BPM 120\n" + ("#00011:" + "01" * 500 + "\n") * 12000
+            player = screen.player("-X100", "-Y100", screen.chart(text=text))
+            player.window = screen.window("Now Initializing")
+            player.x, player.y = screen.client(player.window)[:2]
+            screen.keys(player.window, "Return", "space", "Escape")
+            screen.click(player, 40)
+            self.assertNotIn("CompileError!", screen.windows())  # all of this came before the box
+            box = screen.window("CompileError!")
+            time.sleep(0.5)
+            self.assertIn("CompileError!", screen.windows())
+            screen.keys(box, "Return")
+            player.ends(255)
+
+    def test_destroyed(self):
+        """Another program destroys the window or a box; the display goes."""
+        with Screen() as screen:
+            path = screen.chart()
+            player = screen.player("-P", path)
+            screen.run("xdotool", "windowclose", player.find())
+            player.ends(0)
+            self.assertEqual(os.listdir(screen.runtime), [])
+            player = screen.player("-P", path)
+            screen.keys(player.find(), "shift+F10", "a")
+            screen.run("xdotool", "windowclose", screen.window("VersionInfo"))
+            player.runs()
+            screen.keys(player.window, "shift+F10", "a")
+            box = screen.window("VersionInfo")
+            screen.run("xdotool", "windowclose", player.window)
+            screen.keys(box, "Return")
+            player.ends(0)
+            player = screen.player("-P", path)
+            player.find()
+            screen.server.terminate()
+            player.ends(255)
+            self.assertEqual(os.listdir(screen.runtime), [])
+
+    def test_hung_sound(self):
+        """A sound device that takes nothing any more: here a pipe that nobody reads."""
+        with Screen() as screen:
+            pipe = os.path.join(screen.folder, "pipe")
+            os.mkfifo(pipe)
+            reader = os.open(pipe, os.O_RDWR)
+            output = {"SDL_AUDIODRIVER": "disk", "SDL_DISKAUDIOFILE": pipe}
+            player = screen.player("-P", screen.chart(), env=output)
+            player.find()
+            time.sleep(1)  # by now it is full
+            screen.keys(player.window, "Escape")
+            start = time.monotonic()
+            player.ends(0)
+            self.assertLess(time.monotonic() - start, 0.7)
+            self.assertEqual(os.listdir(screen.runtime), [])
+            os.close(reader)
 
 
 if __name__ == "__main__":

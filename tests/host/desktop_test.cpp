@@ -7,6 +7,7 @@
 
 #include <cstring>
 
+#include "host/desktop/clicks.h"
 #include "host/desktop/file_list.h"
 #include "host/desktop/inbox.h"
 #include "host/desktop/instance_folder.h"
@@ -223,14 +224,58 @@ TEST(FileList, PatternsAndNames) {
     EXPECT_EQ(ParentFolder("/a/b") + ParentFolder("/a") + ParentFolder("/"), "/a//");
 }
 
+TEST(FileList, WhatAUserTyped) {
+    test::TempFolder folder;
+    for (const char* file :
+         {"second.bms", "Second.BME", "plain", "a/b c.bms", "home/x.bms", "q\".bms", "v1.2.bms"})
+        folder.Write(file, "");
+    folder.Write("\x8B\xC8.bms", "");
+    setenv("HOME", folder.Path("home").c_str(), 1);
+    const std::pair<std::string, const char*> rows[] = {{"second.bms", "second.bms"},
+                                                        {"SECOND.BMS", "second.bms"},
+                                                        {"second", "second.bms"},
+                                                        {"second.bme", "Second.BME"},
+                                                        {"\"second.bms\"", "second.bms"},
+                                                        {"  plain ", "plain"},
+                                                        {"a/B C.BMS", "a/b c.bms"},
+                                                        {"A", "a"},
+                                                        {"A/../second", "a/../second.bms"},
+                                                        {"~", "home"},
+                                                        {"~/X", "home/x.bms"},
+                                                        {folder.Path("SECOND"), "second.bms"},
+                                                        {"v1.2", "v1.2.bms"},
+                                                        {"q\"", "q\".bms"},
+                                                        {"\xE6\x9B\xB2", "\x8B\xC8.bms"},
+                                                        {"\"\"", nullptr},
+                                                        {"", nullptr},
+                                                        {"third", nullptr},
+                                                        {"~x", nullptr}};
+    for (const auto& [typed, found] : rows)
+        EXPECT_EQ(FindTyped(folder.Path(), typed, "BMS"), found ? folder.Path(found) : "") << typed;
+}
+
+TEST(ClickCounter, TellsDoubleClicks) {
+    const struct {
+        uint32_t time;
+        int x;
+        bool second;
+    } rows[] = {{1000, 0, false},  {1500, 5, true},        {1600, 5, false},
+                {2101, 5, false},  {2200, 11, false},      {2300, 11, true},
+                {2400, 11, false}, {UINT32_MAX, 0, false}, {400, 0, true}};
+    ClickCounter clicks;
+    for (const auto& row : rows) EXPECT_EQ(clicks.Press(row.time, row.x, 0), row.second) << row.time;
+}
+
 TEST(FileList, FoldersFirstThenChartsByName) {
     test::TempFolder folder;
-    for (const char* file : {"b.bms", "A.BME", "\xE6\x9B\xB2.bms", "x.wav", ".hidden.bms", "zoo/x"})
+    for (const char* file :
+         {"b10.bms", "b9.bms", "b.bms", "A.BME", "\xE6\x9B\xB2.bms", "x.wav", ".hidden.bms", "zoo/x"})
         folder.Write(file, "");
     mkfifo(folder.Path("f.bms").c_str(), 0600);
     std::vector<std::string> names;
     for (const FileEntry& entry : ListFolder(folder.Path(), "*.bms;*.bme")) names.push_back(entry.name);
-    EXPECT_EQ(names, (std::vector<std::string>{"..", "zoo", "A.BME", "b.bms", "\xE6\x9B\xB2.bms"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"..", "zoo", "A.BME", "b.bms", "b9.bms", "b10.bms",
+                                               "\xE6\x9B\xB2.bms"}));
     EXPECT_TRUE(ListFolder(folder.Path("none"), "").empty());
 }
 

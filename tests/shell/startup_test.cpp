@@ -5,6 +5,7 @@
 
 #include "display/ddraw.h"
 #include "host/headless/sound.h"
+#include "platform/timer.h"
 #include "shell_test.h"
 
 namespace {
@@ -237,7 +238,8 @@ TEST_F(StartUpTest, WaysOut) {
         EXPECT_EQ(g_pDDraw, nullptr);
         EXPECT_EQ(g_pBMS, nullptr);
         EXPECT_EQ(g_pBarList, nullptr);
-        Shutdown();  // once more does nothing
+        EXPECT_EQ(timeEndPeriod(1), TIMERR_NOCANDO);  // the run has ended its own
+        Shutdown();                                   // once more does nothing
         EXPECT_FALSE(SoundIsOpen());
     }
 }

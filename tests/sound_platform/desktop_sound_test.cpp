@@ -62,6 +62,7 @@ TEST(DesktopSound, StartsKeepTheirDistances) {
     EXPECT_EQ(status, 0u);
     click->Release();
     device->Release();
+    EXPECT_TRUE(host::Shutdown());  // the file is complete
 
     std::vector<double> onsets;
     const std::vector<float> left = ReadLeft(path.c_str());

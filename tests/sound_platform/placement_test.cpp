@@ -43,6 +43,49 @@ TEST_F(SoundTest, StartsInTheFrameOfTheClock) {
     EXPECT_EQ(Position(sound), 0u);
 }
 
+// The device mixes blocks some time after the clock has passed them. A sound that ends in that gap has ended:
+// if it counted as playing, a pause would stop it at its beginning and the resume would play it again.
+TEST_F(SoundTest, APauseAroundTheEndNeverRepeatsTheSound) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(1000));
+    headless::LagSound(384, 1'000'000);
+    constexpr uint64_t kPeriod = 100'003;  // us
+    for (uint64_t i = 0; i < 300; ++i) {
+        headless::SetClock(headless::kClockOrigin + i * kPeriod * 1000);
+        ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+        Wait(15'000 + i * 100);
+        const bool paused = (Status(sound) & DSBSTATUS_PLAYING) != 0;
+        ASSERT_EQ(sound->Stop(), DS_OK);
+        Wait(10'000);
+        EXPECT_EQ(paused ? sound->Play(0, 0, 0) : DS_OK, DS_OK);
+    }
+    Wait(500'000);
+    int begun = 0, ended = 0;
+    for (int64_t frame = 0; frame < headless::Sound().End(); ++frame) {
+        begun += Heard16(frame, 0) == 1;
+        ended += Heard16(frame, 0) == 1000;
+    }
+    EXPECT_EQ(begun, 300);
+    EXPECT_EQ(ended, 300);
+}
+
+// Catching up with a device moves what starts, never what sounds.
+TEST_F(SoundTest, SoundingVoicesPlayOnWhileBlocksCatchUp) {
+    IDirectSoundBuffer* sound = Make(kStereo, Ramp(4000));
+    IDirectSoundBuffer* late = Make(kStereo, Ramp(100, 10'000));
+    headless::LagSound(384, 1'000'000, 30);
+    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
+    Wait(200'000);
+    for (int i = 0; i < 4000; ++i) ASSERT_EQ(Heard16(i, 0), 1 + i);
+    for (uint64_t i = 1; i <= 40; ++i) {  // wherever it starts, also between two blocks
+        headless::SetClock(headless::kClockOrigin + 200'000'000 + i * 20'300'000);
+        ASSERT_EQ(late->Play(0, 0, 0), DS_OK);
+    }
+    Wait(200'000);
+    int begun = 0;
+    for (int64_t frame = 0; frame < headless::Sound().End(); ++frame) begun += Heard16(frame, 0) == 10'000;
+    EXPECT_EQ(begun, 40);
+}
+
 // A chord of all slots, each cut off and started anew: reading the clock for each order moves nothing.
 TEST_F(SoundTest, AChordOfAllSlotsStartsInOneFrame) {
     constexpr int kVoices = 576;

@@ -13,7 +13,7 @@ int Scale();              // device pixels for one of the program's, sideways an
 Fl_Window* MainWindow();  // null while there is none
 
 void PushEvent(const Event& event);
-std::vector<int> TakeKeys();  // the keys at the head of the queue: typed ahead for what opens now
+std::vector<int> TakeKeys();  // the keys at the head of the queue: typed ahead for the popup menu
 // Waits at most so long for an event; false without a display.
 bool PumpWindowSystem(double seconds);
 
@@ -22,6 +22,10 @@ int LogicalX(int root_x);
 int LogicalY(int root_y);
 int RootX(int logical_x);
 int RootY(int logical_y);
+
+void SetProgramIcon(const Icon& icon);  // of windows that are shown later; an empty one changes nothing
+
+bool SoundHasClosed(int milliseconds);  // waits at most so long for the device that CloseSound stopped
 
 int VirtualKey(int fltk_key, const char* text);  // 0 for a key that has no code here
 

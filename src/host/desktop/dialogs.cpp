@@ -15,6 +15,12 @@ constexpr int kDeepest = 8;
 constexpr double kTick = 0.01;  // seconds
 
 int g_depth = 0;
+Fl_Window* g_unseen = nullptr;  // the latest dialog, until it has been drawn
+
+int Dispatch(int event, Fl_Window* window) {
+    const bool typed = event == FL_KEYBOARD || event == FL_PUSH || event == FL_RELEASE;
+    return g_unseen && typed ? 1 : Fl::handle_(event, window);
+}
 
 size_t CharLength(const std::string& text, size_t at) {
     size_t length = 1;
@@ -57,6 +63,20 @@ void ModalLoop::Run() {
         m_ended_by_pump = true;
         return;
     }
+}
+
+DialogWindow::DialogWindow(int w, int h) : Fl_Window(w, h) {
+    Fl::event_dispatch(Dispatch);
+    g_unseen = this;
+}
+
+DialogWindow::~DialogWindow() {
+    if (g_unseen == this) g_unseen = nullptr;
+}
+
+void DialogWindow::draw() {
+    if (g_unseen == this) g_unseen = nullptr;
+    Fl_Window::draw();
 }
 
 int DialogUnit(int pixels) {

@@ -33,6 +33,16 @@ private:
     bool m_ended_by_pump = false;
 };
 
+// The window of a dialog. Keys and clicks that the user made before it was on the screen are not for it.
+class DialogWindow : public Fl_Window {
+public:
+    DialogWindow(int w, int h);
+    ~DialogWindow() override;
+
+protected:
+    void draw() override;
+};
+
 // Text sizes and lengths of dialogs follow the scale of the display.
 int DialogUnit(int pixels);
 int DialogTextSize();

@@ -15,8 +15,13 @@ constexpr double kMinLearning = 50 * kMillisecond, kMaxLearning = 500 * kMillise
 constexpr double kSettled = 25 * kMillisecond;  // without a burst
 constexpr double kMaxSteering = 0.001;          // of the pace; devices drift by a tenth of it
 constexpr double kMaxHurry = 0.004;             // of the pace, while blocks wait: waiting drains the device
-constexpr double kLost = 100 * kMillisecond;    // later than this: the device stood still, start again
-constexpr double kHeldLost = 5 * kSecond;       // a file driver catches up by itself
+// A device that stays so late for so long has dropped what it did not get and does not catch up: the blocks
+// do. The mixer lets sounding voices play on across the steps of that pace.
+constexpr double kStood = 15 * kMillisecond, kStoodTime = 150 * kMillisecond;
+constexpr double kCatchUpWindow = 100 * kMillisecond, kCatchUpTime = 300 * kMillisecond;
+constexpr double kMaxCatchUp = 0.08;          // of the pace
+constexpr double kLost = 100 * kMillisecond;  // later than this: the device stood still, start again
+constexpr double kHeldLost = 5 * kSecond;     // a file driver catches up by itself
 
 }  // namespace
 
@@ -38,23 +43,34 @@ void DriftTracker::Learn(double now) {
 // Keeps the minimum slack of a window near kMargin; jitter only adds to it. Too little is corrected at once,
 // too much only when it lasts, because a busy machine is late for a while.
 void DriftTracker::Steer(double slack) {
+    m_stood = slack > kStood ? m_stood + 1 : 0;
+    if (!m_catching_up && m_stood * m_length >= kStoodTime) {
+        m_catching_up = true;
+        m_window = 0;
+    }
     m_slack = m_window == 0 ? slack : std::min(m_slack, slack);
     m_waits = (m_window == 0 ? 0 : m_waits) + (slack < 0 ? 1 : 0);
-    if (++m_window * m_length < kWindow) return;
+    if (++m_window * m_length < (m_catching_up ? kCatchUpWindow : kWindow)) return;
+    const int blocks = m_window;
+    m_window = 0;
+    if (m_catching_up) {
+        m_catching_up = m_slack > kMaxSlack;
+        m_pace = m_catching_up ? 1 + std::min((m_slack - kMargin) / kCatchUpTime, kMaxCatchUp) : 1;
+        return;
+    }
     m_late_windows = m_slack > kMaxSlack ? m_late_windows + 1 : 0;
-    const bool paceless = IsPaceless();
+    const bool paceless = IsPaceless(blocks);
     const bool early = m_slack < kMinSlack && !paceless;
     const bool steer = early || m_late_windows >= kLateWindows;
     const double fastest = m_slack < 0 ? kMaxHurry : kMaxSteering;
     m_pace = steer ? 1 + std::clamp((m_slack - kMargin) / kWindow, -fastest, kMaxSteering) : 1;
-    m_window = 0;
 }
 
 // A driver without a pace of its own takes each block when it gets it: its requests always come early, and
 // steering the blocks earlier does not change that. Such a driver is paced by the clock. The result is
 // checked again every kTrustWindows.
-bool DriftTracker::IsPaceless() {
-    if (m_waits <= m_window / 4) {
+bool DriftTracker::IsPaceless(int blocks) {
+    if (m_waits <= blocks / 4) {
         m_trial = 0;
         m_paceless = false;
     } else if (!m_paceless) {

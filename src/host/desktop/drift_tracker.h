@@ -7,8 +7,9 @@ namespace host {
 
 // A device asks for blocks with jitter and in bursts, and its clock drifts against ours; some drivers ask as
 // fast as they are served. The times given to the blocks advance evenly nevertheless, and no block is mixed
-// before the clock has passed its end, so that everything that starts in it is known. One per output, used on
-// the sound thread.
+// before the clock has passed its end, so that everything that starts in it is known. After a standstill of
+// the device they catch up within two seconds, in steps of at most 8 %. One per output, used on the sound
+// thread.
 class DriftTracker {
 public:
     DriftTracker(int rate, int frames);  // Hz, frames per block
@@ -29,7 +30,7 @@ public:
 private:
     void Learn(double now);
     void Steer(double slack);
-    bool IsPaceless();
+    bool IsPaceless(int blocks);
 
     double m_length;  // of a block, ns
     bool m_held = false;
@@ -45,8 +46,10 @@ private:
     double m_trial_slack = 0;  // when it began
     int m_window = 0;          // blocks in this window
     int m_waits = 0;           // of them, requested before their end
-    int m_late_windows = 0;    // consecutive windows above the slack limit
-    double m_pace = 1;         // of the block times, relative to nominal
+    int m_stood = 0;           // consecutive blocks that came late enough for that
+    bool m_catching_up = false;
+    int m_late_windows = 0;  // consecutive windows above the slack limit
+    double m_pace = 1;       // of the block times, relative to nominal
 };
 
 }  // namespace host

@@ -9,10 +9,12 @@
 
 #include <cctype>
 
+#include "host/desktop/clicks.h"
 #include "host/desktop/desktop.h"
 #include "host/desktop/dialogs.h"
 #include "host/desktop/file_list.h"
 #include "host/desktop/input_method.h"
+#include "host/desktop/native.h"
 
 namespace host {
 namespace desktop {
@@ -25,17 +27,20 @@ public:
     FileBrowser(int x, int y, int w, int h, FileDialog* dialog)
         : Fl_Hold_Browser(x, y, w, h), m_dialog(dialog) {}
     int handle(int event) override;
+    bool IsDoubleClick() const { return m_double; }
 
 private:
     bool HandleKey();
     FileDialog* m_dialog;
-    std::string m_typed;  // the beginning of a name, typed quickly
+    ClickCounter m_clicks;
+    bool m_double = false;  // the last press was a double click
+    std::string m_typed;    // the beginning of a name, typed quickly
     uint64_t m_typed_at = 0;
 };
 
-class FileDialog : public Fl_Window {
+class FileDialog : public DialogWindow {
 public:
-    FileDialog(const FileFilter& filter, ModalLoop* loop);
+    FileDialog(const FileRequest& request, ModalLoop* loop);
 
     void Enter(const std::string& folder, const std::string& mark);
     void GoUp();
@@ -45,20 +50,22 @@ public:
     const std::string& chosen() const { return m_chosen; }
     int handle(int event) override;
     void FocusList() { m_browser->take_focus(); }
+    void ShowMarked();
 
 private:
     void Build();
     void Fill(const std::string& mark);
-    void ShowMarked();
+    bool HandleKey();
     const FileEntry* Marked() const;
     void Open(const FileEntry& entry);
-    std::string Patterns() const { return m_all->value() ? "" : m_filter.patterns; }
+    std::string Patterns() const { return m_all->value() ? "" : m_request.filter.patterns; }
 
-    FileFilter m_filter;
+    const FileRequest& m_request;
     ModalLoop* m_loop;
     std::string m_folder, m_chosen;
     std::vector<FileEntry> m_entries;
-    Fl_Box* m_where = nullptr;
+    Fl_Box *m_where = nullptr, *m_notice = nullptr;
+    Fl_Button* m_cancel = nullptr;
     FileBrowser* m_browser = nullptr;
     Fl_Input* m_input = nullptr;
     // No choice menu: while one is open, FLTK runs a loop in which messages of other instances would wait.
@@ -75,8 +82,16 @@ bool BeginsWith(const std::string& name, const std::string& beginning) {
     return true;
 }
 
+// FLTK takes `@` in a label for the beginning of a symbol.
+std::string Label(std::string text) {
+    for (size_t at = 0; (at = text.find('@', at)) != std::string::npos; at += 2) text.insert(at, 1, '@');
+    return text;
+}
+
 int FileBrowser::handle(int event) {
     if (event == FL_KEYBOARD && HandleKey()) return 1;
+    if (event == FL_PUSH)
+        m_double = m_clicks.Press(native::EventTime(), Fl::event_x_root(), Fl::event_y_root());
     return Fl_Hold_Browser::handle(event);
 }
 
@@ -84,10 +99,6 @@ bool FileBrowser::HandleKey() {
     const int key = Fl::event_key();
     if (key == FL_Enter || key == FL_KP_Enter) {
         m_dialog->Activate();
-        return true;
-    }
-    if (key == FL_BackSpace || (key == FL_Up && Fl::event_state(FL_ALT))) {
-        m_dialog->GoUp();
         return true;
     }
     if (key == FL_Home || key == FL_End) {
@@ -109,12 +120,11 @@ bool FileBrowser::HandleKey() {
     return true;
 }
 
-void OnList(Fl_Widget*, void* dialog) {
-    if (Fl::event() == FL_RELEASE && Fl::event_clicks() > 0) {
-        Fl::event_clicks(0);
+void OnList(Fl_Widget* list, void* dialog) {
+    if (Fl::event() == FL_RELEASE && static_cast<FileBrowser*>(list)->IsDoubleClick()) {
         static_cast<FileDialog*>(dialog)->Activate();
     } else {
-        static_cast<FileDialog*>(dialog)->handle(FL_NO_EVENT);
+        static_cast<FileDialog*>(dialog)->ShowMarked();
     }
 }
 
@@ -126,13 +136,13 @@ void OnAccept(Fl_Widget* widget, void* input) {
     static_cast<FileDialog*>(widget->window())->Accept(static_cast<Fl_Input*>(input)->value());
 }
 
-void OnFilter(Fl_Widget* widget, void* dialog) {
-    (void)widget;
+void OnFilter(Fl_Widget*, void* dialog) {
     static_cast<FileDialog*>(dialog)->Enter("", "");
+    static_cast<FileDialog*>(dialog)->FocusList();
 }
 
-FileDialog::FileDialog(const FileFilter& filter, ModalLoop* loop)
-    : Fl_Window(DialogUnit(480), DialogUnit(360)), m_filter(filter), m_loop(loop) {
+FileDialog::FileDialog(const FileRequest& request, ModalLoop* loop)
+    : DialogWindow(DialogUnit(480), DialogUnit(380)), m_request(request), m_loop(loop) {
     Build();
     end();
     xclass("lumetra");
@@ -150,7 +160,12 @@ void FileDialog::Build() {
     m_where->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
     m_where->labelfont(font);
     m_where->labelsize(size);
-    const int list_top = m_where->y() + row, list_bottom = h() - 2 * row - edge - DialogUnit(16);
+    m_notice = new Fl_Box(edge, h() - row, w() - 2 * edge, row - DialogUnit(4));
+    m_notice->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
+    m_notice->labelfont(font);
+    m_notice->labelsize(size);
+    m_notice->labelcolor(FL_DARK_RED);
+    const int list_top = m_where->y() + row, list_bottom = m_notice->y() - 2 * row - DialogUnit(14);
     m_browser = new FileBrowser(edge, list_top, w() - 2 * edge, list_bottom - list_top, this);
     m_browser->textfont(font);
     m_browser->textsize(size);
@@ -166,15 +181,15 @@ void FileDialog::Build() {
     m_input->callback(OnAccept, m_input);
     const int choice_y = input_y + row + DialogUnit(8);
     Fl_Box* type = new Fl_Box(edge, choice_y, label + input_w - button, row);
-    type->copy_label(("Type: " + m_filter.name).c_str());
+    type->copy_label(Label("Type: " + m_request.filter.name).c_str());
     type->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
     m_all = new Fl_Check_Button(type->x() + type->w(), choice_y, button, row, "&All files");
     m_all->callback(OnFilter, this);
-    Fl_Button* cancel = new Fl_Button(w() - edge - button, choice_y, button, row, "Cancel");
-    cancel->callback(OnCancel, m_loop);
+    m_cancel = new Fl_Button(w() - edge - button, choice_y, button, row, "Cancel");
+    m_cancel->callback(OnCancel, m_loop);
     for (Fl_Widget* widget :
          {static_cast<Fl_Widget*>(m_input), static_cast<Fl_Widget*>(open), static_cast<Fl_Widget*>(type),
-          static_cast<Fl_Widget*>(m_all), static_cast<Fl_Widget*>(cancel)}) {
+          static_cast<Fl_Widget*>(m_all), static_cast<Fl_Widget*>(m_cancel)}) {
         widget->labelsize(size);
     }
     m_input->textsize(size);
@@ -182,20 +197,21 @@ void FileDialog::Build() {
 
 void FileDialog::Enter(const std::string& folder, const std::string& mark) {
     if (!folder.empty()) m_folder = folder;
-    m_where->copy_label(ShownName(m_folder).c_str());
+    m_where->copy_label(Label(ShownName(m_folder)).c_str());
     Fill(mark);
 }
 
 void FileDialog::Fill(const std::string& mark) {
     m_entries = ListFolder(m_folder, Patterns());
     m_browser->clear();
-    int marked = 0;
+    int marked = 0, first = 0;  // lines from 1; first: of the files
     for (size_t row = 0; row < m_entries.size(); ++row) {
         const FileEntry& entry = m_entries[row];
         m_browser->add((entry.folder ? entry.shown + "/" : entry.shown).c_str());
-        const bool wanted = mark.empty() ? !entry.folder && marked == 0 : entry.name == mark;
-        if (wanted) marked = static_cast<int>(row) + 1;
+        if (!entry.folder && first == 0) first = static_cast<int>(row) + 1;
+        if (entry.name == mark) marked = static_cast<int>(row) + 1;
     }
+    if (marked == 0) marked = first;
     if (marked == 0 && !m_entries.empty()) marked = 1;
     if (marked) {
         m_browser->value(marked);
@@ -212,6 +228,7 @@ const FileEntry* FileDialog::Marked() const {
 void FileDialog::ShowMarked() {
     const FileEntry* entry = Marked();
     m_input->value(entry && !entry->folder ? entry->shown.c_str() : "");
+    m_notice->label("");
 }
 
 void FileDialog::Open(const FileEntry& entry) {
@@ -242,13 +259,14 @@ void FileDialog::Accept(const std::string& typed) {
         const FileEntry copy = entry;
         return Open(copy);
     }
-    const std::string path = JoinPath(m_folder, typed);
+    const std::string path = FindTyped(m_folder, typed, m_request.extension);
     if (IsFolder(path)) return Enter(AbsoluteFolder(path), "");
     if (IsFile(path)) {
         m_chosen = path;
         return m_loop->End();
     }
-    m_input->position(m_input->size(), 0);  // marks what is not there
+    m_notice->copy_label(Label("There is no file or folder called " + typed).c_str());
+    m_input->position(m_input->size(), 0);  // marks what was typed
     m_input->take_focus();
 }
 
@@ -262,16 +280,22 @@ void FileDialog::JumpTo(const std::string& beginning) {
     }
 }
 
-int FileDialog::handle(int event) {
-    if (event == FL_NO_EVENT) {  // another line of the list is marked
-        ShowMarked();
-        return 1;
-    }
-    if ((event == FL_KEYBOARD || event == FL_SHORTCUT) && Fl::event_key() == FL_Escape) {
+// Keys that the widget with the focus has left.
+bool FileDialog::HandleKey() {
+    const int key = Fl::event_key();
+    const bool enter = key == FL_Enter || key == FL_KP_Enter;
+    if (key == FL_Escape || (enter && Fl::focus() == m_cancel)) {
         m_loop->End();
-        return 1;
+        return true;
     }
-    return Fl_Window::handle(event);
+    const bool back = key == FL_BackSpace && Fl::focus() != m_input;
+    if (!back && !(key == FL_Up && Fl::event_state(FL_ALT))) return false;
+    GoUp();
+    return true;
+}
+
+int FileDialog::handle(int event) {
+    return (event == FL_KEYBOARD && HandleKey()) || DialogWindow::handle(event);
 }
 
 }  // namespace
@@ -279,15 +303,15 @@ int FileDialog::handle(int event) {
 
 using namespace desktop;
 
-std::string ChooseFile(const std::string& title, const std::string& folder, const FileFilter& filter,
-                       Pump pump) {
+std::string ChooseFile(const FileRequest& request, Pump pump) {
     if (!OpenDisplay()) return "";
     ModalLoop loop(pump);
     if (loop.too_deep()) return "";
     Fl_Group::current(nullptr);
-    FileDialog dialog(filter, &loop);
-    dialog.copy_label(title.c_str());
-    dialog.Enter(AbsoluteFolder(folder), "");
+    SetProgramIcon(request.icon);
+    FileDialog dialog(request, &loop);
+    dialog.copy_label(request.title.c_str());
+    dialog.Enter(AbsoluteFolder(request.folder), request.name);
     PlaceDialog(&dialog);
     dialog.show();
     dialog.FocusList();

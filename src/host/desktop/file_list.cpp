@@ -1,5 +1,6 @@
 #include "host/desktop/file_list.h"
 
+#include <FL/fl_utf8.h>
 #include <dirent.h>
 #include <iconv.h>
 #include <sys/stat.h>
@@ -8,6 +9,7 @@
 #include <cctype>
 #include <climits>
 #include <cstdlib>
+#include <string_view>
 
 namespace host::desktop {
 namespace {
@@ -52,12 +54,79 @@ bool Convert(const std::string& from, const char* encoding, std::string* out) {
     return good;
 }
 
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// The digits at `at`, without leading zeros; *at moves behind them.
+std::string_view TakeNumber(std::string_view text, size_t* at) {
+    while (*at + 1 < text.size() && text[*at] == '0' && IsDigit(text[*at + 1])) ++*at;
+    const size_t begin = *at;
+    while (*at < text.size() && IsDigit(text[*at])) ++*at;
+    return text.substr(begin, *at - begin);
+}
+
+// Letter case does not matter, and numbers compare by value: notes9 comes before notes10.
+int CompareNames(std::string_view a, std::string_view b) {
+    for (size_t i = 0, j = 0;;) {
+        if (i == a.size() || j == b.size())
+            return static_cast<int>(j == b.size()) - static_cast<int>(i == a.size());
+        if (IsDigit(a[i]) && IsDigit(b[j])) {
+            const std::string_view x = TakeNumber(a, &i), y = TakeNumber(b, &j);
+            if (x.size() != y.size()) return x.size() < y.size() ? -1 : 1;
+            if (const int order = x.compare(y)) return order;
+            continue;
+        }
+        const auto x = static_cast<unsigned char>(Lower(a[i++])),
+                   y = static_cast<unsigned char>(Lower(b[j++]));
+        if (x != y) return x < y ? -1 : 1;
+    }
+}
+
 bool Before(const FileEntry& a, const FileEntry& b) {
     if (a.folder != b.folder) return a.folder;
-    return std::lexicographical_compare(
-        a.shown.begin(), a.shown.end(), b.shown.begin(), b.shown.end(), [](char x, char y) {
-            return static_cast<unsigned char>(Lower(x)) < static_cast<unsigned char>(Lower(y));
-        });
+    const int order = CompareNames(a.shown, b.shown);
+    return order != 0 ? order < 0 : a.name < b.name;
+}
+
+// The entry of a folder that is called so: as bytes, as shown, or as shown in other letter case. Empty when
+// there is none.
+std::string FindEntry(const std::string& folder, const std::string& name) {
+    struct stat info;
+    if (lstat(JoinPath(folder, name).c_str(), &info) == 0) return name;
+    std::string found;
+    DIR* dir = opendir(folder.c_str());
+    while (const dirent* item = dir ? readdir(dir) : nullptr) {
+        const std::string shown = ShownName(item->d_name);
+        if (shown != name && (!found.empty() || fl_utf_strcasecmp(shown.c_str(), name.c_str()) != 0))
+            continue;
+        found = item->d_name;
+        if (shown == name) break;
+    }
+    if (dir) closedir(dir);
+    return found;
+}
+
+std::string FindPath(const std::string& path) {
+    std::string found = "/";
+    for (size_t at = 0; at < path.size();) {
+        const size_t end = std::min(path.find('/', at), path.size());
+        const std::string part = path.substr(at, end - at);
+        at = end + 1;
+        if (part.empty()) continue;
+        const std::string entry = FindEntry(found, part);
+        if (entry.empty()) return "";
+        found = JoinPath(found, entry);
+    }
+    return found;
+}
+
+std::string WithoutQuotes(const std::string& typed) {
+    const size_t first = typed.find_first_not_of(" \t"), last = typed.find_last_not_of(" \t");
+    if (first == std::string::npos) return "";
+    std::string text = typed.substr(first, last - first + 1);
+    if (text.size() >= 2 && text.front() == '"' && text.back() == '"') text = text.substr(1, text.size() - 2);
+    return text;
 }
 
 }  // namespace
@@ -88,6 +157,15 @@ bool IsFolder(const std::string& path) {
 bool IsFile(const std::string& path) {
     struct stat info;
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+std::string FindTyped(const std::string& folder, const std::string& typed, const std::string& extension) {
+    std::string name = WithoutQuotes(typed);
+    if (name.empty()) return "";
+    const char* home = std::getenv("HOME");
+    if (home && name[0] == '~' && (name.size() == 1 || name[1] == '/')) name = home + name.substr(1);
+    const std::string path = JoinPath(folder, name), found = FindPath(path);
+    return found.empty() && !extension.empty() ? FindPath(path + "." + extension) : found;
 }
 
 std::string JoinPath(const std::string& folder, const std::string& name) {

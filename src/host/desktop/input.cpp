@@ -5,6 +5,7 @@
 
 #include "host/desktop/desktop.h"
 #include "host/desktop/instances.h"
+#include "host/desktop/native.h"
 
 namespace host {
 namespace desktop {
@@ -12,9 +13,9 @@ namespace {
 
 std::deque<Event> g_events;
 // Until then nothing is handed out after a request for the menu: keys typed ahead belong to the menu.
-uint64_t g_held_until = 0;  // nanoseconds
-constexpr uint64_t kLongestHold = 10'000'000;
-int g_watched = -1;  // the descriptor that FLTK waits for
+uint64_t g_held_until = 0;                                              // nanoseconds
+constexpr uint64_t kLongestHold = 10'000'000, kAskEvery = 100'000'000;  // ns
+int g_watched = -1;                                                     // the descriptor that FLTK waits for
 
 void OnPosted(int, void*) {
     ClearPostedSignal();
@@ -26,6 +27,17 @@ void WatchPosted() {
     if (g_watched >= 0) Fl::remove_fd(g_watched);
     if (signal >= 0) Fl::add_fd(signal, FL_READ, OnPosted);
     g_watched = signal;
+}
+
+// Another program has destroyed the window: the program is to end as if it had been closed. Asked again
+// because an open dialog drops it.
+void AskToCloseWithoutWindow() {
+    static uint64_t asked = 0;
+    if (!native::IsDestroyed() || Nanoseconds() - asked < kAskEvery) return;
+    asked = Nanoseconds();
+    Event event;
+    event.kind = EventKind::kClose;
+    PushEvent(event);
 }
 
 }  // namespace
@@ -56,6 +68,7 @@ bool PumpWindowSystem(double seconds) {
 using namespace desktop;
 
 bool PollEvent(Event* event) {
+    AskToCloseWithoutWindow();
     if (g_held_until != 0 && Nanoseconds() < g_held_until) return false;
     if (g_events.empty()) PumpWindowSystem(0);
     if (g_events.empty()) return TakePosted(event);

@@ -16,9 +16,9 @@ bool IsPlain(unsigned char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-';
 }
 
-// False when the folder does not exist and cannot be created.
-bool MakeFolder(const std::string& path) {
-    return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST;
+// 0, or the error for which the folder does not exist and cannot be created.
+int MakeFolder(const std::string& path) {
+    return mkdir(path.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
 bool Exists(const std::string& path) {
@@ -29,7 +29,9 @@ bool Exists(const std::string& path) {
 // Goes one folder down the path; false when that one cannot be used, with the reason in *folder.
 bool Enter(const std::string& path, bool create, InstanceFolder* folder) {
     folder->path = path;
-    if (create) MakeFolder(path);
+    const int error = create ? MakeFolder(path) : 0;
+    if (error != 0) folder->problem = "no folder " + path + ": " + std::strerror(error);
+    if (error != 0) return false;
     if (IsPrivateFolder(path)) return true;
     folder->missing = !create && !Exists(path);
     if (!folder->missing) folder->problem = path + " is not a folder of this user alone";

@@ -153,8 +153,8 @@ int PlayerWindow::HandleKey() {
 
 int PlayerWindow::HandlePush() {
     if (Fl::event_button() == FL_RIGHT_MOUSE) PushMenu(Fl::event_x_root(), Fl::event_y_root());
-    // Every second press of a quick series is a double click.
-    if (Fl::event_button() == FL_LEFT_MOUSE && Fl::event_clicks() % 2 == 1) {
+    if (Fl::event_button() == FL_LEFT_MOUSE &&
+        m_clicks.Press(native::EventTime(), Fl::event_x_root(), Fl::event_y_root())) {
         Event event;
         event.kind = EventKind::kDoubleClick;
         event.x = Fl::event_x() / m_picture.scale;

@@ -3,6 +3,7 @@
 
 #include <FL/Fl_Window.H>
 
+#include "host/desktop/clicks.h"
 #include "host/desktop/native.h"
 
 namespace host::desktop {
@@ -26,6 +27,7 @@ private:
     void Paste();
     void FixSize();
 
+    ClickCounter m_clicks;
     native::Picture m_picture;  // what the window shows, to redraw exposed parts
 };
 

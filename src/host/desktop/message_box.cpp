@@ -78,9 +78,9 @@ private:
     BoxIcon m_icon;
 };
 
-class BoxWindow : public Fl_Window {
+class BoxWindow : public DialogWindow {
 public:
-    BoxWindow(int w, int h, ModalLoop* loop) : Fl_Window(w, h), m_loop(loop) {}
+    BoxWindow(int w, int h, ModalLoop* loop) : DialogWindow(w, h), m_loop(loop) {}
 
     int handle(int event) override {
         if (event == FL_KEYBOARD || event == FL_SHORTCUT) {
@@ -137,9 +137,6 @@ void ShowBox(const std::string& text, const std::string& caption, BoxIcon icon, 
     PlaceDialog(&window);
     window.show();
     button->take_focus();
-    for (const int code : TakeKeys()) {
-        if (code == 13 || code == 27 || code == 32) loop.End();
-    }
     loop.Run();
     window.hide();
     PumpWindowSystem(0);

@@ -4,6 +4,7 @@
 #include <FL/Fl_Window.H>
 #include <FL/x.H>
 #include <fontconfig/fontconfig.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -27,6 +28,7 @@ struct MainWindowState {
     bool covered = false;      // without one: another window covers ours
     bool place_known = false;  // x, y and frame are up to date
     bool mapped = false;
+    bool destroyed = false;   // by another program; id is None
     bool background = false;  // the server still paints exposed parts black
     int x = 0, y = 0;
     Frame frame = {0, 0, 0, 0};
@@ -113,9 +115,24 @@ void ReadAbove() {
     g_main.above = std::find(states.begin(), states.end(), g_above) != states.end();
 }
 
+// Another program has destroyed a window of ours. FLTK 1.3 would create another in its place, and crashes
+// over it when it has drawn no text yet.
+int OnDestroyed(Window id) {
+    Fl_Window* window = fl_find(id);
+    if (!window) return 0;
+    if (id == g_main.id) {
+        g_main.id = None;
+        g_main.destroyed = true;
+    } else {
+        window->do_callback();  // a dialog ends as if closed
+    }
+    return 1;
+}
+
 // Records the server's events for the main window before FLTK handles them.
 int Watch(void* event, void*) {
     const XEvent& e = *static_cast<XEvent*>(event);
+    if (e.type == DestroyNotify) return OnDestroyed(e.xdestroywindow.window);
     if (e.xany.window != g_main.id || g_main.id == None) return 0;
     switch (e.type) {
         case ConfigureNotify:
@@ -230,6 +247,14 @@ int OnError(Display*, XErrorEvent* error) {
     return 0;
 }
 
+// Xlib's default ends the program with 1, which means that a command was handed on.
+int OnDisplayLost(Display*) {
+    constexpr char kLine[] = "lumetra: the display is gone\n";
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kLine, sizeof(kLine) - 1);
+    WithdrawInstance();
+    _exit(255);
+}
+
 }  // namespace
 
 bool HasDisplay() {
@@ -244,6 +269,7 @@ bool OpenDisplay() {
     Display* display = XOpenDisplay(nullptr);
     if (!display) return false;
     XSetErrorHandler(OnError);
+    XSetIOErrorHandler(OnDisplayLost);
     InternAtoms(display);
     XSetLocaleModifiers("@im=none");  // see InputMethod
     fl_open_display(display);
@@ -293,24 +319,31 @@ void ShowFirst(Fl_Window* window, const int* place, bool topmost) {
     XFlush(fl_display);
 }
 
-void MoveOuter(Fl_Window* window, int x, int y) {
-    XMoveWindow(fl_display, fl_xid(window), x, y);
+void Hide(Fl_Window*) {
+    if (g_main.id == None) return;
+    XWithdrawWindow(fl_display, g_main.id, fl_screen);
     XFlush(fl_display);
 }
 
-void KeepOnTop(Fl_Window* window) {
+void MoveOuter(Fl_Window*, int x, int y) {
+    if (g_main.id == None) return;
+    XMoveWindow(fl_display, g_main.id, x, y);
+    XFlush(fl_display);
+}
+
+void KeepOnTop(Fl_Window*) {
     const bool lost = g_main.managed ? !g_main.above : g_main.covered;
-    if (!g_main.topmost || !lost) return;
+    if (!g_main.topmost || !lost || g_main.id == None) return;
     const uint64_t now = Nanoseconds();
     if (now - g_main.last_raise < kRaiseEvery) return;
     g_main.last_raise = now;
     if (!g_main.managed) {
-        XRaiseWindow(fl_display, fl_xid(window));
+        XRaiseWindow(fl_display, g_main.id);
         return;
     }
     XEvent ask = {};
     ask.xclient.type = ClientMessage;
-    ask.xclient.window = fl_xid(window);
+    ask.xclient.window = g_main.id;
     ask.xclient.message_type = g_state;
     ask.xclient.format = 32;
     ask.xclient.data.l[0] = 1;  // add
@@ -341,9 +374,10 @@ bool HasCome(Fl_Window*) {
     return g_main.mapped;
 }
 
-bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int width, int height) {
+bool PutPicture(Fl_Window*, const Picture& picture, int x, int y, int width, int height) {
+    if (g_main.destroyed) return true;
     if (!FitsDirectly() || !g_main.gc) return false;
-    const Window id = fl_xid(window);
+    const Window id = g_main.id;
     if (picture.scale == 1) {
         XImage image = ImageOver(picture.pixels.data(), picture.width, picture.height);
         XPutImage(fl_display, id, g_main.gc, &image, x, y, x, y, width, height);
@@ -357,6 +391,14 @@ bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int wid
     }
     XFlush(fl_display);
     return true;
+}
+
+bool IsDestroyed() {
+    return g_main.destroyed;
+}
+
+uint32_t EventTime() {
+    return static_cast<uint32_t>(fl_event_time);
 }
 
 void Forget(Fl_Window*) {

@@ -27,6 +27,7 @@ int DisplayScale();  // 1 on ordinary screens
 // Shows a new window, black, topmost from the start. place: outer corner, null lets the window manager
 // choose.
 void ShowFirst(Fl_Window* window, const int* place, bool topmost);
+void Hide(Fl_Window* window);  // it keeps its place
 void MoveOuter(Fl_Window* window, int x, int y);
 void KeepOnTop(Fl_Window* window);
 void Flush();  // sends pending requests without waiting for an answer
@@ -41,7 +42,12 @@ bool HasCome(Fl_Window* window);
 // format does not allow it: then the caller has FLTK draw it.
 bool PutPicture(Fl_Window* window, const Picture& picture, int x, int y, int width, int height);
 
-// Call before the window is hidden.
+uint32_t EventTime();  // of the event that FLTK is handling, ms, wrapping
+
+// Whether another program has destroyed the main window.
+bool IsDestroyed();
+
+// Call before the window is closed.
 void Forget(Fl_Window* window);
 
 // A font family with Japanese letters, empty when none is installed.

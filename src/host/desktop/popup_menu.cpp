@@ -44,6 +44,7 @@ public:
           m_start_x(Fl::event_x_root()),
           m_start_y(Fl::event_y_root()) {
         end();
+        callback([](Fl_Widget* popup, void*) { static_cast<PopupWindow*>(popup)->Choose(-1); });
         set_modal();
         clear_border();
         box(FL_UP_BOX);

@@ -1,15 +1,17 @@
 // Sound output through SDL's audio subsystem, or a silent device where that has none.
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
+#include "host/desktop/desktop.h"
 #include "host/desktop/drift_tracker.h"
 #include "host/desktop/sdl.h"
 #include "host/host.h"
@@ -20,6 +22,8 @@ namespace {
 // server. With 256 frames a server underruns now and then while all processors are busy.
 constexpr int kFrames = 384;
 
+// One opening of the output. Its thread opens the device, waits for the stop and closes the device: a driver
+// may take for ever over either, and nothing else waits for it.
 struct Output {
     Output(int rate_, host::MixCallback callback_, void* user_)
         : rate(rate_), callback(callback_), user(user_), clock(rate_, kFrames) {}
@@ -27,31 +31,38 @@ struct Output {
     const int rate;
     const host::MixCallback callback;
     void* const user;
-    host::DriftTracker clock;
+    host::DriftTracker clock;          // on SDL's thread
+    std::shared_ptr<Output> previous;  // closes first: SDL is for one thread at a time
     const host::desktop::Sdl* sdl = nullptr;
     SDL_AudioDeviceID device = 0;
-    std::atomic<bool> stop = false;
-    std::thread opener;
+
+    std::mutex lock;  // guards what follows; held while a block is mixed
+    std::condition_variable changed;
+    bool stop = false, closed = false;
 };
 
-Output* g_output = nullptr;  // never destroyed when the process ends without closing it
+// Never destroyed: its thread may outlive main.
+std::shared_ptr<Output>& g_output = *new std::shared_ptr<Output>;
 
 void Pause(uint64_t nanoseconds) {
     std::this_thread::sleep_for(std::chrono::nanoseconds(nanoseconds));
+}
+
+// False once the output has been stopped.
+bool Mix(Output* output, float* out, int frames, uint64_t time) {
+    const std::lock_guard<std::mutex> hold(output->lock);
+    if (!output->stop) output->callback(output->user, out, frames, time);
+    return !output->stop;
 }
 
 // Runs on SDL's thread, always with the size of one block.
 void Fill(void* user, Uint8* bytes, int size) {
     auto& output = *static_cast<Output*>(user);
     const host::DriftTracker::Block block = output.clock.Next(host::Nanoseconds());
-    if (block.silent || output.stop) {
-        std::memset(bytes, 0, static_cast<size_t>(size));
-        if (output.stop) Pause(static_cast<uint64_t>(output.clock.Length()));
-        return;
-    }
     if (block.wait > 0) Pause(block.wait);
     const int frames = size / static_cast<int>(2 * sizeof(float));
-    output.callback(output.user, reinterpret_cast<float*>(bytes), frames, block.time);
+    if (!block.silent && Mix(&output, reinterpret_cast<float*>(bytes), frames, block.time)) return;
+    std::memset(bytes, 0, static_cast<size_t>(size));
 }
 
 // By default SDL's file driver sleeps after each block, so that on a busy machine it falls behind for good.
@@ -93,22 +104,48 @@ void RunSilent(Output* output) {
     std::array<float, 2 * kFrames> block;
     const double length = output->clock.Length();
     double time = static_cast<double>(host::Nanoseconds());
-    for (; !output->stop; time += length) {
-        const double ahead = time + length - static_cast<double>(host::Nanoseconds());
+    do {
+        time += length;
+        const double ahead = time - static_cast<double>(host::Nanoseconds());
         if (ahead > 0) Pause(static_cast<uint64_t>(ahead));
-        output->callback(output->user, block.data(), kFrames, static_cast<uint64_t>(time));
+    } while (Mix(output, block.data(), kFrames, static_cast<uint64_t>(time - length)));
+}
+
+bool WaitUntil(Output* output, const bool Output::*flag, std::chrono::milliseconds limit) {
+    std::unique_lock<std::mutex> hold(output->lock);
+    return output->changed.wait_for(hold, limit, [=] { return output->*flag; });
+}
+
+void Set(Output* output, bool Output::*flag) {
+    {
+        const std::lock_guard<std::mutex> hold(output->lock);
+        output->*flag = true;
     }
+    output->changed.notify_all();
+}
+
+void RunDevice(Output* output) {
+    if (!OpenDevice(output)) {
+        char line[256];
+        const int length = std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n",
+                                         output->sdl ? output->sdl->GetError() : "SDL is not installed");
+        host::DebugText(line, std::min(static_cast<size_t>(length), sizeof line - 1));
+        return RunSilent(output);
+    }
+    while (!WaitUntil(output, &Output::stop, std::chrono::hours(1))) {
+    }
+    output->sdl->CloseAudioDevice(output->device);
+    output->sdl->QuitSubSystem(SDL_INIT_AUDIO);
 }
 
 // Opening a device takes longer than the rest of the start-up, so it has its own thread. A sound that is
 // started meanwhile is heard from where it would be by the time the device runs.
-void OpenAndRun(Output* output) {
-    if (OpenDevice(output)) return;
-    char line[256];
-    const int length = std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n",
-                                     output->sdl ? output->sdl->GetError() : "SDL is not installed");
-    host::DebugText(line, std::min(static_cast<size_t>(length), sizeof line - 1));
-    RunSilent(output);
+void Run(const std::shared_ptr<Output>& output) {
+    while (output->previous && !WaitUntil(output->previous.get(), &Output::closed, std::chrono::hours(1))) {
+    }
+    output->previous = nullptr;
+    RunDevice(output.get());
+    Set(output.get(), &Output::closed);
 }
 
 }  // namespace
@@ -116,29 +153,26 @@ void OpenAndRun(Output* output) {
 namespace host {
 
 bool OpenSound(int rate, MixCallback callback, void* user) {
-    if (g_output != nullptr || rate <= 0) return false;
+    if ((g_output && !g_output->stop) || rate <= 0) return false;
     HurryFileDriver();  // here, because changing the environment is not thread-safe
     host::desktop::StartNoSessionBus();
-    auto output = std::make_unique<Output>(rate, callback, user);
+    auto output = std::make_shared<Output>(rate, callback, user);
+    output->previous = g_output;
     try {
-        output->opener = std::thread(OpenAndRun, output.get());
+        std::thread(Run, output).detach();
     } catch (const std::system_error&) {
         return false;
     }
-    g_output = output.release();
+    g_output = std::move(output);
     return true;
 }
 
 void CloseSound() {
-    if (g_output == nullptr) return;
-    g_output->stop = true;
-    g_output->opener.join();
-    if (g_output->device != 0) {
-        g_output->sdl->CloseAudioDevice(g_output->device);
-        g_output->sdl->QuitSubSystem(SDL_INIT_AUDIO);
-    }
-    delete g_output;
-    g_output = nullptr;
+    if (g_output) Set(g_output.get(), &Output::stop);
+}
+
+bool desktop::SoundHasClosed(int milliseconds) {
+    return !g_output || WaitUntil(g_output.get(), &Output::closed, std::chrono::milliseconds(milliseconds));
 }
 
 }  // namespace host

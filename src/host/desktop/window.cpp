@@ -16,10 +16,10 @@ namespace host {
 namespace desktop {
 namespace {
 
+constexpr int kSoundPatience = 400;  // ms
+
 struct State {
     std::unique_ptr<PlayerWindow> window;
-    std::unique_ptr<Fl_RGB_Image> icon;
-    std::vector<unsigned char> icon_bytes;
     bool display_open = false;
     int scale = 1;
 };
@@ -46,17 +46,20 @@ int CeilDivide(int value, int by) {
     return -FloorDivide(-value, by);
 }
 
-void SetIcon(PlayerWindow* window, const Icon& icon) {
+}  // namespace
+
+void SetProgramIcon(const Icon& icon) {
     const size_t count = static_cast<size_t>(icon.width) * icon.height;
     if (icon.width <= 0 || icon.height <= 0 || icon.pixels.size() < count) return;
-    std::vector<unsigned char>& bytes = g_state.icon_bytes;
-    bytes.clear();
+    std::vector<unsigned char> bytes;
     for (size_t i = 0; i < count; ++i) {
         for (int shift : {16, 8, 0, 24}) bytes.push_back(static_cast<unsigned char>(icon.pixels[i] >> shift));
     }
-    g_state.icon = std::make_unique<Fl_RGB_Image>(bytes.data(), icon.width, icon.height, 4);
-    window->icon(g_state.icon.get());
+    const Fl_RGB_Image image(bytes.data(), icon.width, icon.height, 4);
+    Fl_Window::default_icon(&image);  // keeps a copy
 }
+
+namespace {
 
 int ChooseScale() {
     const char* text = std::getenv("LUMETRA_SCALE");
@@ -91,10 +94,10 @@ int LogicalY(int root_y) {
     return FloorDivide(root_y - DesktopBounds().top, Scale());
 }
 int RootX(int logical_x) {
-    return logical_x * Scale() + DesktopBounds().left;
+    return ClampPlace(int64_t{logical_x} * Scale() + DesktopBounds().left);
 }
 int RootY(int logical_y) {
-    return logical_y * Scale() + DesktopBounds().top;
+    return ClampPlace(int64_t{logical_y} * Scale() + DesktopBounds().top);
 }
 
 }  // namespace desktop
@@ -112,7 +115,7 @@ bool OpenWindow(const WindowRequest& request) {
     g_state.window = std::make_unique<PlayerWindow>(request.width, request.height, Scale());
     PlayerWindow* window = g_state.window.get();
     window->copy_label(request.title.c_str());
-    SetIcon(window, request.icon);
+    SetProgramIcon(request.icon);
     if (request.x == kDefaultPlace || request.y == kDefaultPlace) {
         native::ShowFirst(window, nullptr, request.topmost);
     } else {
@@ -128,6 +131,10 @@ void CloseWindow() {
     g_state.window->hide();
     Fl::flush();
     g_state.window.reset();
+}
+
+void HideWindow() {
+    if (g_state.window) native::Hide(g_state.window.get());
 }
 
 WindowPlace GetWindowPlace() {
@@ -180,10 +187,11 @@ void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int
     if (g_state.window) g_state.window->Show(x, y, width, height, pixels, stride);
 }
 
-void Shutdown() {
+bool Shutdown() {
     CloseSound();
     WithdrawInstance();
     CloseWindow();
+    return SoundHasClosed(kSoundPatience);
 }
 
 }  // namespace host

@@ -136,6 +136,7 @@ struct FileDialog {
     host::FileFilter filter;
     bool answered;
     std::string answer;
+    std::string name, extension;
 };
 const std::vector<FileDialog>& FileDialogs();
 
@@ -154,7 +155,7 @@ const std::string& Log();                  // text for the debugger, as one stri
 // ---- the window and its desktop ----
 
 struct Window {
-    bool open = false, topmost = false, minimized = false;
+    bool open = false, topmost = false, minimized = false, hidden = false;
     host::Rect client{};
     host::Icon icon;
     int placed = 0;  // calls of host::PlaceWindow

@@ -64,10 +64,11 @@ bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lpara
     return true;
 }
 
-void Shutdown() {
+bool Shutdown() {
     CloseSound();
     CloseWindow();
     WithdrawInstance();
+    return true;
 }
 
 }  // namespace host

@@ -86,10 +86,10 @@ void ShowBox(const std::string& text, const std::string& caption, BoxIcon icon, 
     g_state.boxes[index].answered = modal.answered;
 }
 
-std::string ChooseFile(const std::string& title, const std::string& folder, const FileFilter& filter,
-                       Pump pump) {
+std::string ChooseFile(const FileRequest& request, Pump pump) {
     const size_t index = g_state.dialogs.size();
-    g_state.dialogs.push_back({headless::Now(), title, folder, filter, false, ""});
+    g_state.dialogs.push_back({headless::Now(), request.title, request.folder, request.filter, false, "",
+                               request.name, request.extension});
     headless::Modal modal(ModalKind::kFile);
     headless::Run(&modal, pump, "file dialog");
     g_state.dialogs[index].answered = modal.answered;

@@ -16,6 +16,9 @@ struct Output {
     int64_t next = 0;  // the next frame to mix
     bool refuse = false;
     bool stalled = false;
+    int lag_frames = 0;  // of a block of a lagging device
+    uint64_t lag = 0;    // ns
+    int lag_apart = 0;   // frames
     headless::SoundSink sink = nullptr;
     void* sink_user = nullptr;
     headless::SoundCapture capture;
@@ -57,13 +60,17 @@ void MixBlock(int frames) {
 
 void OnClock(uint64_t, uint64_t now) {
     if (g_output.callback == nullptr) return;
-    const int64_t end = FrameAt(now, g_output.capture.rate);
+    const int64_t end = FrameAt(now - std::min(now, g_output.lag), g_output.capture.rate);
+    const int whole = g_output.lag_frames;
+    for (; whole > 0 && g_output.next + whole <= end; g_output.next += g_output.lag_apart) MixBlock(whole);
+    if (whole > 0) return;
     while (g_output.next < end) MixBlock(static_cast<int>(std::min<int64_t>(kBlock, end - g_output.next)));
 }
 
 // An output that is still open continues from the clock's origin.
 void OnReset() {
     g_output.refuse = g_output.stalled = false;
+    headless::LagSound(0, 0);
     g_output.sink = nullptr;
     g_output.capture.samples.clear();
     if (g_output.callback == nullptr) {
@@ -107,6 +114,12 @@ void RefuseSound(bool refuse) {
 
 void StallSound(bool stall) {
     g_output.stalled = stall;
+}
+
+void LagSound(int frames, uint64_t nanoseconds, int apart) {
+    g_output.lag_frames = std::min(frames, kBlock);
+    g_output.lag = nanoseconds;
+    g_output.lag_apart = apart;
 }
 
 }  // namespace headless

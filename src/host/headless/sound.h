@@ -41,4 +41,9 @@ void RefuseSound(bool refuse);
 // silence.
 void StallSound(bool stall);
 
+// From now on the device asks for blocks of exactly so many frames, each so long after the clock has passed
+// its end, as a real device does. Each begins `apart` frames after the end of the last, as those of a device
+// that is being caught up with; the capture joins them. 0 frames, as after Reset: no lag.
+void LagSound(int frames, uint64_t nanoseconds, int apart = 0);
+
 }  // namespace headless

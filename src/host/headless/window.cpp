@@ -131,6 +131,10 @@ void CloseWindow() {
     g_state.window.open = false;
 }
 
+void HideWindow() {
+    g_state.window.hidden = true;
+}
+
 WindowPlace GetWindowPlace() {
     if (!g_state.window.open) return {};
     const Rect& client = g_state.window.client;

@@ -12,6 +12,7 @@ constexpr uint64_t kSecond = 1'000'000'000;  // ns
 
 // Tolerance, in frames, between the end of one block and the start of the next.
 constexpr int64_t kRounding = 2;
+constexpr int64_t kSteering = 10;  // a block may start late by this part of its length
 
 constexpr int64_t kCacheLine = 64, kMaxPrefetch = 8192;  // bytes
 
@@ -45,16 +46,18 @@ void Mixer::Render(float* out, int frames, uint64_t time) {
     const size_t due = BeginBlock(first, frames);
     std::fill_n(out, 2 * static_cast<size_t>(frames), 0.0f);
     // Sound that fell due while the device was opening or stalled is skipped. A block that starts slightly
-    // early or late must not stop a voice or make it jump.
+    // early must not stop a voice, and one that starts late by no more than the host steers must not make it
+    // jump.
+    const int64_t steering = std::max(kRounding, frames / kSteering);
     for (Voice* voice = m_first_active; voice != nullptr; voice = voice->next) {
         voice->done = voice->at - first;
-        if (voice->done >= -kRounding && voice->done <= kRounding) voice->done = 0;
+        if (voice->done >= -steering && voice->done <= kRounding) voice->done = 0;
     }
     for (size_t i = 0; i < due; ++i) {
         const Command& command = m_due[i];
         Voice* voice = command.voice;
         int64_t at = command.frame - first;
-        if (at < 0 && at >= -kRounding) at = 0;
+        if (at < 0 && at >= -steering) at = 0;
         if (voice->active)
             MixUntil(voice, out, at);
         else

@@ -225,10 +225,15 @@ void Mixer::ExecuteAll() {
 Cursor Mixer::Where(Voice* voice) {
     const uint64_t time = host::Nanoseconds();
     const std::lock_guard<std::mutex> hold(m_lock);
-    const int64_t passed = std::max(m_mixed, FrameAt(time) - m_rate / kDelayPart);
-    const PlayState state =
-        Advance(voice->frames, voice->step, voice->predicted, passed - voice->predicted_at);
-    return {state.playing, state.playing && state.looping, state.position.frame};
+    const int64_t clock = FrameAt(time);
+    const auto state_at = [voice](int64_t frame) {
+        return Advance(voice->frames, voice->step, voice->predicted, frame - voice->predicted_at);
+    };
+    // A stop takes effect at the clock's frame, so a sound that ends before it has ended: resumed after a
+    // pause, it would be heard again.
+    const PlayState mixed = state_at(std::max(m_mixed, clock - m_rate / kDelayPart));
+    const PlayState now = state_at(std::max({clock, m_block_end, m_last_queued}));
+    return {now.playing, now.playing && now.looping, mixed.position.frame};
 }
 
 }  // namespace audio

@@ -8,6 +8,8 @@
 #include "platform/files/filename.h"
 #include "platform/files/pathmatch.h"
 #include "platform/files/text.h"
+#include "platform/resources.h"
+#include "platform/window/icons.h"
 #include "platform/window/window_state.h"
 
 namespace {
@@ -15,8 +17,8 @@ namespace {
 constexpr DWORD kOpenSize = 76;
 
 struct State {
-    std::string sFolder;  // of the last opened chart
-    std::string sAnswer;  // path of a dropped file
+    std::string sFolder, sName;  // of the last opened chart
+    std::string sAnswer;         // path of a dropped file
 };
 State g_state;
 
@@ -43,11 +45,16 @@ std::string WithExtension(const std::string& path, const char* pszExtension) {
 }
 
 std::string Ask(const OPENFILENAME& open) {
-    std::string folder = g_state.sFolder;
-    if (folder.empty() && open.lpstrInitialDir) folder = open.lpstrInitialDir;
-    DropInput();
-    const std::string path = host::ChooseFile(DisplayText(open.lpstrTitle ? open.lpstrTitle : ""), folder,
-                                              Filter(open), PumpModal);
+    host::FileRequest request;
+    request.title = DisplayText(open.lpstrTitle ? open.lpstrTitle : "");
+    request.folder = g_state.sFolder;
+    if (request.folder.empty() && open.lpstrInitialDir) request.folder = open.lpstrInitialDir;
+    request.name = g_state.sName;
+    request.filter = Filter(open);
+    request.extension = open.lpstrDefExt ? open.lpstrDefExt : "";
+    if (open.hInstance && open.hInstance->nIcons > 0)
+        request.icon = IconPicture(LoadIconA(open.hInstance, open.hInstance->pIcons[0].nId));
+    const std::string path = host::ChooseFile(request, PumpModal);
     return QuitPosted() || path.empty() ? "" : WithExtension(path, open.lpstrDefExt);
 }
 
@@ -58,6 +65,11 @@ void SetOffsets(OPENFILENAME* pOpen) {
     const size_t nDot = name.rfind('.');
     pOpen->nFileOffset = static_cast<WORD>(nName);
     pOpen->nFileExtension = nDot == name.npos || nDot < nName ? 0 : static_cast<WORD>(nDot + 1);
+}
+
+void Remember(const std::string& path) {
+    g_state.sFolder = FolderOf(path);
+    g_state.sName = path.substr(path.rfind('/') + 1);
 }
 
 bool FindFile(const std::string& candidate, void* pUser) {
@@ -78,7 +90,6 @@ int MessageBoxA(HWND, const char* pszText, const char* pszCaption, UINT nType) {
     if (nType == (MB_OK | MB_ICONINFORMATION)) icon = host::BoxIcon::kInformation;
     if (icon == host::BoxIcon::kNone && nType != MB_OK) return 0;
     if (QuitPosted()) return IDOK;
-    DropInput();
     host::ShowBox(DisplayText(pszText ? pszText : ""), DisplayText(pszCaption ? pszCaption : "Error"), icon,
                   PumpModal);
     return IDOK;
@@ -95,7 +106,7 @@ BOOL GetOpenFileNameA(OPENFILENAME* pOpen) {
     path = AbsolutePath(path);
     const std::string name = HandOver(path);
     if (name.size() >= pOpen->nMaxFile) return 0;
-    g_state.sFolder = FolderOf(path);
+    Remember(path);
     std::memcpy(pOpen->lpstrFile, name.c_str(), name.size() + 1);
     SetOffsets(pOpen);
     return 1;
@@ -104,7 +115,7 @@ BOOL GetOpenFileNameA(OPENFILENAME* pOpen) {
 void RememberOpenedFile(const char* pszPath) {
     std::string path;
     if (!pszPath || !MatchPath(pszPath, FindFile, &path)) return;
-    g_state.sFolder = FolderOf(AbsolutePath(path));
+    Remember(AbsolutePath(path));
 }
 
 void AnswerNextOpenDialog(const char* pszPath) {

@@ -48,7 +48,6 @@ BOOL InsertMenuItemA(HMENU hMenu, UINT nItem, BOOL bByPosition, const MENUITEMIN
 
 void RunSystemMenu(HWND hWnd, int x, int y) {
     if (QuitPosted()) return;
-    DropInput();
     SendMessageA(hWnd, WM_ENTERMENULOOP, 0, 0);
     const int nId = IsLocal(hWnd) ? host::PopupMenu(AllItems(hWnd->menu), x, y, PumpModal) : 0;
     SendMessageA(hWnd, WM_EXITMENULOOP, 0, 0);

@@ -133,10 +133,6 @@ void DropMessages(HWND hWnd) {
     std::erase_if(g_state.queue, [hWnd](const Waiting& waiting) { return waiting.msg.hwnd == hWnd; });
 }
 
-void DropInput() {
-    std::erase_if(g_state.queue, [](const Waiting& waiting) { return waiting.bInput; });
-}
-
 bool QuitPosted() {
     return g_state.bQuit;
 }
@@ -172,11 +168,14 @@ BOOL GetMessageA(MSG* pMsg, HWND hWnd, UINT nMin, UINT nMax) {
         EndTurn();
         host::WaitEvent(kWait);
     }
-    if (bQuit)
-        g_state.bQuit = false;
-    else
+    if (!bQuit) {
         TakeNext();
-    return !bQuit;
+        return 1;
+    }
+    // The user sees the end at once, however long the program takes over it.
+    g_state.bQuit = false;
+    host::HideWindow();
+    return 0;
 }
 
 BOOL TranslateMessage(const MSG*) {

@@ -36,8 +36,8 @@ host::WindowRequest Request(const WindowClass& windowClass, const char* pszTitle
                             const RECT& place) {
     host::WindowRequest request;
     const bool bDefault = place.left == CW_USEDEFAULT || place.top == CW_USEDEFAULT;
-    request.x = bDefault ? host::kDefaultPlace : place.left;
-    request.y = bDefault ? host::kDefaultPlace : place.top;
+    request.x = bDefault ? host::kDefaultPlace : host::ClampPlace(place.left);
+    request.y = bDefault ? host::kDefaultPlace : host::ClampPlace(place.top);
     request.width = std::max(place.right, 1);
     request.height = std::max(place.bottom, 1);
     request.topmost = (dwExStyle & WS_EX_TOPMOST) != 0;
@@ -78,7 +78,8 @@ void ApplyPlace(const WINDOWPOS& pos) {
     const int nFrameW = (outer.right - outer.left) - (client.right - client.left);
     const int nFrameH = (outer.bottom - outer.top) - (client.bottom - client.top);
     const bool bMove = !(pos.flags & SWP_NOMOVE), bSize = !(pos.flags & SWP_NOSIZE);
-    const int x = bMove ? pos.x : outer.left, y = bMove ? pos.y : outer.top;
+    const int x = bMove ? host::ClampPlace(pos.x) : outer.left;
+    const int y = bMove ? host::ClampPlace(pos.y) : outer.top;
     const int nWidth = bSize ? std::max(pos.cx - nFrameW, 1) : client.right - client.left;
     const int nHeight = bSize ? std::max(pos.cy - nFrameH, 1) : client.bottom - client.top;
     if (x != outer.left || y != outer.top || nWidth != client.right - client.left ||

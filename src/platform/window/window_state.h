@@ -39,11 +39,10 @@ constexpr LPARAM PackPoint(int x, int y) {
 
 // Removes a destroyed window's messages from the queue.
 void DropMessages(HWND hWnd);
-// Removes the user's input from the queue, because a modal dialog now covers the window.
-void DropInput();
 bool QuitPosted();
 
-// The pump of every modal dialog: delivers posted messages, drops input. False once a quit is posted.
+// The pump of every modal dialog: delivers posted messages and drops the user's input, also what was queued
+// when the dialog opened, because the dialog covers the window. False once a quit is posted.
 bool PumpModal();
 
 // Runs the system menu at x, y of the desktop: WM_ENTERMENULOOP, WM_EXITMENULOOP, then the chosen command.
