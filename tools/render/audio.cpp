@@ -48,10 +48,17 @@ ExitCode WriteTake(const Take& take, const Treatment& treatment, const Options& 
 
 }  // namespace
 
-ExitCode AudioSink::Begin(double seconds) {
-    const ExitCode fits = FitsWav(seconds, options_.audio, options_.quality);
+double AudioSink::MostSeconds() const {
+    tools::FileKind kind;
+    AudioKind(options_.audio, &kind);
+    const double wav = kMostWavSeconds * 2 / (options_.quality.floats ? 4 : options_.quality.bits / 8);
+    if (kind == tools::FileKind::kWav) return wav;
+    return options_.loudness ? kMostWavSeconds : kDay;  // what is kept meanwhile needs room on the disk
+}
+
+ExitCode AudioSink::Begin(double) {
     tags_ = ReadTags();
-    if (fits != kGood || options_.loudness) return fits;
+    if (options_.loudness) return kGood;
     if (!file_.Open(options_.audio, options_.quality)) return Complain(kOutput, file_.error());
     file_.SetTags(tags_.title, tags_.artist);
     return kGood;

@@ -20,6 +20,7 @@ public:
     ExitCode Begin(double seconds) override;
     ExitCode OnSound(const float* samples, int frames) override;
     ExitCode Finish() override;
+    double MostSeconds() const override;
     bool RingsOut() const override { return true; }
 
 private:
@@ -38,6 +39,7 @@ public:
     ExitCode OnSound(const float* samples, int frames) override;
     ExitCode Finish() override;
     bool RingsOut() const override { return true; }
+    double MostSeconds() const override { return kAnyLength; }
     bool IsDone() const override { return wanted_ > 0 && take_.frames() >= wanted_; }
 
 private:

@@ -100,16 +100,31 @@ void SetPace(Pass* pass) {
     pass->pacer.Set(std::move(due), pass->options.exact, skip);
 }
 
+ExitCode CheckLength(const Pass& pass, double seconds) {
+    double most = kAnyLength;
+    for (const Sink* sink : pass.sinks) most = std::min(most, sink->MostSeconds());
+    if (seconds <= most) return kGood;
+    const auto text = [](double all) {
+        char hours[40];
+        const int minutes = static_cast<int>(all / 60);
+        std::snprintf(hours, sizeof hours, "%d h %02d min", minutes / 60, minutes % 60);
+        return std::string(hours);
+    };
+    return Complain(kOutput, pass.options.chart + ": lasts " + text(seconds) + ", and such an output holds " +
+                                 text(most) + "; select measures with --from and --to");
+}
+
 // The chart is loaded once the first frame comes.
 ExitCode Begin(Pass* pass) {
     pass->begun = true;
     pass->end = EndOf(pass->options);
     pass->losses = LossSentence(report::CountLosses(*g_pBMS, *g_pDSound, *g_pDDraw));
     ExitCode code = CheckPlaces(*pass);
+    const double ms = double{1} * pass->end - g_dwSeekTime;
+    if (code == kGood) code = CheckLength(*pass, ms / 1000);
     if (code == kGood) code = CheckOutputs(pass->options);
     if (code != kGood) return code;
     SetPace(pass);
-    const double ms = double{1} * pass->end - g_dwSeekTime;
     if (CutsAtEnd(*pass))
         pass->sound_left = headless::SoundFrame(headless::Clock() + static_cast<uint64_t>(ms * 1e6));
     return ForSinks(*pass, [ms](Sink* sink) { return sink->Begin(ms / 1000); });

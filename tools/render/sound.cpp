@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace render {
 namespace {
-
-constexpr double kMostWavSeconds = 24300;  // 4 GiB hold a little more
 
 int16_t ToSample(float f) {
     return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768.0f, -32768.0f, 32767.0f)));
@@ -15,27 +12,7 @@ int16_t ToSample(float f) {
 
 }  // namespace
 
-ExitCode FitsWav(double seconds, const std::string& name, const AudioQuality& quality) {
-    const double most = quality.floats       ? kMostWavSeconds / 2
-                        : quality.bits == 24 ? kMostWavSeconds / 1.5
-                                             : kMostWavSeconds;
-    tools::FileKind kind = tools::FileKind::kWav;
-    if (seconds <= most || (AudioKind(name, &kind) && kind != tools::FileKind::kWav)) return kGood;
-    const auto part = [](double all, int unit) {
-        return static_cast<int>(all / unit) % (unit == 60 ? 60 : 1000000);
-    };
-    char text[160];
-    std::snprintf(
-        text, sizeof text,
-        "the chart lasts %d h %02d min, and a WAV file holds %d h %02d min; select measures with --from "
-        "and --to",
-        part(seconds, 3600), part(seconds, 60), part(most, 3600), part(most, 60));
-    return Complain(kOutput, text);
-}
-
-ExitCode WavSink::Begin(double seconds) {
-    const ExitCode fits = FitsWav(seconds, "", {});
-    if (fits != kGood) return fits;
+ExitCode WavSink::Begin(double) {
     return Result(fd_ < 0 ? wav_.Open(name_, 2, kRate) : wav_.OpenDescriptor(fd_, 2, kRate));
 }
 

@@ -4,15 +4,13 @@
 #include <string>
 
 #include "common/wav.h"
-#include "render/audio_file.h"
 #include "render/pass.h"
 
 namespace render {
 
 constexpr int kRate = 44100;
 
-// kGood when so much sound fits a file of that name; only WAV files have a bound.
-ExitCode FitsWav(double seconds, const std::string& name, const AudioQuality& quality);
+constexpr double kMostWavSeconds = 24300;  // 16 bits; 4 GiB hold a little more
 
 class WavSink : public Sink {
 public:
@@ -21,6 +19,7 @@ public:
     ExitCode Begin(double seconds) override;
     ExitCode OnSound(const float* samples, int frames) override;
     ExitCode Finish() override;
+    double MostSeconds() const override { return kMostWavSeconds; }
     bool RingsOut() const override { return true; }
 
 private:

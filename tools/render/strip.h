@@ -16,6 +16,7 @@ public:
     explicit StripSink(const Options& options) : options_(options) {}
     ExitCode Begin(double seconds) override;
     ExitCode Finish() override;
+    double MostSeconds() const override { return kAnyLength; }
     bool IsDone() const override { return true; }
 
 private:
