@@ -14,6 +14,7 @@
 namespace render {
 namespace {
 
+constexpr uint64_t kMillisecond = 1'000'000;
 constexpr int64_t kFadeIn = kRate / 100;  // no click where a passage begins inside a sound
 
 Tags ReadTags() {
@@ -27,6 +28,23 @@ int64_t FramesOf(double seconds) {
 
 ExitCode CannotKeep() {
     return Complain(kOutput, "cannot keep the sound in a temporary file");
+}
+
+// Makes the chart go on from its last measure before a time, and at once up to that time: what starts in
+// between is over before anything is heard.
+void StartBefore(int64_t time) {
+    const int32_t measure = MeasureBefore(time);
+    if (measure >= 0) {
+        g_nStartMeasure = measure;
+        RestartChart();
+    }
+    if (time > g_dwSeekTime) g_dwStartTime -= static_cast<uint32_t>(time - g_dwSeekTime);
+    // 10 ms are whole frames. At a distance of so many from the whole rendering every sound starts at the
+    // same fraction of a frame, and the passage sounds as it does there.
+    constexpr uint32_t kWhole =
+        headless::kClockOrigin / kMillisecond;  // the clock at chart time 0 of the whole
+    const auto off = static_cast<int32_t>(g_dwStartTime - static_cast<uint32_t>(g_dwSeekTime) - kWhole) % 10;
+    g_dwStartTime += static_cast<uint32_t>(off > 0 ? 10 - off : -off);
 }
 
 ExitCode WriteTake(const Take& take, const Treatment& treatment, const Options& options, const Tags& tags) {
@@ -80,17 +98,10 @@ ExitCode PreviewSink::Begin(double) {
     tags_ = ReadTags();
     const int64_t start = StartOfPassage(options_.start, static_cast<int64_t>(options_.length * 1000));
     if (start < 0) return Complain(kUsage, options_.chart + ": --from: not in the chart");
-    const int32_t measure = MeasureToStartFrom(start);
-    if (measure >= 0) {
-        g_nStartMeasure = measure;
-        RestartChart();
-        // 10 ms are whole frames: at such distances every sound starts at the very fraction of a frame, and
-        // the passage sounds as in the whole.
-        const auto now = static_cast<uint32_t>(headless::Now());
-        g_dwStartTime += (static_cast<uint32_t>(g_dwSeekTime) - now) % 10;
-    }
-    const int64_t clock = start - g_dwSeekTime + g_dwStartTime;  // ms
-    first_ = headless::SoundFrame(static_cast<uint64_t>(std::max<int64_t>(clock, 0)) * 1'000'000);
+    StartBefore(EarliestHeard(start));
+    const auto clock = static_cast<uint32_t>(headless::Clock() / kMillisecond);
+    const auto now = static_cast<int32_t>(static_cast<uint32_t>(g_dwSeekTime) - g_dwStartTime + clock);
+    first_ = headless::SoundFrame((clock + static_cast<uint64_t>(start - now)) * kMillisecond);
     wanted_ = FramesOf(options_.length);
     return kGood;
 }

@@ -18,15 +18,6 @@ int64_t EndOfChart() {
     return TruncTime(g_pBMS->m_pMeasure[g_pBMS->m_nMeasure - 1].dStart);
 }
 
-int64_t LongestSound() {
-    int64_t longest = 0;
-    for (const CDSBuffer* sound : g_pDSound->m_pSlot) {
-        if (!sound || sound->m_wfx.nAvgBytesPerSec == 0) continue;
-        longest = std::max(longest, int64_t{sound->m_nBufSize} * 1000 / sound->m_wfx.nAvgBytesPerSec);
-    }
-    return longest + 1000;  // and what the conversion of rates adds
-}
-
 }  // namespace
 
 std::vector<int64_t> Starts() {
@@ -74,10 +65,19 @@ int64_t StartOfPassage(const PassageStart& wanted, int64_t length) {
     return start < end ? start : -1;
 }
 
-int32_t MeasureToStartFrom(int64_t time) {
-    const int64_t latest = time - LongestSound();
+int64_t EarliestHeard(int64_t time) {
+    int64_t longest = 0;
+    for (const CDSBuffer* sound : g_pDSound->m_pSlot) {
+        if (!sound || sound->m_wfx.nAvgBytesPerSec == 0) continue;
+        longest = std::max(longest, int64_t{sound->m_nBufSize} * 1000 / sound->m_wfx.nAvgBytesPerSec);
+    }
+    constexpr int64_t kLimiter = 10'000;  // it remembers loud moments for less than that
+    return time - longest - kLimiter;
+}
+
+int32_t MeasureBefore(int64_t time) {
     int32_t measure = -1;
-    while (measure + 1 < g_nBarCount && g_pBarList[measure + 1].nTime <= latest) ++measure;
+    while (measure + 1 < g_nBarCount && g_pBarList[measure + 1].nTime <= time) ++measure;
     return measure;
 }
 

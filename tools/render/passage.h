@@ -18,8 +18,10 @@ std::vector<int64_t> Starts();
 // How many of them lie in [first, first + length).
 int CountWithin(const std::vector<int64_t>& times, int64_t first, int64_t length);
 
-// The last measure that begins so long before a time that no sound started before it can still be heard then;
-// -1 for the very beginning.
-int32_t MeasureToStartFrom(int64_t time);
+// Nothing that starts before this time has any effect on what is heard at `time`.
+int64_t EarliestHeard(int64_t time);
+
+// The last measure that begins at or before a time; -1 for the very beginning.
+int32_t MeasureBefore(int64_t time);
 
 }  // namespace render
