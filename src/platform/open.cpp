@@ -6,6 +6,7 @@
 #include "platform/files/lookup.h"
 #include "platform/files/stream.h"
 #include "platform/substitutes/door.h"
+#include "platform/watch.h"
 
 namespace {
 
@@ -31,6 +32,8 @@ int64_t SizeOf(FileStream* pFile) {
 
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     if (!pszPath || !pszMode || std::strcmp(pszMode, "rb") != 0) return nullptr;
+    FileStream* pOrdered = nullptr;
+    if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     FileStream* pFile = TheDoor().HasMaker(pszPath) ? nullptr : OpenNamed(pszPath);
     if (!pFile) pFile = OpenMade(pszPath);
     if (!pFile || TheDoor().MayOpen(pszPath, SizeOf(pFile))) return pFile;
@@ -39,7 +42,10 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode) {
 }
 
 FileStream* FileOpenAsNamed(const char* pszPath) {
-    return pszPath ? OpenNamed(pszPath) : nullptr;
+    if (!pszPath) return nullptr;
+    FileStream* pOrdered = nullptr;
+    if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
+    return OpenNamed(pszPath);
 }
 
 std::string FileFind(const char* pszPath) {

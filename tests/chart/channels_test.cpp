@@ -14,8 +14,7 @@ protected:
 
     // Loads with both devices and lists all that the chart holds, in file order.
     std::string Objects(const std::string& text) {
-        recorder::Sound()->Term();
-        for (CDib*& dib : recorder::Display()->m_apDib) dib = nullptr;
+        recorder::EmptySlots();
         chart_ = LoadChart(Lines(text), recorder::Display(), recorder::Sound());
         if (!chart_) return "refused";
         std::ostringstream out;

@@ -194,13 +194,16 @@ TEST(Reader, LoadsImagesThenSoundsInRisingOrder) {
     CBMS chart(recorder::Display(), recorder::Sound());
     const std::string d = file.Folder();
     ASSERT_EQ(chart.Load(file.Path().c_str(), 0), 3);
-    EXPECT_EQ(recorder::Take(), "image 0 " + d + "a.bmp\nimage 1 " + d + "b.bmp\nnew sound\nname 1 " + d +
-                                    "a.wav\nload 1 stream=0\nnew sound\nname 2 " + d +
-                                    "c.wav\nload 2 stream=0\n");
+    std::string opened = "open " + file.Path() + "\n";
+    for (const char* name : {"a.bmp", "b.bmp", "a.wav", "a.wav", "c.wav", "c.wav"})
+        opened += "open " + d + name + "\n";  // a sound by the loader of each kind
+    EXPECT_EQ(recorder::Take(), opened);
+    for (const int slot : {1, 2}) EXPECT_EQ(recorder::Sound()->m_pSlot[slot]->m_bStream, 0);
     // A slot that was filled is emptied first.
     CBMS again(recorder::Display(), recorder::Sound());
     ASSERT_EQ(again.Load(file.Path().c_str(), 0), 3);
-    EXPECT_EQ(recorder::TakeOnly("end"), "end sound\nend sound\n");
+    EXPECT_EQ(recorder::TakeOnly("end"), "end 1\nend 2\n");
+    recorder::Clear();
 }
 
 TEST(Reader, SaysWhichFileCannotBeOpenedAndLeavesTheChartAlone) {

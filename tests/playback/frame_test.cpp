@@ -138,9 +138,9 @@ TEST_F(Frame, PicturesDrawIntoTheirLayersAndClearAtTheEnd) {
     Start(kPixel +
           "#BMP01 a.bmp\n#BGA02 01 0 0 50 40 -10 0\n#00004:01\n#00007:02\n#00006:03\n#00105:01\n#00102:1\n");
     const std::string frame = FrameAt(1000);
-    EXPECT_NE(frame.find("draw picture layer4 78,0,178,80 0,0,100,80\n"), std::string::npos) << frame;
-    EXPECT_NE(frame.find("draw slot 1 layer7 0,0,40,40 10,40,50,80\n"), std::string::npos) << frame;
-    EXPECT_NE(frame.find("draw nothing layer6"), std::string::npos) << frame;
+    EXPECT_NE(frame.find("clear 4 0\ndraw 4 78,0,178,80 0,0,100,80\n"), std::string::npos) << frame;
+    EXPECT_NE(frame.find("clear 7 0\ndraw 7 0,0,40,40 10,40,50,80\n"), std::string::npos) << frame;
+    EXPECT_NE(frame.find("clear 6 0\n"), std::string::npos) << frame;
     EXPECT_EQ(g_nBgaCursor, 2);
     for (int i = 0; i < 3; ++i) EXPECT_TRUE(g_pBgaList[i].bDone);
     EXPECT_EQ(FrameAt(1128, "clear"), "");  // the end itself is still inside

@@ -7,11 +7,11 @@
 
 #include "display/ddraw.h"
 #include "display/dib.h"
-#include "platform/graphics/directdraw_test.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
 #include "support/bmp_writer.h"
+#include "support/calls.h"
 #include "support/program.h"
 #include "support/tempfolder.h"
 
@@ -58,11 +58,12 @@ protected:
     }
 
     static void ExpectLayer(const Shown& shown, int nLayer = LAYER_BGA) {
+        const PixelView layer = test::Pixels(g_pDDraw->m_apParts[nLayer]);
         for (int y = 0; y < LAYER_SIZE; ++y) {
             for (int x = 0; x < LAYER_SIZE; ++x) {
                 const int u = x - shown.nX, v = y - shown.nY;
                 const bool bIn = u >= 0 && v >= 0 && u < shown.nWidth && v < shown.nHeight;
-                ASSERT_EQ(directdraw_test::PixelAt(g_pDDraw->m_apParts[nLayer], x, y),
+                ASSERT_EQ(layer.pPixels[static_cast<size_t>(y) * layer.nStride + static_cast<size_t>(x)],
                           bIn ? PixelOf(shown.nFromX + u, shown.nFromY + v) : 0u)
                     << x << " " << y;
             }
@@ -163,12 +164,12 @@ TEST_F(Bga, EachLayerHasItsChannelAndOthersChangeNothing) {
     ExpectLayer(kBlank, LAYER_OVERLAY);
     for (int32_t nChannel : {0, 1, 3, 5, 8, 0x11, 3840, 3843, 3845, 3848, -1, INT32_MIN, INT32_MAX})
         Fire(nChannel, g_pDDraw->m_apDib[1]);
-    EXPECT_EQ(directdraw_test::PixelAt(g_pDDraw->m_apParts[LAYER_BGA], 128, 0), 0x00C0FFEEu);
+    EXPECT_EQ(test::PixelAt(g_pDDraw->m_apParts[LAYER_BGA], 128, 0), 0x00C0FFEEu);
 }
 
 TEST_F(Bga, FailuresLeaveABlankLayerOrNone) {
     LoadPicture(40, 30);
-    directdraw_test::FailNext(directdraw_test::Step::kGetDC);
+    test::Order(test::Call::kSurfaceDC, E_FAIL);
     Fire(LAYER_BGA, g_pDDraw->m_apDib[1]);
     ExpectLayer(kBlank);
     g_pDDraw->m_apParts[LAYER_POOR]->Release();

@@ -60,23 +60,19 @@ TEST_F(StartUpTest, TheFirstDialogChooses) {
 }
 
 TEST_F(StartUpTest, TheSoundDeviceComesFirst) {
-    using directsound_test::Call;
-    const auto fail = [](Call call, int skip = 0) {
-        return [=] { directsound_test::FailNext(call, DSERR_INVALIDCALL, skip); };
+    const auto fail = [](test::Call call, int skip = 0) {
+        return [=] { test::Order(call, DSERR_INVALIDCALL, skip); };
     };
-    const Failure steps[] = {[] { RefuseSound(true); },
-                             fail(Call::kCreate),
-                             fail(Call::kSetCooperativeLevel),
-                             fail(Call::kCreateSoundBuffer),
-                             fail(Call::kSetFormat),
-                             fail(Call::kCreateSoundBuffer, 1),
-                             fail(Call::kPlay)};
+    const Failure steps[] = {[] { RefuseSound(true); },     fail(test::Call::kDirectSoundCreate),
+                             fail(test::Call::kSoundLevel), fail(test::Call::kCreateSoundBuffer),
+                             fail(test::Call::kSetFormat),  fail(test::Call::kCreateSoundBuffer, 1),
+                             fail(test::Call::kPlay)};
     for (const Failure& step : steps)
         ExpectFailure(step, "missing.bms", "DirectSoundInitError", "Error!", "sound ");
 }
 
 TEST_F(StartUpTest, ThenTheDisplayAndThenTheChart) {
-    ExpectFailure([] { directdraw_test::FailNext(directdraw_test::Step::kCreate); }, "missing.bms",
+    ExpectFailure([] { test::Order(test::Call::kDirectDrawCreate, E_FAIL); }, "missing.bms",
                   "DirectDrawInitError.", "ERROR!", "sound display ");
     const std::string zero = WriteChart("zero.bms", "#WAV01 long.wav\r\n#00011:01\r\n");
     ExpectFailure([] {}, zero, zero, "CompileError!", "sound display chart ");
@@ -88,7 +84,7 @@ TEST_F(StartUpTest, ThenTheDisplayAndThenTheChart) {
 TEST_F(StartUpTest, GoesOnWithoutAPartsSurface) {
     for (int passes = 1; passes <= 5; ++passes) {  // the back surface is the first
         Fresh();
-        directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
+        test::Order(test::Call::kCreateSurface, E_FAIL, passes);
         At(10, Remote(WM_REMOTE_RESTART));
         At(10, Remote(WM_REMOTE_SEEK, 1));
         At(10, Remote(WM_REMOTE_LOAD));
@@ -107,12 +103,12 @@ TEST_F(StartUpTest, ClosedOrToldToQuitInsideTheBoxOfAMissingSurface) {
     for (int passes = 1; passes <= 5; ++passes) {
         for (const bool quit : {false, true}) {
             Fresh();
-            directdraw_test::FailNext(directdraw_test::Step::kCreateSurface, passes);
+            test::Order(test::Call::kCreateSurface, E_FAIL, passes);
             At(10, quit ? Remote(WM_REMOTE_QUIT) : close);
             EXPECT_EQ(Run("-P "), 0) << passes;
             EXPECT_EQ(FrameCount(), 0u);
             EXPECT_EQ(TheWindow().open, quit);
-            EXPECT_EQ(directdraw_test::LiveObjects(), 0);
+            EXPECT_EQ(test::LiveSurfaces(), 0);
         }
     }
 }

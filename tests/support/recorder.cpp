@@ -3,13 +3,18 @@
 #include <cstring>
 #include <sstream>
 
-#include "display/dib.h"
+#include "host/host.h"
+#include "platform/files/files.h"
 #include "playback/layout.h"
+#include "support/calls.h"
+#include "support/media.h"
+#include "support/tempfolder.h"
 
 namespace {
 
 std::string g_lines;
 std::set<std::string> g_pictures;
+const void* g_drawn;  // the surface whose context was handed out last
 
 std::string NameOfRect(const RECT& rect, int parts) {
     const auto same = [&](const RECT& other) { return std::memcmp(&rect, &other, sizeof rect) == 0; };
@@ -27,41 +32,87 @@ std::string NameOfRect(const RECT& rect, int parts) {
     return "unknown";
 }
 
-void LogCopy(int x, int y, const RECT* rect, int parts, const char* tail) {
-    const std::string whole = parts == PARTS_SKIN ? "skin" : "layer" + std::to_string(parts);
-    std::ostringstream line;
-    line << (rect ? NameOfRect(*rect, parts) : whole) << ' ' << x << ',' << y << tail << '\n';
-    g_lines += line.str();
-}
-
-void LogDraw(const std::string& what, const RECT* dest, const RECT* source, int parts) {
-    std::ostringstream line;
-    line << "draw " << what << " layer" << parts;
-    for (const RECT* r : {dest, source}) {
-        if (!r) continue;
-        line << ' ' << r->left << ',' << r->top << ',' << r->right << ',' << r->bottom;
-    }
-    g_lines += line.str() + '\n';
-}
-
-std::string BaseName(const char* path) {
-    const char* last = std::strrchr(path, '\\');
-    return last ? last + 1 : path;
-}
-
-// A picture of 100 by 80 pixels for each slot. It has no pixels: only the real display would look at them.
-CDib* PictureOf(int slot) {
-    static CDib pictures[DDRAW_SLOTS];
-    pictures[slot].m_nWidth = 100;
-    pictures[slot].m_nHeight = 80;
-    return &pictures[slot];
-}
-
-int SlotOf(const CDSBuffer* sound) {
-    for (int i = 0; i < SOUND_SLOTS; ++i) {
-        if (recorder::Sound()->m_pSlot[i] == sound) return i;
+int PartsOf(const void* surface) {
+    for (int i = 0; i < DDRAW_PARTS; ++i) {
+        if (recorder::Display()->m_apParts[i] == surface) return i;
     }
     return -1;
+}
+
+int SlotOf(const void* buffer) {
+    for (int i = 0; i < SOUND_SLOTS; ++i) {
+        const CDSBuffer* sound = recorder::Sound()->m_pSlot[i];
+        if (sound && sound->m_pDSB == buffer) return i;
+    }
+    return -1;
+}
+
+std::string NameOfCopy(const CallFacts& copy) {
+    const int parts = PartsOf(copy.pFrom);
+    const RECT& r = copy.source;
+    if (parts == PARTS_SKIN && r.right == SCREEN_WIDTH) return "skin";
+    if (IsLayer(parts) && r.right - r.left == LAYER_SIZE) return "layer" + std::to_string(parts);
+    return NameOfRect(r, parts);
+}
+
+std::string Corners(const RECT& r) {
+    std::ostringstream text;
+    text << ' ' << r.left << ',' << r.top << ',' << r.right << ',' << r.bottom;
+    return text.str();
+}
+
+std::string LineOf(const CallFacts& call) {
+    std::ostringstream line;
+    switch (call.eCall) {
+        case PlatformCall::kBltFast:
+            line << NameOfCopy(call) << ' ' << call.dest.left << ',' << call.dest.top
+                 << (call.nValue & DDBLTFAST_SRCCOLORKEY ? " key\n" : "\n");
+            break;
+        case PlatformCall::kFill:
+            line << "clear " << PartsOf(call.pObject) << ' ' << call.nValue << '\n';
+            break;
+        case PlatformCall::kStretchDIBits:
+            line << "draw " << PartsOf(g_drawn) << Corners(call.dest) << Corners(call.source) << '\n';
+            break;
+        case PlatformCall::kPlay:
+            line << "play " << SlotOf(call.pObject) << '\n';
+            break;
+        case PlatformCall::kBufferRelease:
+            line << "end " << SlotOf(call.pObject) << '\n';
+            break;
+        case PlatformCall::kFileOpen:
+            line << "open " << static_cast<const char*>(call.pObject) << '\n';
+            break;
+        default:
+            break;
+    }
+    return line.str();
+}
+
+FileStream* OpenStored(const char* name, const std::string& bytes) {
+    static const test::TempFolder folder;
+    test::ThenAsk(nullptr);
+    FileStream* file = FileOpen(folder.Write(name, bytes).c_str(), "rb");
+    return file;
+}
+
+// The file that is there for a name, or null.
+FileStream* OpenFor(const std::string& path) {
+    static const std::string picture = test::Bmp(100, 80, 0x123456);
+    static const std::string sound = test::SquareWav(1, 1, {1, 1000, 8}).replace(40, 4, "\xA8\x61\0\0", 4);
+    const std::string name = path.substr(path.rfind('\\') + 1);
+    if (g_pictures.count(name) != 0) return OpenStored("picture", picture);
+    return name.ends_with(".wav") ? OpenStored("sound", sound) : nullptr;
+}
+
+bool OnCall(const CallFacts& call, int64_t* result) {
+    if (call.eCall == PlatformCall::kSurfaceDC) g_drawn = call.pObject;
+    g_lines += LineOf(call);
+    if (call.eCall != PlatformCall::kFileOpen) return false;
+    FileStream* file = OpenFor(static_cast<const char*>(call.pObject));
+    test::ThenAsk(OnCall);
+    *result = reinterpret_cast<int64_t>(file);
+    return file != nullptr;
 }
 
 }  // namespace
@@ -69,13 +120,25 @@ int SlotOf(const CDSBuffer* sound) {
 namespace recorder {
 
 CDDraw* Display() {
-    static CDDraw display;
-    return &display;
+    static CDDraw* const display = [] {
+        auto* made = new CDDraw;
+        made->Init(nullptr, 0, 0, SCREEN_WIDTH, SCREEN_HEIGHT);
+        made->CreateParts(PARTS_SPRITES, SPRITES_WIDTH, SPRITES_HEIGHT);
+        made->CreateParts(PARTS_SKIN, SCREEN_WIDTH, SCREEN_HEIGHT);
+        for (const int layer : LAYERS) made->CreateParts(layer, LAYER_SIZE, LAYER_SIZE);
+        return made;
+    }();
+    return display;
 }
 
 CDSound* Sound() {
-    static CDSound sound;
-    return &sound;
+    static CDSound* const sound = [] {
+        auto* made = new CDSound;
+        made->Init(nullptr, 1);
+        host::CloseSound();
+        return made;
+    }();
+    return sound;
 }
 
 void SetPictures(std::set<std::string> names) {
@@ -95,83 +158,20 @@ std::string TakeOnly(const std::string& word) {
     return found;
 }
 
+void EmptySlots() {
+    for (int i = 0; i < DDRAW_SLOTS; ++i) Display()->FreeDib(i);
+    for (CDSBuffer*& sound : Sound()->m_pSlot) {
+        delete sound;
+        sound = nullptr;
+    }
+}
+
 void Clear() {
-    Sound()->Term();
-    for (auto& dib : Display()->m_apDib) dib = nullptr;
+    EmptySlots();
     g_pictures.clear();
     g_lines.clear();
+    test::ForgetCalls();
+    test::ThenAsk(OnCall);
 }
 
 }  // namespace recorder
-
-// --- the display ---
-
-CDDraw::CDDraw() : m_apDib() {}
-CDDraw::~CDDraw() = default;
-
-HRESULT CDDraw::ClearParts(int nParts, DWORD dwColor) {
-    g_lines += "clear " + std::to_string(nParts) + ' ' + std::to_string(dwColor) + '\n';
-    return 0;
-}
-
-HRESULT CDDraw::BltBack(int x, int y, const RECT* pRect, int nParts) {
-    LogCopy(x, y, pRect, nParts, "");
-    return 0;
-}
-
-HRESULT CDDraw::BltBackKey(int x, int y, const RECT* pRect, int nParts) {
-    LogCopy(x, y, pRect, nParts, " key");
-    return 0;
-}
-
-int CDDraw::LoadDib(const char* pszFile, int nSlot) {
-    g_lines += "image " + std::to_string(nSlot) + ' ' + pszFile + '\n';
-    const bool bFound = g_pictures.count(BaseName(pszFile)) != 0;
-    m_apDib[nSlot] = bFound ? PictureOf(nSlot) : nullptr;
-    return bFound ? 0 : 1;
-}
-
-int CDDraw::DrawDib(CDib* pDib, const RECT* pDest, const RECT* pSource, int nParts) {
-    LogDraw(pDib ? "picture" : "nothing", pDest, pSource, nParts);
-    return 0;
-}
-
-int CDDraw::DrawDibSlot(int nSlot, const RECT* pDest, const RECT* pSource, int nParts) {
-    LogDraw("slot " + std::to_string(nSlot), pDest, pSource, nParts);
-    return 0;
-}
-
-// --- the sound device ---
-
-CDSound::CDSound() : m_pDS(nullptr), m_pSlot() {}
-CDSound::~CDSound() {
-    Term();
-}
-
-int CDSound::Term() {
-    for (auto& pSlot : m_pSlot) {
-        delete pSlot;
-        pSlot = nullptr;
-    }
-    return 0;
-}
-
-CDSBuffer::CDSBuffer() : CDSBuffer(nullptr) {}
-CDSBuffer::CDSBuffer(IDirectSound*) : m_szName() {
-    g_lines += "new sound\n";
-}
-CDSBuffer::~CDSBuffer() {
-    g_lines += "end sound\n";
-}
-void CDSBuffer::SetFileName(const char* pszName) {
-    std::strncpy(m_szName, pszName, sizeof m_szName - 1);
-    g_lines += "name " + std::to_string(SlotOf(this)) + ' ' + pszName + '\n';
-}
-int CDSBuffer::Load(int bStream) {
-    g_lines += "load " + std::to_string(SlotOf(this)) + " stream=" + std::to_string(bStream) + '\n';
-    return 0;
-}
-int CDSBuffer::Play() {
-    g_lines += "play " + std::to_string(SlotOf(this)) + '\n';
-    return 0;
-}

@@ -19,14 +19,14 @@ std::string Format(const char* format, va_list args) {
     return std::string(line, static_cast<size_t>(std::clamp(length, 0, static_cast<int>(sizeof line) - 1)));
 }
 
-int PartsNumber(const IDirectDrawSurface7* surface) {
+int PartsNumber(const void* surface) {
     for (int i = 0; i < DDRAW_PARTS; ++i) {
         if (g_pDDraw->m_apParts[i] == surface) return i;
     }
     return -1;
 }
 
-int SlotOf(const IDirectSoundBuffer* buffer) {
+int SlotOf(const void* buffer) {
     for (int i = 0; i < SOUND_SLOTS; ++i) {
         const CDSBuffer* sound = g_pDSound->m_pSlot[i];
         if (sound && sound->m_pDSB == buffer) return i;
@@ -40,11 +40,11 @@ TraceSink* TraceSink::self_ = nullptr;
 
 TraceSink::TraceSink(const std::string& name) : name_(name) {
     self_ = this;
-    g_Watch = {OnCopied, OnStarted};
+    g_pfnCallHook = OnCall;
 }
 
 TraceSink::~TraceSink() {
-    g_Watch = {};
+    g_pfnCallHook = nullptr;
     self_ = nullptr;
 }
 
@@ -55,20 +55,29 @@ void TraceSink::Line(const char* format, ...) {
     va_end(args);
 }
 
-void TraceSink::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
-                         const RECT& r, bool keyed) {
-    if (!g_pDDraw || to != g_pDDraw->m_pBack) return;
-    char line[128];
-    std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", x, y, PartsNumber(from), r.left, r.top,
-                  r.right, r.bottom, keyed ? " key" : "");
-    self_->draws_ += line;
+bool TraceSink::OnCall(const CallFacts& call, int64_t*) {
+    if (call.eCall == PlatformCall::kBltFast)
+        self_->OnCopied(call);
+    else if (call.eCall == PlatformCall::kPlay)
+        self_->OnStarted(call.pObject);
+    return false;
 }
 
-void TraceSink::OnStarted(const IDirectSoundBuffer* buffer, bool) {
+void TraceSink::OnCopied(const CallFacts& copy) {
+    if (!g_pDDraw || copy.pObject != g_pDDraw->m_pBack) return;
+    const RECT& r = copy.source;
+    char line[128];
+    std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", copy.dest.left, copy.dest.top,
+                  PartsNumber(copy.pFrom), r.left, r.top, r.right, r.bottom,
+                  copy.nValue & DDBLTFAST_SRCCOLORKEY ? " key" : "");
+    draws_ += line;
+}
+
+void TraceSink::OnStarted(const void* buffer) {
     const int slot = g_pDSound ? SlotOf(buffer) : -1;
     if (slot < 0) return;  // the device's own silent buffer
     const std::string name = tools::CleanText(g_pDSound->m_pSlot[slot]->m_szName);
-    self_->sounds_ += "sound " + std::to_string(slot) + " " + name + "\n";
+    sounds_ += "sound " + std::to_string(slot) + " " + name + "\n";
 }
 
 ExitCode TraceSink::Begin(double) {

@@ -34,9 +34,9 @@ private:
         std::vector<char> done;
     };
 
-    static void OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
-                         const RECT& rect, bool keyed);
-    static void OnStarted(const IDirectSoundBuffer* buffer, bool looping);
+    static bool OnCall(const CallFacts& call, int64_t* result);
+    void OnCopied(const CallFacts& copy);
+    void OnStarted(const void* buffer);
     ExitCode Result(bool good) { return good ? kGood : Complain(kOutput, out_.error()); }
     void ReportFired(List* list);
     void Line(const char* format, ...) __attribute__((format(printf, 2, 3)));
