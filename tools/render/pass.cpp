@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include "chart/bms.h"
 #include "chart/charttime.h"
 #include "common/messages.h"
 #include "common/signals.h"
+#include "display/ddraw.h"
 #include "host/headless/sound.h"
 #include "host/host.h"
+#include "platform/watch.h"
 #include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
@@ -91,11 +94,15 @@ ExitCode CheckPlaces(const Pass& pass) {
     return kGood;
 }
 
+bool IsSeen(const Pass& pass) {
+    const auto sees = [](const Sink* sink) { return sink->SeesFrames(); };
+    return std::any_of(pass.sinks.begin(), pass.sinks.end(), sees);
+}
+
 void SetPace(Pass* pass) {
     std::vector<int64_t> due = DueTimes();
     for (const PicturePlace& place : pass->options.places) due.push_back(ChartTime(place));
-    const auto sees = [](const Sink* sink) { return sink->SeesFrames(); };
-    const bool skip = std::none_of(pass->sinks.begin(), pass->sinks.end(), sees);
+    const bool skip = !IsSeen(*pass);
     if (skip) due.push_back(pass->end);
     pass->pacer.Set(std::move(due), pass->options.exact, skip);
 }
@@ -155,6 +162,32 @@ void OnFrame(Pass* pass, const headless::Frame& frame) {
     if (code != kGood || IsOver(*pass, moment)) End(pass, code);
 }
 
+// While nobody sees the frames: nothing is drawn, and a picture that would be shown still counts as a frame.
+class Undrawn {
+public:
+    explicit Undrawn(Pass* pass) {
+        pass_ = pass;
+        g_pfnCallHook = OnCall;
+    }
+    ~Undrawn() { g_pfnCallHook = nullptr; }
+    Undrawn(const Undrawn&) = delete;
+    Undrawn& operator=(const Undrawn&) = delete;
+
+private:
+    static bool OnCall(const CallFacts& call, int64_t* result) {
+        const bool copies = call.eCall == PlatformCall::kBltFast;
+        if (!copies && call.eCall != PlatformCall::kFill && call.eCall != PlatformCall::kStretchDIBits)
+            return false;
+        *result = DD_OK;
+        if (copies && g_pDDraw && call.pObject == g_pDDraw->m_pFront) OnFrame(pass_, {});
+        return true;
+    }
+
+    static Pass* pass_;
+};
+
+Pass* Undrawn::pass_;
+
 void OnSound(void* user, const float* samples, int frames, int) {
     Pass* pass = static_cast<Pass*>(user);
     frames = static_cast<int>(std::min<int64_t>(frames, pass->sound_left));
@@ -208,6 +241,8 @@ ExitCode RunPass(const Options& options, const std::vector<Sink*>& sinks, bool r
     headless::OnFrame([&pass](const headless::Frame& frame) { OnFrame(&pass, frame); });
     headless::OnSleep([&pass](uint64_t now, uint64_t end) { return pass.pacer.Wake(now, end); });
     headless::SetSoundSink(OnSound, &pass);
+    std::optional<Undrawn> undrawn;
+    if (!IsSeen(pass)) undrawn.emplace(&pass);
     std::string line = CommandLine(options);
     WinMain(GetProgramModule(), nullptr, line.data(), 1);
     host::Shutdown();
