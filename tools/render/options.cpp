@@ -1,6 +1,5 @@
 #include "render/options.h"
 
-#include <cmath>
 #include <string_view>
 
 #include "common/arguments.h"
@@ -47,7 +46,6 @@ const char kHelp[] =
 
 namespace {
 
-using tools::ReadNumber;
 using tools::ReadWithin;
 
 bool ReadPlace(std::string_view text, PicturePlace* place) {
@@ -55,8 +53,7 @@ bool ReadPlace(std::string_view text, PicturePlace* place) {
     place->in_measure = !text.empty() && (text[0] == 'm' || text[0] == 'M');
     if (place->in_measure) text.remove_prefix(1);
     const bool plain = text.find_first_not_of("0123456789.") == std::string_view::npos;
-    return plain && ReadNumber(text, &place->value) && std::isfinite(place->value) &&
-           place->value < 2147483647.0;
+    return plain && ReadWithin(text, 0.0, 2147483646.0, &place->value);
 }
 
 bool ReadPlaces(const std::string& list, std::vector<PicturePlace>* places) {
@@ -72,7 +69,7 @@ bool ReadPlaces(const std::string& list, std::vector<PicturePlace>* places) {
 
 bool ReadSpeed(const std::string& text) {
     double speed = 0;
-    return ReadNumber(text, &speed) && speed >= static_cast<double>(0.1f) && speed <= 8.0;
+    return ReadWithin(text, static_cast<double>(0.1f), 8.0, &speed);
 }
 
 // "30s", "30", "0.5s".
