@@ -28,6 +28,9 @@ int64_t SizeOf(FileStream* pFile) {
     return nSize;
 }
 
+std::string g_provided;   // the name that FileProvide was given
+SharedBytes g_pProvided;  // null: none
+
 }  // namespace
 
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
@@ -45,7 +48,12 @@ FileStream* FileOpenAsNamed(const char* pszPath) {
     if (!pszPath) return nullptr;
     FileStream* pOrdered = nullptr;
     if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
-    return OpenNamed(pszPath);
+    return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
+}
+
+void FileProvide(const char* pszPath, SharedBytes pBytes) {
+    g_provided = pszPath;
+    g_pProvided = std::move(pBytes);
 }
 
 std::string FileFind(const char* pszPath) {

@@ -1,109 +1,220 @@
 #include "common/parallel.h"
 
-#include <sys/prctl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
+#include <cerrno>
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <thread>
-
-#include "common/output.h"
-#include "common/signals.h"
+#include <vector>
 
 namespace tools {
 namespace {
 
-struct Worker {
-    size_t index;
-    int printed;  // an open file
+constexpr size_t kPiece = size_t{64} << 10;        // bytes that a worker sends at once
+constexpr size_t kMostStashed = size_t{64} << 20;  // bytes of output that wait for their turn
+
+struct FrameHead {
+    uint64_t item;
+    uint32_t bytes;
+    uint32_t is_result;
 };
 
-[[noreturn]] void RunWorker(const std::function<int(size_t)>& job, const Worker& worker, pid_t parent) {
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) _exit(255);
-    dup2(worker.printed, STDOUT_FILENO);
-    dup2(worker.printed, STDERR_FILENO);
-    const int code = job(worker.index);
-    std::fflush(nullptr);
-    _exit(code);
-}
-
-std::string ReadPrinted(int fd) {
-    constexpr size_t kMost = 1 << 20;
-    std::string text(kMost, '\0');
-    const ssize_t count = fd < 0 ? 0 : pread(fd, text.data(), text.size(), 0);
-    text.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    if (fd >= 0) close(fd);
-    return text;
-}
-
-class Pool {
-public:
-    Pool(const std::function<int(size_t)>& job, const std::function<void(size_t, const JobResult&)>& done)
-        : job_(job), done_(done) {}
-
-    void Run(size_t count) {
-        const size_t most = std::max(1u, std::thread::hardware_concurrency());
-        for (size_t next = 0; (next < count && !Stopped()) || !workers_.empty();) {
-            if (next < count && !Stopped() && workers_.size() < most)
-                Start(next++);
-            else if (!Collect())
-                usleep(1000);
-        }
+bool SendAll(int file, const void* data, size_t size) {
+    const char* p = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t n = send(file, p, size, MSG_NOSIGNAL);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        p += n;
+        size -= static_cast<size_t>(n);
     }
+    return true;
+}
+
+bool ReceiveAll(int file, void* data, size_t size) {
+    char* p = static_cast<char*>(data);
+    while (size > 0) {
+        const ssize_t n = recv(file, p, size, 0);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        p += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+// A worker ends when the parent is gone or has no more items.
+void SendFrame(int file, size_t item, std::string_view bytes, bool is_result) {
+    const FrameHead head = {item, static_cast<uint32_t>(bytes.size()), is_result};
+    if (!SendAll(file, &head, sizeof head) || !SendAll(file, bytes.data(), bytes.size())) _exit(1);
+}
+
+[[noreturn]] void Work(int parent, const Job& job) {
+    for (uint64_t item; ReceiveAll(parent, &item, sizeof item);) {
+        const Sink sink = [&](std::string_view piece) {
+            for (; !piece.empty(); piece.remove_prefix(std::min(kPiece, piece.size())))
+                SendFrame(parent, item, piece.substr(0, kPiece), false);
+        };
+        SendFrame(parent, item, job(item, sink), true);
+    }
+    _exit(0);
+}
+
+struct Worker {
+    pid_t process = -1;          // -1: none
+    int socket = -1;             // items go out, frames come in
+    std::optional<size_t> item;  // that it works on
+};
+
+struct Stashed {
+    std::string output;
+    std::optional<std::string> result;
+    bool done = false;
+};
+
+class Crew {
+public:
+    Crew(size_t count, size_t workers, const Job& job, const Taker& taker)
+        : count_(count), job_(job), taker_(taker), workers_(workers) {}
+    void Run();
 
 private:
-    void Start(size_t index) {
-        std::fflush(nullptr);
-        const Worker worker = {index, OpenScratchFile()};
-        const pid_t parent = getpid(), pid = worker.printed < 0 ? -1 : fork();
-        if (pid == 0) RunWorker(job_, worker, parent);
-        if (pid > 0)
-            workers_[pid] = worker;
-        else
-            Finish(worker, {255, false, "cannot create a process\n"});
-    }
+    void Hire(Worker* worker);
+    void Dismiss(Worker* worker);
+    void GiveItem(Worker* worker);
+    void ReadFrame(Worker* worker);
+    void Done(Worker* worker, std::optional<std::string> result);
+    void TakeStashed();
 
-    // False when no worker has ended.
-    bool Collect() {
-        int status = 0;
-        if (Stopped()) {
-            for (const auto& [pid, worker] : workers_) kill(pid, SIGTERM);
-        }
-        const pid_t pid = waitpid(-1, &status, WNOHANG);
-        const auto found = workers_.find(pid);
-        if (found == workers_.end()) return false;
-        const Worker worker = found->second;
-        workers_.erase(found);
-        const bool crashed = WIFSIGNALED(status);
-        Finish(worker, {crashed ? WTERMSIG(status) : WEXITSTATUS(status), crashed, ""});
-        return true;
-    }
-
-    void Finish(const Worker& worker, JobResult result) {
-        result.printed += ReadPrinted(worker.printed);
-        results_[worker.index] = std::move(result);
-        for (auto first = results_.begin(); first != results_.end() && first->first == next_done_;) {
-            done_(next_done_++, first->second);
-            first = results_.erase(first);
-        }
-    }
-
-    const std::function<int(size_t)>& job_;
-    const std::function<void(size_t, const JobResult&)>& done_;
-    std::map<pid_t, Worker> workers_;
-    std::map<size_t, JobResult> results_;  // that wait for an earlier one
-    size_t next_done_ = 0;
+    const size_t count_;
+    const Job& job_;
+    const Taker& taker_;
+    std::vector<Worker> workers_;
+    std::map<size_t, Stashed> stash_;  // items after next_
+    size_t stashed_ = 0;               // bytes
+    size_t to_give_ = 0, next_ = 0;    // next_: the item whose output is taken
+    bool stopped_ = false;
 };
+
+// Leaves it without a process when the system has no further one.
+void Crew::Hire(Worker* worker) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) return;
+    worker->process = fork();
+    if (worker->process == 0) {
+        for (const Worker& other : workers_) close(other.socket);  // or their sockets would stay open
+        close(ends[0]);
+        Work(ends[1], job_);
+    }
+    close(ends[1]);
+    worker->socket = ends[0];
+    if (worker->process > 0)
+        GiveItem(worker);
+    else
+        close(ends[0]);
+}
+
+void Crew::Dismiss(Worker* worker) {
+    if (worker->process < 0) return;
+    if (worker->item) kill(worker->process, SIGKILL);
+    close(worker->socket);
+    waitpid(worker->process, nullptr, 0);
+    *worker = {};
+}
+
+void Crew::GiveItem(Worker* worker) {
+    worker->item.reset();
+    if (to_give_ == count_) return;
+    const uint64_t item = to_give_++;
+    worker->item = item;
+    SendAll(worker->socket, &item, sizeof item);  // a dead worker is noticed when it is read from
+}
+
+void Crew::Done(Worker* worker, std::optional<std::string> result) {
+    const size_t item = *worker->item;
+    if (item == next_) {
+        stopped_ = !taker_.done(next_++, result ? &*result : nullptr);
+        TakeStashed();
+    } else {
+        stash_[item].result = std::move(result);
+        stash_[item].done = true;
+    }
+}
+
+void Crew::TakeStashed() {
+    for (auto it = stash_.find(next_); !stopped_ && it != stash_.end(); it = stash_.find(next_)) {
+        Stashed stashed = std::move(it->second);
+        stash_.erase(it);
+        stashed_ -= stashed.output.size();
+        taker_.piece(next_, stashed.output);
+        if (!stashed.done) return;
+        stopped_ = !taker_.done(next_++, stashed.result ? &*stashed.result : nullptr);
+    }
+}
+
+void Crew::ReadFrame(Worker* worker) {
+    FrameHead head;
+    std::string bytes;
+    bool whole = ReceiveAll(worker->socket, &head, sizeof head);
+    if (whole) bytes.resize(head.bytes);
+    whole = whole && ReceiveAll(worker->socket, bytes.data(), bytes.size());
+    if (!whole) {
+        Done(worker, std::nullopt);
+        Dismiss(worker);
+        Hire(worker);
+    } else if (head.is_result) {
+        Done(worker, std::move(bytes));
+        GiveItem(worker);
+    } else if (head.item == next_) {
+        taker_.piece(next_, bytes);
+    } else {
+        stash_[head.item].output += bytes;
+        stashed_ += bytes.size();
+    }
+}
+
+void Crew::Run() {
+    for (Worker& worker : workers_) Hire(&worker);
+    while (!stopped_ && next_ < count_) {
+        std::vector<pollfd> polled;
+        for (const Worker& worker : workers_) {
+            const bool waits = !worker.item || (stashed_ > kMostStashed && *worker.item != next_);
+            polled.push_back({waits ? -1 : worker.socket, POLLIN, 0});
+        }
+        const bool any = std::any_of(polled.begin(), polled.end(), [](const pollfd& p) { return p.fd >= 0; });
+        if (!any || (poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR)) break;
+        for (size_t i = 0; i < polled.size() && !stopped_; ++i) {
+            if (polled[i].fd >= 0 && polled[i].revents != 0) ReadFrame(&workers_[i]);
+        }
+    }
+    for (Worker& worker : workers_) Dismiss(&worker);
+    while (!stopped_ && next_ < count_)
+        stopped_ = !taker_.done(next_++, nullptr);  // no process was to be had
+}
+
+void RunHere(size_t count, const Job& job, const Taker& taker) {
+    for (size_t item = 0; item < count; ++item) {
+        const std::string result = job(item, [&](std::string_view piece) { taker.piece(item, piece); });
+        if (!taker.done(item, &result)) return;
+    }
+}
 
 }  // namespace
 
-void RunParallel(size_t count, const std::function<int(size_t)>& job,
-                 const std::function<void(size_t, const JobResult&)>& done) {
-    Pool(job, done).Run(count);
+void RunInOrder(size_t count, unsigned processes, const Job& job, const Taker& taker) {
+    if (processes == 0) processes = std::max(std::thread::hardware_concurrency(), 1u);
+    processes = static_cast<unsigned>(std::min<size_t>(processes, count));
+    if (processes > 1)
+        Crew(count, processes, job, taker).Run();
+    else
+        RunHere(count, job, taker);
 }
 
 }  // namespace tools

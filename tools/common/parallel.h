@@ -1,23 +1,32 @@
-// One job for each of many files, on all cores.
+// The same work on many items, on all cores, with its output in the order of the items.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace tools {
 
-// What became of a job. crashed: a signal ended it; code is then that signal.
-struct JobResult {
-    int code = 0;
-    bool crashed = false;
-    std::string printed;  // standard output and error
+// Takes the next piece of an item's output.
+using Sink = std::function<void(std::string_view piece)>;
+
+// Writes the output of one item to the sink, in as many pieces as it likes, and returns its result: any
+// bytes.
+using Job = std::function<std::string(size_t item, const Sink& sink)>;
+
+// Gets the output and the result of the items, in order.
+struct Taker {
+    std::function<void(size_t item, std::string_view piece)> piece;
+    // Returns whether to go on. result is null if the process that had the item died.
+    std::function<bool(size_t item, const std::string* result)> done;
 };
 
-// Runs job(0) to job(count - 1), each in a process of its own, and calls done for each in this order. A job
-// returns an exit code below 256. After a wish to stop (signals.h) no further job starts and those that run
-// are asked to end.
-void RunParallel(size_t count, const std::function<int(size_t)>& job,
-                 const std::function<void(size_t, const JobResult&)>& done);
+// Runs the job for the items 0 to count - 1 in so many processes, or here if it is one; 0 means one for each
+// core. Only what the job writes comes back. Memory is bounded: a process that is far ahead of the item to be
+// taken next waits.
+//
+// Call it before the program has other threads. No process is left when it returns.
+void RunInOrder(size_t count, unsigned processes, const Job& job, const Taker& taker);
 
 }  // namespace tools

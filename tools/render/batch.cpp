@@ -11,6 +11,7 @@
 #include "common/output_rules.h"
 #include "common/parallel.h"
 #include "common/signals.h"
+#include "render/child.h"
 
 namespace render {
 namespace {
@@ -34,19 +35,37 @@ std::string NameWithFolders(const fs::path& chart, int folders) {
 struct Counts {
     int written = 0, existing = 0, failed = 0;
     ExitCode code = kGood;
+    void Add(ExitCode one) {
+        ++(one == kGood ? written : failed);
+        code = std::max(code, one);
+    }
 };
-
-void Count(const PreviewJob& job, const tools::JobResult& result, Counts* counts) {
-    std::fwrite(result.printed.data(), 1, result.printed.size(), stderr);
-    if (result.crashed)
-        Complain(kChart, job.chart + ": the renderer crashed, signal " + std::to_string(result.code));
-    const auto code = result.crashed ? kChart : static_cast<ExitCode>(result.code);
-    ++(code == kGood ? counts->written : counts->failed);
-    counts->code = std::max(counts->code, code);
-}
 
 void ShowProgress(size_t done, size_t all) {
     if (isatty(STDERR_FILENO)) std::fprintf(stderr, "\r%zu of %zu", done, all);
+}
+
+// Each in a fresh process, also of the processes that take one chart after the other.
+void RenderInOrder(const Options& options, const std::vector<PreviewJob>& jobs,
+                   const std::function<ExitCode(const Options&)>& render, Counts* counts) {
+    const auto run = [&](size_t i, const tools::Sink& print) {
+        Options own = options;
+        own.chart = jobs[i].chart;
+        own.audio = jobs[i].output;
+        std::string printed;
+        const ExitCode code = RunInChild(
+            own.chart, [&] { return render(own); }, &printed);
+        print(printed);
+        return std::string(1, static_cast<char>(code));
+    };
+    tools::Taker taker;
+    taker.piece = [](size_t, std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); };
+    taker.done = [&](size_t i, const std::string* code) {
+        counts->Add(code ? static_cast<ExitCode>((*code)[0]) : kOutput);
+        ShowProgress(i + 1, jobs.size());
+        return !tools::Stopped();
+    };
+    tools::RunInOrder(jobs.size(), 0, run, taker);
 }
 
 }  // namespace
@@ -114,16 +133,7 @@ ExitCode RenderPreviews(const Options& options, const std::function<ExitCode(con
         else
             jobs.push_back(job);
     }
-    const auto run = [&](size_t i) {
-        Options own = options;
-        own.chart = jobs[i].chart;
-        own.audio = jobs[i].output;
-        return static_cast<int>(render(own));
-    };
-    tools::RunParallel(jobs.size(), run, [&](size_t i, const tools::JobResult& result) {
-        Count(jobs[i], result, &counts);
-        ShowProgress(i + 1, jobs.size());
-    });
+    RenderInOrder(options, jobs, render, &counts);
     if (tools::Stopped()) return kStopped;
     if (charts.size() > 1 || counts.existing > 0) {
         Complain(kGood, std::to_string(counts.written) + " written, " + std::to_string(counts.existing) +

@@ -1,10 +1,4 @@
 // lumetra-render: a chart as sound, video, pictures and text.
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <cstdio>
 #include <memory>
 
 #include "common/arguments.h"
@@ -13,6 +7,7 @@
 #include "common/signals.h"
 #include "render/audio.h"
 #include "render/batch.h"
+#include "render/child.h"
 #include "render/encoder.h"
 #include "render/pictures.h"
 #include "render/sound.h"
@@ -41,27 +36,6 @@ ExitCode RenderFiles(const Options& options, int sound) {
     return RunPass(options, sinks, true);
 }
 
-// In a process of its own, because each pass needs a fresh program. The process ends with this one.
-template <class Pass>
-ExitCode InChild(Pass pass) {
-    std::fflush(nullptr);
-    const pid_t parent = getpid(), pid = fork();
-    if (pid < 0) return Complain(kOutput, "cannot create a process");
-    if (pid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        const ExitCode code = getppid() == parent ? pass() : kStopped;
-        std::fflush(nullptr);
-        _exit(code);
-    }
-    // Polls, because a signal that comes just before a blocking wait would not end it.
-    int status = 0;
-    while (waitpid(pid, &status, WNOHANG) == 0) {
-        if (tools::Stopped()) kill(pid, SIGTERM);
-        usleep(2000);
-    }
-    return WIFEXITED(status) ? static_cast<ExitCode>(WEXITSTATUS(status)) : kOutput;
-}
-
 ExitCode RenderAll(const Options& options) {
     if (!options.output_dir.empty())
         return RenderPreviews(options, [](const Options& own) { return RenderFiles(own, -1); });
@@ -72,7 +46,8 @@ ExitCode RenderAll(const Options& options) {
         return Complain(kOutput, "--video needs the ffmpeg program, which is not installed (package ffmpeg)");
     const int sound = tools::OpenScratchFile();
     if (sound < 0) return Complain(kOutput, "cannot create a temporary file");
-    const ExitCode code = InChild([&] { return RenderFiles(options, sound); });
+    const ExitCode code = RunInChild(
+        options.chart, [&] { return RenderFiles(options, sound); }, nullptr);
     if (code != kGood) return code;
     VideoSink video(options, sound);
     return RunPass(options, {&video}, false);
