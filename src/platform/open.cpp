@@ -21,6 +21,20 @@ FileStream* OpenMade(const std::string& name) {
     return pMade->path.empty() ? nullptr : OpenStream(pMade->path);
 }
 
+// A file that is there and of another kind is replaced by what it is converted to; null when that is left
+// out.
+FileStream* Converted(const std::string& name, FileStream* pFile) {
+    BYTE aHead[kForeignHead];
+    const size_t nHead = FileRead(aHead, 1, sizeof(aHead), pFile);
+    FileSeek(pFile, 0, SEEK_SET);
+    const MediaKind kind = ForeignKind(aHead, nHead, name);
+    if (kind == MediaKind::kNone || !TheDoor().IsWanted(kind)) return pFile;
+    const std::shared_ptr<const Substitute> pMade = TheDoor().TakeNamed(name);
+    if (pMade && !pMade->pBytes) return pFile;  // cannot be converted: read as it is
+    FileClose(pFile);
+    return pMade ? OpenStream(pMade->pBytes) : nullptr;
+}
+
 int64_t SizeOf(FileStream* pFile) {
     FileSeek(pFile, 0, SEEK_END);
     const int64_t nSize = FileTell(pFile);
@@ -38,7 +52,7 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     FileStream* pOrdered = nullptr;
     if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     FileStream* pFile = TheDoor().HasMaker(pszPath) ? nullptr : OpenNamed(pszPath);
-    if (!pFile) pFile = OpenMade(pszPath);
+    pFile = pFile ? Converted(pszPath, pFile) : OpenMade(pszPath);
     if (!pFile || TheDoor().MayOpen(pszPath, SizeOf(pFile))) return pFile;
     FileClose(pFile);
     return nullptr;
