@@ -1,4 +1,5 @@
 // lumetra: the player on a user's desktop.
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -50,6 +51,14 @@ const char* AnswerAtOnce(int argc, char** argv) {
     return nullptr;
 }
 
+// A line with -Q never starts a player, so nobody has to wait for it where none runs.
+bool IsQuit(int argc, char** argv) {
+    for (int i = 1; i < argc && IsOptionArgument(argv[i]); ++i) {
+        if (std::toupper(static_cast<unsigned char>(argv[i][1])) == 'Q') return true;
+    }
+    return false;
+}
+
 int Run(int argc, char** argv) {
     std::string line = BuildCommandLine(argc, argv);
     const int nExitCode = WinMain(GetProgramModule(), nullptr, line.data(), 1);
@@ -67,7 +76,9 @@ int main(int argc, char** argv) {
     if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
     }
+    host::LockStart(!IsQuit(argc, argv));
     const int nExitCode = Run(argc, argv);
+    host::UnlockStart();
     if (host::Shutdown()) return nExitCode;
     std::fflush(stdout);
     std::_Exit(nExitCode);

@@ -134,6 +134,8 @@ using MixCallback = void (*)(void* user, float* out, int frames, uint64_t time);
 bool OpenSound(int rate, MixCallback callback, void* user);
 // No callback runs after it returns. It waits for no driver; Shutdown gives the device a moment to close.
 void CloseSound();
+bool SoundIsPending();              // opened, and the device has not asked for its first sound yet
+void AwaitSound(int milliseconds);  // until it has, at most so long
 
 // ---- other instances: running programs of the same kind ----
 
@@ -142,12 +144,22 @@ struct Instance {
     std::string class_name;
 };
 
+// Starts that happen at the same moment run one after the other: from here to the announcement, except while
+// a first file dialog is open, other starts wait, but no longer than 200 ms. create: also where no instance
+// runs.
+void LockStart(bool create);
+void UnlockStart();
+
 // From now on other instances can find this one. Their messages queue in arrival order until PollEvent takes
 // them, also while nobody polls. The announcement ends with the process, however that ends.
 bool AnnounceInstance(const std::string& class_name);
 void WithdrawInstance();
 bool ListInstances(std::vector<Instance>* instances);  // the others; needs no window and no display
-// Returns as soon as the message is in the queue of that instance; false when it is gone.
+// Takes no more quits: until then the instance leaves the list when one arrives, before the program ends.
+void SetDeaf();
+// Returns as soon as the message is in the queue of that instance, after a quit when it has left the list.
+// False when it is gone or does not take the message; waits 200 ms at most, in all calls of the process
+// together.
 bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam);
 
 // ---- text for a debugger ----

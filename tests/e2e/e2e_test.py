@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """The real player on a virtual screen: window, keys, dialogs, and instances that command each other."""
 import os
+import signal
+import struct
 import subprocess
 import sys
 import time
@@ -249,6 +251,50 @@ class EndToEnd(unittest.TestCase):
             self.assertLess(time.monotonic() - start, 0.7)
             self.assertEqual(os.listdir(screen.runtime), [])
             os.close(reader)
+
+    def test_first_beat(self):
+        """A sound at the start measure is heard from its first sample on."""
+        with Screen() as screen:
+            data = struct.pack("<h", 16384) * 2000
+            with open(os.path.join(screen.folder, "a.wav"), "wb") as out:
+                out.write(b"RIFF" + struct.pack("<I", 36 + len(data)) + b"WAVEfmt " +
+                          struct.pack("<IHHIIHH", 16, 1, 1, 44100, 88200, 2, 16) + b"data" +
+                          struct.pack("<I", len(data)) + data)
+            sound = os.path.join(screen.folder, "sound.raw")
+            path = screen.chart(text="#TITLE E2E\n#WAV01 a.wav\n#00401:01\n#02011:01\n")
+            output = {"SDL_AUDIODRIVER": "disk", "SDL_DISKAUDIOFILE": sound}
+            player = screen.player("-P", "-N4", path, env=output)
+            player.find()
+            time.sleep(1)
+            self.assertEqual(screen.remote("-Q"), 1)
+            player.ends(0)
+            with open(sound, "rb") as heard:
+                left = [frame[0] for frame in struct.iter_unpack("<ff", heard.read())]
+            self.assertEqual(sum(sample != 0 for sample in left), 2000)
+
+    def test_starts(self):
+        """Of many starts at once one plays; a start right after a quit plays; a stopped instance holds nobody."""
+        with Screen() as screen:
+            path = screen.chart()
+            for _ in range(3):
+                players = [screen.player("-P", path) for _ in range(10)]
+                until("the others to end", lambda: sum(p.process.poll() is None for p in players) == 1)
+                self.assertEqual(len(screen.instances()), 1)
+                self.assertEqual(sum(p.process.poll() == 1 for p in players), 9)
+                for _ in range(5):
+                    self.assertEqual(screen.remote("-Q"), 1)
+                    running = screen.player("-P", path)
+                    until("its socket", screen.instances)
+                    until("the old one to end", lambda: players[0].process.poll() is not None)
+                    self.assertIsNone(running.process.poll())
+                os.kill(running.process.pid, signal.SIGSTOP)
+                for _ in range(6):  # more than the socket holds
+                    start = time.monotonic()
+                    screen.remote("-M2", "-N3", "-M1", "-N4", "-S")
+                    self.assertLess(time.monotonic() - start, 0.7)
+                os.kill(running.process.pid, signal.SIGCONT)
+                self.assertEqual(screen.remote("-Q"), 1)
+                until("the end", lambda: running.process.poll() is not None)
 
 
 if __name__ == "__main__":
