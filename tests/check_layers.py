@@ -18,6 +18,7 @@ ALLOWED = {
     "sound": {"chart", "sound", "display", "system", "platform"},
     "display": {"chart", "sound", "display", "system", "platform"},
     "system": {"system", "platform"},
+    "report": {"report", "chart", "sound", "display", "platform"},
     "platform": {"platform", "host"},
     "host": {"host"},
 }

@@ -82,6 +82,7 @@ int CDSBuffer::LoadWholeXA(uint64_t nExact) {
     m_nSrcSize = m_nDataLen;
     const size_t nRead = FileRead(m_pSrc, 1, nAvailable, FileOf(*this));
     CloseXAFile();
+    xaDecodeEndAt(m_hAcm, static_cast<DWORD>(nRead));
     void* pBlock = nullptr;
     DWORD nBlock = 0;
     if (LockWhole(&pBlock, &nBlock) != DS_OK) {

@@ -265,6 +265,13 @@ int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm) {
     return 1;
 }
 
+void xaDecodeEndAt(void* hXa, DWORD nLength) {
+    auto* pXa = static_cast<CXaDecoder*>(hXa);
+    if (!pXa || nLength >= pXa->m_nDataLen) return;
+    pXa->m_nDataLen = nLength;
+    pXa->m_bPadded = false;
+}
+
 int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock) {
     if (!hXa || !pBlock) return 0;
     pBlock->nSrcUsed = 0;

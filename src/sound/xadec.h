@@ -20,6 +20,9 @@ struct XaConvertBlock {
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat);
 // Sets *pnPcm to the PCM bytes that nLength encoded bytes decode to. Returns 0 on failure.
 int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm);
-// Decodes the next data, keeping state between calls. May leave source unread. Returns 0 on failure.
+// The data ends after nLength bytes, earlier than the header says: what the file lost does not come any more.
+// Before the first conversion.
+void xaDecodeEndAt(void* hXa, DWORD nLength);
+// Decodes on, keeping its state between calls; may leave source unread. 0 on failure.
 int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock);
 int xaDecodeClose(void* hXa);

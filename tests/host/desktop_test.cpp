@@ -215,6 +215,14 @@ TEST(InboxSender, OnlyThisUserIsHeard) {
     EXPECT_FALSE(IsFromThisUser(&nothing));
 }
 
+TEST(DebugText, EscapesWhatATerminalObeys) {
+    setenv("LUMETRA_DEBUG", "1", 1);
+    testing::internal::CaptureStderr();
+    for (const std::string text : {"a\x1B[2J\nb\xFF\n", "曲"}) DebugText(text.data(), text.size());
+    unsetenv("LUMETRA_DEBUG");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\\x1B[2J\\x0Ab\\xFF\n曲");
+}
+
 TEST(DroppedPath, TakesTheFirstLocalFile) {
     const std::pair<const char*, const char*> rows[] = {
         {"file:///tmp/a%20b.bms\r\n", "/tmp/a b.bms"},

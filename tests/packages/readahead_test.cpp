@@ -94,12 +94,17 @@ TEST_F(Ahead, LargeSoundsComeInTurn) {
 
 // A package whose files are all there has no threads.
 TEST_F(Ahead, ThreadsComeOnlyWithTheFirstConversion) {
-    ReadAhead ahead;
+    ReadAhead ahead(
+        {[](const std::string& name, MediaKind kind) { return !SubstitutePaths(name, kind).empty(); },
+         [](const std::string& name, MediaKind kind, const MayHold&) {
+             return std::make_shared<Substitute>(MakeSubstitute(SubstitutePaths(name, kind), kind, {}));
+         },
+         [](const std::string&) { return true; }});
     ahead.Expect(MediaKind::kSound, names);
     EXPECT_EQ(ahead.ThreadsStarted(), 0u);
-    EXPECT_EQ(ahead.Take(folder.Path("s2.wav"))->path, "");
+    EXPECT_EQ(ahead.Take(folder.Path("s2.wav")).pMade->path, "");
     EXPECT_EQ(ahead.ThreadsStarted(), 0u) << "nothing stands for this one";
-    EXPECT_EQ(ahead.Take(folder.Path("s5.wav"))->path, folder.Path("s5.flac"));
+    EXPECT_EQ(ahead.Take(folder.Path("s5.wav")).pMade->path, folder.Path("s5.flac"));
     EXPECT_EQ(ahead.ThreadsStarted() > 0, std::thread::hardware_concurrency() > 1);
 }
 

@@ -214,14 +214,13 @@ TEST_F(Wav, HostileNumbers) {
     const std::string no_codec = "CDSBuffer::LoadWav ACM SUGGEST ERROR\n";
     constexpr int k4GHz = -294967296;
     const std::pair<std::string, std::string> rows[] = {
-        {header({}, 16, 0xFFFFFFFF), refused},
         {header({}, 16, 0xFFFFFFFE), refused},
-        {header({1, 1, 44100, -1, -1, 8}, 16, 0xFFFFFFFF), refused},
-        {header({7, 1, 44100, -1, -1, 8}, 16, 0xFFFFFFFF), refused},
-        {header({17, 1, 44100, -1, 1024, 4}, 16, 0xFFFFFFFF), refused},
+        {header({1, 1, 44100, -1, -1, 8}, 16, 0xFFFFFFFE), refused},
+        {header({7, 1, 44100, -1, -1, 8}, 16, 0xFFFFFFFE), refused},
+        {header({17, 1, 44100, -1, 1024, 4}, 16, 0xFFFFFFFE), refused},
         {header({1, 0, 44100, -1, -1, 16}, 16, 100), no_codec},
         {header({1, 9, 44100, -1, -1, 16}, 16, 100), no_codec},
-        {header({1, 1, 44100, -1, 0, 16}, 16, 100), no_codec},
+        {header({1, 1, 44100, -1, 3, 16}, 16, 100), no_codec},
         {header({17, 2, 44100, -1, 0, 4}, 16, 100), no_codec},
         {header({17, 2, 44100, -1, 8, 4}, 16, 100), no_codec},
         {header({1, 1, 0, -1, -1, 16}, 16, 100), no_codec},
@@ -242,6 +241,19 @@ TEST_F(Wav, HostileNumbers) {
         m_sound->Play();
         m_sound->StreamPlay();
         ++number;
+    }
+}
+
+// As a writer to a pipe leaves the length, and as careless writers leave nBlockAlign.
+TEST_F(Wav, LengthsAndBlocksThatTheFormatTells) {
+    const std::string samples = std::string("\1\0\2\0\3\0\4\0", 8);
+    for (const int align : {0, 1, 2}) {
+        const std::string file = "RIFF" + std::string(4, '\xff') + "WAVEfmt " + test::LittleEndian(16, 4) +
+                                 FormatBlock({1, 1, 44100, -1, align, 16}) + "data" +
+                                 test::LittleEndian(0xFFFFFFFF, 4) + samples;
+        EXPECT_EQ(LoadLog(file), "") << align;
+        EXPECT_EQ(m_sound->m_nPcmLen, samples.size()) << align;
+        EXPECT_EQ(Contents(m_sound->m_pDSB).substr(0, samples.size()), samples) << align;
     }
 }
 

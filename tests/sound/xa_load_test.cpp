@@ -82,8 +82,13 @@ TEST_F(Xa, ExactLength) {
 TEST_F(Xa, CutFilesAreSilentBehindTheCut) {
     Make(m_file)->Load(0);
     const std::string whole = Contents(m_sound->m_pDSB);
-    EXPECT_EQ(Make(m_file.substr(0, 32 + 42 * 100))->Load(0), 0);
-    EXPECT_EQ(Contents(m_sound->m_pDSB), whole.substr(0, 6400) + std::string(whole.size() - 6400, '\0'));
+    // After 100 blocks of 32 frames, and 16 frames into the next.
+    const std::pair<size_t, size_t> cuts[] = {{42 * 100, 6400}, {42 * 100 + 2 + 20, 6432}};
+    for (const auto& [held, sounding] : cuts) {
+        EXPECT_EQ(Make(m_file.substr(0, 32 + held))->Load(0), 0);
+        EXPECT_EQ(Contents(m_sound->m_pDSB),
+                  whole.substr(0, sounding) + std::string(whole.size() - sounding, '\0'));
+    }
     std::string hostile = m_file;
     hostile.replace(4, 4, "\xff\xff\xff\xff");
     EXPECT_EQ(Make(hostile)->Load(0), 1);

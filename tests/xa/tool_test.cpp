@@ -52,6 +52,7 @@ TEST_F(XaTool, ReportsWhatIsWrongAndWritesNothing) {
     folder_.Write("damaged.xa", std::string(xa_).replace(XA_HEADER_SIZE + 42, 1, "\xC8"));
     folder_.Write("stub.xa", xa_.substr(0, 31));
     fs::create_directory(folder_.Path("folder"));
+    fs::create_symlink("good.xa", folder_.Path("link.xa"));
     const struct {
         const char* arguments;
         int code;
@@ -77,6 +78,10 @@ TEST_F(XaTool, ReportsWhatIsWrongAndWritesNothing) {
         {"decode folder out.wav", 2, "folder: "},
         {"info good.xa in.wav", 2, "not an XA file"},
         {"info -- --help", 2, "--help: "},
+        {"encode in.wav in.wav", 1, "in.wav: is an input"},
+        {"decode --force good.xa link.xa", 1, "link.xa: is an input"},
+        {"decode good.xa damaged.xa", 1, "is not named .xa"},
+        {"encode in.wav slow.wav", 1, "slow.wav: exists and is not an XA file"},
         {"encode in.wav none/out.xa", 3, "none/out.xa: cannot write"},
         {"encode in.wav folder", 3, "folder: cannot write"},
         {"info good.xa >/dev/full", 3, ""},

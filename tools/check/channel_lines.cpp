@@ -83,7 +83,7 @@ void LineChecker::CheckLength(const Line& line, int32_t measure) {
     } else {
         CheckFloat(line, kDataColumn);
     }
-    Place& before = lengths_[static_cast<size_t>(measure)];
+    Place& before = tables_->lengths[static_cast<size_t>(measure)];
     if (before.line != 0) {
         findings_->Add(line.place, "length-twice", [&] {
             return "line " + std::to_string(before.line) + " also sets the length of measure " +

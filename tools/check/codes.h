@@ -61,6 +61,7 @@ inline constexpr CodeInfo kCodes[] = {
     // folders and rectangles
     {"path-too-long", kError, kError, "folder and name together are longer than 259 bytes"},
     {"path-wav", kWarning, kWarning, "`#PATH_WAV` replaces the chart's folder for the lines below it"},
+    {"outside-folder", kNote, kNote, "files outside the chart's folder, through `..`, a link or `#PATH_WAV`"},
     {"bga-short", kWarning, kWarning, "a `#BGA` line of fewer than 22 characters"},
     {"bga-blanks", kWarning, kWarning, "two blanks in a row in a `#BGA` line"},
     {"bga-numbers", kWarning, kWarning, "fewer than six numbers in a `#BGA` line"},
@@ -73,6 +74,7 @@ inline constexpr CodeInfo kCodes[] = {
     {"bpm-below-use", kError, kError, "a `#BPMxx` line below the objects that use it: 130"},
     {"unused-tempo", kNote, kNote, "no object uses the tempo"},
     {"zero-length", kWarning, kWarning, "a measure without duration"},
+    {"long-measure", kWarning, kWarning, "a measure that lasts longer than ten minutes"},
     {"length-twice", kWarning, kWarning, "two lengths for one measure"},
     {"odd-data", kWarning, kNote, "an odd number of characters; a note if the dropped one is `0` or a blank"},
     {"bad-digit", kWarning, kWarning, "a pair that is not a number but still takes a position"},

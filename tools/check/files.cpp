@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/ascii.h"
-#include "platform/files/files.h"
+#include "platform/files/lookup.h"
 #include "platform/files/pathmatch.h"
 
 namespace check {
@@ -36,6 +36,13 @@ bool Exists(const std::string& path) {
     return MatchPath(path, there, nullptr);
 }
 
+// Whether the player reads the file as it is, by its first bytes.
+bool IsOwnKind(const std::string& path) {
+    const char* kind = KindOf(path);
+    const auto is = [kind](const char* own) { return kind && std::strcmp(kind, own) == 0; };
+    return is(kWavFile) || is(kXaFile) || is(kBmpFile);
+}
+
 // Which similar file exists, or what is odd about the name. Begins with "; " or is empty.
 std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
     const std::string& name = definition.name;
@@ -43,18 +50,18 @@ std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
     if (!name.empty() && name.front() == ' ') return "; the name begins with a blank";
     if (name.find('"') != name.npos) return "; the quotes count as part of the name";
     if (name.size() > 2 && (name[1] == ':' || name[0] == '\\' || name[0] == '/'))
-        return "; a name is always looked up in the chart's folder";
+        return "; the player puts the chart's folder before every name, even an absolute one";
     const size_t dot = name.rfind('.');
     const std::string stem = name.substr(0, dot);
     const size_t left = definition.path.size() - (name.size() - stem.size());
     if (definition.path.size() < name.size()) return "";
     // The player has already tried these substitutes.
     for (const std::string& other : SubstitutePaths(definition.path, kind)) {
-        if (!FileFind(other.c_str()).empty())
+        if (!FindNamed(other).empty())
             return "; " + Quote(stem + EndingOf(other)) + " exists but cannot be read";
     }
     for (const char* ending : {".xa", ".mpg", ".avi", ".mp4"}) {
-        if (!FileFind((definition.path.substr(0, left) + ending).c_str()).empty())
+        if (!FindNamed(definition.path.substr(0, left) + ending).empty())
             return "; " + Quote(stem + ending) + " exists";
     }
     return "";
@@ -91,6 +98,21 @@ Spelling CompareSpelling(const std::string& name, const std::string& found) {
     return same_but_case ? Spelling::kCase : Spelling::kEncoding;
 }
 
+std::string FindOpened(const std::string& path, MediaKind kind, bool loaded) {
+    const std::string named = FindNamed(path);
+    if (!named.empty()) return named;
+    const std::vector<std::string> others = SubstitutePaths(path, kind);
+    if (others.size() == 1 && loaded) return others[0];
+    // Decoding again takes long, but several files can substitute for the name and some may be damaged.
+    if (loaded) return MakeSubstitute(others, kind, nullptr).path;
+    const auto own = std::find_if(others.begin(), others.end(), IsOwnKind);
+    return own != others.end() ? *own : "";
+}
+
+bool IsConverted(Spelling spelling, const std::string& found) {
+    return spelling == Spelling::kSubstitute && !IsOwnKind(found);
+}
+
 std::string WhyMissing(const Definition& definition, MediaKind kind) {
     if (Exists(definition.path)) return " exists but is not a readable file";
     return " does not exist" + HintAboutMissing(definition, kind);
@@ -100,9 +122,8 @@ std::string HintAboutKind(const std::string& name, MediaKind kind) {
     const bool sound = kind == MediaKind::kSound;
     const std::string ending = EndingOf(name), own = sound ? ".wav" : ".bmp";
     const std::string save = sound ? "save it as a PCM WAV file" : "save it as a BMP file";
-    const std::vector<std::string> others = SubstitutePaths(name, kind);
-    const auto same = [&](const std::string& other) { return AsciiEqual(EndingOf(other), ending); };
-    if (AsciiEqual(ending, own) || std::none_of(others.begin(), others.end(), same)) return "; " + save;
+    const bool substitutes = KindOfName(name) == kind && !AsciiEqual(ending, ".xa");
+    if (AsciiEqual(ending, own) || !substitutes) return "; " + save;
     const std::string meant = name.substr(0, name.size() - ending.size()) + own;
     return "; write " + Quote(meant) + " in the chart and this file substitutes for it, or " + save;
 }
@@ -130,11 +151,11 @@ const char* KindOf(const std::string& path) {
         {0, "\xFF\xD8\xFF", 3, "a JPEG picture"},
         {0, "GIF8", 4, "a GIF picture"},
         {8, "AVI ", 4, "an AVI film"},
-        {8, "WAVE", 4, "a WAV file"},
+        {8, "WAVE", 4, kWavFile},
         {0, "\0\0\1\xBA", 4, "an MPEG film"},
         {0, "\0\0\1\xB3", 4, "an MPEG film"},
-        {0, "BM", 2, "a BMP file"},
-        {0, "KWD1", 4, "an XA file"},
+        {0, "BM", 2, kBmpFile},
+        {0, "KWD1", 4, kXaFile},
         {0, "FORM", 4, "an AIFF file"},
         {0, "MThd", 4, "a MIDI file"},
         {0, "\x30\x26\xB2\x75", 4, "a Windows Media file"},

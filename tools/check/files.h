@@ -21,6 +21,13 @@ Spelling CompareSpelling(const std::string& name, const std::string& found);
 void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
                    Findings* findings);
 
+// The file that the player opened for a name, as this machine names it: the named one or a substitute. Empty
+// if there is none. loaded: whether the player could use it.
+std::string FindOpened(const std::string& path, MediaKind kind, bool loaded);
+
+// Whether the player reads bytes that were converted from the file, and not the file itself.
+bool IsConverted(Spelling spelling, const std::string& found);
+
 // The end of a sentence that begins with the name of a file that was not found: " does not exist", and why.
 std::string WhyMissing(const Definition& definition, MediaKind kind);
 
@@ -28,6 +35,7 @@ std::string WhyMissing(const Definition& definition, MediaKind kind);
 std::string HintAboutKind(const std::string& name, MediaKind kind);
 
 // The kind of file by its first bytes, such as "an Ogg file"; null if they are of no known kind.
+inline constexpr const char *kWavFile = "a WAV file", *kXaFile = "an XA file", *kBmpFile = "a BMP file";
 const char* KindOf(const std::string& path);
 
 int64_t SizeOf(const std::string& path);  // -1 if there is no file

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/terminal.h"
 #include "platform/files/text.h"
 
 namespace check {
@@ -25,14 +26,28 @@ std::string_view NameOf(Severity severity) {
     return kNames[static_cast<int>(severity)];
 }
 
-std::string Quote(std::string_view bytes) {
-    constexpr size_t kMost = 80;
-    const bool cut = bytes.size() > kMost;
-    std::string text = DisplayText(bytes.substr(0, kMost));
-    for (char& c : text) {
-        if (c == '\n' || c == '\t') c = ' ';
+std::string ShownName(std::string_view bytes) {
+    if (IsUtf8(bytes)) return tools::CleanText(bytes);
+    std::string text;
+    for (size_t at = 0; at < bytes.size();) {
+        size_t length = IsCp932Lead(static_cast<unsigned char>(bytes[at])) ? 2 : 1;
+        if (length == 2 && (at + 1 == bytes.size() || Cp932CodePoint(bytes.data() + at, 2) == 0)) length = 1;
+        text += tools::CleanText(bytes.substr(at, length));
+        at += length;
     }
-    return "`" + text + (cut ? "..." : "") + "`";
+    return text;
+}
+
+std::string Quote(std::string_view bytes) {
+    constexpr int kMost = 80;
+    const std::string text = ShownName(bytes);
+    size_t end = 0;
+    int characters = 0;
+    for (; end < text.size(); ++end) {
+        const bool first = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
+        if (first && ++characters > kMost) break;
+    }
+    return "`" + text.substr(0, end) + (end < text.size() ? "..." : "") + "`";
 }
 
 std::string CountOf(int64_t count, const char* thing) {

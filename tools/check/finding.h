@@ -57,7 +57,11 @@ private:
     std::vector<Finding> kept_;
 };
 
-// Bytes of a chart for a sentence: in quotes, as the player shows them, on one line and of bounded length.
+// A name from a chart or a disk as text: UTF-8 or else CP932, with `\xE9` for control characters and for
+// bytes that are neither.
+std::string ShownName(std::string_view bytes);
+
+// Bytes of a chart for a sentence: in quotes, on one line, without control characters, at most 80 characters.
 std::string Quote(std::string_view bytes);
 
 // "1 line", "5 lines"

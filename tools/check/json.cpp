@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "check/finding.h"
 #include "platform/files/text.h"
 
 namespace check {
@@ -77,9 +78,16 @@ void Json::Null() {
     *out_ += "null";
 }
 
-void Json::Bytes(const char* key, std::string_view bytes) {
+void Json::Title(const char* key, std::string_view bytes) {
+    Shown(key, bytes, DisplayText(bytes));
+}
+
+void Json::Name(const char* key, std::string_view bytes) {
+    Shown(key, bytes, ShownName(bytes));
+}
+
+void Json::Shown(const char* key, std::string_view bytes, const std::string& shown) {
     static constexpr char kHex[] = "0123456789abcdef";
-    const std::string shown = DisplayText(bytes);
     Member(key, shown);
     if (shown == bytes) return;
     std::string hex;

@@ -22,9 +22,10 @@ public:
     void Flag(bool flag);
     void Null();
 
-    // Bytes of a chart or a disk: a member as the player shows them and, if that differs, one named
-    // key + "Bytes" in hexadecimal.
-    void Bytes(const char* key, std::string_view bytes);
+    // Bytes of a chart or a disk: a member that shows them and, if that differs from the bytes, one named
+    // key + "Bytes" in hexadecimal. A title is shown as the player shows it, a name as in findings.
+    void Title(const char* key, std::string_view bytes);
+    void Name(const char* key, std::string_view bytes);
 
     void Member(std::string_view key, std::string_view utf8) { Key(key), Text(utf8); }
     void Member(std::string_view key, int64_t number) { Key(key), Integer(number); }
@@ -32,6 +33,7 @@ public:
 
 private:
     void Separate();
+    void Shown(const char* key, std::string_view bytes, const std::string& shown);
 
     std::string* out_;
     FILE* file_;

@@ -76,9 +76,8 @@ private:
     Probe probe_;
     std::map<std::string, Group> groups_;
     std::map<Keyword, Place> headers_;
-    std::vector<Place> lengths_ = std::vector<Place>(1000);  // of channel 2 lines, by measure
-    bool underscores_ = false;                               // in the data of the current line
-    bool cut_ = false;                                       // a TAB has cut the current line
+    bool underscores_ = false;  // in the data of the current line
+    bool cut_ = false;          // a TAB has cut the current line
 };
 
 // The pair or id at p, at most two characters.

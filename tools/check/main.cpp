@@ -5,6 +5,8 @@
 
 #include "check/json.h"
 #include "check/report.h"
+#include "common/arguments.h"
+#include "common/messages.h"
 #include "platform/files/filename.h"
 
 namespace {
@@ -32,34 +34,25 @@ struct Arguments {
     bool json = false, strict = false;
 };
 
-int Complain(ExitCode code, const std::string& text) {
-    std::fprintf(stderr, "lumetra-check: %s\n", text.c_str());
-    return code;
-}
-
 bool Write(const std::string& text) {
     return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
 }
 
 int Flush() {
-    const bool written = std::fflush(stdout) == 0 && !std::ferror(stdout);
-    return written ? kClean : Complain(kOutput, "cannot write the report");
+    return tools::FlushOutput() ? kClean : tools::Complain(kOutput, "cannot write the report");
 }
 
 // Returns an error message, or an empty string.
-std::string Parse(const std::vector<std::string>& words, Arguments* arguments) {
-    bool files = false;
-    for (const std::string& word : words) {
-        if (files || word.size() < 2 || word[0] != '-')
-            arguments->charts.push_back(word);
-        else if (word == "--")
-            files = true;
-        else if (word == "--json")
+std::string Parse(int argc, const char* const* argv, Arguments* arguments) {
+    for (tools::Arguments words(argc, argv); words.Next();) {
+        if (!words.IsOption())
+            arguments->charts.push_back(words.name());
+        else if (words.name() == "--json" && !words.HasValue())
             arguments->json = true;
-        else if (word == "--strict")
+        else if (words.name() == "--strict" && !words.HasValue())
             arguments->strict = true;
         else
-            return "unknown option '" + word + "'";
+            return "unknown option: " + words.name();
     }
     return arguments->charts.empty() ? "no chart given" : "";
 }
@@ -72,7 +65,7 @@ int CheckOne(const std::string& name, const std::string& path, const Arguments& 
     const bool readable = check::CheckChart(subject.get(), &why);
     subject->file_name = name;
     if (!readable) {
-        Complain(kUnreadable, name + ": " + why);
+        tools::Complain(kUnreadable, name + ": " + why);
         if (arguments.json) check::WriteUnreadableJson(name, why, &out);
     } else if (arguments.json) {
         check::WriteJson(*subject, &out, stdout);
@@ -110,16 +103,10 @@ int CheckAll(const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> words(argv + 1, argv + argc);
-    for (const std::string& word : words) {
-        if (word == "--") break;
-        if (word == "-h" || word == "--help") return Write(kHelp), Flush();
-        if (word == "-V" || word == "--version") return std::puts("lumetra-check " LUMETRA_VERSION), Flush();
-    }
+    tools::SetProgram("lumetra-check");
+    int code = kClean;
+    if (tools::AnswerHelp(argc, argv, kHelp, kOutput, &code)) return code;
     Arguments arguments;
-    const std::string complaint = Parse(words, &arguments);
-    if (complaint.empty()) return CheckAll(arguments);
-    Complain(kUnreadable, complaint);
-    std::fprintf(stderr, "Try 'lumetra-check --help'.\n");
-    return kUnreadable;
+    const std::string complaint = Parse(argc, argv, &arguments);
+    return complaint.empty() ? CheckAll(arguments) : tools::WrongUse(kUnreadable, complaint);
 }

@@ -4,19 +4,13 @@
 #include "check/files.h"
 #include "check/subject.h"
 #include "display/dib.h"
-#include "platform/files/files.h"
 #include "platform/graphics/dib_format.h"
 #include "playback/layout.h"
 
 namespace check {
 namespace {
 
-constexpr int kNameColumn = 7;
 constexpr int kPixelOffsetAt = 10;  // in the file header, which the player never reads
-
-Place NameOf(const Definition& definition) {
-    return {definition.place.line, definition.place.column + kNameColumn};
-}
 
 // Objects that show the picture itself or a rectangle of it.
 int64_t CountUses(const Subject& subject, int32_t number) {
@@ -31,15 +25,17 @@ int64_t CountUses(const Subject& subject, int32_t number) {
 
 std::string WhyUnreadable(const std::string& found) {
     const char* kind = KindOf(found);
-    if (kind && std::strcmp(kind, "a BMP file") != 0) return std::string("it is ") + kind;
+    if (kind && std::strcmp(kind, kBmpFile) != 0) return std::string("it is ") + kind;
     const int64_t size = SizeOf(found);
     if (size < 54) return "its " + std::to_string(size) + " bytes are too few for a picture";
     return kind ? "its header is damaged" : "it is not a BMP file";
 }
 
-void CheckShape(Subject* subject, const Definition& definition, const CDib& dib, const PictureFile& file) {
+void CheckShape(Subject* subject, const Definition& definition, const CDib& dib, const PictureFile& file,
+                bool converted) {
     const auto add = [&](Code code, Severity severity, const std::string& sentence) {
-        subject->findings.Add(NameOf(definition), code, severity, Quote(definition.name) + " " + sentence);
+        subject->findings.Add(definition.NamePlace(), code, severity,
+                              Quote(definition.name) + " " + sentence);
     };
     DibPicture picture;
     if (!ReadDibPicture(dib.m_pInfoHeader, dib.m_pBits, &picture)) {
@@ -57,6 +53,7 @@ void CheckShape(Subject* subject, const Definition& definition, const CDib& dib,
                 std::to_string(taken) +
                 ", directly after header and palette, so the picture looks shifted; save it as a plain BMP");
     }
+    if (converted) return;
     const bool runs = picture.nCompression == BI_RLE4 || picture.nCompression == BI_RLE8;
     const int64_t rows =
         static_cast<int64_t>(static_cast<uint64_t>(picture.pEnd - picture.pBits) / picture.nRowBytes);
@@ -75,13 +72,13 @@ void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib
     file->width = dib.GetWidth();
     file->height = dib.GetHeight() < 0 ? static_cast<int>(-int64_t{dib.GetHeight()}) : dib.GetHeight();
     file->bytes = dib.m_nDataSize;
-    CheckSpelling(CompareSpelling(definition.name, file->found), definition.name, file->found,
-                  NameOf(definition), &subject->findings);
-    CheckShape(subject, definition, dib, *file);
+    const Spelling spelling = CompareSpelling(definition.name, file->found);
+    CheckSpelling(spelling, definition.name, file->found, definition.NamePlace(), &subject->findings);
+    CheckShape(subject, definition, dib, *file, IsConverted(spelling, file->found));
     const bool whole = subject->chart->m_aBgaDef[file->number].nBmp == 0 &&
                        subject->tables.picture_uses[static_cast<size_t>(file->number)].objects > 0;
     if (whole && (file->width > LAYER_SIZE || file->height > LAYER_SIZE)) {
-        subject->findings.Add(NameOf(definition), "picture-large", [&] {
+        subject->findings.Add(definition.NamePlace(), "picture-large", [&] {
             return Quote(definition.name) + " is " + std::to_string(file->width) + " by " +
                    std::to_string(file->height) + "; the player shows only its upper left 256 by 256";
         });
@@ -91,12 +88,12 @@ void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib
 void CheckPicture(Subject* subject, const Definition& definition, const CDib* dib, PictureFile* file) {
     const int64_t uses = CountUses(*subject, file->number);
     const std::string cost = uses > 0 ? "; " + ItsObjects(uses, "blank", "the layer") : std::string();
-    file->found = FileFind(definition.path.c_str());
     file->loaded = dib != nullptr;
+    file->found = FindOpened(definition.path, MediaKind::kPicture, file->loaded);
     if (dib) return CheckLoaded(subject, definition, *dib, file);
     const bool missing = file->found.empty();
     const Code code = missing ? Code("picture-missing") : "picture-unreadable";
-    subject->findings.Add(NameOf(definition), code, uses > 0 ? kError : kNote, [&] {
+    subject->findings.Add(definition.NamePlace(), code, uses > 0 ? kError : kNote, [&] {
         return missing ? Quote(definition.name) + WhyMissing(definition, MediaKind::kPicture) + cost
                        : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
                              HintAboutKind(definition.name, MediaKind::kPicture) + cost;

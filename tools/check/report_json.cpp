@@ -33,9 +33,9 @@ void WriteFindings(const Findings& findings, Json* json) {
 void WriteHeader(const CBMS& chart, Json* json) {
     json->Key("header");
     json->Begin('{');
-    json->Bytes("title", chart.m_pszTitle ? chart.m_pszTitle : "");
-    json->Bytes("artist", chart.m_pszArtist ? chart.m_pszArtist : "");
-    json->Bytes("genre", chart.m_pszGenre ? chart.m_pszGenre : "");
+    json->Title("title", chart.m_pszTitle ? chart.m_pszTitle : "");
+    json->Title("artist", chart.m_pszArtist ? chart.m_pszArtist : "");
+    json->Title("genre", chart.m_pszGenre ? chart.m_pszGenre : "");
     json->Key("tempo");
     json->Number(chart.m_dBPM);
     json->Member("player", chart.m_nPlayer);
@@ -50,8 +50,8 @@ void WriteFile(const Definition& definition, int32_t number, const std::string& 
                int64_t bytes, const Use& use, Json* json) {
     json->Member("id", IdOf(number));
     json->Member("line", definition.place.line);
-    json->Bytes("name", definition.name);
-    if (!found.empty()) json->Bytes("found", found);
+    json->Name("name", definition.name);
+    if (!found.empty()) json->Name("found", found);
     json->Key("loaded");
     json->Flag(loaded);
     json->Member("bytes", bytes);
@@ -163,7 +163,7 @@ void WriteObject(const Subject& subject, const BmsObject& object, const Source* 
         const bool rectangle = names == Names::kPicture && subject.chart->m_aBgaDef[at].nBmp != 0;
         const auto& files = names == Names::kSound ? subject.tables.sounds : subject.tables.pictures;
         const size_t file = rectangle ? static_cast<size_t>(subject.chart->m_aBgaDef[at].nBmp) : at;
-        if (file < files.size() && files[file].place.line != 0) json->Bytes("file", files[file].name);
+        if (file < files.size() && files[file].place.line != 0) json->Name("file", files[file].name);
         if (rectangle) {
             const BgaDef& bga = subject.chart->m_aBgaDef[at];
             json->Key("rectangle");
@@ -206,7 +206,7 @@ void WriteObjects(const Subject& subject, Json* json) {
 void WriteJson(const Subject& subject, std::string* out, FILE* file) {
     Json json(out, file);
     json.Begin('{');
-    json.Bytes("file", subject.file_name);
+    json.Name("file", subject.file_name);
     json.Key("readable");
     json.Flag(true);
     json.Key("refused");
@@ -225,7 +225,7 @@ void WriteJson(const Subject& subject, std::string* out, FILE* file) {
 void WriteUnreadableJson(const std::string& file, const std::string& why, std::string* out) {
     Json json(out);
     json.Begin('{');
-    json.Bytes("file", file);
+    json.Name("file", file);
     json.Key("readable");
     json.Flag(false);
     json.Member("why", why);

@@ -2,7 +2,6 @@
 #include <cstdio>
 
 #include "check/report.h"
-#include "platform/files/text.h"
 
 namespace check {
 namespace {
@@ -62,10 +61,9 @@ void WriteFigures(const Subject& subject, std::string* out) {
             MegabytesOf(figures.picture_bytes) + " of pictures\n";
 }
 
-void WriteSummary(const Subject& subject, bool strict, std::string* out) {
-    const Findings& findings = subject.findings;
+void WriteSummary(const std::string& name, const Findings& findings, bool strict, std::string* out) {
     const int64_t notes = findings.Count(Severity::kNote);
-    *out += subject.file_name + ": " + CountOf(findings.Count(Severity::kError), "error") + ", " +
+    *out += name + ": " + CountOf(findings.Count(Severity::kError), "error") + ", " +
             CountOf(findings.Count(Severity::kWarning), "warning") + ", " + CountOf(notes, "note");
     if (notes > 0 && !strict) *out += " (shown with --strict)";
     *out += "\n";
@@ -74,15 +72,16 @@ void WriteSummary(const Subject& subject, bool strict, std::string* out) {
 }  // namespace
 
 void WriteText(const Subject& subject, bool strict, std::string* out) {
+    const std::string name = ShownName(subject.file_name);
     for (const Finding& finding : subject.findings.Kept()) {
         if (finding.severity == Severity::kNote && !strict) continue;
-        *out += subject.file_name + ":" + std::to_string(finding.place.line) + ":" +
-                std::to_string(finding.place.column) + ": " + std::string(NameOf(finding.severity)) + ": " +
-                finding.text + " [" + std::string(finding.code) + "]\n";
+        *out += name + ":" + std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) +
+                ": " + std::string(NameOf(finding.severity)) + ": " + finding.text + " [" +
+                std::string(finding.code) + "]\n";
     }
     for (const auto& [code, count] : subject.findings.LeftOut())
-        *out += subject.file_name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";
-    WriteSummary(subject, strict, out);
+        *out += name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";
+    WriteSummary(name, subject.findings, strict, out);
     if (!subject.refused) WriteFigures(subject, out);
 }
 

@@ -6,18 +6,11 @@
 #include "check/subject.h"
 #include "host/headless/headless.h"
 #include "platform/codec/mmio.h"
-#include "platform/files/files.h"
 #include "sound/dsbuffer.h"
 #include "sound/xaformat.h"
 
 namespace check {
 namespace {
-
-constexpr int kNameColumn = 7;
-
-Place NameOf(const Definition& definition) {
-    return {definition.place.line, definition.place.column + kNameColumn};
-}
 
 // What the player logs when it loads the sound again; empty on success.
 std::string LogOfLoad(const CDSBuffer& sound) {
@@ -102,26 +95,28 @@ std::string WhyUnreadable(const SoundFile& file, const std::string& log) {
     for (const Reason& reason : kReasons) {
         if (log.find(reason.logged) != log.npos) why = reason.why;
     }
-    const bool foreign = kind && std::strcmp(kind, "a WAV file") != 0 && std::strcmp(kind, "an XA file") != 0;
+    const bool foreign = kind && std::strcmp(kind, kWavFile) != 0 && std::strcmp(kind, kXaFile) != 0;
     if (foreign) why = std::string("it is ") + kind;
     if (!file.format.empty() && why.find("convert") != why.npos) why += " (" + file.format + ")";
     return why;
 }
 
-void DescribeWav(const CDSBuffer& sound, SoundFile* file, bool* plain) {
-    const WAVEFORMATEX format = ReadFormat(sound.m_szName);
+void DescribeWav(SoundFile* file, bool* plain) {
+    const WAVEFORMATEX format = ReadFormat(file->found.c_str());
     if (format.wFormatTag == 0) return;
     file->format = NameOfFormat(format);
     *plain = IsPlain(format);
 }
 
-void Describe(const CDSBuffer& sound, SoundFile* file, bool* plain) {
+void Describe(const CDSBuffer& sound, bool converted, SoundFile* file, bool* plain) {
     *plain = true;
-    if (file->loaded && sound.m_nKind == SOUND_KIND_XA) {
+    if (converted) {
+        file->format = "PCM, 16 bits";
+    } else if (file->loaded && sound.m_nKind == SOUND_KIND_XA) {
         file->format = "XA";
         *plain = false;
     } else {
-        DescribeWav(sound, file, plain);
+        DescribeWav(file, plain);
     }
     if (!file->loaded) return;
     file->rate = static_cast<int>(sound.m_wfx.nSamplesPerSec);
@@ -132,10 +127,9 @@ void Describe(const CDSBuffer& sound, SoundFile* file, bool* plain) {
 }
 
 void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer& sound, const SoundFile& file,
-                bool plain) {
+                Spelling spelling, bool plain) {
     Findings& findings = subject->findings;
-    const Place place = NameOf(definition);
-    const Spelling spelling = CompareSpelling(definition.name, file.found);
+    const Place place = definition.NamePlace();
     CheckSpelling(spelling, definition.name, file.found, place, &findings);
     if (!plain) {
         findings.Add(place, "sound-format", [&] {
@@ -143,7 +137,7 @@ void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer&
         });
     }
     const int64_t held = SizeOf(file.found) - sound.m_nDataPos;
-    if (held < sound.m_nDataLen && spelling != Spelling::kSubstitute) {
+    if (held < sound.m_nDataLen && !IsConverted(spelling, file.found)) {
         findings.Add(place, "sound-cut", [&] {
             return Quote(definition.name) + " declares " + std::to_string(sound.m_nDataLen) +
                    " bytes of sound but has only " + std::to_string(std::max<int64_t>(held, 0)) +
@@ -161,20 +155,21 @@ void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer&
     const std::string cost =
         heard ? "; " + ItsObjects(use.objects - use.invisible, "make", "no sound") : std::string();
     const Severity severity = heard ? kError : kNote;
-    file->found = FileFind(definition.path.c_str());
+    // A successful load leaves no converter open.
+    file->loaded = sound.m_pDSB != nullptr && sound.m_hAcm == nullptr;
+    file->found = FindOpened(definition.path, MediaKind::kSound, file->loaded);
     if (file->found.empty()) {
-        subject->findings.Add(NameOf(definition), "sound-missing", severity, [&] {
+        subject->findings.Add(definition.NamePlace(), "sound-missing", severity, [&] {
             return Quote(definition.name) + WhyMissing(definition, MediaKind::kSound) + cost;
         });
         return;
     }
-    // A successful load leaves no converter open.
-    file->loaded = sound.m_pDSB != nullptr && sound.m_hAcm == nullptr;
+    const Spelling spelling = CompareSpelling(definition.name, file->found);
     bool plain = true;
-    Describe(sound, file, &plain);
-    if (file->loaded) return CheckFound(subject, definition, sound, *file, plain);
+    Describe(sound, IsConverted(spelling, file->found), file, &plain);
+    if (file->loaded) return CheckFound(subject, definition, sound, *file, spelling, plain);
     const std::string log = LogOfLoad(sound);
-    subject->findings.Add(NameOf(definition), "sound-unreadable", severity, [&] {
+    subject->findings.Add(definition.NamePlace(), "sound-unreadable", severity, [&] {
         return Quote(definition.name) + " cannot be played: " + WhyUnreadable(*file, log) +
                HintAboutKind(definition.name, MediaKind::kSound) + cost;
     });

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "chart/reader.h"
+#include "check/quiet.h"
 #include "check/read.h"
 #include "platform/files/filename.h"
 #include "platform/files/files.h"
@@ -42,6 +43,7 @@ void CheckNoTempo(Subject* subject) {
 }  // namespace
 
 bool CheckChart(Subject* subject, std::string* why) {
+    const QuietStderr quiet;
     subject->path = HandOver(subject->file_name);
     const char* path = subject->path.c_str();
     int64_t size = 0;
@@ -61,6 +63,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     CheckNoTempo(subject);
     CheckSounds(subject);
     CheckPictures(subject);
+    CheckOutside(subject);
     CheckIds(subject);
     if (!subject->refused) {
         CheckTimes(subject);

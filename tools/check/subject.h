@@ -66,6 +66,7 @@ bool CheckChart(Subject* subject, std::string* why);
 // The steps after loading and reading, in this order.
 void CheckSounds(Subject* subject);
 void CheckPictures(Subject* subject);
+void CheckOutside(Subject* subject);
 void CheckIds(Subject* subject);
 void CheckTimes(Subject* subject);
 void CountFigures(Subject* subject);

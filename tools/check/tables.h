@@ -14,6 +14,9 @@ struct Definition {
     std::string name;    // of a file, as written
     std::string path;    // of a file, as the player opens it
     double tempo = 0.0;  // of an extended tempo
+
+    // Of the name of a file: it begins after the blank in column 7.
+    Place NamePlace() const { return {place.line, place.column + 7}; }
 };
 
 struct Use {
@@ -45,7 +48,8 @@ struct Tables {
     int32_t last_acting = -1;   // the highest measure with an object that has an effect
     int32_t last_measure = -1;  // the highest that counts for the chart's length
     Place last_place;           // of the line with that measure
-    Place first_tempo;          // of a #BPM line
+    std::vector<Place> lengths = std::vector<Place>(1000);  // of channel 02 lines, by measure
+    Place first_tempo;                                      // of a #BPM line
 };
 
 // A number as two digits: `0Z`.

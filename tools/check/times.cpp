@@ -100,10 +100,35 @@ void CheckLate(Subject* subject) {
     }
 }
 
+void CheckLongMeasures(Subject* subject) {
+    constexpr double kLongMs = 600'000.0;
+    const CBMS& chart = *subject->chart;
+    int32_t first = -1;
+    int64_t count = 0;
+    for (int32_t i = 0; i + 1 < chart.m_nMeasure; ++i) {
+        if (!std::isfinite(chart.m_pMeasure[i].dStart)) break;
+        if (!(chart.m_pMeasure[i + 1].dStart - chart.m_pMeasure[i].dStart > kLongMs)) continue;
+        if (count++ == 0) first = i;
+    }
+    if (count == 0) return;
+    const Place length = subject->tables.lengths[static_cast<size_t>(first)];
+    const Place place = length.line != 0 ? length : subject->tables.first_tempo;
+    subject->findings.Add(place.line != 0 ? place : Place{1, 1}, "long-measure", [&] {
+        const double minutes =
+            (chart.m_pMeasure[first + 1].dStart - chart.m_pMeasure[first].dStart) / 60'000.0;
+        return "measure " + std::to_string(first) +
+               (minutes < 1e9 ? " lasts " + std::to_string(static_cast<int64_t>(minutes)) + " minutes"
+                              : std::string(" never ends")) +
+               (count > 1 ? ", and " + CountOf(count - 1, "other measure") + " more than ten" : "") +
+               "; check its length and the tempo";
+    });
+}
+
 void CheckIdleEnd(Subject* subject) {
     const Tables& tables = subject->tables;
     if (tables.last_acting >= tables.last_measure) return;
     subject->findings.Add(tables.last_place, "idle-end", [&tables] {
+        if (tables.last_acting < 0) return std::string("the chart has a length but no object with an effect");
         return "measure " + std::to_string(tables.last_measure) +
                " lengthens the chart but has no object with an effect; the last such object is in measure " +
                std::to_string(tables.last_acting);
@@ -180,6 +205,7 @@ void CheckTimes(Subject* subject) {
     CheckDoubleNotes(subject);
     CheckDoubleSounds(subject);
     CheckLate(subject);
+    CheckLongMeasures(subject);
     CheckIdleEnd(subject);
 }
 

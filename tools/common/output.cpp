@@ -1,5 +1,6 @@
 #include "common/output.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <memory>
 
+#include "common/output_rules.h"
 #include "common/signals.h"
 
 namespace tools {
@@ -16,22 +18,21 @@ namespace {
 
 constexpr size_t kBuffer = 1 << 16;
 
-// Where a link leads, so that the link stays; the path itself when there is nothing yet.
-std::string Resolve(const std::string& path) {
-    std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : path;
-}
-
 mode_t ModeOfNewFiles() {
     const mode_t mask = umask(0);
     umask(mask);
     return 0666 & ~mask;
 }
 
+std::string TemporaryFolder() {
+    const char* folder = std::getenv("TMPDIR");
+    return folder && *folder ? folder : "/tmp";
+}
+
 }  // namespace
 
 Output::~Output() {
-    if (fd_ >= 0 && fd_ != STDOUT_FILENO) close(fd_);
+    if (fd_ >= 0 && owned_) close(fd_);
     if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
@@ -44,26 +45,49 @@ bool Output::Fail(const char* why) {
 bool Output::Open(const std::string& name) {
     name_ = name;
     buffer_.reserve(kBuffer);
-    if (seekable()) return Create();
-    fd_ = STDOUT_FILENO;
-    return true;
+    struct stat status = {};
+    if (name == "-") {
+        fd_ = STDOUT_FILENO;
+        return true;
+    }
+    if (stat(name.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return CreateBeside(FollowLinks(name));
+    // Opening a folder for writing fails; opening a pipe waits for its reader.
+    owned_ = true;
+    fd_ = open(name.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    return fd_ >= 0 || Fail();
 }
 
-bool Output::Create() {
-    target_ = Resolve(name_);
+bool Output::OpenForProgram(const std::string& name) {
+    name_ = name;
     struct stat status = {};
-    const bool exists = stat(target_.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) return Fail("not a regular file");
-    std::string path = target_ + ".XXXXXX";
-    fd_ = mkstemp(path.data());
+    in_place_ = stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    if (in_place_ && S_ISDIR(status.st_mode)) return errno = EISDIR, Fail();
+    return CreateBeside(in_place_ ? TemporaryFolder() + "/output" : FollowLinks(name));
+}
+
+void Output::OpenDescriptor(int fd) {
+    name_ = "temporary file";
+    fd_ = fd;
+    seekable_ = true;
+}
+
+bool Output::CreateBeside(const std::string& target) {
+    target_ = target;
+    seekable_ = owned_ = true;
+    struct stat status = {};
+    const bool exists = stat(target.c_str(), &status) == 0;
+    if (exists && access(target.c_str(), W_OK) != 0) return Fail();
+    std::string path = target.substr(0, target.rfind('/') + 1) + ".lumetra-XXXXXX";
+    fd_ = mkostemp(path.data(), O_CLOEXEC);
     if (fd_ < 0) return Fail();
     temporary_ = path;
+    if (exists && fchown(fd_, status.st_uid, status.st_gid) != 0 && errno != EPERM) return Fail();
     return fchmod(fd_, exists ? status.st_mode & 0777 : ModeOfNewFiles()) == 0 || Fail();
 }
 
-bool Output::WriteThrough(const char* bytes, size_t count) {
+bool Output::WriteThrough(int fd, const char* bytes, size_t count) {
     while (count > 0) {
-        const ssize_t written = write(fd_, bytes, count);
+        const ssize_t written = write(fd, bytes, count);
         if (written < 0 && errno == EINTR && !Stopped()) continue;
         if (written < 0) return Fail();
         bytes += written;
@@ -73,30 +97,45 @@ bool Output::WriteThrough(const char* bytes, size_t count) {
 }
 
 bool Output::Flush() {
-    const bool good = WriteThrough(buffer_.data(), buffer_.size());
+    const bool good = WriteThrough(fd_, buffer_.data(), buffer_.size());
     buffer_.clear();
     return good;
 }
 
 bool Output::Write(const void* bytes, size_t count) {
     const char* at = static_cast<const char*>(bytes);
-    if (count >= kBuffer) return Flush() && WriteThrough(at, count);
+    if (count >= kBuffer) return Flush() && WriteThrough(fd_, at, count);
     buffer_.insert(buffer_.end(), at, at + count);
     return buffer_.size() < kBuffer || Flush();
 }
 
-bool Output::Rewrite(const void* bytes, size_t count) {
-    if (!Flush()) return false;
-    if (lseek(fd_, 0, SEEK_SET) != 0) return Fail();
-    return WriteThrough(static_cast<const char*>(bytes), count);
+bool Output::Seek(int64_t place) {
+    return Flush() && (lseek(fd_, place, SEEK_SET) == place || Fail());
+}
+
+bool Output::CopyTo(int to) {
+    char chunk[kBuffer];
+    for (;;) {
+        const ssize_t count = read(fd_, chunk, sizeof chunk);
+        if (count == 0) return true;
+        if (count < 0 || !WriteThrough(to, chunk, static_cast<size_t>(count))) return count >= 0 || Fail();
+    }
 }
 
 bool Output::Commit() {
     if (!Flush()) return false;
-    if (!seekable()) return true;
+    if (Stopped()) return Fail("stopped");
+    if (in_place_) {
+        Output place;
+        const bool copied = place.Open(name_) && CopyTo(place.fd_) && place.Commit();
+        return copied || (place.error_.empty() ? false : (error_ = place.error_, false));
+    }
+    if (!owned_) return true;
     const int closed = close(fd_);
     fd_ = -1;
-    if (closed != 0 || std::rename(temporary_.c_str(), target_.c_str()) != 0) return Fail();
+    if (closed != 0) return Fail();
+    if (temporary_.empty()) return true;
+    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) return Fail();
     temporary_.clear();
     return true;
 }
@@ -112,6 +151,13 @@ bool ReadFile(const std::string& path, uint64_t limit, std::vector<uint8_t>* byt
         bytes->insert(bytes->end(), chunk, chunk + count);
     }
     return !std::ferror(file.get()) || fail(std::strerror(errno));
+}
+
+int OpenScratchFile() {
+    std::string path = TemporaryFolder() + "/lumetra-XXXXXX";
+    const int fd = mkostemp(path.data(), O_CLOEXEC);
+    if (fd >= 0) unlink(path.c_str());
+    return fd;
 }
 
 }  // namespace tools

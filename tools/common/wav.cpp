@@ -14,7 +14,7 @@ void Put(uint8_t*& at, uint32_t value, int bytes) {
 
 }  // namespace
 
-bool WavWriter::WriteHeader(uint32_t data_bytes, bool again) {
+bool WavWriter::WriteHeader(uint32_t data_bytes) {
     const uint32_t frame_bytes = 2 * static_cast<uint32_t>(channels_);
     uint8_t header[kHeaderBytes];
     uint8_t* at = header;
@@ -32,13 +32,22 @@ bool WavWriter::WriteHeader(uint32_t data_bytes, bool again) {
     Put(at, 16, 2);
     text("data");
     Put(at, data_bytes, 4);
-    return again ? out_.Rewrite(header, sizeof header) : out_.Write(header, sizeof header);
+    return out_.Write(header, sizeof header);
+}
+
+bool WavWriter::Begin(int channels, uint32_t rate) {
+    channels_ = channels;
+    rate_ = rate;
+    return WriteHeader(kMostData / 4 * 4);
 }
 
 bool WavWriter::Open(const std::string& name, int channels, uint32_t rate) {
-    channels_ = channels;
-    rate_ = rate;
-    return out_.Open(name) && WriteHeader(kMostData / 4 * 4, false);
+    return out_.Open(name) && Begin(channels, rate);
+}
+
+bool WavWriter::OpenDescriptor(int fd, int channels, uint32_t rate) {
+    out_.OpenDescriptor(fd);
+    return Begin(channels, rate);
 }
 
 bool WavWriter::Write(const int16_t* samples, size_t count) {
@@ -57,8 +66,8 @@ bool WavWriter::Write(const int16_t* samples, size_t count) {
 }
 
 bool WavWriter::Commit() {
-    if (out_.seekable() && !WriteHeader(static_cast<uint32_t>(bytes_), true)) return false;
-    return out_.Commit();
+    const bool mended = !out_.seekable() || (out_.Seek(0) && WriteHeader(static_cast<uint32_t>(bytes_)));
+    return mended && out_.Commit();
 }
 
 }  // namespace tools

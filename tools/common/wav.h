@@ -13,12 +13,14 @@ namespace tools {
 class WavWriter {
 public:
     bool Open(const std::string& name, int channels, uint32_t rate);
-    bool Write(const int16_t* samples, size_t count);  // interleaved; fails above 4 GiB in all
+    bool OpenDescriptor(int fd, int channels, uint32_t rate);  // an open file, which stays the caller's
+    bool Write(const int16_t* samples, size_t count);          // interleaved; fails above 4 GiB in all
     bool Commit();
     const std::string& error() const { return error_.empty() ? out_.error() : error_; }
 
 private:
-    bool WriteHeader(uint32_t data_bytes, bool again);
+    bool Begin(int channels, uint32_t rate);
+    bool WriteHeader(uint32_t data_bytes);
 
     Output out_;
     std::string error_;

@@ -18,6 +18,9 @@ const char kHelp[] =
     "                      or m12 or m12.5 for a place in a measure\n"
     "  --trace FILE        text: every frame, record fired, copy drawn and sound started\n"
     "  --from N --to N     these measures only, both included\n"
+    "  --pacing P          exact: every sound starts at its millisecond (default)\n"
+    "                      player: at the next frame, up to 15 ms later, as the player plays it\n"
+    "  --force             replace existing files of another kind; never the chart or its files\n"
     "  --speed S           scroll speed, 0.1 to 8 (default 1)\n"
     "  --fps N             pictures per second of video, 1 to 240 (default 60)\n"
     "  --size N            enlarge video and pictures by a whole factor, 1 to 8 (default 1)\n"
@@ -68,14 +71,15 @@ bool Take(const std::string& name, const std::string& value, Options* o) {
     if (name == "--from") return ReadWithin(value, 0, 999, &o->from);
     if (name == "--to") return ReadWithin(value, 0, 999, &o->to);
     if (name == "--speed") return ReadSpeed(o->speed = value);
+    if (name == "--pacing") return o->exact = value == "exact", o->exact || value == "player";
     if (name == "--fps") return ReadWithin(value, 1, 240, &o->fps);
     if (name == "--size") return ReadWithin(value, 1, 8, &o->size);
     return false;
 }
 
 bool IsKnown(const std::string& name) {
-    for (const char* known :
-         {"--wav", "--video", "--trace", "--png", "--at", "--from", "--to", "--speed", "--fps", "--size"}) {
+    for (const char* known : {"--wav", "--video", "--trace", "--png", "--at", "--from", "--to", "--speed",
+                              "--fps", "--size", "--pacing"}) {
         if (name == known) return true;
     }
     return false;
@@ -110,6 +114,10 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
             continue;
         }
         std::string value;
+        if (name == "--force") {
+            options->force = true;
+            continue;
+        }
         if (!IsKnown(name)) return wrong("unknown option: " + name);
         if (!words.Value(&value)) return wrong(name + " needs a value");
         if (!Take(name, value, options)) return wrong(name + ": invalid value: " + value);

@@ -22,7 +22,9 @@ struct Options {
     int from = -1, to = -1;  // measures, both included; -1: from the lead-in, to the end
     std::string speed;       // empty: 1.0
     int fps = 60;
-    int size = 1;  // enlargement factor
+    int size = 1;       // enlargement factor
+    bool exact = true;  // one more frame at the time of each record; otherwise the player's frames alone
+    bool force = false;
 };
 
 // Returns false when the line is wrong; *why then says how.

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 
 #include "chart/bms.h"
@@ -15,6 +14,10 @@
 #include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
+#include "render/outputs.h"
+#include "render/pacing.h"
+#include "report/losses.h"
+#include "report/refusal.h"
 #include "shell/shell.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
@@ -23,14 +26,17 @@ namespace render {
 namespace {
 
 constexpr uint64_t kNever = uint64_t{1} << 53;  // ms; no chart lasts that long
-constexpr int kJumpMs = 30;                     // a wanted frame no further ahead is jumped to
 
 struct Pass {
-    const Options* options;
-    const Listener* listener;
+    Pass(const Options& of, const std::vector<Sink*>& to) : options(of), sinks(to) {}
+    const Options& options;
+    const std::vector<Sink*>& sinks;
+    Pacer pacer;
+    std::string losses;
     bool begun = false, over = false;
     ExitCode code = kGood;
-    int32_t end = 0;  // chart time after which --to ends it
+    int32_t end = 0;                     // chart time after which the chart or --to ends it
+    int64_t sound_left = INT64_MAX / 2;  // frames until --to cuts the sound
     int percent = -1;
 };
 
@@ -50,11 +56,23 @@ void End(Pass* pass, ExitCode code) {
     headless::At(headless::Now(), headless::Close());
 }
 
+// Calls each sink until one fails.
+template <class Call>
+ExitCode ForSinks(const Pass& pass, Call call) {
+    ExitCode code = kGood;
+    for (size_t i = 0; i < pass.sinks.size() && code == kGood; ++i) code = call(pass.sinks[i]);
+    return code;
+}
+
 bool Sounding() {
     for (CDSBuffer* sound : g_pDSound->m_pSlot) {
         if (sound && sound->IsPlaying()) return true;
     }
     return false;
+}
+
+bool CutsAtEnd(const Pass& pass) {
+    return pass.options.to >= 0;
 }
 
 int32_t EndOf(const Options& options) {
@@ -63,50 +81,79 @@ int32_t EndOf(const Options& options) {
     return TruncTime(g_pBMS->m_pMeasure[last].dStart);
 }
 
-// The chart is loaded once the first frame comes. Returns false when the pass ends here.
-bool Begin(Pass* pass) {
-    pass->begun = true;
-    pass->end = EndOf(*pass->options);
-    if (pass->options->from >= g_nBarCount) {
-        Complain(kUsage, "--from " + std::to_string(pass->options->from) + ": the last measure is " +
-                             std::to_string(g_nBarCount - 2));
-        End(pass, kUsage);
-        return false;
+ExitCode CheckPlaces(const Pass& pass) {
+    if (pass.options.from >= g_nBarCount) {
+        return Complain(kUsage, "--from " + std::to_string(pass.options.from) + ": the chart has " +
+                                    std::to_string(g_nBarCount) + " measures, 0 to " +
+                                    std::to_string(g_nBarCount - 1));
     }
-    const double seconds = (double{1} * pass->end - g_dwSeekTime) / 1000;
-    if (pass->listener->begin && !pass->listener->begin(seconds)) End(pass, kOutput);
-    return !pass->over;
+    for (const PicturePlace& place : pass.options.places) {
+        const int64_t time = ChartTime(place);
+        const char* why = nullptr;
+        if (time < 0) why = "the chart has no such measure";
+        if (time >= 0 && time < g_dwSeekTime) why = "before the start of what is played";
+        if (time >= pass.end + (CutsAtEnd(pass) ? 0 : 1)) why = "after the end of what is played";
+        if (why) return Complain(kUsage, "--at " + place.text + ": " + why);
+    }
+    return kGood;
 }
 
-void JumpToWanted(const Pass& pass, int32_t now) {
-    if (!pass.listener->wanted) return;
-    const int64_t wanted = pass.listener->wanted();
-    if (wanted <= now) return;
-    // The chart time of a frame that would read the clock now.
-    const int64_t next =
-        now + static_cast<int32_t>(static_cast<uint32_t>(headless::Clock() / 1000000) - g_dwNowTime);
-    if (wanted > next && wanted - next <= kJumpMs)
-        headless::AdvanceClock(static_cast<uint64_t>(wanted - next) * 1000000);
+void SetPace(Pass* pass) {
+    std::vector<int64_t> due;
+    if (pass->options.exact) {
+        due = DueTimes();
+        for (const PicturePlace& place : pass->options.places) due.push_back(ChartTime(place));
+    }
+    pass->pacer.SetDue(std::move(due));
+}
+
+// The chart is loaded once the first frame comes.
+ExitCode Begin(Pass* pass) {
+    pass->begun = true;
+    pass->end = EndOf(pass->options);
+    pass->losses = LossSentence(report::CountLosses(*g_pBMS, *g_pDSound, *g_pDDraw));
+    ExitCode code = CheckPlaces(*pass);
+    if (code == kGood) code = CheckOutputs(pass->options);
+    if (code != kGood) return code;
+    SetPace(pass);
+    const double ms = double{1} * pass->end - g_dwSeekTime;
+    if (CutsAtEnd(*pass))
+        pass->sound_left = headless::SoundFrame(headless::Clock() + static_cast<uint64_t>(ms * 1e6));
+    return ForSinks(*pass, [ms](Sink* sink) { return sink->Begin(ms / 1000); });
+}
+
+bool IsOver(const Pass& pass, const Moment& moment) {
+    const auto rings = [](const Sink* sink) { return sink->RingsOut(); };
+    const auto done = [](const Sink* sink) { return sink->IsDone(); };
+    if (std::all_of(pass.sinks.begin(), pass.sinks.end(), done)) return true;
+    return moment.ended &&
+           !(std::any_of(pass.sinks.begin(), pass.sinks.end(), rings) && !CutsAtEnd(pass) && Sounding());
 }
 
 void OnFrame(Pass* pass, const headless::Frame& frame) {
-    if (pass->over || (!pass->begun && !Begin(pass))) return;
+    if (pass->over) return;
+    if (!pass->begun) {
+        const ExitCode code = Begin(pass);
+        if (code != kGood) return End(pass, code);
+    }
     if (tools::Stopped()) return End(pass, kStopped);
-    const bool ended = g_bPaused;  // the chart went past its end in this frame
+    pass->pacer.OnShown();
     const auto now = static_cast<int32_t>(static_cast<uint32_t>(g_dwSeekTime) - g_dwStartTime + g_dwNowTime);
-    const bool cut = pass->options->to >= 0 && now > pass->end;
     const double seconds = static_cast<double>(headless::Clock() - headless::kClockOrigin) / 1e9;
-    if (!ended && !cut) ShowProgress(pass, now);
-    if (!cut && pass->listener->frame && !pass->listener->frame(frame, ended ? INT32_MAX : now, seconds))
-        return End(pass, kOutput);
-    if (cut || (ended && !(pass->listener->ring_out && Sounding()))) return End(pass, kGood);
-    JumpToWanted(*pass, now);
+    const Moment moment = {frame, now, g_bPaused != 0, seconds};
+    if (CutsAtEnd(*pass) && !moment.ended && now >= pass->end) return End(pass, kGood);
+    if (!moment.ended) ShowProgress(pass, now);
+    const ExitCode code = ForSinks(*pass, [&moment](Sink* sink) { return sink->OnFrame(moment); });
+    if (code != kGood || IsOver(*pass, moment)) End(pass, code);
 }
 
 void OnSound(void* user, const float* samples, int frames, int) {
     Pass* pass = static_cast<Pass*>(user);
-    if (pass->over || !pass->listener->sound) return;
-    if (!pass->listener->sound(samples, frames)) End(pass, kOutput);
+    frames = static_cast<int>(std::min<int64_t>(frames, pass->sound_left));
+    if (pass->over || !pass->begun || frames == 0) return;
+    pass->sound_left -= frames;
+    const ExitCode code = ForSinks(*pass, [&](Sink* sink) { return sink->OnSound(samples, frames); });
+    if (code != kGood) End(pass, code);
 }
 
 std::string CommandLine(const Options& options) {
@@ -120,14 +167,12 @@ std::string CommandLine(const Options& options) {
 }
 
 // Reports why the program did not play, from the box that it showed.
-ExitCode TellFailure(const Options& options) {
+ExitCode ReportFailure(const std::string& chart) {
+    const std::string caption = headless::Boxes().empty() ? "" : headless::Boxes().back().caption;
     std::string why = "cannot be played";
-    if (!headless::Boxes().empty()) {
-        const std::string& caption = headless::Boxes().back().caption;
-        if (caption == "FileLoadError!") why = "cannot be read";
-        if (caption == "CompileError!") why = "has no object after measure 0, so there is nothing to play";
-    }
-    return Complain(kChart, options.chart + ": " + why);
+    if (caption == "FileLoadError!") why = "cannot be read: " + report::WhyUnreadable(chart);
+    if (caption == "CompileError!") why = report::WhyRefusedFile(chart);
+    return Complain(kChart, chart + ": " + why);
 }
 
 }  // namespace
@@ -147,18 +192,23 @@ int64_t ChartTime(const PicturePlace& place) {
     return RoundTime(object.dTime);
 }
 
-ExitCode RunPass(const Options& options, const Listener& listener) {
+ExitCode RunPass(const Options& options, const std::vector<Sink*>& sinks, bool report_losses) {
     headless::Reset();
     headless::EndAt(kNever);
     headless::KeepPicture(false);
-    Pass pass{&options, &listener};
+    Pass pass(options, sinks);
     headless::OnFrame([&pass](const headless::Frame& frame) { OnFrame(&pass, frame); });
+    headless::OnSleep([&pass](uint64_t now, uint64_t end) { return pass.pacer.Wake(now, end); });
     headless::SetSoundSink(OnSound, &pass);
     std::string line = CommandLine(options);
     WinMain(GetProgramModule(), nullptr, line.data(), 1);
     host::Shutdown();
     if (pass.percent >= 0) std::fputs("\r     \r", stderr);
-    return pass.begun ? pass.code : TellFailure(options);
+    if (!pass.begun) return ReportFailure(options.chart);
+    if (pass.code == kGood) pass.code = ForSinks(pass, [](Sink* sink) { return sink->Finish(); });
+    if (pass.code == kGood && report_losses && !pass.losses.empty())
+        Complain(kGood, options.chart + ": " + pass.losses + ", lumetra-check tells more");
+    return pass.code;
 }
 
 }  // namespace render

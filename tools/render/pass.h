@@ -1,9 +1,9 @@
-// One run of the whole program under the virtual clock, and its listeners.
+// One run of the whole program under the virtual clock, and the sinks that it feeds.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
+#include <vector>
 
 #include "host/headless/headless.h"
 #include "render/options.h"
@@ -12,23 +12,34 @@ namespace render {
 
 enum ExitCode { kGood = 0, kUsage = 1, kChart = 2, kOutput = 3, kStopped = 4 };
 
-// What a pass delivers. Every member may be empty. Returning false ends the pass with kOutput; the listener
-// has reported why.
-struct Listener {
-    // The chart is loaded and its first frame is composed. seconds: the longest that the pass can last,
-    // without the sounds that ring out.
-    std::function<bool(double seconds)> begin;
-    // Sound in order, interleaved stereo at 44,100 Hz, from the start of the clock.
-    std::function<bool(const float* samples, int frames)> sound;
-    // A frame was shown. now: its chart time in ms. seconds: since the start of the clock.
-    std::function<bool(const headless::Frame& frame, int32_t now, double seconds)> frame;
-    // The chart time at which a frame is wanted exactly; less than the current one for none.
-    std::function<int64_t()> wanted;
-    bool ring_out = false;  // continue after the end of the chart until the last sound has ended
+// A frame that was shown.
+struct Moment {
+    const headless::Frame& picture;
+    int32_t now;     // its chart time in ms; the start's when ended
+    bool ended;      // the chart is over and sounds ring out
+    double seconds;  // since the start of the clock
 };
 
-// Plays the chart from --from to --to. Reports failures on standard error.
-ExitCode RunPass(const Options& options, const Listener& listener);
+// What becomes of a pass. A code other than kGood ends the pass with that code; the sink has reported why.
+// Calls come in the order of the declarations. A sink without Finish leaves nothing.
+class Sink {
+public:
+    virtual ~Sink() = default;
+    // The chart is loaded and its first frame is composed. seconds: the longest that the pass can last,
+    // without the sounds that ring out.
+    virtual ExitCode Begin(double seconds) { return kGood; }
+    // Interleaved stereo at 44,100 Hz, in order from the start of the clock.
+    virtual ExitCode OnSound(const float* samples, int frames) { return kGood; }
+    virtual ExitCode OnFrame(const Moment& moment) { return kGood; }
+    virtual ExitCode Finish() { return kGood; }
+    virtual bool RingsOut() const { return false; }  // wants what sounds after the end of the chart
+    virtual bool IsDone() const { return false; }    // a pass ends early when all its sinks are done
+};
+
+// Plays the chart from --from to --to and finishes the sinks. Before the first sink begins, everything that
+// can be wrong with places and outputs has been checked. Reports failures on standard error; with
+// report_losses also what the chart names and was not found.
+ExitCode RunPass(const Options& options, const std::vector<Sink*>& sinks, bool report_losses);
 
 ExitCode Complain(ExitCode code, const std::string& text);  // returns the code
 

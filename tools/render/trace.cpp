@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "common/terminal.h"
 #include "display/ddraw.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
@@ -35,33 +36,27 @@ int SlotOf(const IDirectSoundBuffer* buffer) {
 
 }  // namespace
 
-Trace* Trace::self_ = nullptr;
+TraceSink* TraceSink::self_ = nullptr;
 
-Trace::~Trace() {
+TraceSink::TraceSink(const std::string& name) : name_(name) {
+    self_ = this;
+    g_Watch = {OnCopied, OnStarted};
+}
+
+TraceSink::~TraceSink() {
     g_Watch = {};
     self_ = nullptr;
 }
 
-bool Trace::Open(const std::string& name) {
-    self_ = this;
-    g_Watch = {OnCopied, OnStarted};
-    lists_ = {{"bar", &g_pBarList, &g_nBarCount, {}},
-              {"tempo", &g_pTempoList, &g_nTempoCount, {}},
-              {"bgm", &g_pBgmList, &g_nBgmCount, {}},
-              {"note", &g_pNoteList, &g_nNoteCount, {}},
-              {"bga", &g_pBgaList, &g_nBgaCount, {}}};
-    return out_.Open(name);
-}
-
-void Trace::Line(const char* format, ...) {
+void TraceSink::Line(const char* format, ...) {
     va_list args;
     va_start(args, format);
     text_ += Format(format, args);
     va_end(args);
 }
 
-void Trace::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
-                     const RECT& r, bool keyed) {
+void TraceSink::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
+                         const RECT& r, bool keyed) {
     if (!g_pDDraw || to != g_pDDraw->m_pBack) return;
     char line[128];
     std::snprintf(line, sizeof line, "draw %d %d %d %d %d %d %d%s\n", x, y, PartsNumber(from), r.left, r.top,
@@ -69,23 +64,29 @@ void Trace::OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectD
     self_->draws_ += line;
 }
 
-void Trace::OnStarted(const IDirectSoundBuffer* buffer, bool) {
+void TraceSink::OnStarted(const IDirectSoundBuffer* buffer, bool) {
     const int slot = g_pDSound ? SlotOf(buffer) : -1;
     if (slot < 0) return;  // the device's own silent buffer
-    self_->sounds_ += "sound " + std::to_string(slot) + " " + g_pDSound->m_pSlot[slot]->m_szName + "\n";
+    const std::string name = tools::CleanText(g_pDSound->m_pSlot[slot]->m_szName);
+    self_->sounds_ += "sound " + std::to_string(slot) + " " + name + "\n";
 }
 
-bool Trace::Begin() {
+ExitCode TraceSink::Begin(double) {
+    lists_ = {{"bar", &g_pBarList, &g_nBarCount, {}},
+              {"tempo", &g_pTempoList, &g_nTempoCount, {}},
+              {"bgm", &g_pBgmList, &g_nBgmCount, {}},
+              {"note", &g_pNoteList, &g_nNoteCount, {}},
+              {"bga", &g_pBgaList, &g_nBgaCount, {}}};
     for (List& list : lists_) {
         // Seeking has marked the records before the start measure as done. Those of the first frame are not.
         list.done.assign(static_cast<size_t>(*list.count), 0);
         for (int32_t i = 0; i < *list.count; ++i)
             list.done[static_cast<size_t>(i)] = (*list.records)[i].nMeasure < g_nStartMeasure;
     }
-    return true;
+    return Result(out_.Open(name_));
 }
 
-void Trace::ReportFired(List* list) {
+void TraceSink::ReportFired(List* list) {
     for (int32_t i = 0; i < *list->count; ++i) {
         const BmsEvent& record = (*list->records)[i];
         char& done = list->done[static_cast<size_t>(i)];
@@ -98,20 +99,19 @@ void Trace::ReportFired(List* list) {
     }
 }
 
-bool Trace::OnFrame(int32_t now) {
+ExitCode TraceSink::OnFrame(const Moment& moment) {
     text_.clear();
-    const bool ended = now == INT32_MAX;
     Line("frame %lld %llu %d %d %.2f\n", static_cast<long long>(frames_++),
-         static_cast<unsigned long long>(headless::Now()), ended ? static_cast<int>(g_dwSeekTime) : now,
+         static_cast<unsigned long long>(headless::Now()), moment.ended ? g_dwSeekTime : moment.now,
          g_nBarCursor, g_dBPM);
-    if (!ended) {
+    if (!moment.ended) {
         for (List& list : lists_) ReportFired(&list);
     }
     text_ += sounds_;
     text_ += draws_;
     sounds_.clear();
     draws_.clear();
-    return out_.Write(text_.data(), text_.size());
+    return Result(out_.Write(text_.data(), text_.size()));
 }
 
 }  // namespace render

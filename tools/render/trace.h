@@ -16,15 +16,14 @@ namespace render {
 //                                          (LIST: bar, tempo, bgm, note or bga)
 //   sound SLOT FILE                        a sound started
 //   draw X Y SURFACE L T R B [key]         a copy to the picture, in order
-// One at a time in a process. Returning false means that error() says why.
-class Trace {
+// One at a time in a process; listens from its construction on.
+class TraceSink : public Sink {
 public:
-    ~Trace();
-    bool Open(const std::string& name);
-    bool Begin();  // once the chart is loaded
-    bool OnFrame(int32_t now);
-    bool Commit() { return out_.Commit(); }
-    const std::string& error() const { return out_.error(); }
+    explicit TraceSink(const std::string& name);
+    ~TraceSink() override;
+    ExitCode Begin(double seconds) override;
+    ExitCode OnFrame(const Moment& moment) override;
+    ExitCode Finish() override { return Result(out_.Commit()); }
 
 private:
     struct List {
@@ -37,10 +36,12 @@ private:
     static void OnCopied(const IDirectDrawSurface7* to, int x, int y, const IDirectDrawSurface7* from,
                          const RECT& rect, bool keyed);
     static void OnStarted(const IDirectSoundBuffer* buffer, bool looping);
+    ExitCode Result(bool good) { return good ? kGood : Complain(kOutput, out_.error()); }
     void ReportFired(List* list);
     void Line(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    static Trace* self_;
+    static TraceSink* self_;
+    const std::string name_;
     tools::Output out_;
     std::string sounds_, draws_, text_;
     std::vector<List> lists_;

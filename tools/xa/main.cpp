@@ -6,6 +6,7 @@
 #include "common/arguments.h"
 #include "common/messages.h"
 #include "common/output.h"
+#include "common/output_rules.h"
 #include "common/signals.h"
 #include "common/terminal.h"
 #include "common/wav.h"
@@ -32,6 +33,7 @@ const char kHelp[] =
     "\n"
     "  -m, --mode MODE  fine: 10-bit codes, better sound (default)\n"
     "                   fast: 4-bit codes, less than half the size\n"
+    "      --force      replace an existing file of another kind; never the input\n"
     "  -h, --help       print this help and exit\n"
     "  -V, --version    print the version and exit\n"
     "\n"
@@ -113,6 +115,7 @@ int InfoOfAll(const std::vector<std::string>& paths) {
 struct Words {
     std::vector<std::string> operands;  // the command, then files
     std::string mode;                   // empty: not given
+    bool force = false;
 };
 
 // Returns a complaint, or nothing.
@@ -120,6 +123,10 @@ std::string Parse(int argc, const char* const* argv, Words* words) {
     for (tools::Arguments in(argc, argv); in.Next();) {
         if (!in.IsOption()) {
             words->operands.push_back(in.name());
+            continue;
+        }
+        if (in.name() == "--force") {
+            words->force = true;
             continue;
         }
         if (in.name() != "-m" && in.name() != "--mode") return "unknown option: " + in.name();
@@ -140,6 +147,11 @@ int Run(const Words& words) {
     if (command == "info")
         return files.empty() ? WrongUse("'info' takes at least one file") : InfoOfAll(files);
     if (files.size() != 2) return WrongUse("'" + command + "' takes two files: input and output");
+    std::string why;
+    tools::OutputRules rules(words.force);
+    rules.Protect(files[0]);
+    const auto kind = decode ? tools::FileKind::kWav : tools::FileKind::kXa;
+    if (!rules.Allow(files[1], kind, &why)) return Complain(kUsage, why);
     tools::CatchSignals();
     if (decode) return Decode(files[0], files[1]);
     return Encode(files[0], files[1], words.mode == "fast" ? xa::Mode::kFast : xa::Mode::kFine);

@@ -8,6 +8,7 @@
 #include "host/desktop/instances.h"
 #include "host/desktop/log.h"
 #include "host/host.h"
+#include "host/terminal.h"
 
 namespace host {
 
@@ -32,14 +33,16 @@ void SleepMilliseconds(uint32_t milliseconds) {
 }
 
 void DebugText(const char* bytes, size_t count) {
-    static const char* const wanted = std::getenv("LUMETRA_DEBUG");
+    const char* const wanted = std::getenv("LUMETRA_DEBUG");
     if (!wanted || !*wanted) return;
-    while (count > 0) {
-        const ssize_t written = write(STDERR_FILENO, bytes, count);
+    // Texts name files of strangers. Only the line feed that ends a text is the program's own.
+    const bool ends_line = count > 0 && bytes[count - 1] == '\n';
+    const std::string text = TerminalText({bytes, count - (ends_line ? 1 : 0)}) + (ends_line ? "\n" : "");
+    for (size_t at = 0; at < text.size();) {
+        const ssize_t written = write(STDERR_FILENO, text.data() + at, text.size() - at);
         if (written < 0 && errno == EINTR) continue;
         if (written <= 0) return;
-        bytes += written;
-        count -= static_cast<size_t>(written);
+        at += static_cast<size_t>(written);
     }
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "host/headless/headless.h"
@@ -14,6 +15,7 @@ constexpr int kSpinReadings = 1 << 17;
 uint64_t g_clock = headless::kClockOrigin;
 int g_readings = 0;
 std::string g_log;
+headless::WakeHook g_on_sleep;
 
 // Function-local, so that other files of the host can add hooks before main.
 std::vector<headless::ClockHook>& ClockHooks() {
@@ -38,6 +40,7 @@ namespace headless {
 void Reset() {
     SetClock(kClockOrigin);
     g_log.clear();
+    g_on_sleep = nullptr;
     for (const ResetHook hook : ResetHooks()) hook();
 }
 
@@ -61,6 +64,10 @@ void OnClock(ClockHook hook) {
     AddOnce(&ClockHooks(), hook);
 }
 
+void OnSleep(WakeHook hook) {
+    g_on_sleep = std::move(hook);
+}
+
 void OnReset(ResetHook hook) {
     AddOnce(&ResetHooks(), hook);
 }
@@ -79,7 +86,8 @@ uint64_t Nanoseconds() {
 }
 
 void SleepMilliseconds(uint32_t milliseconds) {
-    headless::AdvanceClock(uint64_t{milliseconds} * 1'000'000);
+    const uint64_t end = g_clock + uint64_t{milliseconds} * 1'000'000;
+    headless::SetClock(g_on_sleep ? std::clamp(g_on_sleep(g_clock, end), g_clock, end) : end);
 }
 
 void DebugText(const char* bytes, size_t count) {

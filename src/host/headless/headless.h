@@ -32,6 +32,11 @@ uint64_t Now();    // ms since the origin
 using ClockHook = void (*)(uint64_t before, uint64_t now);
 void OnClock(ClockHook hook);
 
+// Asked by each sleep for the reading at which it ends; the answer is kept between now and end. Null, as
+// after Reset: sleeps last as asked.
+using WakeHook = std::function<uint64_t(uint64_t now, uint64_t end)>;
+void OnSleep(WakeHook hook);
+
 // Called by Reset, so that other files of the host can reset their state. Kept like a clock hook.
 using ResetHook = void (*)();
 void OnReset(ResetHook hook);

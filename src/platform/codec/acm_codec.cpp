@@ -22,11 +22,13 @@ WORD ResolveTag(const WAVEFORMATEX* pSource) {
     return wTag == WAVE_FORMAT_EXTENSIBLE ? WORD{0} : wTag;
 }
 
+// Some writers leave nBlockAlign at 0 or 1; the format tells it.
 bool SetFrames(const WAVEFORMATEX& source, AcmMethod method, DWORD nBytesPerSample, AcmFormat* pFormat) {
-    if (source.nBlockAlign != nBytesPerSample * source.nChannels) return false;
+    const DWORD nFrameBytes = nBytesPerSample * source.nChannels;
+    if (source.nBlockAlign > 1 && source.nBlockAlign != nFrameBytes) return false;
     pFormat->method = method;
     pFormat->wBits = static_cast<WORD>(nBytesPerSample * 8);
-    pFormat->nBlockBytes = source.nBlockAlign;
+    pFormat->nBlockBytes = static_cast<WORD>(nFrameBytes);
     pFormat->nBlockFrames = 1;
     return true;
 }

@@ -1,5 +1,6 @@
 #include "platform/codec/mmio.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 
@@ -16,8 +17,11 @@ namespace {
 
 constexpr FOURCC kRiff = mmioFOURCC('R', 'I', 'F', 'F');
 constexpr FOURCC kList = mmioFOURCC('L', 'I', 'S', 'T');
-constexpr int64_t kMaxOffset = INT32_MAX;  // callers use LONG offsets
-// Real files have a dozen chunks. A file of empty chunks must not cost a walk over gigabytes.
+constexpr FOURCC kData = mmioFOURCC('d', 'a', 't', 'a');
+// The length that a writer to a pipe leaves, since it cannot go back: the data ends with the file.
+constexpr DWORD kUnknownLength = 0xFFFFFFFF;
+constexpr int64_t kMaxOffset = INT32_MAX;  // offsets are LONGs to the caller
+// Real files have a dozen chunks. A file of empty ones must not cost a walk over gigabytes.
 constexpr int kMaxChunksSearched = 65536;
 
 bool SeekTo(HMMIO hMmio, int64_t nPos) {
@@ -41,6 +45,8 @@ bool ReadChunkHeader(HMMIO hMmio, MMCKINFO* pChunk) {
     BYTE aHead[8], aType[4];
     if (ReadBytes(hMmio, aHead, sizeof(aHead)) != sizeof(aHead)) return false;
     *pChunk = {ReadLe32(aHead), ReadLe32(aHead + 4), 0, static_cast<DWORD>(hMmio->nPos), 0};
+    if (pChunk->ckid == kData && pChunk->cksize == kUnknownLength)
+        pChunk->cksize = static_cast<DWORD>(std::max<int64_t>(hMmio->nLength - hMmio->nPos, 0));
     if (!IsGroup(pChunk->ckid)) return true;
     if (ReadBytes(hMmio, aType, sizeof(aType)) != sizeof(aType)) return false;
     pChunk->fccType = ReadLe32(aType);

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "platform/files/files.h"
+#include "platform/files/alias.h"
 #include "platform/files/text.h"
 
 namespace {
@@ -66,15 +66,17 @@ std::string FolderOf(const std::string& path) {
 }
 
 std::string HandOver(const std::string& path) {
-    std::string absolute = AsUtf8(AbsolutePath(path));
-    const bool bFolderKept = FolderOf(absolute).find('\\') == absolute.npos;
-    absolute = WithBackslashes(std::move(absolute));
-    if (absolute.size() <= kMaxHanded && bFolderKept) return absolute;
-    // Only for an existing file, so that a relative name cannot match another file by chance.
+    std::string real = AbsolutePath(path);
+    const std::string absolute = AsUtf8(real);
+    const bool bAbsolute = real[0] == '/' && real.size() < PATH_MAX;
+    const bool bPlain = bAbsolute && absolute.find('\\') == absolute.npos;
+    if (bPlain && absolute.size() <= kMaxHanded) return WithBackslashes(absolute);
+    // Only for a file that is there: what was misspelled is shown as it was given.
     struct stat info;
-    if (stat(path.c_str(), &info) != 0) return absolute;
-    const std::string folder = FolderOf(path);
-    if (!folder.empty() && chdir(folder.c_str()) != 0) return absolute;
-    FileForgetListings();
-    return WithBackslashes("./" + AsUtf8(folder.empty() ? path : path.substr(path.rfind('/') + 1)));
+    if (stat(path.c_str(), &info) != 0) return WithBackslashes(absolute);
+    // A path that this machine only takes piece by piece stays relative: the working directory never changes.
+    if (!bAbsolute) real = "./" + path;
+    const size_t nName = real.rfind('/') + 1;
+    const std::string name = real.substr(nName);
+    return AliasOf(real.substr(0, nName), name, AsUtf8(name));
 }

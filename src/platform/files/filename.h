@@ -10,10 +10,8 @@ std::string AbsolutePath(const std::string& path);
 // The folder part of a path, without a closing `/` except for the root. Empty when there is none.
 std::string FolderOf(const std::string& path);
 
-// The name by which the system opens a file of this machine: absolute, separated by `\`, in UTF-8 where the
-// disk has CP932. The path may be relative.
-//
-// The system joins a chart's folder and the names of its sounds in 260 bytes, and takes everything up to the
-// last `\` for that folder. So if the folder would need most of these bytes, or contains a `\` in one of its
-// names, it becomes the working directory and the returned name is relative to it.
+// The name by which the system is to open a file of this machine: absolute, with `\` between its parts, in
+// UTF-8 where the disk has CP932. The system joins the names of sounds to a chart's folder in 260 bytes, and
+// takes what ends at the last `\` for that folder. So a path that would take most of them, or that has a `\`
+// of its own, is handed over as an alias (alias.h). The path may be relative itself.
 std::string HandOver(const std::string& path);

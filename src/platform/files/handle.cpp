@@ -1,7 +1,6 @@
 #include "platform/files/handle.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,17 +11,20 @@ constexpr int64_t kMaxFile = INT64_C(0x7FFFFFFF);  // bytes; the callers' offset
 
 }  // namespace
 
-// Detects devices with stat, because just opening one may have an effect.
-int OpenRegularFile(const char* pszPath, int64_t* pnSize) {
-    struct stat info;
-    if (stat(pszPath, &info) != 0 || !S_ISREG(info.st_mode)) return -1;
+// stat comes first because merely opening a device may do something.
+int OpenRegularFile(const char* pszPath, struct stat* pInfo) {
+    if (stat(pszPath, pInfo) != 0 || !S_ISREG(pInfo->st_mode)) return -1;
     const int nFile = open(pszPath, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (nFile < 0) return -1;
-    if (fstat(nFile, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kMaxFile) {
-        close(nFile);
-        return -1;
-    }
-    *pnSize = info.st_size;
+    if (fstat(nFile, pInfo) == 0 && S_ISREG(pInfo->st_mode) && pInfo->st_size <= kMaxFile) return nFile;
+    close(nFile);
+    return -1;
+}
+
+int OpenRegularFile(const char* pszPath, int64_t* pnSize) {
+    struct stat info;
+    const int nFile = OpenRegularFile(pszPath, &info);
+    if (nFile >= 0) *pnSize = info.st_size;
     return nFile;
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "platform/files/alias.h"
 #include "platform/files/listing.h"
 #include "platform/files/namefold.h"
 #include "platform/files/text.h"
@@ -82,7 +83,7 @@ void AddFolder(Folders* pFolders, std::string folder) {
 }
 
 std::string ExactFolder(const PathParts& path, size_t nCount) {
-    std::string folder = path.bAbsolute ? "/" : "";
+    std::string folder = path.bAbsolute ? "/" : path.root;
     for (size_t i = 0; i < nCount; ++i) folder += path.parts[i] + '/';
     return folder;
 }
@@ -173,6 +174,7 @@ std::vector<PathParts> CutPath(std::string_view path) {
     std::vector<PathParts> cuts;
     for (const Reading nReading : {Reading::kMixed, Reading::kCp932, Reading::kSingle}) {
         PathParts cut = Split(path, nReading);
+        ResolveAlias(&cut);
         if (!cut.parts.empty() && std::find(cuts.begin(), cuts.end(), cut) == cuts.end())
             cuts.push_back(std::move(cut));
     }

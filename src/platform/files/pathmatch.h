@@ -7,7 +7,8 @@
 
 struct PathParts {
     bool bAbsolute = false;
-    std::vector<std::string> parts;  // none is empty
+    std::string root;                // the folder of an alias with its closing `/` (alias.h), otherwise empty
+    std::vector<std::string> parts;  // none of them empty
     bool operator==(const PathParts&) const = default;
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/bytes.h"
+
 namespace {
 
 constexpr size_t kHeaders = 54;
@@ -16,7 +18,59 @@ bool BeginsWith(const BYTE* pFile, size_t nBytes, const char* pszHead) {
     return nBytes >= nHead && std::memcmp(pFile, pszHead, nHead) == 0;
 }
 
+enum class PictureKind { kNone, kPng, kJpeg, kGif };
+
+PictureKind KindOfPicture(const BYTE* pFile, size_t nBytes) {
+    if (BeginsWith(pFile, nBytes, "\x89PNG\r\n\x1A\n")) return PictureKind::kPng;
+    if (BeginsWith(pFile, nBytes, "\xFF\xD8\xFF")) return PictureKind::kJpeg;
+    return BeginsWith(pFile, nBytes, "GIF8") ? PictureKind::kGif : PictureKind::kNone;
+}
+
+// Highest byte first.
+uint32_t ReadBe(const BYTE* p, int nBytes) {
+    uint32_t n = 0;
+    for (int i = 0; i < nBytes; ++i) n = n << 8 | p[i];
+    return n;
+}
+
+uint64_t Work(uint64_t nWidth, uint64_t nHeight, uint64_t nScans) {
+    constexpr uint64_t kSide = kMaxPictureSide;
+    return nWidth <= kSide && nHeight <= kSide ? nWidth * nHeight * 3 * nScans : 0;
+}
+
+// Walks the markers; what follows the start of a scan is skipped up to the next marker.
+uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
+    constexpr BYTE kFrameFirst = 0xC0, kFrameLast = 0xC2, kEnd = 0xD9, kScan = 0xDA;
+    uint64_t nWidth = 0, nHeight = 0, nScans = 0;
+    for (size_t i = 2; i + 9 <= nBytes;) {
+        const BYTE nMarker = pFile[i + 1];
+        if (pFile[i] != 0xFF || nMarker == 0 || nMarker == 0xFF || (nMarker >= 0xD0 && nMarker <= 0xD7)) {
+            ++i;
+            continue;
+        }
+        if (nMarker == kEnd) break;
+        if (nMarker >= kFrameFirst && nMarker <= kFrameLast) {
+            nHeight = ReadBe(pFile + i + 5, 2);
+            nWidth = ReadBe(pFile + i + 7, 2);
+        }
+        nScans += nMarker == kScan;
+        i += 2 + ReadBe(pFile + i + 2, 2);
+    }
+    return Work(nWidth, nHeight, std::max<uint64_t>(nScans, 1));
+}
+
 }  // namespace
+
+uint64_t PictureWork(const BYTE* pFile, size_t nBytes) {
+    constexpr size_t kPngSize = 16, kGifSize = 6;
+    const PictureKind kind = KindOfPicture(pFile, nBytes);
+    if (kind == PictureKind::kJpeg) return JpegWork(pFile, nBytes);
+    if (kind == PictureKind::kPng && nBytes >= kPngSize + 8)
+        return Work(ReadBe(pFile + kPngSize, 4), ReadBe(pFile + kPngSize + 4, 4), 1);
+    if (kind == PictureKind::kGif && nBytes >= kGifSize + 4)
+        return Work(ReadLe16(pFile + kGifSize), ReadLe16(pFile + kGifSize + 2), 1);
+    return 0;
+}
 
 BmpRows StartBmp(int64_t nWidth, int64_t nHeight, int nBits, ByteBlock* pBmp) {
     if (nWidth < 1 || nHeight < 1 || nWidth > kMaxPictureSide || nHeight > kMaxPictureSide) return {};
@@ -43,8 +97,14 @@ BmpRows StartBmp(int64_t nWidth, int64_t nHeight, int nBits, ByteBlock* pBmp) {
 
 bool PictureToBmp(const BYTE* pFile, size_t nBytes, ByteBlock* pBmp) {
     if (nBytes > kMaxPictureFile) return false;
-    if (BeginsWith(pFile, nBytes, "\x89PNG\r\n\x1A\n")) return PngToBmp(pFile, nBytes, pBmp);
-    if (BeginsWith(pFile, nBytes, "\xFF\xD8\xFF")) return JpegToBmp(pFile, nBytes, pBmp);
-    if (BeginsWith(pFile, nBytes, "GIF8")) return GifToBmp(pFile, nBytes, pBmp);
-    return false;
+    switch (KindOfPicture(pFile, nBytes)) {
+        case PictureKind::kPng:
+            return PngToBmp(pFile, nBytes, pBmp);
+        case PictureKind::kJpeg:
+            return JpegToBmp(pFile, nBytes, pBmp);
+        case PictureKind::kGif:
+            return GifToBmp(pFile, nBytes, pBmp);
+        default:
+            return false;
+    }
 }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <system_error>
 
-#include "platform/files/lookup.h"
-
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -61,14 +59,15 @@ void ReadAhead::Forget() {
     m_keptName.clear();
 }
 
-ReadAhead::SubstitutePtr ReadAhead::Take(const std::string& name) {
-    if (m_pKept && m_keptName == name) return m_pKept;
+ReadAhead::Result ReadAhead::Take(const std::string& name) {
+    if (m_pKept && m_keptName == name) return {m_pKept, m_keptKind, false};
     Forget();
     const auto it = m_indexes.find(name);
+    m_keptKind = it != m_indexes.end() ? m_kind : KindOfName(name);
     m_pKept = it != m_indexes.end() ? TakeJob(it->second) : nullptr;
-    if (!m_pKept) m_pKept = MakeHere(name, it != m_indexes.end() ? m_kind : KindOfName(name));
+    if (!m_pKept) m_pKept = MakeHere(name, m_keptKind);
     m_keptName = name;
-    return m_pKept;
+    return {m_pKept, m_keptKind, true};
 }
 
 // Null when it must be made by the caller.
@@ -95,13 +94,12 @@ ReadAhead::SubstitutePtr ReadAhead::TakeJob(size_t nJob) {
 }
 
 ReadAhead::SubstitutePtr ReadAhead::MakeHere(const std::string& name, MediaKind kind) {
-    const std::vector<std::string> paths = SubstitutePaths(name, kind);
-    if (!paths.empty() && !m_jobs.empty()) {
+    if (!m_jobs.empty() && m_making.isPossible(name, kind)) {
         if (!m_bConverts) KeepFreedMemory(true);
         m_bConverts = true;
         StartThreads();
     }
-    return std::make_shared<Substitute>(MakeSubstitute(paths, kind, nullptr));
+    return m_making.make(name, kind, nullptr);
 }
 
 // One thread per core: while the reader waits for one of them, all cores are busy.
@@ -129,11 +127,9 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     job.state = State::kRunning;
     pLock->unlock();
     SubstitutePtr pMade;
-    if (FindNamed(job.name).empty()) {
-        pMade = std::make_shared<Substitute>(
-            MakeSubstitute(SubstitutePaths(job.name, m_kind), m_kind,
-                           [&](size_t nBytes) { return TryReserve(nJob, nBytes); }));
-    }
+    if (m_making.isNeeded(job.name))
+        pMade = m_making.make(job.name, m_kind, [&](size_t nBytes) { return TryReserve(nJob, nBytes); });
+    if (pMade && pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
     const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;
     pLock->lock();
     job.state = State::kDone;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -17,17 +18,29 @@
 class ReadAhead {
 public:
     using SubstitutePtr = std::shared_ptr<const Substitute>;
+    // How files are made. All of it is called on any thread.
+    struct Making {
+        std::function<bool(const std::string& name, MediaKind kind)> isPossible;
+        std::function<SubstitutePtr(const std::string& name, MediaKind kind, const MayHold& mayHold)> make;
+        std::function<bool(const std::string& name)> isNeeded;  // otherwise the file is there
+    };
+    struct Result {
+        SubstitutePtr pMade;  // never null
+        MediaKind kind;       // of the list for its names, of the name's ending for others
+        bool bNew;            // otherwise it is the one that was taken last
+    };
 
+    explicit ReadAhead(Making making) : m_making(std::move(making)) {}
     ~ReadAhead() { Stop(); }
 
     // Sets the names that will be opened, in order. Drops the previous list and ends its threads.
     void Expect(MediaKind kind, std::vector<std::string> names);
     void Stop();
 
-    // The substitute for a missing name; never null. A name in the list has the list's kind, any other the
-    // kind of its ending. Keeps the last result, because a loader opens a name twice.
-    SubstitutePtr Take(const std::string& name);
-    // Drops the kept result.
+    // The substitute for a name that is not there. The last one asked for is kept, because a loader opens a
+    // name twice.
+    Result Take(const std::string& name);
+    // Drops the one that was kept.
     void Forget();
 
     size_t ThreadsStarted() const { return m_threads.size(); }
@@ -53,13 +66,15 @@ private:
     void DropJobsBefore(size_t nJob);
     void Release(Job* pJob);
 
-    // Used by the calling thread only.
+    const Making m_making;
+    // Of the one thread.
     MediaKind m_kind = MediaKind::kNone;
     std::unordered_map<std::string, size_t> m_indexes;
     std::vector<std::thread> m_threads;
     bool m_bConverts = false;  // something in the list has been converted
     std::string m_keptName;
     SubstitutePtr m_pKept;
+    MediaKind m_keptKind = MediaKind::kNone;
 
     std::mutex m_mutex;  // guards everything below
     std::condition_variable m_changed;

@@ -10,6 +10,7 @@
 #include "platform/files/lookup.h"
 #include "platform/files/pathmatch.h"
 #include "platform/files/text.h"
+#include "platform/substitutes/kept.h"
 #include "platform/substitutes/picture.h"
 
 namespace {
@@ -33,7 +34,14 @@ bool IsOwnKind(const BYTE* pHead, MediaKind kind) {
     return std::memcmp(pHead, "RIFF", 4) == 0 || std::memcmp(pHead, "KWD1", 4) == 0;
 }
 
-// Reads the whole file or nothing.
+enum class Outcome {
+    kTaken,       // the file itself, or what was made of it
+    kUnreadable,  // it cannot be converted
+    kOverBudget,
+    kBroken  // the caller ended it, so that nothing is known of it
+};
+
+// Whole, or nothing.
 bool ReadFile(int nFile, size_t nBytes, ByteBlock* pBlock) {
     return pBlock->Resize(nBytes) && ReadFileAt(nFile, pBlock->Data(), nBytes, 0) == nBytes;
 }
@@ -43,20 +51,41 @@ bool Convert(const ByteBlock& file, MediaKind kind, const MayHold& mayHold, Byte
                                        : SoundToWav(file.Data(), file.Size(), mayHold, pOut);
 }
 
-// False when the file cannot be converted.
-bool Make(int nFile, int64_t nBytes, MediaKind kind, const MayHold& mayHold, Substitute* pSubstitute) {
-    BYTE aHead[4];
-    if (ReadFileAt(nFile, aHead, sizeof(aHead), 0) != sizeof(aHead)) return false;
-    if (IsOwnKind(aHead, kind)) return true;
-    const size_t nMax = kind == MediaKind::kPicture ? kMaxPictureFile : kMaxSoundFile;
-    if (static_cast<uint64_t>(nBytes) > nMax) return false;
+Outcome Decode(int nFile, size_t nBytes, MediaKind kind, const ConversionLimits& limits, Conversion* pOut) {
+    bool bBroken = false;
+    const MayHold mayHold = [&](size_t n) {
+        bBroken = limits.mayHold && !limits.mayHold(n);
+        return !bBroken;
+    };
     ByteBlock file;
     auto pMade = std::make_shared<ByteBlock>();
-    if (mayHold && !mayHold(static_cast<size_t>(nBytes))) return false;
-    if (!ReadFile(nFile, static_cast<size_t>(nBytes), &file) || !Convert(file, kind, mayHold, pMade.get()))
-        return false;
-    pSubstitute->pBytes = std::move(pMade);
-    return true;
+    if (!mayHold(nBytes)) return Outcome::kBroken;
+    if (!ReadFile(nFile, nBytes, &file)) return Outcome::kUnreadable;
+    if (kind == MediaKind::kPicture) pOut->nWork = PictureWork(file.Data(), nBytes);
+    if (limits.pBudget && !limits.pBudget->MayDecode(kind, pOut->nWork)) return Outcome::kOverBudget;
+    if (!Convert(file, kind, mayHold, pMade.get())) return bBroken ? Outcome::kBroken : Outcome::kUnreadable;
+    if (kind == MediaKind::kSound) pOut->nWork = pMade->Size();
+    pOut->pBytes = std::move(pMade);
+    return Outcome::kTaken;
+}
+
+Outcome Take(int nFile, const FileIdentity& file, MediaKind kind, const ConversionLimits& limits,
+             Substitute* pSubstitute) {
+    BYTE aHead[4];
+    if (ReadFileAt(nFile, aHead, sizeof(aHead), 0) != sizeof(aHead)) return Outcome::kUnreadable;
+    if (IsOwnKind(aHead, kind)) return Outcome::kTaken;
+    const size_t nMost = kind == MediaKind::kPicture ? kMaxPictureFile : kMaxSoundFile;
+    if (static_cast<uint64_t>(file.nSize) > nMost) return Outcome::kUnreadable;
+    Conversion conversion;
+    if (!TheKeptConversions().Find(file, &conversion)) {
+        const Outcome outcome = Decode(nFile, static_cast<size_t>(file.nSize), kind, limits, &conversion);
+        if (outcome == Outcome::kBroken || outcome == Outcome::kOverBudget) return outcome;
+        TheKeptConversions().Add(file, conversion);
+        pSubstitute->bDecoded = true;
+    }
+    pSubstitute->nWork = conversion.nWork;
+    pSubstitute->pBytes = std::move(conversion.pBytes);
+    return pSubstitute->pBytes ? Outcome::kTaken : Outcome::kUnreadable;
 }
 
 }  // namespace
@@ -74,16 +103,18 @@ std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) 
     return {};
 }
 
-Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind, const MayHold& mayHold) {
+Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind,
+                          const ConversionLimits& limits) {
     Substitute substitute;
     for (const std::string& path : paths) {
-        int64_t nBytes = 0;
-        const int nFile = OpenRegularFile(path.c_str(), &nBytes);
+        struct stat info;
+        const int nFile = OpenRegularFile(path.c_str(), &info);
         if (nFile < 0) continue;
-        const bool bMade = Make(nFile, nBytes, kind, mayHold, &substitute);
+        const Outcome outcome = Take(nFile, FileIdentity(path, info), kind, limits, &substitute);
         close(nFile);
-        if (bMade) {
+        if (outcome != Outcome::kUnreadable) {
             substitute.path = path;
+            substitute.bOverBudget = outcome == Outcome::kOverBudget;
             break;
         }
         substitute.refused.push_back(path);

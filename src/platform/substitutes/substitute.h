@@ -6,25 +6,35 @@
 #include <vector>
 
 #include "platform/byteblock.h"
+#include "platform/substitutes/budget.h"
+#include "platform/substitutes/media.h"
 #include "platform/substitutes/sound.h"
 
-enum class MediaKind { kNone, kPicture, kSound };
-
-// The kind by the ending of the last part, in any letter case; kNone for other endings.
+// By the ending of its last part, in any letter case; kNone for other endings.
 MediaKind KindOfName(std::string_view path);
 
 // The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
 
 struct Substitute {
-    std::string path;                  // on this machine; empty when there is no substitute
-    SharedBytes pBytes;                // a WAV or BMP file made from it; null when the file is used as it is
-    std::vector<std::string> refused;  // files tried before it that could not be converted
+    std::string path;    // of this machine; empty when nothing takes the name's place
+    SharedBytes pBytes;  // a WAV or BMP file made of it; null when the file itself is taken as it is
+    uint64_t nWork = 0;  // of making pBytes, also when it was made before
+    std::vector<std::string> refused;  // paths that were tried before it, files that could not be converted
+    bool bDecoded = false;             // pBytes was not kept from before
+    bool bOverBudget = false;          // path is a file that was left alone; pBytes is null
 };
 
-// Makes a substitute from the first path that is a file and either has the readers' own kind, by its first
-// bytes, or can be converted. Skips paths that are not files silently. Thread-safe.
-Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind, const MayHold& mayHold);
+struct ConversionLimits {
+    MayHold mayHold;                  // empty: never refused
+    const Budget* pBudget = nullptr;  // null: no bound
+};
+
+// The first of the paths that is a file and either is of the readers' own kind, by its first bytes, or can be
+// made into one; results are kept and taken from what is kept (kept.h). Paths that are no files are passed
+// over silently. Safe on any thread.
+Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind,
+                          const ConversionLimits& limits);
 
 // The last part of a path as UTF-8 for a log line: control characters become spaces, and the text is cut
 // between two characters to at most 80 bytes.

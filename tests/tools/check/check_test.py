@@ -28,7 +28,7 @@ def expect(condition, what):
 
 def run(*arguments, folder=CHARTS, output=subprocess.PIPE):
     done = subprocess.run([TOOL, *arguments], cwd=folder, stdout=output, stderr=subprocess.PIPE, timeout=60)
-    return done.returncode, (done.stdout or b"").decode("utf-8"), done.stderr.decode("utf-8", "replace")
+    return done.returncode, (done.stdout or b"").decode("utf-8"), done.stderr.decode("utf-8")
 
 
 def charts_of(*arguments, codes=(0, 1)):
@@ -72,6 +72,31 @@ def test_reports():
     expect(listed == table, "docs/check.md needs:\n" + "".join(line for line in table if line not in listed))
 
 
+def bytes_read():
+    """By this process and those that it has waited for."""
+    with open("/proc/self/io", encoding="ascii") as counts:
+        return int(re.search("rchar: (.*)", counts.read())[1])
+
+
+def test_files_are_found_once():
+    """Advice does not depend on the current folder, and no substitute is decoded a second time."""
+    for name in "sounds", "substitutes":
+        with open(os.path.join(CHARTS, name + ".txt"), encoding="utf-8") as report:
+            want = report.read().replace(name + ".bms:", f"charts/{name}.bms:")
+        got = run("--strict", f"charts/{name}.bms", folder=os.path.dirname(CHARTS))[1]
+        expect(got == want, "advice depends on the current folder")
+    with tempfile.TemporaryDirectory() as folder, open(os.path.join(CHARTS, "song.ogg"), "rb") as song:
+        for name in "ab":
+            with open(os.path.join(folder, name + ".ogg"), "wb") as sound:
+                sound.write(song.read() + bytes(1 << 20))
+                song.seek(0)
+        with open(os.path.join(folder, "c.bms"), "wb") as chart:
+            chart.write(b"#BPM 120\r\n#WAV01 a.wav\r\n#WAV02 b.wav\r\n#00111:0102")
+        before = bytes_read()
+        run("c.bms", folder=folder)
+        expect(bytes_read() - before < 3 << 20, f"{bytes_read() - before} bytes were read")
+
+
 def test_json():
     code, output, _ = run("--json", "values.bms", "sounds.bms", "pictures.bms", "empty.bms", "gone.bms")
     expect(code == 2, f"exit code {code}")
@@ -90,7 +115,7 @@ def test_exit_codes():
             ("clean.bms channels.bms no_tempo.bms", 1, "no_tempo.bms: 0 errors"),
             ("channels.bms gone.bms clean.bms", 2, "gone.bms: No such file"),
             ("-- -x.bms", 2, "-x.bms: No such file"), (".", 2, ".: is a folder"), ("", 2, "no chart given"),
-            ("--jsno clean.bms", 2, "'--jsno'"), ("--help", 0, "Usage: lumetra-check"),
+            ("--jsno clean.bms", 2, "option: --jsno"), ("--help", 0, "Usage: lumetra-check"),
             ("--version", 0, "lumetra-check ")]:
         code, output, errors = run(*arguments.split())
         expect(code == want and text in errors + output, f"{arguments}: {code}\n{errors}{output}")
@@ -108,7 +133,22 @@ def test_charts_made_here(folder):
     expect("500 more of [unknown-command]" in report and "0 errors, 1501 warnings" in report, report[-300:])
     write("path.bms", b"#BPM 120", b"#PATH_WAV " + os.fsencode(CHARTS), b"#WAV01 a.wav", b"#00111:01")
     _, report, _ = run("--strict", "path.bms", folder=folder)
-    expect(re.findall(r"\[(.*)\]", report) == ["path-wav"] and "relative" not in report, report)
+    expect(re.findall(r"\[(.*)\]", report) == ["path-wav", "outside-folder"], report)
+    expect("relative" not in report, report)
+    os.symlink(os.path.join(CHARTS, "a.wav"), os.path.join(folder, "link.wav"))
+    write("link.bms", b"#BPM 120", b"#WAV01 link.wav", b"#WAV02 LINK.WAV", b"#00111:0102")
+    report = run("--strict", "link.bms", folder=folder)[1]
+    expect("link.bms:2:8: note: `link.wav` and 1 other file are outside" in report, report)
+    os.mkdir(os.path.join(folder, "pack"))
+    write("pack/up.bms", b"#BPM 120", b"#WAV01 ../pack/../link.wav", b"#00111:01")
+    report = run("--strict", "pack/up.bms", folder=folder)[1]
+    expect(re.findall(r"\[(.*)\]", report) == ["outside-folder"], report)
+    name = "e\x1b]0;pwned\x07\nfake.bms:1:1: error: x\x9b\u202e"
+    write(name, b"#BPM 120", b"#00111:01")
+    for arguments in ([name], ["--json", name], [name + "?"]):
+        _, report, errors = run(*arguments, folder=folder)
+        bad = re.search(r"[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]|^fake", report + errors, re.M)
+        expect(not bad, f"control characters of a name: {report}{errors}")
     gone = os.path.join(os.fsencode(folder), b"gone\x83.bms")
     chart, = charts_of(gone, codes=(2,))
     expect(chart["readable"] is False and chart["fileBytes"] == gone.hex() and chart["why"], f"{chart}")
@@ -130,6 +170,7 @@ def test_any_bytes(folder):
 
 
 test_reports()
+test_files_are_found_once()
 test_json()
 test_exit_codes()
 with tempfile.TemporaryDirectory() as scratch:

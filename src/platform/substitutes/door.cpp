@@ -1,0 +1,98 @@
+#include "platform/substitutes/door.h"
+
+#include "platform/debug.h"
+#include "platform/files/lookup.h"
+
+namespace {
+
+const char* NameOf(MediaKind kind) {
+    return kind == MediaKind::kPicture ? "pictures" : "sounds";
+}
+
+}  // namespace
+
+Door::Door()
+    : m_readAhead({[this](const std::string& name, MediaKind kind) {
+                       return HasMaker(name) || !SubstitutePaths(name, kind).empty();
+                   },
+                   [this](const std::string& name, MediaKind kind, const MayHold& mayHold) {
+                       return Make(name, kind, mayHold);
+                   },
+                   [this](const std::string& name) { return HasMaker(name) || FindNamed(name).empty(); }}) {}
+
+void Door::Register(const std::string& name, FileMaker maker) {
+    m_readAhead.Stop();
+    m_makers[name] = std::move(maker);
+}
+
+void Door::ForgetMakers() {
+    m_readAhead.Stop();
+    m_makers.clear();
+}
+
+void Door::Expect(MediaKind kind, std::vector<std::string> names) {
+    m_readAhead.Expect(kind, std::move(names));
+    m_expected = kind;
+}
+
+void Door::ExpectNoMore() {
+    m_readAhead.Stop();
+    m_expected = MediaKind::kNone;
+}
+
+void Door::BeginLoad() {
+    ExpectNoMore();
+    m_budget.Reset();
+    m_told.clear();
+    m_nToldOverBudget = 0;
+}
+
+std::shared_ptr<const Substitute> Door::Take(const std::string& name) {
+    const ReadAhead::Result result = m_readAhead.Take(name);
+    std::shared_ptr<const Substitute> pTaken = result.pMade;
+    if (pTaken->bOverBudget || (pTaken->nWork && !m_budget.Spend(result.kind, pTaken->path, pTaken->nWork,
+                                                                 result.bNew && pTaken->bDecoded))) {
+        TellOverBudget(name, result.kind);
+        return std::make_shared<Substitute>();
+    }
+    Tell(name, *pTaken);
+    return pTaken;
+}
+
+bool Door::MayOpen(const std::string& name, int64_t nBytes) {
+    if (m_expected != MediaKind::kPicture || m_budget.SpendPicture(static_cast<uint64_t>(nBytes)))
+        return true;
+    TellOverBudget(name, MediaKind::kPicture);
+    return false;
+}
+
+// On any thread.
+std::shared_ptr<const Substitute> Door::Make(const std::string& name, MediaKind kind,
+                                             const MayHold& mayHold) {
+    const ConversionLimits limits = {mayHold, &m_budget};
+    const auto it = m_makers.find(name);
+    if (it == m_makers.end())
+        return std::make_shared<Substitute>(MakeSubstitute(SubstitutePaths(name, kind), kind, limits));
+    auto pMade = std::make_shared<Substitute>();
+    auto pBytes = std::make_shared<ByteBlock>();
+    if (it->second(mayHold, pBytes.get())) pMade->pBytes = std::move(pBytes);
+    return pMade;
+}
+
+void Door::Tell(const std::string& name, const Substitute& substitute) {
+    if ((substitute.path.empty() && substitute.refused.empty()) || !m_told.insert(name).second) return;
+    const std::string asked = "Files: " + NameForLog(name) + " not there, ";
+    for (const std::string& path : substitute.refused)
+        OutputDebugStringA((asked + NameForLog(path) + " cannot be read\n").c_str());
+    if (!substitute.path.empty())
+        OutputDebugStringA((asked + NameForLog(substitute.path) + " stands for it\n").c_str());
+}
+
+void Door::TellOverBudget(const std::string& name, MediaKind kind) {
+    const unsigned nBit = 1u << static_cast<unsigned>(kind);
+    if (m_nToldOverBudget & nBit) return;
+    m_nToldOverBudget |= nBit;
+    const std::string line = "Files: " + NameForLog(name) + " is beyond what the " + NameOf(kind) +
+                             " of one chart may take; it and others are left out\n";
+    OutputDebugStringA(line.c_str());
+}

@@ -1,0 +1,4 @@
+// The two kinds of files that a chart names.
+#pragma once
+
+enum class MediaKind { kNone, kPicture, kSound };

@@ -1,0 +1,99 @@
+// What is made of files is made once, kept while the files stay the same, and bounded for a chart as a whole.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "host/headless/headless.h"
+#include "platform/files/files.h"
+#include "platform/substitutes/kept.h"
+#include "platform/substitutes/picture.h"
+#include "platform/substitutes/substitute.h"
+#include "support/tempfolder.h"
+
+namespace {
+
+// One of the stored inputs of the fuzz targets.
+std::string Stored(const std::string& path) {
+    std::ifstream file(FUZZ_INPUTS "/" + path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(Door, AFileIsConvertedAgainOnlyWhenItChanged) {
+    test::TempFolder folder;
+    const auto decoded = [&] {
+        return MakeSubstitute({folder.Path("a.flac")}, MediaKind::kSound, {}).bDecoded;
+    };
+    const std::string file = Stored("fuzz_sound_file/flac");
+    folder.Write("a.flac", file);
+    EXPECT_TRUE(decoded());
+    EXPECT_FALSE(decoded());
+    folder.Write("a.flac", file);  // the same size
+    EXPECT_TRUE(decoded());
+    folder.Write("a.flac", "fLaC, damaged");
+    const Substitute refused = MakeSubstitute({folder.Path("a.flac")}, MediaKind::kSound, {});
+    EXPECT_EQ(refused.refused, std::vector<std::string>{folder.Path("a.flac")});
+}
+
+TEST(Door, WhatIsKeptIsBoundedAndTheLastUsedStays) {
+    const auto bytes = [](size_t n) {
+        auto block = std::make_shared<ByteBlock>();
+        block->Resize(n);
+        return Conversion{block, n};
+    };
+    const auto file = [](const std::string& path) { return FileIdentity(path, {}); };
+    KeptConversions kept(10'000);
+    Conversion found;
+    for (const std::string path : {"a", "b", "c"}) kept.Add(file(path), bytes(3000));
+    EXPECT_TRUE(kept.Find(file("a"), &found));
+    kept.Add(file("d"), bytes(3000));
+    EXPECT_TRUE(kept.Find(file("a"), &found) && kept.Find(file("c"), &found));
+    EXPECT_FALSE(kept.Find(file("b"), &found));
+    kept.Add(file("e"), bytes(20'000));
+    EXPECT_FALSE(kept.Find(file("e"), &found));
+    EXPECT_LE(kept.Bytes(), 10'000u);
+}
+
+// One picture of 48 MiB on hundreds of slots: 1 GiB holds 21 of them, at every load.
+TEST(Door, PicturesOfAChartAreBoundedTogether) {
+    test::TempFolder folder;
+    std::string gif = Stored("fuzz_picture_file/gif");
+    folder.Write("bg.gif", gif.replace(6, 4, std::string("\0\x10\0\x10", 4)));  // a screen of 4,096 by 4,096
+    const std::string name = folder.Path("bg.bmp");
+    const std::vector<const char*> names(100, name.c_str());
+    for (int load = 0; load < 2; ++load) {
+        headless::Reset();
+        FileForgetListings();
+        FilesExpect(FILES_PICTURES, names.data(), static_cast<int>(names.size()));
+        const auto opens = std::count_if(names.begin(), names.end(), [](const char* each) {
+            FileStream* file = FileOpen(each, "rb");
+            return file && FileClose(file) == 0;
+        });
+        FilesExpectNoMore();
+        EXPECT_EQ(opens, 21) << load;
+        EXPECT_EQ(headless::Log(),
+                  "Files: bg.bmp not there, bg.gif stands for it\n"
+                  "Files: bg.bmp is beyond what the pictures of one chart may take; it and "
+                  "others are left out\n");
+    }
+}
+
+TEST(Door, WorkOfDecodingIsBounded) {
+    std::string jpeg("\xFF\xD8\xFF\xC2\0\x0B\x08\x10\0\x10\0\x01\x01\x11\0", 15);  // 4,096 by 4,096
+    for (int i = 0; i < 480; ++i) jpeg += std::string("\xFF\xDA\0\x08\x01\x01\0\0\0\0\x55\xFF\0\x55", 14);
+    const uint64_t work = PictureWork(reinterpret_cast<const BYTE*>(jpeg.data()), jpeg.size());
+    EXPECT_EQ(work, uint64_t{480} * 3 * 4096 * 4096);
+    Budget budget;
+    EXPECT_TRUE(budget.Spend(MediaKind::kPicture, "a", work, true));
+    EXPECT_TRUE(budget.Spend(MediaKind::kPicture, "a", work, false)) << "made once";
+    EXPECT_FALSE(budget.Spend(MediaKind::kPicture, "b", work, true));
+    // A sound's work is known afterwards: the last one may go beyond.
+    EXPECT_TRUE(budget.Spend(MediaKind::kSound, "c", kMostSoundWork - 1, true));
+    EXPECT_TRUE(budget.Spend(MediaKind::kSound, "d", kMostSoundWork, true));
+    EXPECT_FALSE(budget.Spend(MediaKind::kSound, "e", 1, true));
+}
+
+}  // namespace
