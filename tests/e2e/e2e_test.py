@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """The real player on a virtual screen: window, keys, dialogs, and instances that command each other."""
+import json
 import os
 import signal
 import struct
@@ -7,6 +8,7 @@ import subprocess
 import sys
 import time
 import unittest
+import urllib.parse
 
 import harness
 from harness import RESTART, SEEK, SPEED, STOP, Screen, until
@@ -295,6 +297,79 @@ class EndToEnd(unittest.TestCase):
                 os.kill(running.process.pid, signal.SIGCONT)
                 self.assertEqual(screen.remote("-Q"), 1)
                 until("the end", lambda: running.process.poll() is not None)
+
+    def test_open(self):
+        """One line for every editor: starts a player, changes its chart, and says what it could not do."""
+        with Screen() as screen:
+            def call(*arguments):
+                done = subprocess.run([harness.LUMETRA, *arguments], env=dict(screen.env, LUMETRA_DEBUG=""),
+                                      capture_output=True, timeout=harness.LIMIT, text=True)
+                return done.returncode, done.stdout, done.stderr
+
+            def status():
+                code, out, _ = call("--status")
+                return json.loads(out) if code == 0 else {}
+
+            first, second = screen.chart(), screen.chart("二 %.bms", title="SECOND")
+            broken = screen.chart("zero.bms", "#BPM 120\n#00011:01\n")
+            for command in (("--status",), ("--stop",), ("--seek", "3")):
+                self.assertEqual(call(*command)[0], 4)
+            for command in (("--open",), ("--open", first, "--at", "x"), ("--seek", "x"), ("--stop", "--quit")):
+                self.assertEqual(call(*command)[0], 2)
+            code, _, text = call("--open", broken)
+            self.assertEqual((code, len(text.splitlines()), screen.windows()), (3, 1, {}))
+            self.assertEqual(call("-N20", "--open", os.path.basename(first), "-M2")[0], 3)  # of another folder
+            self.assertEqual(call("--wait", "-N20", "--open", first, "-M2")[0], 0)
+            now = status()
+            self.assertEqual((now["state"], now["speed"], now["file"], now["title"]), ("running", 2, first, "E2E"))
+            self.assertIn(now["measure"], (20, 21))
+            pid, line = now["pid"], now["line"]
+            self.assertEqual(line, 5 + now["measure"])
+            self.assertEqual(now["column"], 8)
+            # Another chart, from every state, in the same window.
+            for prepare, state in (("--stop", "paused"), ("--restart", "running")):
+                self.assertEqual(call(prepare)[0], 0)
+                until("the state", lambda: status()["state"] == state)
+                self.assertEqual(call("--open", second, "--at", "17:3")[0], 0)
+                until("the second chart", lambda: status().get("title") == "SECOND")
+                until("its running", lambda: status()["state"] == "running")
+                self.assertEqual(status()["measure"], 12)
+            now = status()
+            self.assertEqual((now["pid"], now["file"], now["speed"]), (pid, second, 2))
+            self.assertEqual(now["uri"], "file://" + urllib.parse.quote(second))
+            code, _, text = call("--open", broken)
+            self.assertEqual((code, len(text.splitlines()), status()["title"]), (3, 1, "SECOND"))
+            self.assertEqual(call("--open", first, "-N99")[2].count("last"), 1)
+            until("the first chart", lambda: status()["title"] == "E2E")
+            # A file dialog makes way, a box does not.
+            window = screen.window("E2E")
+            screen.keys(window, "shift+F10", "l")
+            screen.window(DIALOG)
+            self.assertEqual(call("--open", second)[0], 0)
+            until("the second chart", lambda: status()["title"] == "SECOND")
+            screen.keys(window, "shift+F10", "a")
+            box = screen.window("VersionInfo")
+            code, _, text = call("--open", first)
+            self.assertEqual((code, status()["title"]), (0, "SECOND"))
+            self.assertIn("box", text)
+            screen.keys(box, "Return")
+            until("the first chart", lambda: status()["title"] == "E2E")
+            for command in (("--seek", "30"), ("--speed", "1.15"), ("--play",), ("--stop",)):
+                self.assertEqual(call(*command)[0], 0)
+            until("all that", lambda: status()["speed"] == 1.15 and status()["measure"] >= 30)
+            self.assertEqual(call("--seek", "99")[0], 5)
+            os.kill(pid, signal.SIGSTOP)
+            start = time.monotonic()
+            self.assertEqual(call("--play")[0], 5)
+            self.assertLess(time.monotonic() - start, 0.6)
+            os.kill(pid, signal.SIGCONT)
+            self.assertEqual(call("--quit")[0], 0)
+            self.assertEqual(screen.instances(), [])
+            self.assertEqual(call("--open", second)[0], 0)  # at once, while the old one may still be ending
+            until("the second chart", lambda: status().get("title") == "SECOND")
+            self.assertNotEqual(status()["pid"], pid)
+            self.assertEqual(call("-Q")[2].count("handed on"), 1)
+            until("the end", lambda: not screen.windows())
 
 
 if __name__ == "__main__":

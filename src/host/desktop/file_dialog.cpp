@@ -321,7 +321,7 @@ using namespace desktop;
 
 std::string ChooseFile(const FileRequest& request, Pump pump) {
     if (!OpenDisplay()) return "";
-    ModalLoop loop(pump);
+    ModalLoop loop(Modal::kFileDialog, pump);
     if (loop.too_deep()) return "";
     const FirstDialog first;
     Fl_Group::current(nullptr);

@@ -69,6 +69,11 @@ void LockStart(bool create) {
     while (!TryStart(create) && Nanoseconds() < end) usleep(1000);
 }
 
+void LeaveStartToChild() {
+    if (g_start >= 0) close(g_start);
+    g_start = -1;
+}
+
 void UnlockStart() {
     if (g_start < 0) return;
     rmdir(g_start_folder.c_str());  // fails while an instance is in it

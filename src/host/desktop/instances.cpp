@@ -18,6 +18,7 @@
 #include "host/desktop/inbox.h"
 #include "host/desktop/instance_folder.h"
 #include "host/desktop/instance_message.h"
+#include "host/desktop/line_server.h"
 #include "host/desktop/log.h"
 
 namespace host {
@@ -26,17 +27,21 @@ namespace {
 
 // Of a process, in all: for room in another instance's queue, and for one that was told to end to do so.
 constexpr uint64_t kLongestWait = 200'000'000;  // ns
+constexpr char kChannel[] = ".stream";          // after the name of the datagram socket
 
 struct Announced {
     int socket = -1;
     uint64_t id = 0;
     Inbox* inbox = nullptr;
+    LineServer* lines = nullptr;
 };
 
 Announced g_announced;
 bool g_deaf = false;
+LineHandler g_handler = nullptr;
 // For the signal handler: empty when there is nothing to remove.
 char g_socket_path[sizeof(sockaddr_un::sun_path)];
+char g_channel_path[sizeof(sockaddr_un::sun_path) + sizeof(kChannel)];
 char g_folder_path[sizeof(sockaddr_un::sun_path)];
 
 bool MakeAddress(const std::string& path, sockaddr_un* address) {
@@ -73,7 +78,9 @@ void Sweep(const std::string& folder, const std::string& path) {
     bool dead;
     const int fd = ConnectTo(path, &dead);
     if (fd >= 0) close(fd);
-    if (dead) unlink(path.c_str());
+    if (!dead) return;
+    unlink(path.c_str());
+    unlink((path + kChannel).c_str());
 }
 
 // Binds under the first free number whose low half is the process id.
@@ -92,6 +99,7 @@ bool BindIn(const std::string& folder, const std::string& class_name, int fd, In
         if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
             std::strcpy(g_folder_path, folder.c_str());
             std::strcpy(g_socket_path, path.c_str());
+            std::strcpy(g_channel_path, (path + kChannel).c_str());
             return true;
         }
         if (errno != EADDRINUSE) return false;
@@ -102,6 +110,7 @@ bool BindIn(const std::string& folder, const std::string& class_name, int fd, In
 // Also on the inbox's thread, at a quit; what is gone twice does no harm.
 void RemoveFiles() {
     if (g_socket_path[0]) unlink(g_socket_path);
+    if (g_channel_path[0]) unlink(g_channel_path);
     if (g_folder_path[0]) rmdir(g_folder_path);  // fails while another instance is in it
 }
 
@@ -158,6 +167,11 @@ void EndPostedRound() {
     if (g_announced.inbox) g_announced.inbox->EndRound();
 }
 
+std::string ChannelPath(uint64_t id) {
+    const std::string path = FindPath(id);
+    return path.empty() ? "" : path + kChannel;
+}
+
 int PostedSignal() {
     return g_announced.inbox ? g_announced.inbox->signal() : -1;
 }
@@ -209,6 +223,9 @@ bool AnnounceInstance(const std::string& class_name) {
     g_announced.id = own.id;
     g_announced.inbox = new Inbox(fd, RemoveFiles);
     if (g_deaf) g_announced.inbox->SetDeaf();
+    const int listener = g_handler ? ListenAt(g_channel_path) : -1;
+    if (listener >= 0) g_announced.lines = new LineServer(listener, g_handler);
+    if (listener >= 0) g_announced.lines->Start();
     RemoveAtEnd();
     UnlockStart();
     return true;
@@ -217,8 +234,9 @@ bool AnnounceInstance(const std::string& class_name) {
 void WithdrawInstance() {
     if (g_announced.socket < 0) return;
     RemoveFiles();
-    g_socket_path[0] = g_folder_path[0] = 0;
+    g_socket_path[0] = g_channel_path[0] = g_folder_path[0] = 0;
     delete g_announced.inbox;
+    delete g_announced.lines;
     close(g_announced.socket);
     g_announced = Announced();
 }
@@ -262,6 +280,18 @@ bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lpara
     if (!sent) std::fputs("lumetra: the running instance does not take the command\n", stderr);
     if (sent && message == kQuitMessage) WaitFor([&] { return access(path.c_str(), F_OK) != 0; });
     return sent;
+}
+
+void ServeLines(LineHandler handler) {
+    g_handler = handler;
+}
+
+bool SendLine(uint64_t client, const std::string& line) {
+    return g_announced.lines && g_announced.lines->Send(client, line);
+}
+
+void LeaveList() {
+    RemoveFiles();
 }
 
 void SetDeaf() {
