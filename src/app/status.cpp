@@ -114,6 +114,7 @@ std::string PathToUri(const std::string& path) {
 std::string PathFromUri(const std::string& uri) {
     for (const std::string_view head : {"file://localhost/", "file:///", "file:/"}) {
         if (uri.compare(0, head.size(), head) != 0) continue;
+        if (uri.compare(head.size(), 1, "/") == 0) return "";  // another machine's
         std::string path = "/";
         for (size_t at = head.size(); at < uri.size(); ++at) {
             const int high = uri[at] == '%' && at + 2 < uri.size() ? HexDigit(uri[at + 1]) : -1;

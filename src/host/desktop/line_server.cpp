@@ -41,7 +41,7 @@ int ListenAt(const std::string& path) {
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (fd < 0) return -1;
     unlink(path.c_str());  // left over: the datagram socket of that name has just been taken
-    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 && listen(fd, 16) == 0)
+    if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 && listen(fd, 64) == 0)
         return fd;
     close(fd);
     return -1;
@@ -109,14 +109,14 @@ void LineServer::Run() {
 }
 
 void LineServer::Accept() {
-    const int fd = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (fd < 0) return;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_clients.size() >= kMaxClients || !IsOurUser(fd)) {
-        close(fd);
-        return;
+    for (int fd; (fd = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0;) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_clients.size() < kMaxClients && IsOurUser(fd)) {
+            m_clients.push_back({m_next_id++, fd, "", ""});
+        } else {
+            close(fd);
+        }
     }
-    m_clients.push_back({m_next_id++, fd, "", ""});
 }
 
 void LineServer::Read(Client* client) {
