@@ -1,4 +1,4 @@
-// Takes any bytes as a chart for the checker and both of its reports.
+// Takes any bytes as a chart for the checker and all of its reports.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -14,11 +14,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     auto subject = std::make_unique<check::Subject>("/proc/self/fd/" + std::to_string(file));
     if (!check::CheckChart(subject.get(), &why)) std::abort();
     close(file);
-    check::WriteText(*subject, true, &report);
+    check::WriteText(*subject, {.notes = true}, &report);
     check::WriteJson(*subject, &report);
+    check::WriteSarif(*subject, &report);
+    check::WriteGithub(*subject, true, &report);
     if (!IsUtf8(report)) std::abort();
     for (const check::Finding& finding : subject->findings.Kept()) {
-        if (finding.place.line < 1 || finding.place.column < 1) std::abort();
+        if (finding.place.line < 1 || finding.place.column < 1 || finding.character < 1 ||
+            finding.character > finding.place.column)
+            std::abort();
     }
     return 0;
 }

@@ -7,12 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "host/headless/headless.h"
-#include "platform/process.h"
 #include "platform/window/commandline.h"
 #include "shell/options.h"
 #include "shell/shell.h"
 #include "shell/winlist.h"
+#include "support/program.h"
 
 namespace {
 
@@ -48,8 +47,7 @@ std::string LineOfArguments(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    headless::Reset();  // otherwise log and queue grow from input to input
-    ResetPlatform();
+    test::ResetProgram();  // otherwise log and queue grow from input to input
     const std::string text(std::string(reinterpret_cast<const char*>(data), size).c_str());  // no NUL inside
     for (const int32_t nCopies : {0, 1, 3}) ScanLine(text, nCopies);
     ScanLine(LineOfArguments(text), 0);

@@ -10,6 +10,7 @@
 #include "host/headless/sound.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
+#include "support/program.h"
 
 namespace {
 
@@ -59,7 +60,7 @@ Action ActionOf(const fuzz::Charts& charts, uint8_t kind, uint8_t choice, int16_
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const fuzz::Charts charts;
     if (size == 0 || size > 1 + 4 * 200) return 0;
-    fuzz::FreshProgram();
+    test::ResetProgram();
     headless::KeepPicture(false);
     headless::RefuseSound(data[0] & 4 && data[0] & 8);
     uint64_t ms = 0;

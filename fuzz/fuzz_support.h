@@ -7,11 +7,6 @@
 #include <fstream>
 #include <string>
 
-#include "host/headless/headless.h"
-#include "host/host.h"
-#include "platform/process.h"
-#include "shell/shell.h"
-
 namespace fuzz {
 
 // A folder with small charts: two that play and one with only measure 0. Other names refer to no chart.
@@ -44,20 +39,5 @@ private:
 
     std::string folder_;
 };
-
-// Resets the system, the platform and the host to the state of a new process.
-inline void FreshProgram() {
-    Shutdown();
-    ResetPlatform();
-    host::Shutdown();
-    headless::Reset();
-    g_hWnd = nullptr;
-    g_bHost = g_bPlaying = 0;
-    g_bPaused = 1;
-    g_dwPauseTime = 0;
-    g_nStartMeasure = -1;
-    g_fSpeed = 1.0f;
-    g_TimeCaps = {};
-}
 
 }  // namespace fuzz

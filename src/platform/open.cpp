@@ -6,6 +6,7 @@
 #include "platform/files/lookup.h"
 #include "platform/files/stream.h"
 #include "platform/substitutes/door.h"
+#include "platform/watch.h"
 
 namespace {
 
@@ -27,10 +28,15 @@ int64_t SizeOf(FileStream* pFile) {
     return nSize;
 }
 
+std::string g_provided;   // the name that FileProvide was given
+SharedBytes g_pProvided;  // null: none
+
 }  // namespace
 
 FileStream* FileOpen(const char* pszPath, const char* pszMode) {
     if (!pszPath || !pszMode || std::strcmp(pszMode, "rb") != 0) return nullptr;
+    FileStream* pOrdered = nullptr;
+    if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     FileStream* pFile = TheDoor().HasMaker(pszPath) ? nullptr : OpenNamed(pszPath);
     if (!pFile) pFile = OpenMade(pszPath);
     if (!pFile || TheDoor().MayOpen(pszPath, SizeOf(pFile))) return pFile;
@@ -39,7 +45,15 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode) {
 }
 
 FileStream* FileOpenAsNamed(const char* pszPath) {
-    return pszPath ? OpenNamed(pszPath) : nullptr;
+    if (!pszPath) return nullptr;
+    FileStream* pOrdered = nullptr;
+    if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
+    return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
+}
+
+void FileProvide(const char* pszPath, SharedBytes pBytes) {
+    g_provided = pszPath;
+    g_pProvided = std::move(pBytes);
 }
 
 std::string FileFind(const char* pszPath) {

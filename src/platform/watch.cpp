@@ -1,3 +1,3 @@
 #include "platform/watch.h"
 
-PlatformWatch g_Watch;
+CallHook g_pfnCallHook;

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/bytes.h"
+#include "platform/watch.h"
 #include "sound/xaformat.h"
 
 namespace {
@@ -231,6 +232,7 @@ bool IsValidHeader(const BYTE* pHeader) {
 
 void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
     if (!pHeader || !pFormat || !IsValidHeader(pHeader)) return nullptr;
+    if (void* hXa; Hooked(&hXa, PlatformCall::kXaOpen)) return hXa;
     auto* pXa = new (std::nothrow) CXaDecoder();
     if (!pXa) return nullptr;
     pXa->m_nChannels = pHeader[XA_AT_CHANNELS];
@@ -256,6 +258,7 @@ void* xaDecodeOpen(const BYTE* pHeader, WAVEFORMATEX* pFormat) {
 int xaDecodeSize(void* hXa, DWORD nLength, DWORD* pnPcm) {
     if (pnPcm) *pnPcm = 0;
     if (!hXa || !pnPcm) return 0;
+    if (int nResult; Hooked(&nResult, PlatformCall::kXaSize, hXa)) return nResult;
     const auto* pXa = static_cast<const CXaDecoder*>(hXa);
     uint64_t nFrames = FramesOfData(*pXa, nLength);
     if (nLength == pXa->m_nDataLen && pXa->m_bPadded) --nFrames;
@@ -277,6 +280,7 @@ int xaDecodeConvert(void* hXa, XaConvertBlock* pBlock) {
     pBlock->nSrcUsed = 0;
     pBlock->nDstUsed = 0;
     if ((!pBlock->pSrc && pBlock->nSrcLen > 0) || (!pBlock->pDst && pBlock->nDstBufLen > 0)) return 0;
+    if (int nResult; Hooked(&nResult, PlatformCall::kXaConvert, hXa)) return nResult;
     auto* pXa = static_cast<CXaDecoder*>(hXa);
     XaSpans spans = {pBlock->pSrc, pBlock->nSrcLen, pBlock->pDst, pBlock->nDstBufLen};
     bool bGood = pBlock->nSrcLen > 0 ? ConvertBlocks(pXa, &spans) : Flush(pXa, &spans);

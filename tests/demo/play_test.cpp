@@ -17,11 +17,10 @@
 namespace {
 
 constexpr int kEnter = 13, kEsc = 27, kSpace = 32;
-constexpr int kLastNoteChannel = 0x29;
 
 struct Record {
     int32_t time;  // ms of the chart
-    int slot;
+    size_t slot;
 };
 
 struct Content {
@@ -42,58 +41,40 @@ struct Course {
     std::vector<Record> records;  // in order of time
     std::vector<Content> contents = std::vector<Content>(SOUND_SLOTS);
     std::vector<Happening> happenings;
-    std::set<uint64_t> fields;  // the different looks of the picture field
+    std::set<std::vector<uint32_t>> looks;  // at a column of the picture field
     headless::SoundCapture sound;
 };
 
-// All that the chart names has come, and no record is without its sound.
-void ExpectAllFound() {
-    int sounds = 0, pictures = 0;
-    for (int i = 0; i < SOUND_SLOTS; ++i) {
-        const CDSBuffer* sound = g_pDSound->m_pSlot[i];
-        const bool named = g_pBMS->m_aszWav[i][0] != 0, drawn = g_pBMS->m_aszBmp[i][0] != 0;
-        EXPECT_EQ(sound != nullptr && sound->m_pDSB != nullptr, named) << i;
-        EXPECT_EQ(g_pDDraw->m_apDib[i] != nullptr, drawn) << i;
-        sounds += named;
-        pictures += drawn;
-    }
-    EXPECT_GT(sounds, 60);
-    EXPECT_GT(pictures, 15);
-    for (int i = 0; i < g_nNoteCount; ++i) EXPECT_NE(g_pNoteList[i].pObject, nullptr) << i;
-    for (int i = 0; i < g_nBgmCount; ++i) EXPECT_NE(g_pBgmList[i].pObject, nullptr) << i;
-}
-
-// The picture field of the window as it is now, as one number.
-uint64_t FieldHash() {
-    const headless::Picture& shown = headless::ShownPicture();
-    uint64_t hash = 14695981039346656037u;
-    for (int y = 1; y < 257; ++y) {
-        for (int x = 195; x < 451; ++x)
-            hash = (hash ^ shown.pixels[static_cast<size_t>(y) * shown.width + x]) * 1099511628211u;
-    }
-    return hash;
-}
-
-void TakeRecords(const BmsEvent* list, int count, Course* run) {
-    for (int i = 0; i < count; ++i) {
-        if (list[i].nChannel > kLastNoteChannel) continue;  // the invisible ones make no sound
-        CDSBuffer** const end = g_pDSound->m_pSlot + SOUND_SLOTS;
-        CDSBuffer** const slot = std::find(g_pDSound->m_pSlot, end, list[i].pObject);
-        ASSERT_NE(slot, end) << i;
-        run->records.push_back({list[i].nTime, static_cast<int>(slot - g_pDSound->m_pSlot)});
-    }
-}
-
+// All that the chart names has come. Only the invisible notes make no sound.
 void TakeChart(Course* run) {
-    TakeRecords(g_pBgmList, g_nBgmCount, run);
-    TakeRecords(g_pNoteList, g_nNoteCount, run);
+    for (size_t i = 0; i < SOUND_SLOTS; ++i) {
+        const CDSBuffer* sound = g_pDSound->m_pSlot[i];
+        EXPECT_EQ(sound && sound->m_pDSB, g_pBMS->m_aszWav[i][0] != 0) << i;
+        EXPECT_EQ(g_pDDraw->m_apDib[i] != nullptr, g_pBMS->m_aszBmp[i][0] != 0) << i;
+        if (sound) run->contents[i] = {sound->m_wfx, Contents(sound->m_pDSB)};
+    }
+    const auto take = [run](const BmsEvent* list, int count) {
+        for (int i = 0; i < count; ++i) {
+            CDSBuffer** const slots = g_pDSound->m_pSlot;
+            const auto slot = static_cast<size_t>(
+                std::find(slots, slots + SOUND_SLOTS, static_cast<CDSBuffer*>(list[i].pObject)) - slots);
+            ASSERT_LT(slot, static_cast<size_t>(SOUND_SLOTS)) << i;
+            if (list[i].nChannel <= 0x29) run->records.push_back({list[i].nTime, slot});
+        }
+    };
+    take(g_pBgmList, g_nBgmCount);
+    take(g_pNoteList, g_nNoteCount);
     std::stable_sort(run->records.begin(), run->records.end(),
                      [](const Record& a, const Record& b) { return a.time < b.time; });
-    for (int i = 0; i < SOUND_SLOTS; ++i) {
-        CDSBuffer* sound = g_pDSound->m_pSlot[i];
-        if (sound == nullptr) continue;
-        run->contents[static_cast<size_t>(i)] = {sound->m_wfx, Contents(sound->m_pDSB)};
-    }
+}
+
+void TakeLook(Course* run) {
+    const headless::Picture& shown = headless::ShownPicture();
+    std::vector<uint32_t> column;
+    for (int x : {230, 323, 400})
+        for (int y = 1; y < 257; ++y)
+            column.push_back(shown.pixels[static_cast<size_t>(y) * shown.width + static_cast<size_t>(x)]);
+    run->looks.insert(column);
 }
 
 struct Press {
@@ -103,9 +84,9 @@ struct Press {
 };
 
 void PlayDemo(const std::vector<Press>& presses, uint64_t end_ms, Course* run) {
-    headless::Script script = {{500, headless::Call([run] { TakeChart(run), ExpectAllFound(); })}};
+    headless::Script script = {{500, headless::Call([run] { TakeChart(run); })}};
     for (uint64_t ms = 2000; ms < std::min<uint64_t>(end_ms, 38'001); ms += 500)
-        script.push_back({ms, headless::Call([run] { run->fields.insert(FieldHash()); })});
+        script.push_back({ms, headless::Call([run] { TakeLook(run); })});
     for (const Press& press : presses) {
         script.push_back({press.ms, headless::Call([run, press] {
                               run->happenings.push_back({press.act, headless::Clock(), 0});
@@ -118,19 +99,18 @@ void PlayDemo(const std::vector<Press>& presses, uint64_t end_ms, Course* run) {
     options.prepare = [run] {
         headless::OnFrame([run](const headless::Frame&) {
             const uint32_t chart_time = static_cast<uint32_t>(g_dwSeekTime) - g_dwStartTime + g_dwNowTime;
-            if (!g_bPaused)
-                run->happenings.push_back(
-                    {Act::kFrame, uint64_t{g_dwNowTime} * 1'000'000, static_cast<int32_t>(chart_time)});
+            if (g_bPaused) return;
+            run->happenings.push_back(
+                {Act::kFrame, uint64_t{g_dwNowTime} * 1'000'000, static_cast<int32_t>(chart_time)});
         });
     };
     const std::string path = test::TempFolder::Backslashes(LUMETRA_DEMO_FOLDER "/demo.bms");
     const test::RunResult result = test::RunProgram("-P -D " + path, script, options);
     EXPECT_EQ(result.exit_code, 0);
-    EXPECT_TRUE(result.faults.empty()) << result.faults.front();
-    EXPECT_TRUE(result.boxes.empty());
+    EXPECT_TRUE(result.faults.empty() && result.boxes.empty());
     EXPECT_EQ(result.log, "-P Option ON\n");
     run->sound = headless::Sound();
-    // What lies behind the key that ends the program is no chart's sound any more.
+    // What follows the key that ends the program is no chart's sound any more.
     const auto end = headless::SoundFrame(headless::kClockOrigin + end_ms * 1'000'000) - run->sound.first;
     ASSERT_LE(static_cast<size_t>(2 * end), run->sound.samples.size());
     run->sound.samples.resize(static_cast<size_t>(2 * end));
@@ -141,8 +121,7 @@ std::vector<float> HearAlone(const Content& content) {
     headless::Reset();
     IDirectSound* device = nullptr;
     EXPECT_EQ(DirectSoundCreate(nullptr, &device, nullptr), DS_OK);
-    const DSBUFFERDESC desc = {sizeof(DSBUFFERDESC), 0, static_cast<DWORD>(content.bytes.size()), 0,
-                               &content.format};
+    const DSBUFFERDESC desc = Describe(&content.format, static_cast<DWORD>(content.bytes.size()), 0);
     IDirectSoundBuffer* buffer = nullptr;
     EXPECT_EQ(device->CreateSoundBuffer(&desc, &buffer, nullptr), DS_OK);
     void* part = nullptr;
@@ -159,84 +138,54 @@ std::vector<float> HearAlone(const Content& content) {
     return heard;
 }
 
-// Adds up what is to be heard. Slots have one voice: starting it cuts it off.
-class Reckoning {
-public:
-    explicit Reckoning(const Course& run) : m_run(run), m_voices(SOUND_SLOTS) {
-        m_expected.assign(run.sound.samples.size(), 0.0f);
-        for (size_t i = 0; i < SOUND_SLOTS; ++i)
-            if (!run.contents[i].bytes.empty()) m_voices[i].alone = HearAlone(run.contents[i]);
+// A slot's one voice: starting it again cuts it off.
+struct Voice {
+    static constexpr size_t kIdle = SIZE_MAX / 4;
+    std::vector<float> alone;
+    size_t at = kIdle, since = 0;  // at: the place in `alone` that it has at the output's sample `since`
+
+    // Adds what the voice has given up to a sample; it stands still from there.
+    void Cut(std::vector<float>* sum, size_t until) {
+        for (; since < until && at < alone.size(); ++since, ++at) (*sum)[since] += alone[at];
+        since = until;
     }
-
-    void Follow() {
-        for (const Happening& happening : m_run.happenings) {
-            const int64_t frame = headless::SoundFrame(happening.clock) - m_run.sound.first;
-            switch (happening.act) {
-                case Act::kFrame:
-                    for (;
-                         m_next < m_run.records.size() && m_run.records[m_next].time <= happening.chart_time;
-                         ++m_next, ++m_started)
-                        Start(m_run.records[m_next].slot, frame);
-                    break;
-                case Act::kPause:
-                    for (Voice& voice : m_voices) Cut(&voice, frame);
-                    break;
-                case Act::kResume:
-                    for (Voice& voice : m_voices) voice.since = frame;
-                    break;
-                case Act::kRestart:
-                    for (Voice& voice : m_voices) Cut(&voice, frame), voice.at = kIdle;
-                    m_next = 0;
-                    break;
-            }
-        }
-        for (Voice& voice : m_voices) Cut(&voice, static_cast<int64_t>(m_expected.size() / 2));
-    }
-
-    const std::vector<float>& Expected() const { return m_expected; }
-    size_t Started() const { return m_started; }
-
-private:
-    static constexpr int64_t kIdle = INT64_MAX / 4;
-    struct Voice {
-        std::vector<float> alone;
-        int64_t at = kIdle, since = 0;  // at: the place in `alone` that it has at the output's frame `since`
-    };
-
-    void Start(int slot, int64_t frame) {
-        Voice& voice = m_voices[static_cast<size_t>(slot)];
-        Cut(&voice, frame);
-        voice.at = 0;
-    }
-
-    // Adds what the voice has given up to a frame; it stands still from there.
-    void Cut(Voice* voice, int64_t frame) {
-        const auto length = static_cast<int64_t>(voice->alone.size() / 2);
-        for (int64_t i = 2 * voice->since; i < 2 * frame && voice->at < length; i += 2, ++voice->at) {
-            m_expected[static_cast<size_t>(i)] += voice->alone[static_cast<size_t>(2 * voice->at)];
-            m_expected[static_cast<size_t>(i + 1)] += voice->alone[static_cast<size_t>(2 * voice->at + 1)];
-        }
-        voice->since = frame;
-    }
-
-    const Course& m_run;
-    std::vector<Voice> m_voices;
-    std::vector<float> m_expected;
-    size_t m_next = 0, m_started = 0;
 };
 
-// The number of records that have begun.
+// Compares the run with what it comes to; the number of records that have begun.
 size_t ExpectAsReckoned(const Course& run) {
-    Reckoning reckoning(run);
-    reckoning.Follow();
-    const std::vector<float>& expected = reckoning.Expected();
-    for (size_t i = 0; i < expected.size(); ++i) {
-        if (std::abs(expected[i] - run.sound.samples[i]) < 1e-5f) continue;
-        ADD_FAILURE() << "frame " << i / 2 << " side " << i % 2 << ": " << run.sound.samples[i] << ", not "
-                      << expected[i];
+    const std::vector<float>& heard = run.sound.samples;
+    std::vector<Voice> voices(SOUND_SLOTS);
+    for (size_t i = 0; i < SOUND_SLOTS; ++i)
+        if (!run.contents[i].bytes.empty()) voices[i].alone = HearAlone(run.contents[i]);
+    std::vector<float> sum(heard.size());
+    size_t next = 0, started = 0;
+    for (const Happening& happening : run.happenings) {
+        const auto sample =
+            static_cast<size_t>(2 * (headless::SoundFrame(happening.clock) - run.sound.first));
+        if (happening.act == Act::kFrame) {
+            for (; next < run.records.size() && run.records[next].time <= happening.chart_time; ++next) {
+                voices[run.records[next].slot].Cut(&sum, sample);
+                voices[run.records[next].slot].at = 0;
+                ++started;
+            }
+            continue;
+        }
+        for (Voice& voice : voices) {
+            if (happening.act == Act::kResume)
+                voice.since = sample;
+            else
+                voice.Cut(&sum, sample);
+            if (happening.act == Act::kRestart) voice.at = Voice::kIdle;
+        }
+        if (happening.act == Act::kRestart) next = 0;
+    }
+    for (Voice& voice : voices) voice.Cut(&sum, sum.size());
+    for (size_t i = 0; i < sum.size(); ++i) {
+        if (std::abs(sum[i] - heard[i]) < 1e-5f) continue;
+        ADD_FAILURE() << "sample " << i << ": " << heard[i] << ", not " << sum[i];
         break;
     }
-    return reckoning.Started();
+    return started;
 }
 
 TEST(DemoOnsets, EveryRecordBeginsInTheFrameThatTheClockSays) {
@@ -244,15 +193,10 @@ TEST(DemoOnsets, EveryRecordBeginsInTheFrameThatTheClockSays) {
     ASSERT_NO_FATAL_FAILURE(PlayDemo({}, 42'000, &run));
     EXPECT_GT(run.records.size(), 500u);
     EXPECT_EQ(ExpectAsReckoned(run), run.records.size());
-    EXPECT_GT(run.fields.size(), 40u) << "of 73 looks at the pictures few differ";
-
+    EXPECT_GT(run.looks.size(), 40u) << "of 73 looks at the pictures few differ";
     float peak = 0;
     for (float x : run.sound.samples) peak = std::max(peak, std::abs(x));
-    EXPECT_LT(peak, 0.97f);
-    EXPECT_GT(peak, 0.7f);
-    int64_t first = 0;
-    while (first < run.sound.End() && std::abs(run.sound.At(first, 0)) < 0.002f) ++first;
-    EXPECT_NEAR(static_cast<double>(first) / run.sound.rate, 1.0, 0.06);
+    EXPECT_NEAR(peak, 0.83f, 0.14f);
 }
 
 TEST(DemoOnsets, PauseResumeAndRestartLoseAndRepeatNothing) {

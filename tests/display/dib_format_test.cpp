@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "display/dib_support.h"
+#include "support/calls.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 
 #include "display/ddraw.h"
 #include "display/dib.h"
-#include "platform/graphics/directdraw_test.h"
 #include "support/bmp_writer.h"
+#include "support/calls.h"
 #include "support/tempfolder.h"
 
 namespace test {
@@ -37,10 +37,13 @@ protected:
         return m_display.DrawDibSlot(1, &dest, &source, 4);
     }
     void ExpectLayer(const PixelValue& color) const {
-        for (int y = 0; y < kLayerSide; ++y)
-            for (int x = 0; x < kLayerSide; ++x) ASSERT_EQ(At(x, y), color(x, y)) << x << " " << y;
+        const PixelView layer = Pixels(m_display.m_apParts[4]);
+        for (int y = 0; y < kLayerSide; ++y) {
+            const uint32_t* row = layer.pPixels + static_cast<size_t>(y) * layer.nStride;
+            for (int x = 0; x < kLayerSide; ++x) ASSERT_EQ(row[x], color(x, y)) << x << " " << y;
+        }
     }
-    uint32_t At(int x, int y) const { return directdraw_test::PixelAt(m_display.m_apParts[4], x, y); }
+    uint32_t At(int x, int y) const { return test::PixelAt(m_display.m_apParts[4], x, y); }
 
     TempFolder m_folder;
     CDDraw m_display;

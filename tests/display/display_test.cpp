@@ -2,16 +2,14 @@
 #include <gtest/gtest.h>
 
 #include "display/ddraw.h"
-#include "platform/graphics/directdraw_test.h"
 #include "platform/graphics/gdi.h"
 #include "platform/timer.h"
 #include "platform/window/window.h"
 #include "playback/layout.h"
+#include "support/calls.h"
 #include "support/program.h"
 
 namespace {
-
-using directdraw_test::Step;
 
 class Display : public testing::Test {
 protected:
@@ -31,7 +29,7 @@ protected:
         ASSERT_NE(m_hWnd, nullptr);
     }
     void TearDown() override {
-        directdraw_test::FailNone();
+        test::ForgetCalls();
         DestroyWindow(m_hWnd);
         test::ResetProgram();
     }
@@ -72,26 +70,26 @@ protected:
 
 TEST_F(Display, EachFailureOfTheStartHasItsBox) {
     const struct {
-        Step eStep;
+        test::Call eStep;
         int nPasses;
         const char* pszText;
     } rows[] = {
-        {Step::kCreate, 0, "DirectDrawInitError."},
-        {Step::kCooperativeLevel, 0, "DirectDrawSetCoopError."},
-        {Step::kCreatePrimary, 0, "CreateFrontError"},
-        {Step::kSurfaceDesc, 0, "GetFrontDescError"},
-        {Step::kCreateSurface, 0, "CreateBackError"},
-        {Step::kSurfaceDesc, 1, "GetBackDescError"},
+        {test::Call::kDirectDrawCreate, 0, "DirectDrawInitError."},
+        {test::Call::kDisplayLevel, 0, "DirectDrawSetCoopError."},
+        {test::Call::kCreatePrimary, 0, "CreateFrontError"},
+        {test::Call::kSurfaceDesc, 0, "GetFrontDescError"},
+        {test::Call::kCreateSurface, 0, "CreateBackError"},
+        {test::Call::kSurfaceDesc, 1, "GetBackDescError"},
     };
     for (const auto& row : rows) {
         const size_t nBoxes = headless::Boxes().size();
-        const int nLive = directdraw_test::LiveObjects();
+        const int nLive = test::LiveSurfaces();
         {
             CDDraw display;
-            directdraw_test::FailNext(row.eStep, row.nPasses);
+            test::Order(row.eStep, E_FAIL, row.nPasses);
             EXPECT_EQ(display.Init(m_hWnd, 10, 20, kWidth, kHeight), 1);
         }
-        EXPECT_EQ(directdraw_test::LiveObjects(), nLive) << row.pszText;
+        EXPECT_EQ(test::LiveSurfaces(), nLive) << row.pszText;
         ASSERT_EQ(headless::Boxes().size(), nBoxes + 1) << row.pszText;
         EXPECT_EQ(headless::Boxes().back().text, row.pszText);
         EXPECT_EQ(headless::Boxes().back().caption, "ERROR!");
@@ -99,7 +97,7 @@ TEST_F(Display, EachFailureOfTheStartHasItsBox) {
     }
     CDDraw display;
     EXPECT_EQ(display.Init(m_hWnd, 10, 20, kWidth, kHeight), 0);
-    directdraw_test::FailNext(Step::kCreateSurface);
+    test::Order(test::Call::kCreateSurface, E_FAIL);
     EXPECT_EQ(display.CreateParts(4, 256, 256), 1);
     EXPECT_EQ(headless::Boxes().back().text, "CreatePartsError");
     EXPECT_EQ(headless::Boxes().back().caption, "ERROR!");
@@ -135,21 +133,21 @@ TEST_F(Display, PartsAreReplacedFilledAndMissing) {
     ASSERT_EQ(display.CreateParts(4, 30, 20), 0);
     EXPECT_EQ(display.ClearParts(4, 0x00010203), DD_OK);
     EXPECT_EQ(display.BltBack(11, 12, nullptr, 4), DD_OK);
-    EXPECT_EQ(directdraw_test::PixelAt(display.m_pBack, 40, 31), 0x010203u);
-    EXPECT_EQ(directdraw_test::PixelAt(display.m_pBack, 41, 31), 0u);
+    EXPECT_EQ(test::PixelAt(display.m_pBack, 40, 31), 0x010203u);
+    EXPECT_EQ(test::PixelAt(display.m_pBack, 41, 31), 0u);
     ASSERT_EQ(display.CreateParts(4, 30, 20), 0);  // blank again
     EXPECT_EQ(display.BltBackKey(11, 12, nullptr, 4), DD_OK);
-    EXPECT_EQ(directdraw_test::PixelAt(display.m_pBack, 11, 12), 0x010203u);
+    EXPECT_EQ(test::PixelAt(display.m_pBack, 11, 12), 0x010203u);
     EXPECT_EQ(display.BltBack(11, 12, nullptr, 4), DD_OK);
-    EXPECT_EQ(directdraw_test::PixelAt(display.m_pBack, 11, 12), 0u);
+    EXPECT_EQ(test::PixelAt(display.m_pBack, 11, 12), 0u);
 
     ASSERT_EQ(display.CreateParts(PARTS_SPRITES, SPRITES_WIDTH, SPRITES_HEIGHT), 0);
     const HBITMAP hBitmap = LoadBitmapA(GetProgramModule(), BITMAP_SPRITES);
     ASSERT_NE(hBitmap, nullptr);
     EXPECT_EQ(display.LoadParts(hBitmap, SPRITES_WIDTH, SPRITES_HEIGHT, PARTS_SPRITES), 0);
     EXPECT_EQ(DeleteObject(hBitmap), 1);  // nothing holds it any more
-    EXPECT_EQ(directdraw_test::PixelAt(display.m_apParts[PARTS_SPRITES], 2, 27), 0xFFFFFFu);
-    EXPECT_EQ(directdraw_test::PixelAt(display.m_apParts[PARTS_SPRITES], 63, 47), 0xFF00FFu);
+    EXPECT_EQ(test::PixelAt(display.m_apParts[PARTS_SPRITES], 2, 27), 0xFFFFFFu);
+    EXPECT_EQ(test::PixelAt(display.m_apParts[PARTS_SPRITES], 63, 47), 0xFF00FFu);
 }
 
 TEST_F(Display, PresentShowsWhatLiesOnTheDesktop) {

@@ -4,27 +4,27 @@
 #include <vector>
 
 #include "platform/graphics/directdraw.h"
-#include "platform/graphics/directdraw_test.h"
 #include "platform/graphics/gdi.h"
 #include "platform/graphics/gdi_object.h"
 #include "platform/graphics/surface_copy.h"
+#include "support/calls.h"
 
 namespace {
 
-using directdraw_test::PixelAt;
+using test::PixelAt;
 constexpr DWORD kPlain = DDBLTFAST_WAIT, kKeyed = DDBLTFAST_WAIT | DDBLTFAST_SRCCOLORKEY;
 
 class Surfaces : public testing::Test {
 protected:
     void SetUp() override {
-        m_nLive = directdraw_test::LiveObjects();
+        m_nLive = test::LiveSurfaces();
         ASSERT_EQ(DirectDrawCreateEx(nullptr, &m_pDD, IID_IDirectDraw7, nullptr), DD_OK);
         ASSERT_EQ(m_pDD->SetCooperativeLevel(nullptr, DDSCL_NORMAL), DD_OK);
     }
     void TearDown() override {
         for (IDirectDrawSurface7* pSurface : m_surfaces) pSurface->Release();
         m_pDD->Release();
-        EXPECT_EQ(directdraw_test::LiveObjects(), m_nLive);
+        EXPECT_EQ(test::LiveSurfaces(), m_nLive);
     }
     static DDSURFACEDESC2 Offscreen(DWORD nWidth, DWORD nHeight) {
         DDSURFACEDESC2 desc = {};

@@ -3,16 +3,15 @@
 
 #include "sound/sound_support.h"
 
-using directsound_test::Call;
-using directsound_test::FailNext;
-
 namespace {
+
+using test::Call;
 
 class Device : public SoundTest {
 protected:
     void SetUp() override {  // without a device
         headless::Reset();
-        directsound_test::FailNothing();
+        test::ForgetCalls();
     }
 };
 
@@ -56,11 +55,11 @@ TEST_F(Device, FormatSilenceAndOperations) {
         EXPECT_EQ(device.StopSilentBuffer(), 0);
         EXPECT_EQ(Status(device.m_pSilent), 0u);
         EXPECT_EQ(device.PlaySilentBuffer(), 0);
-        FailNext(Call::kPlay, DSERR_BUFFERLOST);
+        test::Order(Call::kPlay, DSERR_BUFFERLOST);
         EXPECT_EQ(device.PlaySilentBuffer(), 1);
-        FailNext(Call::kStop, DSERR_INVALIDCALL);
+        test::Order(Call::kStop, DSERR_INVALIDCALL);
         EXPECT_EQ(device.StopSilentBuffer(), 1);
-        FailNext(Call::kCompact, DSERR_PRIOLEVELNEEDED);
+        test::Order(Call::kCompact, DSERR_PRIOLEVELNEEDED);
         EXPECT_EQ(device.Compact(), 1);
     }
     EXPECT_EQ(headless::Log(), "");
@@ -75,8 +74,8 @@ TEST_F(Device, InitFailures) {
         const char* log;
         bool device, primary, silent;
     } rows[] = {
-        {Call::kCreate, 0, 1, "", false, false, false},
-        {Call::kSetCooperativeLevel, 0, 2, "", true, false, false},
+        {Call::kDirectSoundCreate, 0, 1, "", false, false, false},
+        {Call::kSoundLevel, 0, 2, "", true, false, false},
         {Call::kCreateSoundBuffer, 0, 3, "", true, false, false},
         {Call::kSetFormat, 0, 4, "", true, true, false},
         {Call::kCreateSoundBuffer, 1, 5, kCreate, true, true, false},
@@ -86,9 +85,9 @@ TEST_F(Device, InitFailures) {
     };
     for (const auto& row : rows) {
         headless::Reset();
-        directsound_test::FailNothing();
+        test::ForgetCalls();
         CDSound device;
-        FailNext(row.call, DSERR_OUTOFMEMORY, row.skip);
+        test::Order(row.call, DSERR_OUTOFMEMORY, row.skip);
         EXPECT_EQ(device.Init(nullptr, 1), row.result);
         EXPECT_EQ(headless::Log(), row.log);
         EXPECT_EQ(device.m_pDS != nullptr, row.device) << row.result;
@@ -106,11 +105,11 @@ TEST_F(Device, InitFailures) {
 TEST_F(Device, SilentBufferIsReplaced) {
     CDSound device;
     ASSERT_EQ(device.Init(nullptr, 1), 0);
-    const int live = directsound_test::LiveBuffers();
+    const int live = test::LiveBuffers();
     EXPECT_EQ(device.CreateSilentBuffer(3), 0);
-    EXPECT_EQ(directsound_test::LiveBuffers(), live);
+    EXPECT_EQ(test::LiveBuffers(), live);
     EXPECT_EQ(Contents(device.m_pSilent).size(), 529200u);
-    FailNext(Call::kCreateSoundBuffer, DSERR_BADFORMAT);
+    test::Order(Call::kCreateSoundBuffer, DSERR_BADFORMAT);
     EXPECT_EQ(device.CreateSilentBuffer(2), 1);
     EXPECT_EQ(headless::Log(), "HRESULT->DSERR_BADFORMAT\nCDSound::CreateSilentBuffer CreateDSBError\n");
     EXPECT_EQ(device.m_pSilent, nullptr);
@@ -120,7 +119,7 @@ TEST_F(Device, SilentBufferIsReplaced) {
 TEST_F(Device, TermDestroysTheSounds) {
     CDSound device;
     ASSERT_EQ(device.Init(nullptr, 1), 0);
-    const int live = directsound_test::LiveBuffers();
+    const int live = test::LiveBuffers();
     test::TempFolder folder;
     const std::string path = folder.Write("a.wav", test::SquareWav(4410));
     for (int slot : {0, 1, 575}) {
@@ -129,10 +128,10 @@ TEST_F(Device, TermDestroysTheSounds) {
         EXPECT_EQ(device.m_pSlot[slot]->Load(0), 0);
         EXPECT_EQ(device.m_pSlot[slot]->Play(), 0);
     }
-    EXPECT_EQ(directsound_test::LiveBuffers(), live + 3);  // each slot has a copy of its own
+    EXPECT_EQ(test::LiveBuffers(), live + 3);  // each slot has a copy of its own
     EXPECT_EQ(device.Term(), 0);
     for (CDSBuffer* slot : device.m_pSlot) EXPECT_EQ(slot, nullptr);
-    EXPECT_EQ(directsound_test::LiveBuffers(), 0);
+    EXPECT_EQ(test::LiveBuffers(), 0);
 }
 
 }  // namespace

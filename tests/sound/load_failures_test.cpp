@@ -1,9 +1,6 @@
 // Every way in which a load can fail: what the log says, and what is left.
 #include "sound/sound_support.h"
 
-using DsCall = directsound_test::Call;
-using faults::Call;
-
 namespace soundtest {
 namespace {
 
@@ -19,10 +16,10 @@ protected:
     template <class Load>
     std::string FailedLoad(const std::string& file, const Failure& fail, Load load) {
         Make(file);
-        OrderNoFailures();
+        test::ForgetCalls();
         fail();
         const std::string log = LogOf([&] { EXPECT_EQ(load(*m_sound), 1); });
-        OrderNoFailures();
+        test::ForgetCalls();
         return log;
     }
 
@@ -44,7 +41,7 @@ protected:
         EXPECT_EQ(m_sound->Play(), buffer && (open || stream == 0) ? 0 : 1);
         m_sound->PlayCurrent(0, 0);
         m_sound->StreamPlay();
-        EXPECT_EQ(faults::Calls(Call::kMmioRead) + faults::Calls(Call::kFileRead) > 0, open);
+        EXPECT_EQ(test::Calls(Call::kMmioRead) + test::Calls(Call::kFileRead) > 0, open);
         EXPECT_EQ(LogOf([&] { m_sound->Term(); }), "");  // nothing that it cannot close
         EXPECT_EQ(Held(*m_sound), "");
         if (!xa) return;
@@ -73,13 +70,13 @@ TEST_F(LoadFailures, WholeWav) {
         {line + "ACM SUGGEST ERROR\n", Fail(Call::kAcmFormatSuggest, 1), ""},
         {line + "ACM OPEN ERROR\n", Fail(Call::kAcmStreamOpen, 1), ""},
         {line + "Size(s2d)Get Error\n", Fail(Call::kAcmStreamSize, 1), "converter "},
-        {kNoCaps + line + "DSBCreateError\n", Fail(DsCall::kGetCaps, kFailed), "converter buffer "},
-        {line + "LockError\n", Fail(DsCall::kLock, kFailed), "converter buffer "},
-        {line + "LockError\n", Fail(DsCall::kLock, DSERR_BUFFERLOST, 2), "converter buffer "},
+        {kNoCaps + line + "DSBCreateError\n", Fail(Call::kGetCaps, kFailed), "converter buffer "},
+        {line + "LockError\n", Fail(Call::kLock, kFailed), "converter buffer "},
+        {line + "LockError\n", Fail(Call::kLock, DSERR_BUFFERLOST, 0, 2), "converter buffer "},
         {line + "PrepareError\n", Fail(Call::kAcmPrepare, 1), "converter buffer ", 's'},
         {line + "ConvertError\n", Fail(Call::kAcmConvert, 1), "converter buffer ", 's'},
         {line + "UnprepareError\n", Fail(Call::kAcmUnprepare, 1), "converter buffer ", 'd'},
-        {line + "UnlockError\n", Fail(DsCall::kUnlock, kFailed), "converter buffer ", 'd'},
+        {line + "UnlockError\n", Fail(Call::kUnlock, kFailed), "converter buffer ", 'd'},
     };
     for (const Row& row : rows) Check(row, test::Wav(m_samples, {1, 8000}), 0);
 }
@@ -89,9 +86,9 @@ TEST_F(LoadFailures, StreamedWav) {
     const Row rows[] = {
         {line + "Size(d2s)Get Error\n", Fail(Call::kAcmStreamSize, 1, 1), "converter "},
         {line + "Size(s2d)Get Error\n", Fail(Call::kAcmStreamSize, 1, 2), "converter "},
-        {kNoBuffer + line + "DSBCreateError(Stream)\n", Fail(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT, 2),
+        {kNoBuffer + line + "DSBCreateError(Stream)\n", Fail(Call::kCreateSoundBuffer, DSERR_BADFORMAT, 0, 2),
          "converter "},
-        {kNoCaps + line + "DSBCreateError(Stream)\n", Fail(DsCall::kGetCaps, kFailed), "converter buffer "},
+        {kNoCaps + line + "DSBCreateError(Stream)\n", Fail(Call::kGetCaps, kFailed), "converter buffer "},
         {"CDSBuffer::StreamUpdateWav ReadError\n" + line + "StreamUpdateError\n",
          Fail(Call::kMmioRead, -1, 1), "file format source pcm converter buffer "},
     };
@@ -103,12 +100,12 @@ TEST_F(LoadFailures, WholeXa) {
     const Row rows[] = {
         {line + "DecodeOpenError\n", Fail(Call::kXaOpen, 0), ""},
         {line + "DecodeSizeError\n", Fail(Call::kXaSize, 0), "converter "},
-        {kNoBuffer + line + "DSBCreateError\n", Fail(DsCall::kCreateSoundBuffer, DSERR_BADFORMAT, 2),
+        {kNoBuffer + line + "DSBCreateError\n", Fail(Call::kCreateSoundBuffer, DSERR_BADFORMAT, 0, 2),
          "converter "},
-        {line + "LockError\n", Fail(DsCall::kLock, kFailed), "converter buffer "},
-        {line + "LockError\n", Fail(DsCall::kLock, DSERR_BUFFERLOST, 2), "converter buffer "},
+        {line + "LockError\n", Fail(Call::kLock, kFailed), "converter buffer "},
+        {line + "LockError\n", Fail(Call::kLock, DSERR_BUFFERLOST, 0, 2), "converter buffer "},
         {line + "Convert\n", Fail(Call::kXaConvert, 0), "converter buffer "},
-        {"HRESULT->DSERR_INVALIDCALL\n" + line + "UnlockError\n", Fail(DsCall::kUnlock, DSERR_INVALIDCALL),
+        {"HRESULT->DSERR_INVALIDCALL\n" + line + "UnlockError\n", Fail(Call::kUnlock, DSERR_INVALIDCALL),
          "converter buffer "},
     };
     for (const Row& row : rows) Check(row, XaFile(m_samples, 1, 8000), 0);
@@ -117,7 +114,7 @@ TEST_F(LoadFailures, WholeXa) {
 TEST_F(LoadFailures, StreamedXa) {
     const std::string line = "CDSBuffer::LoadXA ";
     const Row rows[] = {
-        {kNoCaps + line + "DSBCreateError(Stream)\n", Fail(DsCall::kGetCaps, kFailed), "converter buffer "},
+        {kNoCaps + line + "DSBCreateError(Stream)\n", Fail(Call::kGetCaps, kFailed), "converter buffer "},
         {"CDSBuffer::StreamUpdateXA ConvertError\n" + line + "StreamUpdateError\n", Fail(Call::kXaConvert, 0),
          "file source pcm converter buffer "},
     };

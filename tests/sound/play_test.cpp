@@ -1,9 +1,6 @@
 // The operations on a loaded sound.
 #include "sound/sound_support.h"
 
-using directsound_test::Call;
-using directsound_test::FailNext;
-
 namespace soundtest {
 namespace {
 
@@ -67,26 +64,20 @@ TEST_F(Play, NothingLoaded) {
 }
 
 TEST_F(Play, AtMostFourCalls) {
-    const auto calls = [] {
-        int sum = 0;
-        for (int i = 0; i < static_cast<int>(Call::kCount); ++i)
-            sum += directsound_test::Calls(static_cast<Call>(i));
-        return sum;
-    };
-    const int before = calls(), volumes = directsound_test::Calls(Call::kSetVolume);
+    const int before = test::Calls(), volumes = test::Calls(Call::kSetVolume);
     EXPECT_EQ(m_sound->Play(), 0);
-    const int first = calls();
+    const int first = test::Calls();
     EXPECT_EQ(m_sound->Play(), 0);
     EXPECT_EQ(first - before, 3);  // status, cursor, play
-    EXPECT_EQ(calls() - first, 4);
-    EXPECT_EQ(directsound_test::Calls(Call::kSetVolume), volumes);
+    EXPECT_EQ(test::Calls() - first, 4);
+    EXPECT_EQ(test::Calls(Call::kSetVolume), volumes);
 }
 
 TEST_F(Play, Failures) {
     const auto fails = [&](Call call, HRESULT result, auto action) {
-        FailNext(call, result);
+        test::Order(call, result);
         const int given = action();
-        directsound_test::FailNothing();
+        test::ForgetCalls();
         return given;
     };
     CDSBuffer& s = *m_sound;
@@ -171,9 +162,9 @@ TEST_F(Play, OnlyOneLoops) {
 TEST_F(Play, FadeTakesSixSteps) {
     const double gains[] = {1, 0.1, 0.01, 0.001, 0.0001, 0};
     m_sound->PlayCurrent(1, 0);
-    const int volumes = directsound_test::Calls(Call::kSetVolume);
+    const int volumes = test::Calls(Call::kSetVolume);
     EXPECT_EQ(m_sound->FadeStep(), 0);  // no fade runs
-    EXPECT_EQ(directsound_test::Calls(Call::kSetVolume), volumes);
+    EXPECT_EQ(test::Calls(Call::kSetVolume), volumes);
     EXPECT_EQ(m_sound->FadeStart(), 0);
     int64_t played = 0;
     for (int step = 0; step < 6; ++step) {

@@ -13,13 +13,15 @@
 
 #include "packages/encode.h"
 #include "sound/dsbuffer.h"
-#include "sound/faults.h"
 #include "sound_platform/sound_fixture.h"
+#include "support/calls.h"
 #include "support/media.h"
 #include "support/tempfolder.h"
 #include "xa/encoder.h"
 
 namespace soundtest {
+
+using test::Call;
 
 using Samples = std::vector<int16_t>;
 
@@ -89,19 +91,11 @@ inline std::string XaFile(const Samples& samples, int channels, int rate, xa::Mo
     return {file.begin(), file.end()};
 }
 
-inline void OrderNoFailures() {
-    directsound_test::FailNothing();
-    faults::FailNothing();
-}
-
 // To be called in front of what shall fail.
 using Failure = std::function<void()>;
 
-inline Failure Fail(faults::Call call, int64_t result, int skip = 0) {
-    return [=] { faults::FailNext(call, result, skip); };
-}
-inline Failure Fail(directsound_test::Call call, HRESULT result, int times = 1) {
-    return [=] { directsound_test::FailNext(call, result, 0, times); };
+inline Failure Fail(Call call, int64_t result, int skip = 0, int times = 1) {
+    return [=] { test::Order(call, result, skip, times); };
 }
 inline Failure Both(const Failure& first, const Failure& second) {
     return [=] { first(), second(); };
@@ -109,13 +103,8 @@ inline Failure Both(const Failure& first, const Failure& second) {
 
 class SoundTest : public ::SoundTest {
 protected:
-    void SetUp() override {
-        ::SoundTest::SetUp();
-        faults::FailNothing();
-    }
-
     void TearDown() override {
-        OrderNoFailures();
+        test::ForgetCalls();
         m_sound.reset();
         ::SoundTest::TearDown();
     }

@@ -1,9 +1,6 @@
 // Streams: what a refill does at which cursor, every failure of one, and what goes on after it.
 #include "sound/sound_support.h"
 
-using DsCall = directsound_test::Call;
-using faults::Call;
-
 namespace soundtest {
 namespace {
 
@@ -18,12 +15,12 @@ protected:
     }
 
     CDSBuffer* Loaded(const std::string& bytes) {
-        OrderNoFailures();
+        test::ForgetCalls();
         CDSBuffer* sound = Make(bytes);
         EXPECT_EQ(sound->Load(1), 0);
         EXPECT_EQ(sound->m_bStream, 1);
         EXPECT_EQ(sound->m_nBufSize, kRing);
-        faults::FailNothing();
+        test::ForgetCalls();
         return sound;
     }
 
@@ -33,13 +30,13 @@ protected:
 
     // Whatever is done with a stream that has lost its file, nothing is read.
     static void ExpectNoReading(CDSBuffer* sound) {
-        faults::FailNothing();
+        test::ForgetCalls();
         for (DWORD cursor = 0; cursor < kRing; cursor += 2000) {
             SetCursor(sound, cursor + 2);
             sound->StreamPlay();
             sound->Play();
         }
-        EXPECT_EQ(faults::Calls(Call::kMmioRead) + faults::Calls(Call::kFileRead), 0);
+        EXPECT_EQ(test::Calls(Call::kMmioRead) + test::Calls(Call::kFileRead), 0);
     }
 
     Samples m_samples;
@@ -54,13 +51,12 @@ struct RefillRow {
 // What can fail in either kind's refill once there is sound to copy. In LockError's lines: the place and the
 // bytes.
 const RefillRow kCopyFailures[] = {
-    {"BufferLost(Lock)\n", Both(Fail(DsCall::kLock, DSERR_BUFFERLOST), Fail(DsCall::kRestore, kFailed))},
-    {"LockError %d %d HRESULT->DSERR_INVALIDPARAM\n", Fail(DsCall::kLock, DSERR_INVALIDPARAM)},
-    {"LockError %d %d HRESULT->UnknownError\n", Fail(DsCall::kLock, DSERR_BUFFERLOST, 2)},
-    {"BufSizeCalcError\n", faults::HalveNextLock},
-    {"BufSizeCalcError\nCDSBuffer::StreamUpdate%s UnlockError\n",
-     Both(faults::HalveNextLock, Fail(DsCall::kUnlock, kFailed))},
-    {"UnlockError\n", Fail(DsCall::kUnlock, kFailed)},
+    {"BufferLost(Lock)\n", Both(Fail(Call::kLock, DSERR_BUFFERLOST), Fail(Call::kRestore, kFailed))},
+    {"LockError %d %d HRESULT->DSERR_INVALIDPARAM\n", Fail(Call::kLock, DSERR_INVALIDPARAM)},
+    {"LockError %d %d HRESULT->UnknownError\n", Fail(Call::kLock, DSERR_BUFFERLOST, 0, 2)},
+    {"BufSizeCalcError\n", Both(Fail(Call::kLock, DS_OK), Fail(Call::kUnlock, DS_OK))},
+    {"BufSizeCalcError\nCDSBuffer::StreamUpdate%s UnlockError\n", Fail(Call::kLock, DS_OK)},
+    {"UnlockError\n", Fail(Call::kUnlock, kFailed)},
 };
 
 TEST_F(Stream, RefillFailures) {
@@ -106,7 +102,7 @@ TEST_F(Stream, RefillFailures) {
 
 TEST_F(Stream, LostBufferIsRestoredAndGoesOn) {
     CDSBuffer* sound = Loaded(m_wav);
-    directsound_test::Lose(sound->m_pDSB);
+    test::Lose(sound->m_pDSB);
     SetCursor(sound, 20000);
     EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->StreamPlay(), 0); }), "");
     EXPECT_EQ(Contents(sound->m_pDSB).substr(0, 16000), Bytes(m_samples).substr(kRing, 16000));
@@ -127,11 +123,11 @@ TEST_F(Stream, CursorDecides) {
         sound->m_nHalf = row.half;
         SetCursor(sound, row.cursor);
         EXPECT_EQ(sound->StreamPlay(), 0);
-        EXPECT_EQ(faults::Calls(Call::kMmioRead), row.refills ? 1 : 0) << row.half << " " << row.cursor;
+        EXPECT_EQ(test::Calls(Call::kMmioRead), row.refills ? 1 : 0) << row.half << " " << row.cursor;
         EXPECT_EQ(sound->m_nHalf, row.refills ? 1 - row.half : row.half) << row.cursor;
     }
     CDSBuffer* sound = Loaded(m_wav);
-    directsound_test::FailNext(DsCall::kGetCurrentPosition, kFailed);
+    test::Order(Call::kGetCurrentPosition, kFailed);
     EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->StreamPlay(), 1); }),
               "CDSBuffer::StreamPlay GetCurrentPosError\n");
 }
@@ -157,19 +153,18 @@ TEST_F(Stream, StopsInsideTheSilentHalf) {
         EXPECT_EQ(sound->IsPlaying(), row.stops ? 0 : 1) << row.end_half << " " << row.cursor;
         EXPECT_EQ(sound->m_nEndState == 5, row.stops) << row.end_half << " " << row.cursor;
         if (row.loop == 0) {
-            EXPECT_EQ(faults::Calls(Call::kMmioRead), 0);
+            EXPECT_EQ(test::Calls(Call::kMmioRead), 0);
         }
     }
     CDSBuffer* sound = Loaded(m_wav);
     sound->m_nEndState = 5;
-    const int locks = directsound_test::Calls(DsCall::kLock),
-              cursors = directsound_test::Calls(DsCall::kGetCurrentPosition);
+    const int locks = test::Calls(Call::kLock), cursors = test::Calls(Call::kGetCurrentPosition);
     EXPECT_EQ(sound->StreamUpdateWav(kRing - 1, kRing / 4), 0);
     EXPECT_EQ(sound->StreamUpdateXA(kRing - 1, kRing / 4), 0);
     EXPECT_EQ(sound->StreamPlay(), 0);
-    EXPECT_EQ(directsound_test::Calls(DsCall::kLock), locks);
-    EXPECT_EQ(directsound_test::Calls(DsCall::kGetCurrentPosition), cursors);
-    EXPECT_EQ(faults::Calls(Call::kMmioRead), 0);
+    EXPECT_EQ(test::Calls(Call::kLock), locks);
+    EXPECT_EQ(test::Calls(Call::kGetCurrentPosition), cursors);
+    EXPECT_EQ(test::Calls(Call::kMmioRead), 0);
 }
 
 TEST_F(Stream, PlayOperations) {
@@ -186,10 +181,10 @@ TEST_F(Stream, PlayOperations) {
     EXPECT_EQ(sound->Stop(), 0);
     EXPECT_EQ(sound->Rewind(), 0);
     EXPECT_EQ(sound->IsPlaying(), 0);
-    directsound_test::FailNext(DsCall::kPlay, kFailed);
+    test::Order(Call::kPlay, kFailed);
     EXPECT_EQ(sound->Play(), 1);
     EXPECT_EQ(sound->Play(), 0);
-    directsound_test::FailNext(DsCall::kPlay, 1);
+    test::Order(Call::kPlay, 1);
     EXPECT_EQ(sound->Rewind(), 1);  // could not go on playing
     EXPECT_EQ(sound->m_nEndState, 0);
 }

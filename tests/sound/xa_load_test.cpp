@@ -1,8 +1,6 @@
 // Whole XA sounds, and how a file's kind is told.
 #include "sound/sound_support.h"
 
-using faults::Call;
-
 namespace soundtest {
 namespace {
 
@@ -28,7 +26,7 @@ TEST_F(Xa, LoadedWhole) {
     EXPECT_EQ(sound->m_nSrcSize, m_file.size() - 32);
     EXPECT_EQ(sound->m_nBufSize, m_samples.size() * 2);
     EXPECT_EQ(Held(*sound), "buffer ");
-    EXPECT_EQ(faults::Calls(Call::kXaConvert), 1);
+    EXPECT_EQ(test::Calls(Call::kXaConvert), 1);
     const Samples content = ContentSamples(sound->m_pDSB);
     double noise = 0, level = 0;
     for (size_t i = 0; i < m_samples.size(); ++i) {
@@ -56,14 +54,6 @@ TEST_F(Xa, WhatIsNoXaIsLeftToTheOtherLoader) {
     sound->SetFileName("/no/such/file");
     EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound->Load(0), 1); }), "CDSBuffer::LoadWav /no/such/file Open Error\n");
     EXPECT_EQ(sound->m_pDSB, nullptr);
-}
-
-TEST_F(Xa, RateLeftOpenIsWorkedOut) {
-    faults::LeaveXaRateOpen();
-    CDSBuffer* sound = Make(m_file);
-    EXPECT_EQ(sound->Load(0), 0);
-    EXPECT_EQ(sound->m_wfx.nAvgBytesPerSec, 16000u);
-    EXPECT_EQ(sound->m_nSeconds, 22u);
 }
 
 // The header's sample count cuts; a count beyond the data adds nothing.

@@ -5,6 +5,7 @@
 #include "playback/layout.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
+#include "support/calls.h"
 
 namespace test {
 namespace {
@@ -21,8 +22,8 @@ void ResetGlobals() {
     g_dwPauseTime = 0;
     g_dwStartTime = g_dwNowTime = 0;
     g_dwSeekTime = 0;
-    g_nPlayers = 1;
-    g_dBPM = 130.0;
+    g_nPlayers = 0;
+    g_dBPM = g_dPixelsPerSec = 0.0;
 }
 
 std::vector<std::string> AllFaults() {
@@ -41,6 +42,7 @@ void ResetProgram() {
     host::Shutdown();
     ResetGlobals();
     headless::Reset();
+    ForgetCalls();
 }
 
 RunResult RunProgram(const std::string& line, const headless::Script& script, const RunOptions& options) {

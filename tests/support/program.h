@@ -10,7 +10,8 @@
 
 namespace test {
 
-// Everything as in a fresh process: the system's globals, the platform's state, the headless host.
+// Everything as in a fresh process: the system's globals, the platform's state, the headless host, the hook
+// on calls.
 void ResetProgram();
 
 struct RunOptions {

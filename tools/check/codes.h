@@ -1,7 +1,10 @@
 // The codes of all findings: the one list that the program, docs/check.md and the tests share.
 #pragma once
 
+#include <bitset>
 #include <cstddef>
+#include <iterator>
+#include <optional>
 #include <string_view>
 
 namespace check {
@@ -97,6 +100,8 @@ inline constexpr CodeInfo kCodes[] = {
     {"name-case", kNote, kNote, "found only in another letter case"},
     {"name-encoding", kNote, kNote, "found only in another encoding"},
     {"stand-in", kNote, kNote, "the file does not exist, and a file of another kind substitutes for it"},
+    {"over-budget", kError, kError,
+     "the sounds or pictures of the chart together take too much memory or decoding"},
     {"undefined-picture", kWarning, kNote,
      "an object uses a picture that no line defines, which blanks its layer; a note where that is probably "
      "intended"},
@@ -110,23 +115,27 @@ inline constexpr CodeInfo kCodes[] = {
     {"picture-large", kNote, kNote, "larger than 256 by 256; only a part is shown"},
 };
 
+using CodeSet = std::bitset<std::size(kCodes)>;  // by place in the list
+
+constexpr std::optional<size_t> IndexOfCode(std::string_view name) {
+    for (size_t i = 0; i < std::size(kCodes); ++i) {
+        if (kCodes[i].name == name) return i;
+    }
+    return std::nullopt;
+}
+
 // One of the codes above; any other does not compile.
 class Code {
 public:
-    consteval Code(const char* name) : info_(Find(name)) {}  // NOLINT: a literal is a code
-    constexpr const CodeInfo& operator*() const { return *info_; }
-    constexpr const CodeInfo* operator->() const { return info_; }
+    consteval Code(const char* name) : index_(IndexOfCode(name).value()) {}
+    constexpr const CodeInfo* operator->() const { return &kCodes[index_]; }
+    constexpr size_t Index() const { return index_; }
 
 private:
-    static consteval const CodeInfo* Find(std::string_view name) {
-        for (const CodeInfo& info : kCodes) {
-            if (info.name == name) return &info;
-        }
-        throw "no such code";
-    }
-    const CodeInfo* info_;
+    size_t index_;
 };
 
 std::string_view NameOf(Severity severity);
+std::optional<Severity> SeverityOf(std::string_view name);
 
 }  // namespace check

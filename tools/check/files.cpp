@@ -104,7 +104,7 @@ std::string FindOpened(const std::string& path, MediaKind kind, bool loaded) {
     const std::vector<std::string> others = SubstitutePaths(path, kind);
     if (others.size() == 1 && loaded) return others[0];
     // Decoding again takes long, but several files can substitute for the name and some may be damaged.
-    if (loaded) return MakeSubstitute(others, kind, nullptr).path;
+    if (loaded) return MakeSubstitute(others, kind, {}).path;
     const auto own = std::find_if(others.begin(), others.end(), IsOwnKind);
     return own != others.end() ? *own : "";
 }

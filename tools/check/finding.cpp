@@ -15,15 +15,23 @@ void Findings::Sort() {
 
 std::map<std::string_view, int64_t> Findings::LeftOut() const {
     std::map<std::string_view, int64_t> left_out;
-    for (const auto& [code, count] : of_code_) {
-        if (count > kMostOfOneCode) left_out[code] = count - kMostOfOneCode;
+    for (size_t i = 0; i < std::size(kCodes); ++i) {
+        if (of_code_[i] > kMostOfOneCode) left_out[kCodes[i].name] = of_code_[i] - kMostOfOneCode;
     }
     return left_out;
 }
 
+static constexpr std::string_view kSeverities[] = {"error", "warning", "note"};
+
 std::string_view NameOf(Severity severity) {
-    constexpr std::string_view kNames[] = {"error", "warning", "note"};
-    return kNames[static_cast<int>(severity)];
+    return kSeverities[static_cast<int>(severity)];
+}
+
+std::optional<Severity> SeverityOf(std::string_view name) {
+    for (int i = 0; i < 3; ++i) {
+        if (kSeverities[i] == name) return static_cast<Severity>(i);
+    }
+    return std::nullopt;
 }
 
 std::string ShownName(std::string_view bytes) {

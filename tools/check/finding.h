@@ -23,6 +23,7 @@ struct Finding {
     Severity severity;
     std::string_view code;
     std::string text;
+    int32_t character = 0;  // the column in characters, once they are counted
 };
 
 // The findings of one chart. Keeps a bounded number of each code and counts the others: a file may have the
@@ -31,6 +32,9 @@ class Findings {
 public:
     static constexpr int64_t kMostOfOneCode = 1000;
 
+    // Findings of other codes are dropped.
+    explicit Findings(const CodeSet& wanted = CodeSet().set()) : wanted_(wanted) {}
+
     // text: the sentence, or a function that makes it and is called only if the finding is kept.
     template <class Text>
     void Add(Place place, Code code, const Text& text) {
@@ -38,22 +42,26 @@ public:
     }
     template <class Text>
     void Add(Place place, Code code, Severity severity, const Text& text) {
+        if (!wanted_[code.Index()]) return;
         ++counts_[static_cast<int>(severity)];
-        if (++of_code_[code->name] > kMostOfOneCode) return;
+        if (++of_code_[code.Index()] > kMostOfOneCode) return;
         if constexpr (std::is_invocable_v<Text>)
-            kept_.push_back({place, severity, code->name, text()});
+            kept_.push_back({place, severity, code->name, text(), 0});
         else
-            kept_.push_back({place, severity, code->name, text});
+            kept_.push_back({place, severity, code->name, text, 0});
     }
 
     int64_t Count(Severity severity) const { return counts_[static_cast<int>(severity)]; }
-    void Sort();  // by place
+    int64_t CountOfCode(size_t index) const { return of_code_[index]; }
+    void Sort();                                        // by place
+    void CountCharacterColumns(std::string_view text);  // of the chart; after Sort
     const std::vector<Finding>& Kept() const { return kept_; }
     std::map<std::string_view, int64_t> LeftOut() const;  // by code, how many were only counted
 
 private:
     int64_t counts_[3] = {};
-    std::map<std::string_view, int64_t> of_code_;
+    int64_t of_code_[std::size(kCodes)] = {};
+    CodeSet wanted_;
     std::vector<Finding> kept_;
 };
 

@@ -2,16 +2,17 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 #include <string_view>
+
+#include "common/parallel.h"
 
 namespace check {
 
 class Json {
 public:
-    // With a file, moves the text there from time to time: a chart can have millions of objects.
-    explicit Json(std::string* out, FILE* file = nullptr) : out_(out), file_(file) {}
+    // With a sink, moves the text there from time to time: a chart can have millions of objects.
+    explicit Json(std::string* out, const tools::Sink* sink = nullptr) : out_(out), sink_(sink) {}
 
     void Begin(char bracket);  // `{` or `[`
     void End(char bracket);    // `}` or `]`
@@ -36,7 +37,7 @@ private:
     void Shown(const char* key, std::string_view bytes, const std::string& shown);
 
     std::string* out_;
-    FILE* file_;
+    const tools::Sink* sink_;
     bool first_ = true;  // in the current brackets
     bool after_key_ = false;
 };

@@ -23,7 +23,8 @@ int64_t CountUses(const Subject& subject, int32_t number) {
     return uses;
 }
 
-std::string WhyUnreadable(const std::string& found) {
+std::string WhyUnreadable(const std::string& found, bool left_out) {
+    if (left_out) return "it is damaged, or the chart's pictures take too much together";
     const char* kind = KindOf(found);
     if (kind && std::strcmp(kind, kBmpFile) != 0) return std::string("it is ") + kind;
     const int64_t size = SizeOf(found);
@@ -95,7 +96,8 @@ void CheckPicture(Subject* subject, const Definition& definition, const CDib* di
     const Code code = missing ? Code("picture-missing") : "picture-unreadable";
     subject->findings.Add(definition.NamePlace(), code, uses > 0 ? kError : kNote, [&] {
         return missing ? Quote(definition.name) + WhyMissing(definition, MediaKind::kPicture) + cost
-                       : Quote(definition.name) + " cannot be shown: " + WhyUnreadable(file->found) +
+                       : Quote(definition.name) +
+                             " cannot be shown: " + WhyUnreadable(file->found, subject->pictures_left_out) +
                              HintAboutKind(definition.name, MediaKind::kPicture) + cost;
     });
 }

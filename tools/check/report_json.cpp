@@ -203,8 +203,8 @@ void WriteObjects(const Subject& subject, Json* json) {
 
 }  // namespace
 
-void WriteJson(const Subject& subject, std::string* out, FILE* file) {
-    Json json(out, file);
+void WriteJson(const Subject& subject, std::string* out, const tools::Sink* sink) {
+    Json json(out, sink);
     json.Begin('{');
     json.Name("file", subject.file_name);
     json.Key("readable");
@@ -222,13 +222,13 @@ void WriteJson(const Subject& subject, std::string* out, FILE* file) {
     json.End('}');
 }
 
-void WriteUnreadableJson(const std::string& file, const std::string& why, std::string* out) {
+void WriteUnreadableJson(const Failure& failure, std::string* out) {
     Json json(out);
     json.Begin('{');
-    json.Name("file", file);
+    json.Name("file", failure.file);
     json.Key("readable");
     json.Flag(false);
-    json.Member("why", why);
+    json.Member("why", failure.why);
     json.End('}');
 }
 

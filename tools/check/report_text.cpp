@@ -61,27 +61,33 @@ void WriteFigures(const Subject& subject, std::string* out) {
             MegabytesOf(figures.picture_bytes) + " of pictures\n";
 }
 
-void WriteSummary(const std::string& name, const Findings& findings, bool strict, std::string* out) {
-    const int64_t notes = findings.Count(Severity::kNote);
-    *out += name + ": " + CountOf(findings.Count(Severity::kError), "error") + ", " +
-            CountOf(findings.Count(Severity::kWarning), "warning") + ", " + CountOf(notes, "note");
-    if (notes > 0 && !strict) *out += " (shown with --strict)";
+void WriteSummary(const std::string& name, const Findings& findings, bool notes_listed, std::string* out) {
+    const int64_t notes = findings.Count(kNote);
+    *out += name + ": " + CountOf(findings.Count(kError), "error") + ", " +
+            CountOf(findings.Count(kWarning), "warning") + ", " + CountOf(notes, "note");
+    if (notes > 0 && !notes_listed) *out += " (shown with --strict)";
     *out += "\n";
+}
+
+std::string Severe(Severity severity, bool color) {
+    constexpr const char* kColors[] = {"\x1b[1;31m", "\x1b[1;33m", "\x1b[1;36m"};
+    const std::string name(NameOf(severity));
+    return color ? kColors[static_cast<int>(severity)] + name + "\x1b[0m" : name;
 }
 
 }  // namespace
 
-void WriteText(const Subject& subject, bool strict, std::string* out) {
+void WriteText(const Subject& subject, const TextStyle& style, std::string* out) {
     const std::string name = ShownName(subject.file_name);
     for (const Finding& finding : subject.findings.Kept()) {
-        if (finding.severity == Severity::kNote && !strict) continue;
+        if (finding.severity == kNote && !style.notes) continue;
         *out += name + ":" + std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) +
-                ": " + std::string(NameOf(finding.severity)) + ": " + finding.text + " [" +
+                ": " + Severe(finding.severity, style.color) + ": " + finding.text + " [" +
                 std::string(finding.code) + "]\n";
     }
     for (const auto& [code, count] : subject.findings.LeftOut())
         *out += name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";
-    WriteSummary(name, subject.findings, strict, out);
+    WriteSummary(name, subject.findings, style.notes, out);
     if (!subject.refused) WriteFigures(subject, out);
 }
 

@@ -8,6 +8,7 @@
 #include "chart/reader.h"
 #include "check/quiet.h"
 #include "check/read.h"
+#include "host/headless/headless.h"
 #include "platform/files/filename.h"
 #include "platform/files/files.h"
 
@@ -46,19 +47,23 @@ bool CheckChart(Subject* subject, std::string* why) {
     const QuietStderr quiet;
     subject->path = HandOver(subject->file_name);
     const char* path = subject->path.c_str();
+    FileProvide(path, subject->provided);
     int64_t size = 0;
     const std::unique_ptr<char[]> text(ReadChartText(path, &size));
     if (text && subject->sound.Init(nullptr, 1) != 0) {
         *why = "no memory for the sounds";
         return false;
     }
+    const size_t logged = headless::Log().size();
     subject->chart = std::make_unique<CBMS>(&subject->display, &subject->sound);
     if (!text || subject->chart->Load(path, 0) == 0) {
-        *why = WhyUnreadable(subject->file_name);
+        *why = subject->provided ? "holds more objects than the player takes"
+                                 : WhyUnreadable(subject->file_name);
         return false;
     }
     subject->refused = subject->chart->Compile() != 0;
     ReadLines(text.get(), size, path, &subject->tables, &subject->findings);
+    CheckBudget(std::string_view(headless::Log()).substr(logged), subject);
     CheckRefused(subject);
     CheckNoTempo(subject);
     CheckSounds(subject);
@@ -70,6 +75,7 @@ bool CheckChart(Subject* subject, std::string* why) {
         CountFigures(subject);
     }
     subject->findings.Sort();
+    subject->findings.CountCharacterColumns({text.get(), static_cast<size_t>(size)});
     return true;
 }
 

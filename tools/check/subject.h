@@ -9,6 +9,7 @@
 #include "check/finding.h"
 #include "check/tables.h"
 #include "display/ddraw.h"
+#include "platform/byteblock.h"
 #include "sound/dsound.h"
 
 namespace check {
@@ -46,13 +47,16 @@ struct Figures {
 };
 
 struct Subject {
-    explicit Subject(const std::string& file) : file_name(file) {}
+    explicit Subject(const std::string& file, const CodeSet& wanted = CodeSet().set())
+        : file_name(file), findings(wanted) {}
     std::string file_name;  // as the user wrote it
     std::string path;       // as the player gets it
+    SharedBytes provided;   // the bytes of the chart if they are not on the disk
     CDSound sound;
     CDDraw display;
     std::unique_ptr<CBMS> chart;
-    bool refused = false;  // objects then have no times
+    bool pictures_left_out = false;  // because they take too much together
+    bool refused = false;            // objects then have no times
     Tables tables;
     std::vector<SoundFile> sounds;  // the defined ones, by number
     std::vector<PictureFile> pictures;
@@ -62,6 +66,9 @@ struct Subject {
 
 // Loads and checks the chart. False, with a reason, if the player cannot read the file at all.
 bool CheckChart(Subject* subject, std::string* why);
+
+// Reports what the player left out, from what it logged while it loaded the chart.
+void CheckBudget(std::string_view log, Subject* subject);
 
 // The steps after loading and reading, in this order.
 void CheckSounds(Subject* subject);

@@ -62,7 +62,8 @@ void CheckDoubleNotes(Subject* subject) {
         const BmsObject &a = *notes.sorted[i - 1], &b = *notes.sorted[i];
         if (!IsVisible(b.nChannel) || CompareObjects(&a, &b) != 0) continue;
         const Source* source = notes.SourceOf(&b);
-        if (count++ == 0 && source) first = source->place;
+        if (!source) continue;
+        if (count++ == 0) first = source->place;
     }
     if (count == 0) return;
     subject->findings.Add(first, "double-note", [count] {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/codec/acm_decoder.h"
+#include "platform/watch.h"
 
 struct AcmStream {
     explicit AcmStream(const AcmFormat& f) : format(f), decoder(f) {}
@@ -88,6 +89,7 @@ MMRESULT acmFormatSuggest(AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATE
     if (hDriver != nullptr) return MMSYSERR_INVALHANDLE;
     if (pSource == nullptr || pDest == nullptr || cbDest < sizeof(WAVEFORMATEX)) return MMSYSERR_INVALPARAM;
     if (dwFlags != ACM_FORMATSUGGESTF_WFORMATTAG) return MMSYSERR_INVALFLAG;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kAcmFormatSuggest)) return nResult;
     AcmFormat format;
     if (pDest->wFormatTag != WAVE_FORMAT_PCM || !DescribeAcmFormat(pSource, &format))
         return ACMERR_NOTPOSSIBLE;
@@ -105,6 +107,7 @@ MMRESULT acmStreamOpen(HACMSTREAM* phStream, AcmDriver* hDriver, WAVEFORMATEX* p
     if ((dwFlags & ~ACM_STREAMOPENF_NONREALTIME) != 0) return MMSYSERR_INVALFLAG;
     AcmFormat format;
     if (!DescribeAcmFormat(pSource, &format) || !IsSamePcm(format.wfxPcm, *pDest)) return ACMERR_NOTPOSSIBLE;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kAcmStreamOpen)) return nResult;
     *phStream = new (std::nothrow) AcmStream(format);
     return *phStream != nullptr ? MMSYSERR_NOERROR : MMSYSERR_NOMEM;
 }
@@ -116,6 +119,7 @@ MMRESULT acmStreamSize(HACMSTREAM hStream, DWORD cbInput, DWORD* pcbOutput, DWOR
     if (dwFlags > ACM_STREAMSIZEF_DESTINATION) return MMSYSERR_INVALFLAG;
     if (dwFlags == ACM_STREAMSIZEF_DESTINATION && hStream->format.nBytesPerSec != 0)
         return ACMERR_NOTPOSSIBLE;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kAcmStreamSize, hStream)) return nResult;
     *pcbOutput = dwFlags == ACM_STREAMSIZEF_SOURCE ? AcmPcmBytes(hStream->format, cbInput)
                                                    : AcmSourceBytes(hStream->format, cbInput);
     return MMSYSERR_NOERROR;
@@ -127,6 +131,7 @@ MMRESULT acmStreamPrepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DW
         pHeader->pbDst == nullptr)
         return MMSYSERR_INVALPARAM;
     if (dwFlags != 0) return MMSYSERR_INVALFLAG;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kAcmPrepare, hStream)) return nResult;
     pHeader->fdwStatus |= ACMSTREAMHEADER_STATUSF_PREPARED;
     return MMSYSERR_NOERROR;
 }
@@ -137,6 +142,7 @@ MMRESULT acmStreamConvert(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dw
     if ((dwFlags & ~ACM_STREAMCONVERTF_BLOCKALIGN) != 0) return MMSYSERR_INVALFLAG;
     if ((pHeader->fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0) return ACMERR_UNPREPARED;
     pHeader->cbSrcLengthUsed = pHeader->cbDstLengthUsed = 0;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kAcmConvert, hStream, dwFlags)) return nResult;
     if (!Convert(hStream, pHeader, (dwFlags & ACM_STREAMCONVERTF_BLOCKALIGN) != 0)) return ACMERR_NOTPOSSIBLE;
     pHeader->fdwStatus |= ACMSTREAMHEADER_STATUSF_DONE;
     return MMSYSERR_NOERROR;
@@ -147,6 +153,7 @@ MMRESULT acmStreamUnprepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, 
     if (pHeader == nullptr || pHeader->cbStruct < kHeaderSize) return MMSYSERR_INVALPARAM;
     if (dwFlags != 0) return MMSYSERR_INVALFLAG;
     if ((pHeader->fdwStatus & ACMSTREAMHEADER_STATUSF_PREPARED) == 0) return ACMERR_UNPREPARED;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kAcmUnprepare, hStream)) return nResult;
     pHeader->fdwStatus &= ~ACMSTREAMHEADER_STATUSF_PREPARED;
     return MMSYSERR_NOERROR;
 }

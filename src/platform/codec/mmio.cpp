@@ -6,6 +6,7 @@
 
 #include "platform/bytes.h"
 #include "platform/files/files.h"
+#include "platform/watch.h"
 
 struct MmioFile {
     FileStream* pStream;
@@ -106,6 +107,7 @@ MMRESULT mmioClose(HMMIO hMmio, UINT nFlags) {
 
 MMRESULT mmioDescend(HMMIO hMmio, MMCKINFO* pChunk, const MMCKINFO* pParent, UINT nFlags) {
     if (hMmio == nullptr || pChunk == nullptr) return MMIOERR_INVALIDPARAM;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kMmioDescend, hMmio)) return nResult;
     if (nFlags == 0) return ReadChunkHeader(hMmio, pChunk) ? MMSYSERR_NOERROR : MMIOERR_CHUNKNOTFOUND;
     if (nFlags != MMIO_FINDCHUNK && nFlags != MMIO_FINDRIFF && nFlags != MMIO_FINDLIST)
         return MMIOERR_INVALIDPARAM;
@@ -124,6 +126,7 @@ MMRESULT mmioDescend(HMMIO hMmio, MMCKINFO* pChunk, const MMCKINFO* pParent, UIN
 
 MMRESULT mmioAscend(HMMIO hMmio, MMCKINFO* pChunk, UINT nFlags) {
     if (hMmio == nullptr || pChunk == nullptr || nFlags != 0) return MMIOERR_INVALIDPARAM;
+    if (MMRESULT nResult; Hooked(&nResult, PlatformCall::kMmioAscend, hMmio)) return nResult;
     const int64_t nNext = NextChunk(hMmio, *pChunk);
     if (nNext > kMaxOffset || !SeekTo(hMmio, nNext)) return MMIOERR_CANNOTSEEK;
     return MMSYSERR_NOERROR;
@@ -131,6 +134,7 @@ MMRESULT mmioAscend(HMMIO hMmio, MMCKINFO* pChunk, UINT nFlags) {
 
 LONG mmioRead(HMMIO hMmio, void* pBuffer, LONG nBytes) {
     if (hMmio == nullptr || nBytes < 0 || (pBuffer == nullptr && nBytes > 0)) return -1;
+    if (LONG nRead; Hooked(&nRead, PlatformCall::kMmioRead, hMmio, nBytes)) return nRead;
     return static_cast<LONG>(ReadBytes(hMmio, pBuffer, static_cast<size_t>(nBytes)));
 }
 

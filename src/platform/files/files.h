@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "platform/byteblock.h"
 #include "platform/wintypes.h"
 
 struct FileStream;
@@ -21,6 +22,11 @@ FileStream* FileOpen(const char* pszPath, const char* pszMode);
 
 // The same without substitutes; for charts.
 FileStream* FileOpenAsNamed(const char* pszPath);
+
+// From now on FileOpenAsNamed opens these bytes under this name, spelled exactly so, whatever the disk has: a
+// chart that comes from elsewhere, such as standard input. A further call replaces the first; null bytes end
+// it.
+void FileProvide(const char* pszPath, SharedBytes pBytes);
 
 // The path on this machine of the file that FileOpen would open or convert; empty when there is none.
 std::string FileFind(const char* pszPath);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/files/handle.h"
+#include "platform/watch.h"
 
 // Reads go straight to the caller's memory, because a load requests nearly all bytes in one piece. Only small
 // reads, such as headers, use the window.
@@ -66,6 +67,8 @@ size_t FileRead(void* pBuffer, size_t nSize, size_t nCount, FileStream* pFile) {
     if (!pFile || !pBuffer || nSize == 0 || nCount == 0) return 0;
     size_t nBytes;
     if (__builtin_mul_overflow(nSize, nCount, &nBytes)) return 0;
+    if (size_t nRead; Hooked(&nRead, PlatformCall::kFileRead, pFile, static_cast<int64_t>(nBytes)))
+        return nRead;
     BYTE* pOut = static_cast<BYTE*>(pBuffer);
     size_t nDone = ReadWindow(pFile, pOut, nBytes);
     pFile->nPos += static_cast<int64_t>(nDone);

@@ -2,6 +2,17 @@
 
 #include "platform/graphics/dib_format.h"
 #include "platform/graphics/gdi_object.h"
+#include "platform/watch.h"
+
+namespace {
+
+// Edges beyond 32 bits wrap, as they do in the caller's own rectangles.
+RECT RectAt(int x, int y, int nWidth, int nHeight) {
+    return {x, y, static_cast<LONG>(static_cast<DWORD>(x) + static_cast<DWORD>(nWidth)),
+            static_cast<LONG>(static_cast<DWORD>(y) + static_cast<DWORD>(nHeight))};
+}
+
+}  // namespace
 
 int StretchDIBits(HDC hDC, int nDestX, int nDestY, int nDestWidth, int nDestHeight, int nSourceX,
                   int nSourceY, int nSourceWidth, int nSourceHeight, const void* pBits,
@@ -10,6 +21,9 @@ int StretchDIBits(HDC hDC, int nDestX, int nDestY, int nDestWidth, int nDestHeig
         return GDI_ERROR;
     if (nDestWidth != nSourceWidth || nDestHeight != nSourceHeight || nDestWidth < 0 || nDestHeight < 0)
         return GDI_ERROR;
+    const RECT dest = RectAt(nDestX, nDestY, nDestWidth, nDestHeight),
+               source = RectAt(nSourceX, nSourceY, nSourceWidth, nSourceHeight);
+    if (int nRows; Hooked(&nRows, PlatformCall::kStretchDIBits, hDC, 0, pBits, dest, source)) return nRows;
     DibPicture picture;
     if (!ReadDibPicture(pInfo, pBits, &picture)) return GDI_ERROR;
 

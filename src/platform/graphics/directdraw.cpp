@@ -4,7 +4,6 @@
 #include <new>
 
 #include "host/host.h"
-#include "platform/graphics/directdraw_test.h"
 #include "platform/graphics/gdi_object.h"
 #include "platform/graphics/surface_copy.h"
 #include "platform/watch.h"
@@ -32,15 +31,6 @@ namespace {
 constexpr DWORD kMaxSide = 8192;   // of a surface, in pixels
 constexpr size_t kRowPixels = 16;  // rows begin on cache lines
 constexpr DWORD kColorMask = 0x00FFFFFF;
-
-directdraw_test::Step g_eFailStep;
-int g_nFailAfter = -1;
-int g_nLive = 0;
-
-bool MustFail(directdraw_test::Step eStep) {
-    if (g_nFailAfter < 0 || eStep != g_eFailStep) return false;
-    return g_nFailAfter-- == 0;
-}
 
 void ReleaseOwner(IDirectDraw7::State* pOwner) {
     if (--pOwner->nReferences == 0) delete pOwner;
@@ -78,11 +68,12 @@ bool AllocatePixels(PixelView* pView, DWORD nWidth, DWORD nHeight) {
     return true;
 }
 
-HRESULT FillSurface(IDirectDraw7::State* pOwner, const DDSURFACEDESC2& desc,
-                    IDirectDrawSurface7::State* pSurface) {
+HRESULT FillSurface(IDirectDraw7* pDD, const DDSURFACEDESC2& desc, IDirectDrawSurface7::State* pSurface) {
+    IDirectDraw7::State* pOwner = pDD->m_pState;
+    HRESULT hr;
     if (desc.dwFlags == DDSD_CAPS && desc.ddsCaps.dwCaps == DDSCAPS_PRIMARYSURFACE) {
         if (pOwner->bPrimary) return DDERR_PRIMARYSURFACEALREADYEXISTS;
-        if (MustFail(directdraw_test::Step::kCreatePrimary)) return DDERR_GENERIC;
+        if (Hooked(&hr, PlatformCall::kCreatePrimary, pDD)) return hr;
         pSurface->bPrimary = pOwner->bPrimary = true;
         RefreshPrimary(&pSurface->view);
         return DD_OK;
@@ -92,40 +83,18 @@ HRESULT FillSurface(IDirectDraw7::State* pOwner, const DDSURFACEDESC2& desc,
         return DDERR_UNSUPPORTED;
     if (desc.dwWidth == 0 || desc.dwHeight == 0 || desc.dwWidth > kMaxSide || desc.dwHeight > kMaxSide)
         return DDERR_INVALIDPARAMS;
-    if (MustFail(directdraw_test::Step::kCreateSurface)) return DDERR_OUTOFMEMORY;
+    if (Hooked(&hr, PlatformCall::kCreateSurface, pDD)) return hr;
     return AllocatePixels(&pSurface->view, desc.dwWidth, desc.dwHeight) ? DD_OK : DDERR_OUTOFMEMORY;
 }
 
 }  // namespace
-
-namespace directdraw_test {
-
-void FailNext(Step eStep, int nPasses) {
-    g_eFailStep = eStep;
-    g_nFailAfter = nPasses;
-}
-
-void FailNone() {
-    g_nFailAfter = -1;
-}
-
-int LiveObjects() {
-    return g_nLive;
-}
-
-uint32_t PixelAt(const IDirectDrawSurface7* pSurface, int x, int y) {
-    const PixelView& view = pSurface->m_pState->view;
-    return view.pPixels[static_cast<size_t>(y) * view.nStride + static_cast<size_t>(x)];
-}
-
-}  // namespace directdraw_test
 
 HRESULT DirectDrawCreateEx(const GUID* pDriver, IDirectDraw7** ppDD, const GUID& iid, void* pOuter) {
     if (!ppDD) return DDERR_INVALIDPARAMS;
     *ppDD = nullptr;
     if (pDriver || pOuter) return DDERR_UNSUPPORTED;
     if (&iid != &IID_IDirectDraw7) return DDERR_INVALIDPARAMS;
-    if (MustFail(directdraw_test::Step::kCreate)) return DDERR_GENERIC;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kDirectDrawCreate)) return hr;
     auto* pState = new (std::nothrow) IDirectDraw7::State;
     auto* pDD = new (std::nothrow) IDirectDraw7{pState};
     if (!pState || !pDD) {
@@ -133,14 +102,13 @@ HRESULT DirectDrawCreateEx(const GUID* pDriver, IDirectDraw7** ppDD, const GUID&
         delete pDD;
         return DDERR_OUTOFMEMORY;
     }
-    ++g_nLive;
     *ppDD = pDD;
     return DD_OK;
 }
 
 HRESULT IDirectDraw7::SetCooperativeLevel(HWND hWnd, DWORD dwFlags) {
     if (dwFlags != DDSCL_NORMAL) return DDERR_INVALIDPARAMS;
-    if (MustFail(directdraw_test::Step::kCooperativeLevel)) return DDERR_GENERIC;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kDisplayLevel, this)) return hr;
     m_pState->bCooperative = true;
     return DD_OK;
 }
@@ -153,7 +121,7 @@ HRESULT IDirectDraw7::CreateSurface(const DDSURFACEDESC2* pDesc, IDirectDrawSurf
     if (!m_pState->bCooperative) return DDERR_NOCOOPERATIVELEVELSET;
     auto* pState = new (std::nothrow) IDirectDrawSurface7::State;
     auto* pSurface = new (std::nothrow) IDirectDrawSurface7{pState};
-    HRESULT hr = pState && pSurface ? FillSurface(m_pState, *pDesc, pState) : DDERR_OUTOFMEMORY;
+    HRESULT hr = pState && pSurface ? FillSurface(this, *pDesc, pState) : DDERR_OUTOFMEMORY;
     if (hr < 0) {
         delete pState;
         delete pSurface;
@@ -161,14 +129,13 @@ HRESULT IDirectDraw7::CreateSurface(const DDSURFACEDESC2* pDesc, IDirectDrawSurf
     }
     pState->pOwner = m_pState;
     ++m_pState->nReferences;
-    ++g_nLive;
     *ppSurface = pSurface;
     return DD_OK;
 }
 
 DWORD IDirectDraw7::Release() {
+    if (DWORD nLeft; Hooked(&nLeft, PlatformCall::kDirectDrawRelease, this)) return nLeft;
     ReleaseOwner(m_pState);
-    --g_nLive;
     delete this;
     return 0;
 }
@@ -188,8 +155,11 @@ HRESULT IDirectDrawSurface7::BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSou
                nHeight = static_cast<size_t>(r.bottom - r.top);
     if (x + nWidth > static_cast<size_t>(to.nWidth) || y + nHeight > static_cast<size_t>(to.nHeight))
         return DDERR_INVALIDRECT;
+    const RECT dest = {static_cast<LONG>(x), static_cast<LONG>(y), static_cast<LONG>(x + nWidth),
+                       static_cast<LONG>(y + nHeight)};
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kBltFast, this, dwFlags, pSource, dest, r)) return hr;
     if (m_pState->bPrimary) {
-        ShowOnDesktop(static_cast<int>(x), static_cast<int>(y), r, from.view);
+        ShowOnDesktop(dest.left, dest.top, r, from.view);
         return DD_OK;
     }
     uint32_t* pTo = to.pPixels + y * to.nStride + x;
@@ -198,8 +168,6 @@ HRESULT IDirectDrawSurface7::BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSou
         CopyPixelsKeyed(pTo, to.nStride, pFrom, from.view.nStride, nWidth, nHeight, from.nKey);
     else
         CopyPixels(pTo, to.nStride, pFrom, from.view.nStride, nWidth, nHeight);
-    if (g_Watch.pfnCopied)
-        g_Watch.pfnCopied(this, static_cast<int>(x), static_cast<int>(y), pSource, r, bKeyed);
     return DD_OK;
 }
 
@@ -211,6 +179,7 @@ HRESULT IDirectDrawSurface7::Blt(const RECT* pDestRect, IDirectDrawSurface7* pSo
     const PixelView& view = m_pState->view;
     const RECT r = pDestRect ? *pDestRect : WholeOf(view);
     if (!IsInside(r, view)) return DDERR_INVALIDRECT;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kFill, this, pFx->dwFillColor, nullptr, r)) return hr;
     FillPixels(view.pPixels + static_cast<size_t>(r.top) * view.nStride + r.left, view.nStride,
                static_cast<size_t>(r.right - r.left), static_cast<size_t>(r.bottom - r.top),
                pFx->dwFillColor & kColorMask);
@@ -222,7 +191,7 @@ HRESULT IDirectDrawSurface7::GetDC(HDC* phDC) {
     *phDC = nullptr;
     if (m_pState->bPrimary) return DDERR_UNSUPPORTED;
     if (m_pState->bDC) return DDERR_DCALREADYCREATED;
-    if (MustFail(directdraw_test::Step::kGetDC)) return DDERR_GENERIC;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kSurfaceDC, this)) return hr;
     m_pState->dc = {DeviceContext::Kind::kSurface, m_pState->view, nullptr};
     m_pState->bDC = true;
     *phDC = &m_pState->dc;
@@ -240,7 +209,7 @@ HRESULT IDirectDrawSurface7::GetSurfaceDesc(DDSURFACEDESC2* pDesc) {
     if (!pDesc || pDesc->dwSize != sizeof(DDSURFACEDESC2)) return DDERR_INVALIDPARAMS;
     *pDesc = {};
     pDesc->dwSize = sizeof(DDSURFACEDESC2);
-    if (MustFail(directdraw_test::Step::kSurfaceDesc)) return DDERR_GENERIC;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kSurfaceDesc, this)) return hr;
     if (m_pState->bPrimary) RefreshPrimary(&m_pState->view);
     pDesc->dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT;
     pDesc->dwWidth = static_cast<DWORD>(m_pState->view.nWidth);
@@ -258,11 +227,11 @@ HRESULT IDirectDrawSurface7::SetColorKey(DWORD dwFlags, const DDCOLORKEY* pKey) 
 }
 
 DWORD IDirectDrawSurface7::Release() {
+    if (DWORD nLeft; Hooked(&nLeft, PlatformCall::kSurfaceRelease, this)) return nLeft;
     if (m_pState->bPrimary) m_pState->pOwner->bPrimary = false;
     std::free(m_pState->view.pPixels);
     ReleaseOwner(m_pState->pOwner);
     delete m_pState;
-    --g_nLive;
     delete this;
     return 0;
 }

@@ -5,9 +5,7 @@
 #include "platform/sound/directsound_internal.h"
 #include "platform/watch.h"
 
-using directsound::Ordered;
 using directsound::TheMixer;
-using directsound_test::Call;
 
 namespace {
 
@@ -38,8 +36,8 @@ void directsound::Silence(const audio::SampleBlock& memory, const audio::Format&
 }
 
 HRESULT IDirectSoundBuffer::GetCaps(DSBCAPS* pCaps) {
-    if (const HRESULT ordered = Ordered(Call::kGetCaps); ordered != DS_OK) return ordered;
     if (pCaps == nullptr || pCaps->dwSize != sizeof(DSBCAPS)) return DSERR_INVALIDPARAM;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kGetCaps, this)) return hr;
     pCaps->dwFlags = m_pState->flags;
     pCaps->dwBufferBytes = m_pState->primary ? kPrimaryBytes : m_pState->bytes;
     pCaps->dwUnlockTransferRate = m_pState->primary ? 0 : kTransferRate;
@@ -50,9 +48,9 @@ HRESULT IDirectSoundBuffer::GetCaps(DSBCAPS* pCaps) {
 HRESULT IDirectSoundBuffer::GetCurrentPosition(DWORD* pdwPlay, DWORD* pdwWrite) {
     if (pdwPlay != nullptr) *pdwPlay = 0;
     if (pdwWrite != nullptr) *pdwWrite = 0;
-    if (const HRESULT ordered = Ordered(Call::kGetCurrentPosition); ordered != DS_OK) return ordered;
     if (pdwPlay == nullptr && pdwWrite == nullptr) return DSERR_INVALIDPARAM;
     if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kGetCurrentPosition, this)) return hr;
     const audio::Cursor cursor = TheMixer().Where(&m_pState->voice);
     if (pdwPlay != nullptr) *pdwPlay = static_cast<DWORD>(cursor.frame * m_pState->voice.format.frame_bytes);
     if (pdwWrite != nullptr) *pdwWrite = WriteCursor(*m_pState, cursor);
@@ -61,15 +59,14 @@ HRESULT IDirectSoundBuffer::GetCurrentPosition(DWORD* pdwPlay, DWORD* pdwWrite) 
 
 HRESULT IDirectSoundBuffer::GetStatus(DWORD* pdwStatus) {
     if (pdwStatus != nullptr) *pdwStatus = 0;
-    if (const HRESULT ordered = Ordered(Call::kGetStatus); ordered != DS_OK) return ordered;
     if (pdwStatus == nullptr) return DSERR_INVALIDPARAM;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kGetStatus, this)) return hr;
     if (m_pState->primary) {
         *pdwStatus = DSBSTATUS_PLAYING | DSBSTATUS_LOOPING;
         return DS_OK;
     }
     const audio::Cursor cursor = TheMixer().Where(&m_pState->voice);
-    *pdwStatus = (cursor.playing ? DSBSTATUS_PLAYING : 0) | (cursor.looping ? DSBSTATUS_LOOPING : 0) |
-                 (m_pState->lost ? DSBSTATUS_BUFFERLOST : 0);
+    *pdwStatus = (cursor.playing ? DSBSTATUS_PLAYING : 0) | (cursor.looping ? DSBSTATUS_LOOPING : 0);
     return DS_OK;
 }
 
@@ -79,17 +76,16 @@ HRESULT IDirectSoundBuffer::Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, 
     if (pdwPart1 != nullptr) *pdwPart1 = 0;
     if (ppPart2 != nullptr) *ppPart2 = nullptr;
     if (pdwPart2 != nullptr) *pdwPart2 = 0;
-    if (const HRESULT ordered = Ordered(Call::kLock); ordered != DS_OK) return ordered;
     if (ppPart1 == nullptr || pdwPart1 == nullptr || (ppPart2 == nullptr) != (pdwPart2 == nullptr))
         return DSERR_INVALIDPARAM;
     if ((dwFlags & ~(DSBLOCK_FROMWRITECURSOR | DSBLOCK_ENTIREBUFFER)) != 0) return DSERR_INVALIDPARAM;
     if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
-    if (m_pState->lost) return DSERR_BUFFERLOST;
     const DWORD size = m_pState->bytes;
     if ((dwFlags & DSBLOCK_ENTIREBUFFER) != 0) dwBytes = size;
     if ((dwFlags & DSBLOCK_FROMWRITECURSOR) != 0)
         dwOffset = WriteCursor(*m_pState, TheMixer().Where(&m_pState->voice));
     if (dwOffset >= size || dwBytes == 0 || dwBytes > size) return DSERR_INVALIDPARAM;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kLock, this)) return hr;
     *ppPart1 = m_pState->memory.data + dwOffset;
     *pdwPart1 = std::min(dwBytes, size - dwOffset);
     if (ppPart2 == nullptr || *pdwPart1 == dwBytes) return DS_OK;
@@ -100,7 +96,7 @@ HRESULT IDirectSoundBuffer::Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, 
 
 // Nothing to copy: the locked parts are the buffer itself.
 HRESULT IDirectSoundBuffer::Unlock(void* pPart1, DWORD dwPart1, void* pPart2, DWORD dwPart2) {
-    if (const HRESULT ordered = Ordered(Call::kUnlock); ordered != DS_OK) return ordered;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kUnlock, this)) return hr;
     if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
     if (pPart1 == nullptr || !Inside(*m_pState, pPart1, dwPart1)) return DSERR_INVALIDPARAM;
     if (!Inside(*m_pState, pPart2, dwPart2)) return DSERR_INVALIDPARAM;
@@ -108,53 +104,50 @@ HRESULT IDirectSoundBuffer::Unlock(void* pPart1, DWORD dwPart1, void* pPart2, DW
 }
 
 HRESULT IDirectSoundBuffer::Play(DWORD dwReserved1, DWORD dwReserved2, DWORD dwFlags) {
-    if (const HRESULT ordered = Ordered(Call::kPlay); ordered != DS_OK) return ordered;
     if (dwReserved1 != 0 || dwReserved2 != 0 || (dwFlags & ~DSBPLAY_LOOPING) != 0) return DSERR_INVALIDPARAM;
     const bool looping = (dwFlags & DSBPLAY_LOOPING) != 0;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kPlay, this, looping)) return hr;
     if (m_pState->primary) return looping ? DS_OK : DSERR_INVALIDPARAM;
-    if (m_pState->lost) return DSERR_BUFFERLOST;
     TheMixer().Play(&m_pState->voice, looping);
-    if (g_Watch.pfnStarted) g_Watch.pfnStarted(this, looping);
     return DS_OK;
 }
 
 HRESULT IDirectSoundBuffer::Stop() {
-    if (const HRESULT ordered = Ordered(Call::kStop); ordered != DS_OK) return ordered;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kStop, this)) return hr;
     if (!m_pState->primary) TheMixer().Stop(&m_pState->voice);
     return DS_OK;
 }
 
 HRESULT IDirectSoundBuffer::SetCurrentPosition(DWORD dwPosition) {
-    if (const HRESULT ordered = Ordered(Call::kSetCurrentPosition); ordered != DS_OK) return ordered;
     if (m_pState->primary) return DSERR_INVALIDCALL;
     if (dwPosition >= m_pState->bytes) return DSERR_INVALIDPARAM;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kSetCurrentPosition, this, dwPosition)) return hr;
     TheMixer().Seek(&m_pState->voice, dwPosition / static_cast<DWORD>(m_pState->voice.format.frame_bytes));
     return DS_OK;
 }
 
 HRESULT IDirectSoundBuffer::SetVolume(LONG nVolume) {
-    if (const HRESULT ordered = Ordered(Call::kSetVolume); ordered != DS_OK) return ordered;
     if ((m_pState->flags & DSBCAPS_CTRLVOLUME) == 0) return DSERR_CONTROLUNAVAIL;
     if (nVolume < DSBVOLUME_MIN || nVolume > DSBVOLUME_MAX) return DSERR_INVALIDPARAM;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kSetVolume, this, nVolume)) return hr;
     const double gain = nVolume == DSBVOLUME_MIN ? 0 : std::pow(10.0, nVolume / 2000.0);
     TheMixer().SetGain(&m_pState->voice, static_cast<float>(gain));
     return DS_OK;
 }
 
 HRESULT IDirectSoundBuffer::SetFormat(const WAVEFORMATEX* pFormat) {
-    if (const HRESULT ordered = Ordered(Call::kSetFormat); ordered != DS_OK) return ordered;
     if (!m_pState->primary) return DSERR_INVALIDCALL;
     if (pFormat == nullptr) return DSERR_INVALIDPARAM;
     if (!m_pState->may_set_format) return DSERR_PRIOLEVELNEEDED;
     audio::Format format;
     if (!audio::ParseFormat(*pFormat, &format) || format.channels > 2) return DSERR_BADFORMAT;
     if (format.rate < kMinPrimaryRate || format.rate > kMaxPrimaryRate) return DSERR_BADFORMAT;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kSetFormat, this)) return hr;
     return TheMixer().Open(format.rate, format.channels == 1) ? DS_OK : DSERR_BADFORMAT;
 }
 
 HRESULT IDirectSoundBuffer::Restore() {
-    if (const HRESULT ordered = Ordered(Call::kRestore); ordered != DS_OK) return ordered;
-    m_pState->lost = false;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kRestore, this)) return hr;
     return DS_OK;
 }
 
@@ -163,13 +156,14 @@ DWORD IDirectSoundBuffer::AddRef() {
 }
 
 DWORD IDirectSoundBuffer::Release() {
-    const DWORD left = --m_pState->references;
+    DWORD left = m_pState->references - 1;
+    if (Hooked(&left, PlatformCall::kBufferRelease, this, left)) return left;
+    m_pState->references = left;
     if (left > 0) return left;
     if (!m_pState->primary) {
         TheMixer().Remove(&m_pState->voice);
         audio::FreeSamples(m_pState->memory);
     }
-    directsound::CountBuffer(-1);
     delete m_pState;
     delete this;
     return 0;

@@ -2,9 +2,7 @@
 #include <new>
 
 #include "platform/sound/directsound_internal.h"
-
-using directsound::Ordered;
-using directsound_test::Call;
+#include "platform/watch.h"
 
 namespace {
 
@@ -52,9 +50,9 @@ audio::Mixer& directsound::TheMixer() {
 HRESULT DirectSoundCreate(const void* pDevice, IDirectSound** ppDS, void* pOuter) {
     if (ppDS == nullptr) return DSERR_INVALIDPARAM;
     *ppDS = nullptr;
-    if (const HRESULT ordered = Ordered(Call::kCreate); ordered != DS_OK) return ordered;
     if (pOuter != nullptr) return DSERR_NOAGGREGATION;
     if (pDevice != nullptr) return DSERR_NODRIVER;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kDirectSoundCreate)) return hr;
     std::unique_ptr<IDirectSound> device(new (std::nothrow) IDirectSound);
     if (device == nullptr) return DSERR_OUTOFMEMORY;
     std::unique_ptr<IDirectSound::State> state(new (std::nothrow) IDirectSound::State);
@@ -67,8 +65,8 @@ HRESULT DirectSoundCreate(const void* pDevice, IDirectSound** ppDS, void* pOuter
 }
 
 HRESULT IDirectSound::SetCooperativeLevel(HWND hWnd, DWORD dwLevel) {
-    if (const HRESULT ordered = Ordered(Call::kSetCooperativeLevel); ordered != DS_OK) return ordered;
     if (dwLevel != DSSCL_NORMAL && dwLevel != DSSCL_PRIORITY) return DSERR_INVALIDPARAM;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kSoundLevel, this)) return hr;
     m_pState->level = dwLevel;
     return DS_OK;
 }
@@ -77,11 +75,11 @@ HRESULT IDirectSound::CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundB
                                         void* pOuter) {
     if (ppBuffer == nullptr) return DSERR_INVALIDPARAM;
     *ppBuffer = nullptr;
-    if (const HRESULT ordered = Ordered(Call::kCreateSoundBuffer); ordered != DS_OK) return ordered;
     if (pDesc == nullptr) return DSERR_INVALIDPARAM;
     if (pOuter != nullptr) return DSERR_NOAGGREGATION;
     audio::Format format;
     if (const HRESULT wrong = CheckDescription(*pDesc, &format); wrong != DS_OK) return wrong;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kCreateSoundBuffer, this, pDesc->dwBufferBytes)) return hr;
     std::unique_ptr<IDirectSoundBuffer> buffer(new (std::nothrow) IDirectSoundBuffer);
     if (buffer == nullptr) return DSERR_OUTOFMEMORY;
     std::unique_ptr<IDirectSoundBuffer::State> state(new (std::nothrow) IDirectSoundBuffer::State);
@@ -90,7 +88,6 @@ HRESULT IDirectSound::CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundB
     state->primary = (pDesc->dwFlags & DSBCAPS_PRIMARYBUFFER) != 0;
     state->may_set_format = m_pState->level == DSSCL_PRIORITY;
     if (!state->primary && !FillState(*pDesc, format, state.get())) return DSERR_OUTOFMEMORY;
-    directsound::CountBuffer(1);
     buffer->m_pState = state.release();
     *ppBuffer = buffer.release();
     return DS_OK;
@@ -98,7 +95,7 @@ HRESULT IDirectSound::CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundB
 
 // Nothing to do: freed memory is returned at once.
 HRESULT IDirectSound::Compact() {
-    if (const HRESULT ordered = Ordered(Call::kCompact); ordered != DS_OK) return ordered;
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kCompact, this)) return hr;
     return m_pState->level == DSSCL_PRIORITY ? DS_OK : DSERR_PRIOLEVELNEEDED;
 }
 
@@ -107,14 +104,12 @@ DWORD IDirectSound::AddRef() {
 }
 
 DWORD IDirectSound::Release() {
-    const DWORD left = --m_pState->references;
+    DWORD left = m_pState->references - 1;
+    if (Hooked(&left, PlatformCall::kDirectSoundRelease, this, left)) return left;
+    m_pState->references = left;
     if (left > 0) return left;
     if (--g_devices == 0) directsound::TheMixer().Close();
     delete m_pState;
     delete this;
     return 0;
-}
-
-int directsound_test::LiveDevices() {
-    return g_devices;
 }

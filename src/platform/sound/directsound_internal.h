@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/sound/directsound.h"
-#include "platform/sound/directsound_test.h"
 #include "platform/sound/memory.h"
 #include "platform/sound/mixer.h"
 
@@ -16,7 +15,6 @@ struct IDirectSoundBuffer::State {
     DWORD flags = 0;
     DWORD bytes = 0;
     bool primary = false;
-    bool lost = false;
     bool may_set_format = false;  // primary: created by a device at priority level
     audio::SampleBlock memory;
     audio::Voice voice;
@@ -26,11 +24,6 @@ namespace directsound {
 
 // The process has one mixer, shared by all devices. Never destroyed: a buffer may outlive its device.
 audio::Mixer& TheMixer();
-
-// The result ordered for this call by a test, or DS_OK. Counts the call.
-HRESULT Ordered(directsound_test::Call call);
-
-void CountBuffer(int change);
 
 void Silence(const audio::SampleBlock& memory, const audio::Format& format);
 

@@ -181,10 +181,4 @@ void FreeSamples(const SampleBlock& block) {
     }
 }
 
-size_t SampleBytesInUse() {
-    Heap& heap = TheHeap();
-    const std::lock_guard<std::mutex> hold(heap.lock);
-    return heap.used;
-}
-
 }  // namespace audio

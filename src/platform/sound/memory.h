@@ -16,6 +16,5 @@ struct SampleBlock {
 
 SampleBlock AllocateSamples(size_t bytes);   // aligned to 64 bytes; callable from any thread
 void FreeSamples(const SampleBlock& block);  // returns a mapping to the system when its last block is freed
-size_t SampleBytesInUse();
 
 }  // namespace audio

@@ -3,14 +3,15 @@
 
 Usage: check_test.py TOOL SOURCE_FOLDER [--update]
 
-charts/NAME.txt is the report of charts/NAME.bms with all notes; reports.json is the JSON of some of them.
---update rewrites these files: read the difference before you commit it.
+charts/NAME.txt is the report of charts/NAME.bms with all notes; the files named reports are those of several
+charts. --update rewrites these files and docs/findings.md: read the difference before you commit it.
 """
 import difflib
 import json
 import os
 import random
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -19,6 +20,7 @@ TOOL, SOURCE = map(os.path.abspath, sys.argv[1:3])
 UPDATE = "--update" in sys.argv
 CHARTS = os.path.join(SOURCE, "tests", "tools", "check", "charts")
 failures = []
+seen = set()  # codes in reports
 
 
 def expect(condition, what):
@@ -26,9 +28,12 @@ def expect(condition, what):
         failures.append(what)
 
 
-def run(*arguments, folder=CHARTS, output=subprocess.PIPE):
-    done = subprocess.run([TOOL, *arguments], cwd=folder, stdout=output, stderr=subprocess.PIPE, timeout=60)
-    return done.returncode, (done.stdout or b"").decode("utf-8"), done.stderr.decode("utf-8")
+def run(*arguments, folder=CHARTS, output=subprocess.PIPE, text=b""):
+    done = subprocess.run([TOOL, *arguments], cwd=folder, stdout=output, stderr=subprocess.PIPE, input=text,
+                          timeout=60)
+    report = (done.stdout or b"").decode("utf-8")
+    seen.update(re.findall(r"\[([a-z0-9-]+)\]$", report, re.M))
+    return done.returncode, report, done.stderr.decode("utf-8")
 
 
 def charts_of(*arguments, codes=(0, 1)):
@@ -40,7 +45,7 @@ def charts_of(*arguments, codes=(0, 1)):
 
 
 def compare(name, got):
-    path = os.path.join(CHARTS, name)
+    path = os.path.join(SOURCE, name) if "/" in name else os.path.join(CHARTS, name)
     if UPDATE:
         with open(path, "w", encoding="utf-8", newline="") as file:
             file.write(got)
@@ -51,17 +56,14 @@ def compare(name, got):
 
 
 def test_reports():
-    """Each chart has its stored report, each code is in one of them, and docs/check.md lists each code."""
-    seen = set()
+    """Each chart has its stored report, and docs/check.md lists each code."""
     for name in sorted(os.listdir(CHARTS)):
         if name.endswith(".bms"):
             _, report, errors = run("--strict", name)
             compare(name[:-4] + ".txt", errors + report)
-            seen |= set(re.findall(r"\[([a-z0-9-]+)\]$", report, re.M))
     with open(os.path.join(SOURCE, "tools", "check", "codes.h"), encoding="utf-8") as header:
         rows = re.findall(r'^    \{"([a-z0-9-]+)", k(\w+), k(\w+),\s+((?:"[^"]*"\s*)+)\}',
                           header.read(), re.M)
-    expect(seen == {row[0] for row in rows}, f"codes in no report: {sorted({row[0] for row in rows} - seen)}")
     table = []
     for code, usual, lesser, text in rows:
         severity = usual.lower() + ("" if usual == lesser else ", " + lesser.lower())
@@ -70,6 +72,62 @@ def test_reports():
     with open(os.path.join(SOURCE, "docs", "check.md"), encoding="utf-8") as document:
         listed = re.findall(r"^\| `[a-z0-9-]+` \| (?:error|warning|note).*\n", document.read(), re.M)
     expect(listed == table, "docs/check.md needs:\n" + "".join(line for line in table if line not in listed))
+    compare("docs/findings.md", "# Findings of lumetra-check\n\n" + run("--explain", "all")[1])
+    return {row[0] for row in rows}
+
+
+def test_folders_and_formats():
+    """All charts at once, in the order of their names and whatever the number of processes."""
+    names = sorted(name for name in os.listdir(CHARTS) if name.endswith(".bms"))
+    reports = []
+    for name in names:
+        with open(os.path.join(CHARTS, name[:-4] + ".txt"), encoding="utf-8") as report:
+            reports.append(re.sub("^" + name, "charts/" + name, report.read(), flags=re.M))
+    for jobs in "1", "3":
+        got = run("--strict", "-j", jobs, "charts", folder=os.path.dirname(CHARTS))[1]
+        expect(got == "\n".join(reports), f"order of {jobs} jobs")
+    compare("reports.github", run("--strict", "--format", "github", *names, "gone%.bms")[1])
+    compare("reports.statistics", run("--statistics", "--strict", *names)[1])
+    log = json.loads(run("--format=sarif", *names, "gone.bms")[1])["runs"][0]
+    rules = [rule["id"] for rule in log["tool"]["driver"]["rules"]]
+    found = []
+    for result in log["results"]:
+        place = result["locations"][0]["physicalLocation"]
+        expect(rules[result["ruleIndex"]] == result["ruleId"], "index of a rule")
+        found.append(f"{place['artifactLocation']['uri']}:{place['region']['startLine']}:"
+                     f"{result['properties']['byteColumn']}: {result['level']}: {result['message']['text']} "
+                     f"[{result['ruleId']}]")
+    listed = re.findall(r"charts/(.*\])$", "\n".join(reports), re.M)
+    expect(found == listed, "results of SARIF")
+    expect(not log["invocations"][0]["executionSuccessful"], "a chart that cannot be read")
+    name = "charts/sounds.bms"
+    with open(os.path.join(CHARTS, "sounds.bms"), "rb") as chart:
+        got = run("--strict", "--path", name, "-", folder=os.path.dirname(CHARTS), text=chart.read())[1]
+    expect(got == reports[names.index("sounds.bms")], "a chart on standard input")
+
+
+def test_settings(folder):
+    os.makedirs(os.path.join(folder, "a", "b"))
+    chart = os.path.join(folder, "a", "b", "c.bms")
+    with open(chart, "wb") as file:
+        file.write(b"#WAV01 no.wav\r\n#XYZ 1\r\n#00111:01")
+    for settings, arguments, want, codes in [
+            ("", "", 1, "sound-missing unknown-command"), ("", "--select no-tempo", 0, "no-tempo"),
+            ("", "--strict", 1, "no-tempo sound-missing unknown-command"),
+            ("", "--ignore sound-missing,tab", 1, "unknown-command"),
+            ("", "--ignore sound-missing --ignore unknown-command", 0, ""),
+            ("fail-on = 'error'", "", 1, "sound-missing unknown-command"),
+            ("fail-on = 'error'\nignore = ['sound-missing']", "", 0, "unknown-command"),
+            ("fail-on = 'error'\nignore = ['sound-missing']", "--fail-on warning", 1, "unknown-command"),
+            ("select = ['tab']", "", 0, ""), ("select = ['tab']", "--select no-tempo", 0, "no-tempo"),
+            ("ignore = ['tabb']", "", 2, ""), ("ignore = 'tab'", "", 2, ""), ("[x]", "", 2, ""),
+            ("a = [", "", 2, "")]:
+        with open(os.path.join(folder, "a", "lumetra-check.toml"), "w", encoding="ascii") as file:
+            file.write(settings)
+        code, report, errors = run(*arguments.split(), chart)
+        found = re.findall(r"\[(.*)\]$", report, re.M)
+        expect(code == want and found == codes.split(), f"{settings!r} {arguments}: {code} {found} {errors}")
+        expect((code == 2) == ("lumetra-check.toml:1: " in errors), errors)
 
 
 def bytes_read():
@@ -114,7 +172,11 @@ def test_exit_codes():
             ("channels.bms", 1, "[zero-length]"),
             ("clean.bms channels.bms no_tempo.bms", 1, "no_tempo.bms: 0 errors"),
             ("channels.bms gone.bms clean.bms", 2, "gone.bms: No such file"),
-            ("-- -x.bms", 2, "-x.bms: No such file"), (".", 2, ".: is a folder"), ("", 2, "no chart given"),
+            ("-- -x.bms", 2, "-x.bms: No such file"), ("", 2, "no chart given"),
+            ("--select tabb clean.bms", 2, "unknown code: tabb"), ("--format xml .", 2, "format: xml"),
+            ("--explain nul", 0, "## nul\n"), ("--path x clean.bms", 2, "--path"),
+            ("s", 2, "s: no chart found"),
+            ("--color always no_tempo.bms --strict", 1, "\x1b[1;36mnote\x1b[0m: no #BPM"),
             ("--jsno clean.bms", 2, "option: --jsno"), ("--help", 0, "Usage: lumetra-check"),
             ("--version", 0, "lumetra-check ")]:
         code, output, errors = run(*arguments.split())
@@ -143,6 +205,17 @@ def test_charts_made_here(folder):
     write("pack/up.bms", b"#BPM 120", b"#WAV01 ../pack/../link.wav", b"#00111:01")
     report = run("--strict", "pack/up.bms", folder=folder)[1]
     expect(re.findall(r"\[(.*)\]", report) == ["outside-folder"], report)
+    write("big.bms", b"#BPM 120", b"#BMP01 big.bmp", b"#00104:01")
+    with open(os.path.join(folder, "big.bmp"), "wb") as picture:
+        picture.write(b"BM")
+        picture.truncate((1 << 30) + 1)
+    report = run("big.bms", folder=folder)[1]
+    expect("big.bms:2:8: error: the pictures of the chart together" in report and "too much" in report, report)
+    deep = os.path.join(folder, *["deep" * 20] * 4)
+    os.makedirs(deep)
+    for name in "clean.bms", "a.wav", "a.bmp":
+        shutil.copy(os.path.join(CHARTS, name), deep)
+    expect("clean.bms: 0 errors, 0 warnings, 0 notes\n" in run("clean.bms", folder=deep)[1], "a deep folder")
     name = "e\x1b]0;pwned\x07\nfake.bms:1:1: error: x\x9b\u202e"
     write(name, b"#BPM 120", b"#00111:01")
     for arguments in ([name], ["--json", name], [name + "?"]):
@@ -169,13 +242,16 @@ def test_any_bytes(folder):
     expect(len(charts_of(*paths)) == len(paths), "one member for each chart")
 
 
-test_reports()
+codes = test_reports()
+test_folders_and_formats()
 test_files_are_found_once()
 test_json()
 test_exit_codes()
 with tempfile.TemporaryDirectory() as scratch:
     test_charts_made_here(scratch)
     test_any_bytes(scratch)
+    test_settings(scratch)
+expect(seen == codes, f"codes in no report: {sorted(codes - seen)}")
 for failure in failures:
     print(failure)
 sys.exit(1 if failures else 0)

@@ -1,0 +1,20 @@
+// The charts that a command line means.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/byteblock.h"
+
+namespace check {
+
+// All that standard input holds. Returns an error message, or an empty string.
+std::string ReadStandardInput(SharedBytes* bytes);
+
+// Files as they are given, folders replaced by the charts in them and below, sorted by name. Hidden folders
+// and links to folders are skipped. Adds an error message for each folder that cannot be read or has no
+// charts.
+std::vector<std::string> CollectCharts(const std::vector<std::string>& names,
+                                       std::vector<std::string>* errors);
+
+}  // namespace check

@@ -1,0 +1,210 @@
+#include "check/run.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "check/collect.h"
+#include "check/report.h"
+#include "check/statistics.h"
+#include "common/arguments.h"
+#include "common/messages.h"
+#include "platform/files/filename.h"
+
+namespace check {
+namespace {
+
+// What comes back from the process that checked a chart, followed by the reason of a failure.
+struct Result {
+    int32_t code = kClean;
+    Statistics statistics;
+};
+
+std::string Pack(const Result& result, const std::string& why = "") {
+    std::string bytes(sizeof result, '\0');
+    std::memcpy(bytes.data(), &result, sizeof result);
+    return bytes + why;
+}
+
+bool Fails(const Findings& findings, Severity fail_on) {
+    return findings.Count(kError) > 0 || (fail_on >= kWarning && findings.Count(kWarning) > 0) ||
+           (fail_on >= kNote && findings.Count(kNote) > 0);
+}
+
+const std::string& ShownAs(const std::string& chart, const Options& options) {
+    return chart == "-" && !options.path.empty() ? options.path : chart;
+}
+
+// Checks single charts; each process has one of its own.
+class ChartChecker {
+public:
+    // input: what - means.
+    ChartChecker(const Options& options, const std::vector<std::string>& charts, SharedBytes input)
+        : options_(options), charts_(charts), input_(std::move(input)) {
+        for (const std::string& chart : charts) paths_.push_back(AbsolutePath(ShownAs(chart, options)));
+    }
+
+    std::string Check(size_t item, const tools::Sink& sink) {
+        Result result;
+        result.statistics.charts = 1;
+        Rules rules;
+        std::string why = settings_.Find(paths_[item], options_.rules, &rules);
+        if (why.empty()) {
+            // Some megabytes, released before the next chart.
+            const auto subject = std::make_unique<Subject>(paths_[item], rules.Wanted());
+            if (charts_[item] == "-") subject->provided = input_;
+            if (CheckChart(subject.get(), &why)) {
+                subject->file_name = ShownAs(charts_[item], options_);
+                Report(*subject, rules, sink);
+                result.code = Fails(subject->findings, rules.FailOn()) ? kFindings : kClean;
+                result.statistics.Count(subject->findings);
+                return Pack(result);
+            }
+        }
+        result.code = kUnreadable;
+        result.statistics.unreadable = 1;
+        return Pack(result, why);
+    }
+
+private:
+    void Report(const Subject& subject, const Rules& rules, const tools::Sink& sink) const {
+        // Codes that were asked for by name are listed whatever their severity is.
+        const bool notes = rules.FailOn() == kNote || rules.select;
+        std::string out;
+        if (options_.format == Format::kJson)
+            WriteJson(subject, &out, &sink);
+        else if (options_.format == Format::kSarif)
+            WriteSarif(subject, &out);
+        else if (options_.format == Format::kGithub)
+            WriteGithub(subject, notes, &out);
+        else if (!options_.statistics)
+            WriteText(subject, {notes, options_.color}, &out);
+        sink(out);
+    }
+
+    const Options& options_;
+    const std::vector<std::string>& charts_;
+    const SharedBytes input_;
+    std::vector<std::string> paths_;
+    SettingsFinder settings_;
+};
+
+// Writes the report of all charts as they arrive.
+class Report {
+public:
+    Report(const Options& options, const std::vector<std::string>& charts)
+        : options_(options), charts_(charts) {}
+    void Begin();
+    void Piece(size_t item, std::string_view piece);
+    bool Done(size_t item, const std::string* bytes);  // false when nothing more can be written
+    int End();
+
+private:
+    void Separate();
+    void Fail(size_t item, const std::string& why);
+    void Write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+    const Options& options_;
+    const std::vector<std::string>& charts_;
+    Statistics statistics_;
+    std::vector<Failure> failures_;
+    bool begun_ = false, any_ = false;  // begun_: the output of the current chart
+    int code_ = kClean;
+};
+
+void Report::Begin() {
+    if (options_.format == Format::kJson) {
+        Write("{\"format\":\"lumetra-check\",\"version\":" + std::to_string(kJsonVersion) +
+              ",\"program\":\"" LUMETRA_VERSION "\",\"charts\":[\n");
+    } else if (options_.format == Format::kSarif) {
+        std::string head;
+        WriteSarifHead(LUMETRA_VERSION, &head);
+        Write(head);
+    }
+}
+
+// Before the first output of a chart.
+void Report::Separate() {
+    if (begun_) return;
+    begun_ = true;
+    if (any_ && (options_.format == Format::kJson || options_.format == Format::kSarif)) Write(",\n");
+    if (any_ && options_.format == Format::kText) Write("\n");
+    any_ = true;
+}
+
+void Report::Piece(size_t item, std::string_view piece) {
+    if (piece.empty()) return;
+    Separate();
+    Write(piece);
+}
+
+void Report::Fail(size_t item, const std::string& why) {
+    const Failure failure = {ShownAs(charts_[item], options_), why};
+    std::fflush(stdout);  // a terminal shows both in order
+    tools::Complain(kUnreadable, failure.file + ": " + why);
+    std::string out;
+    if (options_.format == Format::kJson) WriteUnreadableJson(failure, &out);
+    if (options_.format == Format::kGithub) WriteGithubFailure(failure, &out);
+    Piece(item, out);
+    failures_.push_back(failure);
+}
+
+bool Report::Done(size_t item, const std::string* bytes) {
+    Result result;
+    if (bytes) {
+        std::memcpy(&result, bytes->data(), sizeof result);
+    } else {
+        result.code = kUnreadable;
+        result.statistics.charts = result.statistics.unreadable = 1;
+    }
+    if (result.code == kUnreadable)
+        Fail(item, bytes ? bytes->substr(sizeof result) : "the check ended without a result");
+    statistics_.Add(result.statistics);
+    code_ = std::max<int>(code_, result.code);
+    begun_ = false;
+    return !std::ferror(stdout);
+}
+
+int Report::End() {
+    std::string out;
+    if (options_.format == Format::kJson) {
+        out = "\n]";
+        if (options_.statistics) {
+            out += ",";
+            Json json(&out);
+            WriteStatisticsJson(statistics_, &json);
+        }
+        out += "}\n";
+    } else if (options_.format == Format::kSarif) {
+        WriteSarifEnd(failures_, &out);
+    } else if (options_.statistics) {
+        WriteStatisticsText(statistics_, &out);
+    }
+    Write(out);
+    return tools::FlushOutput() ? code_ : tools::Complain(kOutput, "cannot write the report");
+}
+
+}  // namespace
+
+int CheckAll(const Options& options) {
+    std::vector<std::string> errors;
+    const std::vector<std::string> charts = CollectCharts(options.charts, &errors);
+    int code = kClean;
+    for (const std::string& error : errors) code = tools::Complain(kUnreadable, error);
+    SharedBytes input;
+    if (std::find(charts.begin(), charts.end(), "-") != charts.end()) {
+        const std::string error = ReadStandardInput(&input);
+        if (!error.empty()) return tools::Complain(kUnreadable, "-: " + error);
+    }
+    ChartChecker checker(options, charts, input);
+    Report report(options, charts);
+    report.Begin();
+    std::fflush(stdout);
+    tools::RunInOrder(charts.size(), options.jobs,
+                      [&](size_t item, const tools::Sink& sink) { return checker.Check(item, sink); },
+                      {[&](size_t item, std::string_view piece) { report.Piece(item, piece); },
+                       [&](size_t item, const std::string* result) { return report.Done(item, result); }});
+    return std::max(code, report.End());
+}
+
+}  // namespace check
