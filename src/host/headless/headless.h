@@ -184,6 +184,15 @@ const std::vector<PostedMessage>&
 PostedToInstances();                  // in order; without those to instances that did not exist
 const std::string& AnnouncedClass();  // empty: not announced
 
+// ---- the second channel: what a client sends and receives ----
+void ReceiveLine(uint64_t client, const std::string& line);
+struct SentLine {
+    uint64_t client;
+    std::string line;
+};
+const std::vector<SentLine>& SentLines();
+bool HasLeftList();
+
 // ---- failures ----
 
 void FailOpenWindow(bool fail);
