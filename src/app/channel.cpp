@@ -160,7 +160,8 @@ void Open(const Request& request) {
     if (!TakeSpeed(request.body, &load.hundredths))
         return Refuse(request.client, request.id, "wrong-value", "speed takes a number from 0.1 to 8");
     const json modern = request.body.value("modern", json(false));
-    if (!modern.is_boolean()) return Refuse(request.client, request.id, "wrong-value", "modern is true or false");
+    if (!modern.is_boolean())
+        return Refuse(request.client, request.id, "wrong-value", "modern is true or false");
     const bool before = compile::PlaysModern();
     SetModern(modern);
     const Probe probe = ProbeChart(load.path);

@@ -24,7 +24,8 @@ void SetModern(bool modern) {
     compile::PlayModern({}, [](const std::vector<dialect::Finding>& findings) {
         for (const dialect::Finding& finding : findings) {
             if (std::strcmp(finding.code, "film") != 0) continue;
-            OutputDebugStringA(("Chart: line " + std::to_string(finding.place.line) + ": " + finding.text + "\n").c_str());
+            OutputDebugStringA(
+                ("Chart: line " + std::to_string(finding.place.line) + ": " + finding.text + "\n").c_str());
             return;
         }
     });

@@ -48,16 +48,17 @@ SharedBytes Shared(const std::string& text) {
 
 void PlayModern(const dialect::Choice& choice, OnFindings on_findings) {
     g_modern = true;
-    SetChartMaker([choice, on_findings, last = Last()](const std::string& name, const ByteBlock& chart) mutable {
-        const std::string_view bytes(reinterpret_cast<const char*>(chart.Data()), chart.Size());
-        const std::string folder = FolderOfName(name);
-        if (!IsFresh(last, name, bytes)) last.package = CompileChart(bytes, folder, {choice, true});
-        last.name = name, last.bytes = bytes, last.at = std::chrono::steady_clock::now();
-        if (on_findings) on_findings(last.package.findings);
-        if (last.package.unchanged) return SharedBytes();
-        for (const MadeFile& file : last.package.made) RegisterBoth(folder, file);
-        return Shared(last.package.text);
-    });
+    SetChartMaker(
+        [choice, on_findings, last = Last()](const std::string& name, const ByteBlock& chart) mutable {
+            const std::string_view bytes(reinterpret_cast<const char*>(chart.Data()), chart.Size());
+            const std::string folder = FolderOfName(name);
+            if (!IsFresh(last, name, bytes)) last.package = CompileChart(bytes, folder, {choice, true});
+            last.name = name, last.bytes = bytes, last.at = std::chrono::steady_clock::now();
+            if (on_findings) on_findings(last.package.findings);
+            if (last.package.unchanged) return SharedBytes();
+            for (const MadeFile& file : last.package.made) RegisterBoth(folder, file);
+            return Shared(last.package.text);
+        });
 }
 
 void PlayAsWritten() {

@@ -41,9 +41,9 @@ struct Options {
     int size = 1;       // enlargement factor
     bool exact = true;  // one more frame at the time of each record; otherwise the player's frames alone
     bool force = false;
-    bool modern = false;  // charts are compiled first
+    bool modern = false;     // charts are compiled first
     dialect::Choice choice;  // of branches, when they are
-    std::string audio;  // empty: not wanted
+    std::string audio;       // empty: not wanted
     AudioQuality quality;
     std::optional<double> loudness;  // LUFS
     bool preview = false, trim = false;
