@@ -1,17 +1,23 @@
 // lumetra: the player on a user's desktop.
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
+#include "app/channel.h"
+#include "app/client.h"
+#include "app/load.h"
+#include "app/start.h"
+#include "app/words.h"
 #include "host/host.h"
 #include "platform/window/commandline.h"
-#include "playback/layout.h"
 #include "shell/shell.h"
 
 namespace {
 
-constexpr int kExitRemote = 1;
 constexpr int kExitFailed = -1;
 
 constexpr char kHelp[] =
@@ -26,8 +32,17 @@ come first, with their value attached; everything after them is the chart's name
   -X<n>      left edge of the window
   -Y<n>      top edge of the window
   -D         run beside other instances; none of them accepts commands afterwards
+  --modern   play charts of today: numbers up to ZZ, long notes, stops and more;
+             with --open it belongs to that chart. LUMETRA_MODERN=1 does the same
   --help     print this help and exit
   --version  print the version and exit
+
+  --open FILE [-N<n>] [-M<x>] [--at LINE[:COLUMN]] [--wait]
+             play FILE in the running instance, or start one for it
+  --status [--follow]
+             print what each instance is doing, as JSON
+  --play --stop --restart --quit --seek N --speed X
+             control the running instance; the exit code tells whether it did
 
 While an instance is running, these options control it:
 
@@ -50,15 +65,40 @@ const char* AnswerAtOnce(int argc, char** argv) {
     return nullptr;
 }
 
-int Run(int argc, char** argv) {
-    std::string line = BuildCommandLine(argc, argv);
-    const int nExitCode = WinMain(GetProgramModule(), nullptr, line.data(), 1);
-    // Neither opened a window nor passed a command on: say so if the display is missing.
-    if (nExitCode != kExitRemote && !g_hWnd && !host::HasDisplay()) {
-        std::fputs("lumetra: no display to open a window on; lumetra-render works without one\n", stderr);
-        return kExitFailed;
+// A line with -Q never starts a player, so nobody has to wait for it where none runs.
+bool IsQuit(int argc, char** argv) {
+    for (int i = 1; i < argc && IsOptionArgument(argv[i]); ++i) {
+        if (std::toupper(static_cast<unsigned char>(argv[i][1])) == 'Q') return true;
     }
-    return nExitCode;
+    return false;
+}
+
+int CountInstances() {
+    std::vector<host::Instance> instances;
+    host::ListInstances(&instances);
+    return static_cast<int>(
+        std::count_if(instances.begin(), instances.end(),
+                      [](const host::Instance& other) { return other.class_name == WINDOW_CLASS; }));
+}
+
+// The system's own command line.
+int Run(int argc, char** argv) {
+    app::SayWhatIsIgnored(argc, argv);
+    host::LockStart(!IsQuit(argc, argv));
+    const int others = CountInstances();
+    app::ServeChannel(nullptr);
+    const int code = app::RunSystem(argc, argv);
+    host::UnlockStart();
+    if (g_hWnd || code == 1) app::SayHowItEnded(argc, argv, code, others);
+    return code;
+}
+
+int RunLong(const app::LongOptions& options) {
+    if (!options.error.empty()) {
+        app::Say(options.error);
+        return app::kWrongUse;
+    }
+    return options.verb == app::Verb::kOpen ? app::Open(options) : app::RunCommand(options);
 }
 
 }  // namespace
@@ -67,8 +107,12 @@ int main(int argc, char** argv) {
     if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
     }
-    const int nExitCode = Run(argc, argv);
-    if (host::Shutdown()) return nExitCode;
+    const bool modern = app::TakeModern(&argc, argv);
+    app::LongOptions options = app::ParseLongOptions(argc, argv);
+    options.modern = modern;
+    app::SetModern(modern);
+    const int code = options.verb == app::Verb::kNone ? Run(argc, argv) : RunLong(options);
+    if (host::Shutdown()) return code;
     std::fflush(stdout);
-    std::_Exit(nExitCode);
+    std::_Exit(code);
 }

@@ -53,6 +53,7 @@ void PlaceWindow(int x, int y, int width, int height);  // outer corner, client 
 void KeepOnTop();                                       // cheap when it already is
 void SetTitle(const std::string& title);
 void Minimize();
+void Unminimize();  // without the focus; nothing for a window that is not minimised
 void GetDesktopSize(int* width, int* height);
 
 // Shows pixels 0x00RRGGBB at x, y of the client area, clipped to it. stride: pixels from row to row.
@@ -116,6 +117,10 @@ struct MenuItem {
 
 int PopupMenu(const std::vector<MenuItem>& items, int x, int y, Pump pump);  // the chosen id, 0 for none
 
+enum class Modal { kNone, kBox, kFileDialog, kMenu };
+Modal InnermostModal();
+void CancelFileDialog();  // the innermost modal, when it is one
+
 // ---- clock ----
 
 uint64_t Nanoseconds();  // monotonic, from an arbitrary origin
@@ -134,6 +139,8 @@ using MixCallback = void (*)(void* user, float* out, int frames, uint64_t time);
 bool OpenSound(int rate, MixCallback callback, void* user);
 // No callback runs after it returns. It waits for no driver; Shutdown gives the device a moment to close.
 void CloseSound();
+bool SoundIsPending();              // opened, and the device has not asked for its first sound yet
+void AwaitSound(int milliseconds);  // until it has, at most so long
 
 // ---- other instances: running programs of the same kind ----
 
@@ -142,13 +149,57 @@ struct Instance {
     std::string class_name;
 };
 
+// Starts that happen at the same moment run one after the other: from here to the announcement, except while
+// a first file dialog is open, other starts wait, but no longer than 200 ms. create: also where no instance
+// runs.
+void LockStart(bool create);
+void UnlockStart();
+void LeaveStartToChild();  // after a fork: the child alone holds the lock from now on
+
 // From now on other instances can find this one. Their messages queue in arrival order until PollEvent takes
 // them, also while nobody polls. The announcement ends with the process, however that ends.
 bool AnnounceInstance(const std::string& class_name);
 void WithdrawInstance();
 bool ListInstances(std::vector<Instance>* instances);  // the others; needs no window and no display
-// Returns as soon as the message is in the queue of that instance; false when it is gone.
+// Takes no more quits: until then the instance leaves the list when one arrives, before the program ends.
+void SetDeaf();
+// Returns as soon as the message is in the queue of that instance, after a quit when it has left the list.
+// False when it is gone or does not take the message; waits 200 ms at most, in all calls of the process
+// together.
 bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam);
+
+// ---- the second channel: lines of text with answers, beside the messages ----
+
+// Called on a thread of the host, one line at a time, without its end; at most 64 KiB.
+using LineHandler = void (*)(uint64_t client, const std::string& line);
+void ServeLines(LineHandler handler);  // before the announcement; from then on other processes can connect
+// Any thread; never waits. False when that client is gone, such as one that does not read.
+bool SendLine(uint64_t client, const std::string& line);
+void LeaveList();  // no other process finds this one any more; who is connected stays so
+
+// Called on the main thread where events are polled, with null, and whenever the title is set, with it: also
+// at the beginning and the end of a load.
+using PumpHook = void (*)(const std::string* title);
+void OnPump(PumpHook hook);
+
+// A connection to another instance.
+class LineClient {
+public:
+    explicit LineClient(uint64_t id);
+    LineClient(const LineClient&) = delete;
+    LineClient& operator=(const LineClient&) = delete;
+    ~LineClient();
+
+    bool Write(const std::string& line);
+    bool Read(std::string* line, int milliseconds);  // false when none came in that time or the other is gone
+    bool IsOpen() const { return m_fd >= 0; }
+
+private:
+    void Close();
+
+    int m_fd = -1;
+    std::string m_in;
+};
 
 // ---- text for a debugger ----
 

@@ -5,6 +5,7 @@
 #include "chart/bms.h"
 #include "display/ddraw.h"
 #include "platform/graphics/gdi.h"
+#include "platform/sound/output.h"
 #include "platform/window/dialog.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
@@ -15,6 +16,8 @@
 namespace {
 
 constexpr int EXIT_FAILED = -1;
+constexpr int32_t FIRST_SOUND_MS = 200;
+constexpr DWORD OUTPUT_WAIT_MS = 150;
 constexpr char WINDOW_TITLE[] = "Lumetra 0.04";
 
 int FailWithBox(const char* pszText, const char* pszCaption) {
@@ -71,6 +74,28 @@ int StartChart(const char* szFile) {
     return START_PLAY;
 }
 
+bool IsSoundDue(const BmsEvent* pList, int32_t nCount, int32_t nUntil) {
+    for (int32_t i = 0; i < nCount; ++i) {
+        if (!pList[i].bDone && pList[i].pObject && pList[i].nTime <= nUntil) return true;
+    }
+    return false;
+}
+
+// The device is opened beside the start-up and may still be filling its buffer: without the wait the first
+// beat would lose its attack. The picture stands at the start position meanwhile.
+void AwaitFirstSound() {
+    const int32_t nUntil = g_dwSeekTime + FIRST_SOUND_MS;
+    if (!SoundOutputIsPending()) return;
+    if (!IsSoundDue(g_pBgmList, g_nBgmCount, nUntil) && !IsSoundDue(g_pNoteList, g_nNoteCount, nUntil))
+        return;
+    g_bPaused = 1;
+    g_dwNowTime = g_dwStartTime;
+    PlayFrame();
+    g_pDDraw->Present();
+    g_bPaused = 0;
+    WaitForSoundOutput(OUTPUT_WAIT_MS);
+}
+
 void StartClock() {
     g_TimeCaps = {};
     timeGetDevCaps(&g_TimeCaps, sizeof(g_TimeCaps));
@@ -78,6 +103,7 @@ void StartClock() {
     if (g_bPlaying) {
         g_dwPauseTime = 0;
         g_bPaused = 0;
+        AwaitFirstSound();
     }
     g_dwNowTime = g_dwStartTime = timeGetTime();
 }

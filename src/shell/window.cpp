@@ -57,7 +57,7 @@ BOOL SetChartTitle(HWND hWnd, const char* pszPrefix, const char* pszGenre, const
 }
 
 void ShowLoadingTitle() {
-    SetChartTitle(g_hWnd, "Now Initializing & Loading...", "", "", "", "", "", "");
+    SetChartTitle(g_hWnd, LOADING_TITLE, "", "", "", "", "", "");
 }
 
 void ShowChartTitle() {

@@ -5,6 +5,8 @@
 
 #include "platform/wintypes.h"
 
+constexpr char LOADING_TITLE[] = "Now Initializing & Loading...";
+
 // x, y: outer corner in desktop pixels; -1 when not given. Returns null on failure.
 HWND CreateMainWindow(HINSTANCE hInstance, int nIcon, const char* pszTitle, const char* pszClass, int x,
                       int y);

@@ -39,8 +39,12 @@ TEST(App, WithoutADisplay) {
         {"song.bms", 255, 1, "lumetra-render"},
         {"-P -D song.bms", 255, 1, "lumetra-render"},
         {"", 255, 1, "lumetra-render"},
-        {"song.bms --help", 255, 1, "lumetra-render"},
-        {"-Q", 1, 0, ""},
+        {"song.bms --help", 255, 2, "options come before"},
+        {"-Q", 1, 1, "no instance is running"},
+        {"--stop", 4, 1, "no instance is running"},
+        {"-z -Q", 1, 2, "-z is unknown"},
+        {"--open nothing.bms", 3, 1, "nothing.bms"},
+        {"--open", 2, 1, "needs"},
         {"-D -N5 -M2 -Q song.bms", 1, 0, ""},
     };
     for (const auto& row : rows) {

@@ -1,10 +1,15 @@
 #!/usr/bin/env python3
 """The real player on a virtual screen: window, keys, dialogs, and instances that command each other."""
+import json
 import os
+import signal
+import socket
+import struct
 import subprocess
 import sys
 import time
 import unittest
+import urllib.parse
 
 import harness
 from harness import RESTART, SEEK, SPEED, STOP, Screen, until
@@ -201,9 +206,11 @@ class EndToEnd(unittest.TestCase):
             player = screen.player("-X100", "-Y100", screen.chart(text=text))
             player.window = screen.window("Now Initializing")
             player.x, player.y = screen.client(player.window)[:2]
+            os.kill(player.process.pid, signal.SIGSTOP)  # so that all of this comes before the box
             screen.keys(player.window, "Return", "space", "Escape")
             screen.click(player, 40)
-            self.assertNotIn("CompileError!", screen.windows())  # all of this came before the box
+            self.assertNotIn("CompileError!", screen.windows())
+            os.kill(player.process.pid, signal.SIGCONT)
             box = screen.window("CompileError!")
             time.sleep(0.5)
             self.assertIn("CompileError!", screen.windows())
@@ -249,6 +256,174 @@ class EndToEnd(unittest.TestCase):
             self.assertLess(time.monotonic() - start, 0.7)
             self.assertEqual(os.listdir(screen.runtime), [])
             os.close(reader)
+
+    def test_first_beat(self):
+        """A sound at the start measure is heard from its first sample on."""
+        with Screen() as screen:
+            data = struct.pack("<h", 16384) * 2000
+            with open(os.path.join(screen.folder, "a.wav"), "wb") as out:
+                out.write(b"RIFF" + struct.pack("<I", 36 + len(data)) + b"WAVEfmt " +
+                          struct.pack("<IHHIIHH", 16, 1, 1, 44100, 88200, 2, 16) + b"data" +
+                          struct.pack("<I", len(data)) + data)
+            sound = os.path.join(screen.folder, "sound.raw")
+            path = screen.chart(text="#TITLE E2E\n#WAV01 a.wav\n#00401:01\n#02011:01\n")
+            output = {"SDL_AUDIODRIVER": "disk", "SDL_DISKAUDIOFILE": sound}
+            player = screen.player("-P", "-N4", path, env=output)
+            player.find()
+            time.sleep(1)
+            self.assertEqual(screen.remote("-Q"), 1)
+            player.ends(0)
+            with open(sound, "rb") as heard:
+                left = [frame[0] for frame in struct.iter_unpack("<ff", heard.read())]
+            self.assertEqual(sum(sample != 0 for sample in left), 2000)
+
+    def test_starts(self):
+        """Of many starts at once one plays; a start after a quit plays; a stopped instance holds nobody."""
+        with Screen() as screen:
+            path = screen.chart()
+            for _ in range(3):
+                players = [screen.player("-P", path) for _ in range(10)]
+                until("the others to end", lambda: sum(p.process.poll() is None for p in players) == 1)
+                self.assertEqual(len(screen.instances()), 1)
+                self.assertEqual(sum(p.process.poll() == 1 for p in players), 9)
+                for _ in range(5):
+                    self.assertEqual(screen.remote("-Q"), 1)
+                    running = screen.player("-P", path)
+                    until("its socket", screen.instances)
+                    until("the old one to end", lambda: players[0].process.poll() is not None)
+                    self.assertIsNone(running.process.poll())
+                os.kill(running.process.pid, signal.SIGSTOP)
+                for _ in range(6):  # more than the socket holds
+                    start = time.monotonic()
+                    screen.remote("-M2", "-N3", "-M1", "-N4", "-S")
+                    self.assertLess(time.monotonic() - start, 0.7)
+                os.kill(running.process.pid, signal.SIGCONT)
+                self.assertEqual(screen.remote("-Q"), 1)
+                until("the end", lambda: running.process.poll() is not None)
+
+    def test_open(self):
+        """One line for every editor: starts a player, changes its chart, and says what it could not do."""
+        with Screen() as screen:
+            def call(*arguments):
+                done = subprocess.run([harness.LUMETRA, *arguments], env=dict(screen.env, LUMETRA_DEBUG=""),
+                                      capture_output=True, timeout=harness.LIMIT, text=True)
+                return done.returncode, done.stdout, done.stderr
+
+            def status():
+                code, out, _ = call("--status")
+                return json.loads(out) if code == 0 else {}
+
+            first, second = screen.chart(), screen.chart("二 %.bms", title="SECOND")
+            broken = screen.chart("zero.bms", "#BPM 120\n#00011:01\n")
+            for command in (("--status",), ("--stop",), ("--seek", "3")):
+                self.assertEqual(call(*command)[0], 4)
+            for command in (("--open",), ("--open", first, "--at", "x"), ("--seek", "x"),
+                            ("--stop", "--quit")):
+                self.assertEqual(call(*command)[0], 2)
+            code, _, text = call("--open", broken)
+            self.assertEqual((code, len(text.splitlines()), screen.windows()), (3, 1, {}))
+            self.assertEqual(call("-N20", "--open", "song.bms", "-M2")[0], 3)  # not in this folder
+            self.assertEqual(call("--wait", "-N20", "--open", first, "-M2")[0], 0)
+            now = status()
+            self.assertEqual((now["state"], now["speed"], now["title"]), ("running", 2, "E2E"))
+            self.assertEqual(now["file"], first)
+            self.assertIn(now["measure"], (20, 21))
+            pid, line = now["pid"], now["line"]
+            self.assertEqual(line, 5 + now["measure"])
+            self.assertEqual(now["column"], 8)
+            # Another chart, from every state, in the same window.
+            for prepare, state in (("--stop", "paused"), ("--restart", "running")):
+                self.assertEqual(call(prepare)[0], 0)
+                until("the state", lambda: status()["state"] == state)
+                self.assertEqual(call("--open", second, "--at", "17:3")[0], 0)
+                until("the second chart", lambda: status().get("title") == "SECOND")
+                until("its running", lambda: status()["state"] == "running")
+                self.assertEqual(status()["measure"], 12)
+            now = status()
+            self.assertEqual((now["pid"], now["file"], now["speed"]), (pid, second, 2))
+            self.assertEqual(now["uri"], "file://" + urllib.parse.quote(second))
+            code, _, text = call("--open", broken)
+            self.assertEqual((code, len(text.splitlines()), status()["title"]), (3, 1, "SECOND"))
+            self.assertEqual(call("--open", first, "-N99")[2].count("last"), 1)
+            until("the first chart", lambda: status()["title"] == "E2E")
+            # A file dialog makes way, a box does not.
+            window = screen.window("E2E")
+            screen.keys(window, "shift+F10", "l")
+            screen.window(DIALOG)
+            self.assertEqual(call("--open", second)[0], 0)
+            until("the second chart", lambda: status()["title"] == "SECOND")
+            screen.keys(window, "shift+F10", "a")
+            box = screen.window("VersionInfo")
+            code, _, text = call("--open", first)
+            self.assertEqual((code, status()["title"]), (0, "SECOND"))
+            self.assertIn("box", text)
+            screen.keys(box, "Return")
+            until("the first chart", lambda: status()["title"] == "E2E")
+            for command in (("--seek", "30"), ("--speed", "1.15"), ("--play",), ("--stop",)):
+                self.assertEqual(call(*command)[0], 0)
+            until("all that", lambda: status()["speed"] == 1.15 and status()["measure"] >= 30)
+            self.assertEqual(call("--seek", "99")[0], 5)
+            os.kill(pid, signal.SIGSTOP)
+            start = time.monotonic()
+            self.assertEqual(call("--play")[0], 5)
+            self.assertLess(time.monotonic() - start, 0.6)
+            os.kill(pid, signal.SIGCONT)
+            self.assertEqual(call("--quit")[0], 0)
+            self.assertEqual(screen.instances() + screen.instances(".stream"), [])
+            self.assertEqual(call("--open", second)[0], 0)  # at once, while the old one may still be ending
+            until("the second chart", lambda: status().get("title") == "SECOND")
+            self.assertNotEqual(status()["pid"], pid)
+            self.assertEqual(call("-Q")[2].count("handed on"), 1)
+            until("the end", lambda: not screen.windows())
+
+    def test_channel_under_stress(self):
+        """Garbage, half lines, a line without end, many connections and one that never reads."""
+        with Screen() as screen:
+            player = screen.player("-P", screen.chart())
+            player.find()
+            path = until("its channel", lambda: screen.instances(".stream"))[0]
+
+            def connect():
+                client = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+                client.connect(path)
+                client.settimeout(harness.LIMIT)
+                self.addCleanup(client.close)
+                return client
+
+            deaf = connect()
+            flood = b'{"command":"status"}\n' * 100
+            try:
+                deaf.settimeout(2)
+                while True:
+                    deaf.send(flood)  # its answers pile up until it is dropped
+            except OSError:
+                pass
+            endless = connect()
+            with self.assertRaises(OSError):
+                for _ in range(100):
+                    endless.send(b"x" * 65536)
+                    time.sleep(0.01)
+            garbage = connect()
+            garbage.sendall(b"\xff\0{[\n" * 100 + b'{"id":7,"com')
+            many = [connect() for _ in range(200)]
+            player.runs()
+            for client in many:
+                client.close()
+            garbage.sendall(b'mand":"status"}\n')
+            answers = b""
+            while b'"id":7' not in answers:
+                answers += garbage.recv(65536)
+            self.assertEqual(answers.count(b"not-json"), 100)
+            times = []
+            for _ in range(50):
+                start = time.monotonic()
+                garbage.sendall(b'{"id":8,"command":"status"}\n')
+                garbage.recv(65536)
+                times.append(time.monotonic() - start)
+            self.assertLess(sorted(times)[25], 0.005)
+            player.runs()
+            self.assertEqual(screen.remote("-Q"), 1)
+            player.ends(0)
 
 
 if __name__ == "__main__":

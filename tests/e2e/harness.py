@@ -167,11 +167,12 @@ class Screen:
         return subprocess.run([LUMETRA, *arguments], env=self.env, stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL, timeout=LIMIT).returncode
 
-    def instances(self):
-        """The sockets of the instances on this screen."""
+    def instances(self, ending=""):
+        """The sockets of the instances on this screen: for messages, or with ".stream" those with answers."""
         folder = os.path.join(self.runtime, f"lumetra-{self.number}")
         try:
-            return sorted(os.path.join(folder, name) for name in os.listdir(folder))
+            return sorted(os.path.join(folder, name) for name in os.listdir(folder)
+                          if re.fullmatch(r"Lumetra_ZN\.\d+" + re.escape(ending), name))
         except FileNotFoundError:
             return []
 

@@ -127,6 +127,33 @@ TEST_F(Instances, AnnounceListPostWithdraw) {
     EXPECT_FALSE(PostToInstance(OwnId(), 1125, 0, 0));
 }
 
+TEST_F(Instances, AQuitThatActsLeavesTheListAndDropsTheRest) {
+    for (const bool deaf : {false, true}) {
+        ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
+        EXPECT_TRUE(PostToInstance(OwnId(), 2000, 0, 0));
+        if (deaf) PostToInstance(OwnId(), 1224, 0, 0);
+        EXPECT_TRUE(PostToInstance(OwnId(), 1125, 0, 0));
+        EXPECT_EQ(ReadInstanceFolder(Mine()).size(), deaf ? 1u : 0u);
+        const std::vector<uint32_t> expected = {2000, 1224, 1125};
+        EXPECT_EQ(TakeAll(deaf ? 3 : 1), deaf ? expected : std::vector<uint32_t>{1125});
+        WithdrawInstance();
+    }
+}
+
+// Other starts wait from the look for instances to the announcement.
+TEST_F(Instances, StartsAreSerialised) {
+    const std::string try_lock = "flock -x -n " + Mine() + " true";
+    LockStart(true);
+    EXPECT_NE(system(try_lock.c_str()), 0);
+    ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
+    EXPECT_EQ(system(try_lock.c_str()), 0);
+    LockStart(true);
+    EXPECT_NE(system(try_lock.c_str()), 0);
+    WithdrawInstance();
+    UnlockStart();
+    EXPECT_NE(access(Mine().c_str(), F_OK), 0) << "the folder goes when nobody is there";
+}
+
 TEST_F(Instances, OnlyPrivateFoldersAreUsed) {
     std::vector<Instance> instances;
     for (mode_t mode : {0777, 0710, 0701}) {

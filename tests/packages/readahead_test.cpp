@@ -99,7 +99,7 @@ TEST_F(Ahead, ThreadsComeOnlyWithTheFirstConversion) {
          [](const std::string& name, MediaKind kind, const MayHold&) {
              return std::make_shared<Substitute>(MakeSubstitute(SubstitutePaths(name, kind), kind, {}));
          },
-         [](const std::string&) { return true; }});
+         [](const std::string&, MediaKind) { return true; }});
     ahead.Expect(MediaKind::kSound, names);
     EXPECT_EQ(ahead.ThreadsStarted(), 0u);
     EXPECT_EQ(ahead.Take(folder.Path("s2.wav")).pMade->path, "");

@@ -83,6 +83,7 @@ TEST_F(StartUpTest, FailuresInTheirOrder) {
         At(20, AnswerBox());
         EXPECT_EQ(RunLine("-P " + row.line), -1);
         g_refused = 0;
+        RefuseSound(false);
         test::ForgetCalls();
         ExpectOneBox(row.text, row.caption);
         EXPECT_EQ(

@@ -36,16 +36,15 @@ bool AnswerHelp(int argc, const char* const* argv, const char* help, int output_
 // Whether all that was printed has reached standard output.
 bool FlushOutput();
 
-// The whole text as a number; false for anything else.
-template <class T>
-bool ReadNumber(std::string_view text, T* number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *number);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
+// The whole text as a number within bounds. False for anything else, which leaves the number alone.
 template <class T>
 bool ReadWithin(std::string_view text, T least, T most, T* number) {
-    return ReadNumber(text, number) && *number >= least && *number <= most;
+    T value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !(value >= least && value <= most))
+        return false;
+    *number = value;
+    return true;
 }
 
 }  // namespace tools

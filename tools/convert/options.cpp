@@ -1,8 +1,7 @@
 #include "convert/options.h"
 
-#include <algorithm>
-
 #include "common/arguments.h"
+#include "common/branches.h"
 
 namespace convert {
 
@@ -27,30 +26,15 @@ const char kHelp[] =
 
 namespace {
 
-constexpr int32_t kMostChoice = 1 << 30;
-
-bool ReadList(std::string_view text, std::vector<int32_t>* list) {
-    for (size_t at = 0; at <= text.size();) {
-        const size_t comma = std::min(text.find(',', at), text.size());
-        int32_t number = 0;
-        if (!tools::ReadWithin(text.substr(at, comma - at), 1, kMostChoice, &number)) return false;
-        list->push_back(number);
-        at = comma + 1;
-    }
-    return true;
-}
-
 bool* FlagOf(const std::string& name, Options* options) {
     if (name == "--copy") return &options->copy;
     if (name == "--dry-run") return &options->dry_run;
     return name == "--all" ? &options->all : nullptr;
 }
 
-// Takes an option with a value.
-bool Take(const std::string& name, const std::string& value, dialect::Choice* choice) {
-    choice->kind = name == "--seed" ? dialect::Choice::kSeed : dialect::Choice::kList;
-    choice->list.clear();
-    return name == "--seed" ? tools::ReadNumber(value, &choice->seed) : ReadList(value, &choice->list);
+bool TakeChoice(const std::string& name, const std::string& value, dialect::Choice* choice) {
+    *choice = {};
+    return name == "--seed" ? tools::ReadSeed(value, choice) : tools::ReadBranches(value, choice);
 }
 
 }  // namespace
@@ -71,7 +55,7 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
             std::string value;
             if (!chosen.empty() && chosen != name) return wrong("--seed and --random exclude each other");
             if (!words.Value(&value)) return wrong(name + " needs a value");
-            if (!Take(chosen = name, value, &options->choice))
+            if (!TakeChoice(chosen = name, value, &options->choice))
                 return wrong(name + ": invalid value: " + value);
         } else {
             return wrong("unknown option: " + name);

@@ -30,6 +30,11 @@ std::string FindEncoder() {
     return {};
 }
 
+Encoder::~Encoder() {
+    Finish();
+    if (messages_ >= 0) close(messages_);
+}
+
 bool Encoder::Start(const std::vector<std::string>& arguments, int inherited) {
     int ends[2];
     messages_ = tools::OpenScratchFile();

@@ -13,7 +13,7 @@ std::string FindEncoder();  // its path; empty when it is not installed
 
 class Encoder {
 public:
-    ~Encoder() { Finish(); }
+    ~Encoder();
     // inherited: an open file that the program also gets, under the same number.
     bool Start(const std::vector<std::string>& arguments, int inherited);
     bool Write(const void* bytes, size_t count);

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "dialect/lines.h"
 
 namespace render {
 
@@ -14,9 +17,22 @@ struct PicturePlace {
     double value;      // chart time in ms, or measure number with a fraction
 };
 
+// Where a preview begins.
+struct PassageStart {
+    enum Kind { kDensest, kMeasure, kSeconds, kPercent } kind = kDensest;
+    double value =
+        0;  // a measure with a fraction; seconds of the rendered sound; percent of the chart's length
+};
+
+struct AudioQuality {
+    int bits = 16;        // or 24; of WAV and FLAC
+    bool floats = false;  // 32 bits; of WAV alone
+};
+
 struct Options {
     std::string chart;
-    std::string wav, video, trace;  // empty: not wanted; "-": standard output (not for video)
+    std::vector<std::string> charts;  // of --preview: charts and folders
+    std::string wav, video, trace;    // empty: not wanted; "-": standard output (not for video)
     std::string png_folder;
     std::vector<PicturePlace> places;
     int from = -1, to = -1;  // measures, both included; -1: from the lead-in, to the end
@@ -25,6 +41,16 @@ struct Options {
     int size = 1;       // enlargement factor
     bool exact = true;  // one more frame at the time of each record; otherwise the player's frames alone
     bool force = false;
+    bool modern = false;     // charts are compiled first
+    dialect::Choice choice;  // of branches, when they are
+    std::string audio;       // empty: not wanted
+    AudioQuality quality;
+    std::optional<double> loudness;  // LUFS
+    bool preview = false, trim = false;
+    double length = 30, fade = 2;  // of a preview, seconds
+    PassageStart start;
+    std::string output_dir;
+    std::string strip;  // empty: not wanted
 };
 
 // Returns false when the line is wrong; *why then says how.

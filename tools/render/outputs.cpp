@@ -8,6 +8,8 @@
 #include "common/output.h"
 #include "common/output_rules.h"
 #include "platform/files/files.h"
+#include "render/audio_file.h"
+#include "render/strip.h"
 #include "system/globals.h"
 
 namespace render {
@@ -57,13 +59,18 @@ ExitCode CheckOutputs(const Options& options) {
     tools::OutputRules rules(options.force);
     ProtectInputs(options.chart, &rules);
     std::string why;
+    FileKind audio = FileKind::kOgg;
+    AudioKind(options.audio, &audio);
     const auto allow = [&](const std::string& name, FileKind kind) {
         return name.empty() || rules.Allow(name, kind, &why);
     };
     bool allowed = allow(options.wav, FileKind::kWav) && allow(options.trace, FileKind::kTrace) &&
-                   allow(options.video, FileKind::kVideo);
+                   allow(options.video, FileKind::kVideo) && allow(options.audio, audio);
     for (size_t i = 0; allowed && i < options.places.size(); ++i)
         allowed = allow(PictureName(options, i), FileKind::kPng);
+    if (!options.strip.empty()) {
+        for (const std::string& name : StripNames(options)) allowed = allowed && allow(name, FileKind::kPng);
+    }
     return allowed ? kGood : Complain(kUsage, why);
 }
 

@@ -3,13 +3,18 @@
 #include <algorithm>
 
 #include "display/ddraw.h"
+#include "host/headless/headless.h"
 #include "playback/playback.h"
+#include "sound/dsbuffer.h"
+#include "sound/dsound.h"
 #include "system/globals.h"
 
 namespace render {
 namespace {
 
-constexpr uint64_t kMillisecond = 1'000'000;
+constexpr uint64_t kMillisecond = 1'000'000, kGrid = 15 * kMillisecond;
+constexpr uint64_t kSettled = 10'000 * kMillisecond;    // of silence: no earlier sound matters then
+constexpr uint64_t kMostSkip = 600'000 * kMillisecond;  // so that a wish to stop is heard
 
 // Of a frame that reads the clock at this reading.
 int32_t ChartTimeAt(uint64_t clock) {
@@ -19,10 +24,12 @@ int32_t ChartTimeAt(uint64_t clock) {
 
 }  // namespace
 
-void Pacer::SetDue(std::vector<int64_t> times) {
+void Pacer::Set(std::vector<int64_t> times, bool add, bool skip) {
     due_ = std::move(times);
     std::sort(due_.begin(), due_.end());
     next_due_ = 0;
+    add_ = add;
+    skip_ = skip;
 }
 
 uint64_t Pacer::Wake(uint64_t now, uint64_t end) {
@@ -31,9 +38,21 @@ uint64_t Pacer::Wake(uint64_t now, uint64_t end) {
     while (next_due_ < due_.size() && due_[next_due_] <= chart_now) ++next_due_;
     if (next_due_ == due_.size() || g_bPaused) return players_end_;
     const uint64_t due = now + static_cast<uint64_t>(due_[next_due_] - chart_now) * kMillisecond;
-    next_added_ = due < players_end_;
+    if (due > players_end_) {
+        if (skip_) SkipTo(due);
+        return players_end_;
+    }
+    next_added_ = add_ && due < players_end_;
     next_stamp_ = static_cast<uint32_t>(due / kMillisecond);
-    return std::min(due, players_end_);
+    return next_added_ ? due : players_end_;
+}
+
+// In the player's steps, because where blocks of sound end decides their last bit; over long silence in one.
+void Pacer::SkipTo(uint64_t due) {
+    const bool silent = due - players_end_ > kSettled && !IsSounding();
+    const uint64_t steps_end = silent ? players_end_ + kSettled : due;
+    for (; players_end_ + kGrid <= steps_end; players_end_ += kGrid) headless::SetClock(players_end_);
+    if (silent) players_end_ += std::min(due - players_end_, kMostSkip) / kGrid * kGrid;
 }
 
 void Pacer::OnShown() {
@@ -43,6 +62,13 @@ void Pacer::OnShown() {
     g_pDDraw->m_dwThisPresent = next_added_ ? next_stamp_ : players_stamp_;
     added_ = next_added_;
     next_added_ = false;
+}
+
+bool IsSounding() {
+    for (CDSBuffer* sound : g_pDSound->m_pSlot) {
+        if (sound && sound->IsPlaying()) return true;
+    }
+    return false;
 }
 
 std::vector<int64_t> DueTimes() {

@@ -4,13 +4,16 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include "chart/bms.h"
 #include "chart/charttime.h"
 #include "common/messages.h"
 #include "common/signals.h"
+#include "display/ddraw.h"
 #include "host/headless/sound.h"
 #include "host/host.h"
+#include "platform/watch.h"
 #include "platform/window/commandline.h"
 #include "playback/layout.h"
 #include "playback/playback.h"
@@ -64,13 +67,6 @@ ExitCode ForSinks(const Pass& pass, Call call) {
     return code;
 }
 
-bool Sounding() {
-    for (CDSBuffer* sound : g_pDSound->m_pSlot) {
-        if (sound && sound->IsPlaying()) return true;
-    }
-    return false;
-}
-
 bool CutsAtEnd(const Pass& pass) {
     return pass.options.to >= 0;
 }
@@ -98,13 +94,31 @@ ExitCode CheckPlaces(const Pass& pass) {
     return kGood;
 }
 
+bool IsSeen(const Pass& pass) {
+    const auto sees = [](const Sink* sink) { return sink->SeesFrames(); };
+    return std::any_of(pass.sinks.begin(), pass.sinks.end(), sees);
+}
+
 void SetPace(Pass* pass) {
-    std::vector<int64_t> due;
-    if (pass->options.exact) {
-        due = DueTimes();
-        for (const PicturePlace& place : pass->options.places) due.push_back(ChartTime(place));
-    }
-    pass->pacer.SetDue(std::move(due));
+    std::vector<int64_t> due = DueTimes();
+    for (const PicturePlace& place : pass->options.places) due.push_back(ChartTime(place));
+    const bool skip = !IsSeen(*pass);
+    if (skip) due.push_back(pass->end);
+    pass->pacer.Set(std::move(due), pass->options.exact, skip);
+}
+
+ExitCode CheckLength(const Pass& pass, double seconds) {
+    double most = kAnyLength;
+    for (const Sink* sink : pass.sinks) most = std::min(most, sink->MostSeconds());
+    if (seconds <= most) return kGood;
+    const auto text = [](double all) {
+        char hours[40];
+        const int minutes = static_cast<int>(all / 60);
+        std::snprintf(hours, sizeof hours, "%d h %02d min", minutes / 60, minutes % 60);
+        return std::string(hours);
+    };
+    return Complain(kOutput, pass.options.chart + ": lasts " + text(seconds) + ", and such an output holds " +
+                                 text(most) + "; select measures with --from and --to");
 }
 
 // The chart is loaded once the first frame comes.
@@ -113,10 +127,11 @@ ExitCode Begin(Pass* pass) {
     pass->end = EndOf(pass->options);
     pass->losses = LossSentence(report::CountLosses(*g_pBMS, *g_pDSound, *g_pDDraw));
     ExitCode code = CheckPlaces(*pass);
+    const double ms = double{1} * pass->end - g_dwSeekTime;
+    if (code == kGood) code = CheckLength(*pass, ms / 1000);
     if (code == kGood) code = CheckOutputs(pass->options);
     if (code != kGood) return code;
     SetPace(pass);
-    const double ms = double{1} * pass->end - g_dwSeekTime;
     if (CutsAtEnd(*pass))
         pass->sound_left = headless::SoundFrame(headless::Clock() + static_cast<uint64_t>(ms * 1e6));
     return ForSinks(*pass, [ms](Sink* sink) { return sink->Begin(ms / 1000); });
@@ -127,7 +142,7 @@ bool IsOver(const Pass& pass, const Moment& moment) {
     const auto done = [](const Sink* sink) { return sink->IsDone(); };
     if (std::all_of(pass.sinks.begin(), pass.sinks.end(), done)) return true;
     return moment.ended &&
-           !(std::any_of(pass.sinks.begin(), pass.sinks.end(), rings) && !CutsAtEnd(pass) && Sounding());
+           !(std::any_of(pass.sinks.begin(), pass.sinks.end(), rings) && !CutsAtEnd(pass) && IsSounding());
 }
 
 void OnFrame(Pass* pass, const headless::Frame& frame) {
@@ -146,6 +161,32 @@ void OnFrame(Pass* pass, const headless::Frame& frame) {
     const ExitCode code = ForSinks(*pass, [&moment](Sink* sink) { return sink->OnFrame(moment); });
     if (code != kGood || IsOver(*pass, moment)) End(pass, code);
 }
+
+// While nobody sees the frames: nothing is drawn, and a picture that would be shown still counts as a frame.
+class Undrawn {
+public:
+    explicit Undrawn(Pass* pass) {
+        pass_ = pass;
+        g_pfnCallHook = OnCall;
+    }
+    ~Undrawn() { g_pfnCallHook = nullptr; }
+    Undrawn(const Undrawn&) = delete;
+    Undrawn& operator=(const Undrawn&) = delete;
+
+private:
+    static bool OnCall(const CallFacts& call, int64_t* result) {
+        const bool copies = call.eCall == PlatformCall::kBltFast;
+        if (!copies && call.eCall != PlatformCall::kFill && call.eCall != PlatformCall::kStretchDIBits)
+            return false;
+        *result = DD_OK;
+        if (copies && g_pDDraw && call.pObject == g_pDDraw->m_pFront) OnFrame(pass_, {});
+        return true;
+    }
+
+    static Pass* pass_;
+};
+
+Pass* Undrawn::pass_;
 
 void OnSound(void* user, const float* samples, int frames, int) {
     Pass* pass = static_cast<Pass*>(user);
@@ -200,6 +241,8 @@ ExitCode RunPass(const Options& options, const std::vector<Sink*>& sinks, bool r
     headless::OnFrame([&pass](const headless::Frame& frame) { OnFrame(&pass, frame); });
     headless::OnSleep([&pass](uint64_t now, uint64_t end) { return pass.pacer.Wake(now, end); });
     headless::SetSoundSink(OnSound, &pass);
+    std::optional<Undrawn> undrawn;
+    if (!IsSeen(pass)) undrawn.emplace(&pass);
     std::string line = CommandLine(options);
     WinMain(GetProgramModule(), nullptr, line.data(), 1);
     host::Shutdown();

@@ -20,6 +20,8 @@ struct Moment {
     double seconds;  // since the start of the clock
 };
 
+constexpr double kDay = 86400, kAnyLength = 1e9;  // seconds
+
 // What becomes of a pass. A code other than kGood ends the pass with that code; the sink has reported why.
 // Calls come in the order of the declarations. A sink without Finish leaves nothing.
 class Sink {
@@ -32,8 +34,10 @@ public:
     virtual ExitCode OnSound(const float* samples, int frames) { return kGood; }
     virtual ExitCode OnFrame(const Moment& moment) { return kGood; }
     virtual ExitCode Finish() { return kGood; }
-    virtual bool RingsOut() const { return false; }  // wants what sounds after the end of the chart
-    virtual bool IsDone() const { return false; }    // a pass ends early when all its sinks are done
+    virtual double MostSeconds() const { return kDay; }  // longer passes are refused
+    virtual bool RingsOut() const { return false; }      // wants what sounds after the end of the chart
+    virtual bool SeesFrames() const { return false; }    // otherwise frames may be skipped and stay undrawn
+    virtual bool IsDone() const { return false; }        // a pass ends early when all its sinks are done
 };
 
 // Plays the chart from --from to --to and finishes the sinks. Before the first sink begins, everything that

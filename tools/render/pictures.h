@@ -11,6 +11,7 @@ public:
     explicit PictureSink(const Options& options) : options_(options) {}
     ExitCode Begin(double seconds) override;
     ExitCode OnFrame(const Moment& moment) override;
+    bool SeesFrames() const override { return true; }
     ExitCode Finish() override;
     bool IsDone() const override { return next_ == wanted_.size(); }
 

@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace render {
 namespace {
-
-constexpr double kMostWavSeconds = 24300;  // 4 GiB hold a little more
 
 int16_t ToSample(float f) {
     return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768.0f, -32768.0f, 32767.0f)));
@@ -15,15 +12,7 @@ int16_t ToSample(float f) {
 
 }  // namespace
 
-ExitCode WavSink::Begin(double seconds) {
-    if (seconds > kMostWavSeconds) {
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "the chart lasts %d h %02d min, and a WAV file holds 6 h 45 min; select measures with "
-                      "--from and --to",
-                      static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60) % 60);
-        return Complain(kOutput, text);
-    }
+ExitCode WavSink::Begin(double) {
     return Result(fd_ < 0 ? wav_.Open(name_, 2, kRate) : wav_.OpenDescriptor(fd_, 2, kRate));
 }
 

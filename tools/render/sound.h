@@ -10,6 +10,8 @@ namespace render {
 
 constexpr int kRate = 44100;
 
+constexpr double kMostWavSeconds = 24300;  // 16 bits; 4 GiB hold a little more
+
 class WavSink : public Sink {
 public:
     explicit WavSink(const std::string& name) : name_(name) {}
@@ -17,6 +19,7 @@ public:
     ExitCode Begin(double seconds) override;
     ExitCode OnSound(const float* samples, int frames) override;
     ExitCode Finish() override;
+    double MostSeconds() const override { return kMostWavSeconds; }
     bool RingsOut() const override { return true; }
 
 private:

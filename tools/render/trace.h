@@ -14,6 +14,7 @@ public:
     explicit TraceSink(const std::string& name) : name_(name) {}
     ExitCode Begin(double seconds) override;
     ExitCode OnFrame(const Moment& moment) override;
+    bool SeesFrames() const override { return true; }
     ExitCode Finish() override { return Result(out_.Commit()); }
 
 private:

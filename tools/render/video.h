@@ -21,6 +21,7 @@ public:
     ~VideoSink() override;
     ExitCode Begin(double seconds) override;
     ExitCode OnFrame(const Moment& moment) override;
+    bool SeesFrames() const override { return true; }
     ExitCode Finish() override;
     bool RingsOut() const override { return true; }
 

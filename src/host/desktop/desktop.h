@@ -12,6 +12,7 @@ bool IsDisplayOpen();
 int Scale();              // device pixels for one of the program's, sideways and down
 Fl_Window* MainWindow();  // null while there is none
 
+void TitleWasSet(const std::string& title);
 void PushEvent(const Event& event);
 std::vector<int> TakeKeys();  // the keys at the head of the queue: typed ahead for the popup menu
 // Waits at most so long for an event; false without a display.

@@ -8,13 +8,15 @@
 #include "host/desktop/desktop.h"
 #include "host/desktop/native.h"
 
-namespace host::desktop {
+namespace host {
+namespace desktop {
 namespace {
 
 constexpr int kDeepest = 8;
 constexpr double kTick = 0.01;  // seconds
 
 int g_depth = 0;
+ModalLoop* g_innermost = nullptr;
 Fl_Window* g_unseen = nullptr;  // the latest dialog, until it has been drawn
 
 int Dispatch(int event, Fl_Window* window) {
@@ -43,13 +45,15 @@ size_t FitLine(const std::string& text, int width) {
 
 }  // namespace
 
-ModalLoop::ModalLoop(Pump pump) : m_pump(pump) {
+ModalLoop::ModalLoop(Modal kind, Pump pump) : m_kind(kind), m_pump(pump), m_outer(g_innermost) {
+    g_innermost = this;
     OpenPopupGivesWay();
     ++g_depth;
 }
 
 ModalLoop::~ModalLoop() {
     --g_depth;
+    g_innermost = m_outer;
 }
 
 bool ModalLoop::too_deep() const {
@@ -139,4 +143,16 @@ void PlaceDialog(Fl_Window* window) {
                      std::max(y + margin, std::min(middle_y - window->h() / 2, y + h - window->h())));
 }
 
-}  // namespace host::desktop
+}  // namespace desktop
+
+using namespace desktop;
+
+Modal InnermostModal() {
+    return g_innermost ? g_innermost->m_kind : Modal::kNone;
+}
+
+void CancelFileDialog() {
+    if (InnermostModal() == Modal::kFileDialog) g_innermost->End();
+}
+
+}  // namespace host

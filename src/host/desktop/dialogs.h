@@ -15,7 +15,7 @@ namespace host::desktop {
 // closes when another dialog opens. Lives on the stack of the call that shows the dialog.
 class ModalLoop {
 public:
-    explicit ModalLoop(Pump pump);
+    ModalLoop(Modal kind, Pump pump);
     ModalLoop(const ModalLoop&) = delete;
     ModalLoop& operator=(const ModalLoop&) = delete;
     ~ModalLoop();
@@ -28,7 +28,12 @@ public:
     bool ended_by_pump() const { return m_ended_by_pump; }
 
 private:
+    friend Modal host::InnermostModal();
+    friend void host::CancelFileDialog();
+
+    Modal m_kind;
     Pump m_pump;
+    ModalLoop* m_outer;
     bool m_done = false;
     bool m_ended_by_pump = false;
 };

@@ -298,6 +298,22 @@ int FileDialog::handle(int event) {
     return (event == FL_KEYBOARD && HandleKey()) || DialogWindow::handle(event);
 }
 
+// Before the program has a window, others may start while it asks for a chart.
+class FirstDialog {
+public:
+    FirstDialog() : m_first(MainWindow() == nullptr) {
+        if (m_first) UnlockStart();
+    }
+    FirstDialog(const FirstDialog&) = delete;
+    FirstDialog& operator=(const FirstDialog&) = delete;
+    ~FirstDialog() {
+        if (m_first) LockStart(true);
+    }
+
+private:
+    bool m_first;
+};
+
 }  // namespace
 }  // namespace desktop
 
@@ -305,8 +321,9 @@ using namespace desktop;
 
 std::string ChooseFile(const FileRequest& request, Pump pump) {
     if (!OpenDisplay()) return "";
-    ModalLoop loop(pump);
+    ModalLoop loop(Modal::kFileDialog, pump);
     if (loop.too_deep()) return "";
+    const FirstDialog first;
     Fl_Group::current(nullptr);
     SetProgramIcon(request.icon);
     FileDialog dialog(request, &loop);

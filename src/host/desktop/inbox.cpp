@@ -31,7 +31,7 @@ bool IsFromThisUser(msghdr* header) {
     return false;
 }
 
-Inbox::Inbox(int socket) : m_socket(socket) {
+Inbox::Inbox(int socket, void (*leave)()) : m_socket(socket), m_leave(leave) {
     if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0) m_pipe[0] = m_pipe[1] = -1;
     // Signals go to the main thread.
     sigset_t all, old;
@@ -83,8 +83,18 @@ bool Inbox::Receive(InstanceMessage* message) {
     return DecodeInstanceMessage(bytes, static_cast<size_t>(count), message);
 }
 
+// A quit that will act takes the instance out of the list before anything else happens, so that the next
+// start does not hand its chart to one that ends; what else waits is of no use any more.
 void Inbox::Keep(const InstanceMessage& message) {
     std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_left) return;
+    if (message.message == kHostMessage) m_deaf = true;
+    if (message.message == kQuitMessage && !m_deaf) {
+        m_left = true;
+        m_leave();
+        m_queue.clear();
+        m_in_round = false;
+    }
     m_queue.push_back(message);
     if (m_queue.size() == 1 && m_pipe[1] >= 0) {
         const char byte = 0;
@@ -121,6 +131,11 @@ bool Inbox::Take(Event* event) {
     m_queue.pop_front();
     m_room.notify_one();
     return true;
+}
+
+void Inbox::SetDeaf() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_deaf = true;
 }
 
 void Inbox::EndRound() {

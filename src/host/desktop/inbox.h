@@ -21,7 +21,8 @@ bool IsFromThisUser(msghdr* header);
 // Lives from the announcement to the withdrawal; see TakePosted for the meaning of a round.
 class Inbox {
 public:
-    explicit Inbox(int socket);  // borrowed; SO_PASSCRED is set
+    // socket: borrowed; SO_PASSCRED is set. leave: called on this thread when a quit was taken that will act.
+    Inbox(int socket, void (*leave)());
     Inbox(const Inbox&) = delete;
     Inbox& operator=(const Inbox&) = delete;
     ~Inbox();  // drops what is still queued
@@ -29,6 +30,7 @@ public:
     bool Take(Event* event);  // see TakePosted
     bool Waits();
     void EndRound();
+    void SetDeaf();  // quits do not act any more
     int signal() const { return m_pipe[0]; }
     void ClearSignal();
 
@@ -39,11 +41,13 @@ private:
     void Keep(const InstanceMessage& message);
 
     int m_socket;
+    void (*m_leave)();
     int m_pipe[2] = {-1, -1};
     std::mutex m_mutex;              // guards everything below
     std::condition_variable m_room;  // in m_queue
     std::deque<InstanceMessage> m_queue;
     bool m_stop = false;
+    bool m_deaf = false, m_left = false;
     bool m_in_round = false;
     size_t m_round_left = 0;
     uint64_t m_round_start = 0;

@@ -15,7 +15,8 @@ std::deque<Event> g_events;
 // Until then nothing is handed out after a request for the menu: keys typed ahead belong to the menu.
 uint64_t g_held_until = 0;                                              // nanoseconds
 constexpr uint64_t kLongestHold = 10'000'000, kAskEvery = 100'000'000;  // ns
-int g_watched = -1;                                                     // the descriptor that FLTK waits for
+PumpHook g_pump = nullptr;
+int g_watched = -1;  // the descriptor that FLTK waits for
 
 void OnPosted(int, void*) {
     ClearPostedSignal();
@@ -69,6 +70,7 @@ using namespace desktop;
 
 bool PollEvent(Event* event) {
     AskToCloseWithoutWindow();
+    if (g_pump) g_pump(nullptr);
     if (g_held_until != 0 && Nanoseconds() < g_held_until) return false;
     if (g_events.empty()) PumpWindowSystem(0);
     if (g_events.empty()) return TakePosted(event);
@@ -76,6 +78,14 @@ bool PollEvent(Event* event) {
     g_events.pop_front();
     g_held_until = event->kind == EventKind::kMenu ? Nanoseconds() + kLongestHold : 0;
     return true;
+}
+
+void OnPump(PumpHook hook) {
+    g_pump = hook;
+}
+
+void desktop::TitleWasSet(const std::string& title) {
+    if (g_pump) g_pump(&title);
 }
 
 void WaitEvent(int milliseconds) {

@@ -19,6 +19,10 @@ constexpr size_t kInstanceMessageBytes = 32;
 constexpr uint32_t kFirstForeignMessage = 1024;
 constexpr uint32_t kLastForeignMessage = 0xBFFF;
 
+// Those that the host itself acts on, as docs/remote.md promises them: an instance that is told to end leaves
+// the list at once, unless it was told before to take no more commands.
+constexpr uint32_t kQuitMessage = 1125, kHostMessage = 1224;
+
 void EncodeInstanceMessage(const InstanceMessage& message, uint8_t bytes[kInstanceMessageBytes]);
 
 // False unless the bytes are exactly one well-formed packet with a number that other programs may send.

@@ -4,36 +4,44 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "host/desktop/folder_lock.h"
 #include "host/desktop/inbox.h"
 #include "host/desktop/instance_folder.h"
 #include "host/desktop/instance_message.h"
+#include "host/desktop/line_server.h"
 #include "host/desktop/log.h"
 
 namespace host {
 namespace desktop {
 namespace {
 
-constexpr int kLongestWait = 1000;  // milliseconds for room in another instance's queue
+// Of a process, in all: for room in another instance's queue, and for one that was told to end to do so.
+constexpr uint64_t kLongestWait = 200'000'000;  // ns
+constexpr char kChannel[] = ".stream";          // after the name of the datagram socket
 
 struct Announced {
     int socket = -1;
     uint64_t id = 0;
     Inbox* inbox = nullptr;
+    LineServer* lines = nullptr;
 };
 
 Announced g_announced;
+bool g_deaf = false;
+LineHandler g_handler = nullptr;
 // For the signal handler: empty when there is nothing to remove.
 char g_socket_path[sizeof(sockaddr_un::sun_path)];
+char g_channel_path[sizeof(sockaddr_un::sun_path) + sizeof(kChannel)];
 char g_folder_path[sizeof(sockaddr_un::sun_path)];
 
 bool MakeAddress(const std::string& path, sockaddr_un* address) {
@@ -63,29 +71,6 @@ int ConnectTo(const std::string& path, bool* dead) {
     return -1;
 }
 
-// Serialises sweeping and announcing. Waits 50 ms at most, so that an instance that was stopped while it held
-// the lock does not block the others.
-class FolderLock {
-public:
-    explicit FolderLock(const std::string& path)
-        : m_fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        for (int tries = 0; m_fd >= 0 && !m_held && tries < 50; ++tries) {
-            m_held = flock(m_fd, LOCK_EX | LOCK_NB) == 0;
-            if (!m_held) usleep(1000);
-        }
-    }
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
-    ~FolderLock() {
-        if (m_fd >= 0) close(m_fd);
-    }
-    bool held() const { return m_held; }
-
-private:
-    int m_fd;
-    bool m_held = false;
-};
-
 // Removes the socket of an instance that is gone, unless a new one has taken its name meanwhile.
 void Sweep(const std::string& folder, const std::string& path) {
     FolderLock lock(folder);
@@ -93,7 +78,9 @@ void Sweep(const std::string& folder, const std::string& path) {
     bool dead;
     const int fd = ConnectTo(path, &dead);
     if (fd >= 0) close(fd);
-    if (dead) unlink(path.c_str());
+    if (!dead) return;
+    unlink(path.c_str());
+    unlink((path + kChannel).c_str());
 }
 
 // Binds under the first free number whose low half is the process id.
@@ -112,6 +99,7 @@ bool BindIn(const std::string& folder, const std::string& class_name, int fd, In
         if (bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
             std::strcpy(g_folder_path, folder.c_str());
             std::strcpy(g_socket_path, path.c_str());
+            std::strcpy(g_channel_path, (path + kChannel).c_str());
             return true;
         }
         if (errno != EADDRINUSE) return false;
@@ -119,10 +107,11 @@ bool BindIn(const std::string& folder, const std::string& class_name, int fd, In
     return false;
 }
 
+// Also on the inbox's thread, at a quit; what is gone twice does no harm.
 void RemoveFiles() {
     if (g_socket_path[0]) unlink(g_socket_path);
+    if (g_channel_path[0]) unlink(g_channel_path);
     if (g_folder_path[0]) rmdir(g_folder_path);  // fails while another instance is in it
-    g_socket_path[0] = g_folder_path[0] = 0;
 }
 
 void RemoveAndDie(int number) {
@@ -139,6 +128,17 @@ void RemoveAtEnd() {
     for (int number : {SIGINT, SIGTERM, SIGHUP}) {
         if (signal(number, RemoveAndDie) == SIG_IGN) signal(number, SIG_IGN);
     }
+}
+
+// False when the process has waited in vain for long enough, for this and for others.
+template <class Condition>
+bool WaitFor(Condition condition) {
+    static uint64_t waited = 0;
+    const uint64_t start = Nanoseconds();
+    bool met = condition();
+    for (; !met && waited + (Nanoseconds() - start) < kLongestWait; met = condition()) usleep(500);
+    if (!met) waited += Nanoseconds() - start;
+    return met;
 }
 
 std::string FindPath(uint64_t id) {
@@ -165,6 +165,11 @@ bool PostedWaits() {
 
 void EndPostedRound() {
     if (g_announced.inbox) g_announced.inbox->EndRound();
+}
+
+std::string ChannelPath(uint64_t id) {
+    const std::string path = FindPath(id);
+    return path.empty() ? "" : path + kChannel;
 }
 
 int PostedSignal() {
@@ -216,15 +221,22 @@ bool AnnounceInstance(const std::string& class_name) {
     }
     g_announced.socket = fd;
     g_announced.id = own.id;
-    g_announced.inbox = new Inbox(fd);
+    g_announced.inbox = new Inbox(fd, RemoveFiles);
+    if (g_deaf) g_announced.inbox->SetDeaf();
+    const int listener = g_handler ? ListenAt(g_channel_path) : -1;
+    if (listener >= 0) g_announced.lines = new LineServer(listener, g_handler);
+    if (listener >= 0) g_announced.lines->Start();
     RemoveAtEnd();
+    UnlockStart();
     return true;
 }
 
 void WithdrawInstance() {
     if (g_announced.socket < 0) return;
     RemoveFiles();
-    delete g_announced.inbox;
+    delete g_announced.inbox;  // whose thread reads the paths
+    delete g_announced.lines;
+    g_socket_path[0] = g_channel_path[0] = g_folder_path[0] = 0;
     close(g_announced.socket);
     g_announced = Announced();
 }
@@ -258,16 +270,33 @@ bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lpara
     if (fd < 0) return false;
     uint8_t bytes[kInstanceMessageBytes];
     EncodeInstanceMessage({message, wparam, lparam}, bytes);
-    const uint64_t start = Nanoseconds();
-    ssize_t sent;
-    while ((sent = send(fd, bytes, sizeof(bytes), MSG_NOSIGNAL)) < 0 && (errno == EAGAIN || errno == EINTR)) {
-        const int left = kLongestWait - static_cast<int>((Nanoseconds() - start) / 1000000);
-        pollfd wait = {fd, POLLOUT, 0};
-        if (left <= 0) break;
-        poll(&wait, 1, left);
-    }
+    ssize_t count = -1;
+    WaitFor([&] {
+        count = send(fd, bytes, sizeof(bytes), MSG_NOSIGNAL | MSG_DONTWAIT);
+        return count >= 0 || (errno != EAGAIN && errno != EINTR);
+    });
+    const bool sent = count == static_cast<ssize_t>(sizeof(bytes));
     close(fd);
-    return sent == static_cast<ssize_t>(sizeof(bytes));
+    if (!sent) std::fputs("lumetra: the running instance does not take the command\n", stderr);
+    if (sent && message == kQuitMessage) WaitFor([&] { return access(path.c_str(), F_OK) != 0; });
+    return sent;
+}
+
+void ServeLines(LineHandler handler) {
+    g_handler = handler;
+}
+
+bool SendLine(uint64_t client, const std::string& line) {
+    return g_announced.lines && g_announced.lines->Send(client, line);
+}
+
+void LeaveList() {
+    RemoveFiles();
+}
+
+void SetDeaf() {
+    g_deaf = true;
+    if (g_announced.inbox) g_announced.inbox->SetDeaf();
 }
 
 }  // namespace host

@@ -15,6 +15,9 @@ void EndPostedRound();  // call when a frame has been shown or the program sleep
 int PostedSignal();
 void ClearPostedSignal();
 
+// The stream socket of an instance, empty when there is none.
+std::string ChannelPath(uint64_t id);
+
 // Waits for a message where no window system is open.
 void WaitPosted(int milliseconds);
 

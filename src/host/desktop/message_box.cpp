@@ -111,7 +111,7 @@ void ShowBox(const std::string& text, const std::string& caption, BoxIcon icon, 
         std::fprintf(stderr, "lumetra: %s %s\n", caption.c_str(), text.c_str());
         return;
     }
-    ModalLoop loop(pump);
+    ModalLoop loop(Modal::kBox, pump);
     if (loop.too_deep()) return;
     const BoxText layout = LayOut(text);
     const int margin = DialogUnit(16), icon_size = icon == BoxIcon::kNone ? 0 : DialogUnit(36);

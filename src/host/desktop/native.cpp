@@ -325,6 +325,19 @@ void Hide(Fl_Window*) {
     XFlush(fl_display);
 }
 
+// A user time of 0 asks the window manager not to give the focus.
+void Unminimize() {
+    if (g_main.id == None) return;
+    const Atom state = XInternAtom(fl_display, "WM_STATE", False);
+    const std::vector<unsigned long> now = ReadProperty(g_main.id, state, state);
+    if (now.empty() || now[0] != IconicState) return;
+    const unsigned long never = 0;
+    XChangeProperty(fl_display, g_main.id, XInternAtom(fl_display, "_NET_WM_USER_TIME", False), XA_CARDINAL,
+                    32, PropModeReplace, reinterpret_cast<const unsigned char*>(&never), 1);
+    XMapWindow(fl_display, g_main.id);
+    XFlush(fl_display);
+}
+
 void MoveOuter(Fl_Window*, int x, int y) {
     if (g_main.id == None) return;
     XMoveWindow(fl_display, g_main.id, x, y);

@@ -28,6 +28,7 @@ int DisplayScale();  // 1 on ordinary screens
 // choose.
 void ShowFirst(Fl_Window* window, const int* place, bool topmost);
 void Hide(Fl_Window* window);  // it keeps its place
+void Unminimize();             // without the focus
 void MoveOuter(Fl_Window* window, int x, int y);
 void KeepOnTop(Fl_Window* window);
 void Flush();  // sends pending requests without waiting for an answer

@@ -228,7 +228,7 @@ using namespace desktop;
 
 int PopupMenu(const std::vector<MenuItem>& items, int x, int y, Pump pump) {
     if (items.empty() || !OpenDisplay()) return 0;
-    ModalLoop loop(pump);
+    ModalLoop loop(Modal::kMenu, pump);
     if (loop.too_deep()) return 0;
     int width, height;
     const std::vector<Row> rows = LayOut(items, &width, &height);

@@ -38,7 +38,7 @@ struct Output {
 
     std::mutex lock;  // guards what follows; held while a block is mixed
     std::condition_variable changed;
-    bool stop = false, closed = false;
+    bool stop = false, closed = false, asked = false;
 };
 
 // Never destroyed: its thread may outlive main.
@@ -51,6 +51,8 @@ void Pause(uint64_t nanoseconds) {
 // False once the output has been stopped.
 bool Mix(Output* output, float* out, int frames, uint64_t time) {
     const std::lock_guard<std::mutex> hold(output->lock);
+    if (!output->asked) output->changed.notify_all();
+    output->asked = true;
     if (!output->stop) output->callback(output->user, out, frames, time);
     return !output->stop;
 }
@@ -169,6 +171,14 @@ bool OpenSound(int rate, MixCallback callback, void* user) {
 
 void CloseSound() {
     if (g_output) Set(g_output.get(), &Output::stop);
+}
+
+bool SoundIsPending() {
+    return g_output && !WaitUntil(g_output.get(), &Output::asked, std::chrono::milliseconds(0));
+}
+
+void AwaitSound(int milliseconds) {
+    if (g_output) WaitUntil(g_output.get(), &Output::asked, std::chrono::milliseconds(milliseconds));
 }
 
 bool desktop::SoundHasClosed(int milliseconds) {

@@ -168,10 +168,15 @@ void SetTitle(const std::string& title) {
     if (!g_state.window) return;
     g_state.window->copy_label(title.c_str());
     native::Flush();
+    TitleWasSet(title);
 }
 
 void Minimize() {
     if (g_state.window) g_state.window->iconize();
+}
+
+void Unminimize() {
+    if (g_state.window) native::Unminimize();
 }
 
 void GetDesktopSize(int* width, int* height) {

@@ -87,7 +87,7 @@ uint64_t Nanoseconds() {
 
 void SleepMilliseconds(uint32_t milliseconds) {
     const uint64_t end = g_clock + uint64_t{milliseconds} * 1'000'000;
-    headless::SetClock(g_on_sleep ? std::clamp(g_on_sleep(g_clock, end), g_clock, end) : end);
+    headless::SetClock(g_on_sleep ? std::max(g_on_sleep(g_clock, end), g_clock) : end);
 }
 
 void DebugText(const char* bytes, size_t count) {

@@ -32,7 +32,7 @@ uint64_t Now();    // ms since the origin
 using ClockHook = void (*)(uint64_t before, uint64_t now);
 void OnClock(ClockHook hook);
 
-// Asked by each sleep for the reading at which it ends; the answer is kept between now and end. Null, as
+// Asked by each sleep for the reading at which it ends, from now on; end: as the program asked. Null, as
 // after Reset: sleeps last as asked.
 using WakeHook = std::function<uint64_t(uint64_t now, uint64_t end)>;
 void OnSleep(WakeHook hook);
@@ -183,6 +183,15 @@ void RemoveInstance(uint64_t id);
 const std::vector<PostedMessage>&
 PostedToInstances();                  // in order; without those to instances that did not exist
 const std::string& AnnouncedClass();  // empty: not announced
+
+// ---- the second channel: what a client sends and receives ----
+void ReceiveLine(uint64_t client, const std::string& line);
+struct SentLine {
+    uint64_t client;
+    std::string line;
+};
+const std::vector<SentLine>& SentLines();
+bool HasLeftList();
 
 // ---- failures ----
 

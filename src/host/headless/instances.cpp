@@ -10,6 +10,10 @@ struct State {
     std::vector<PostedMessage> posted;
     std::string announced;
     bool fail = false;
+    host::LineHandler handler = nullptr;
+    host::PumpHook pump = nullptr;
+    std::vector<SentLine> sent;
+    bool left = false;
 };
 State g_state;
 
@@ -35,6 +39,19 @@ void FailListInstances(bool fail) {
     g_state.fail = fail;
 }
 
+void ReceiveLine(uint64_t client, const std::string& line) {
+    if (g_state.handler) g_state.handler(client, line);
+}
+const std::vector<SentLine>& SentLines() {
+    return g_state.sent;
+}
+bool HasLeftList() {
+    return g_state.left;
+}
+void Pump(const std::string* title) {
+    if (g_state.pump) g_state.pump(title);
+}
+
 }  // namespace headless
 
 namespace host {
@@ -45,6 +62,40 @@ bool AnnounceInstance(const std::string& class_name) {
     g_state.announced = class_name;
     return true;
 }
+
+void ServeLines(LineHandler handler) {
+    g_state.handler = handler;
+}
+
+bool SendLine(uint64_t client, const std::string& line) {
+    g_state.sent.push_back({client, line});
+    return true;
+}
+
+void LeaveList() {
+    g_state.left = true;
+}
+
+void OnPump(PumpHook hook) {
+    g_state.pump = hook;
+}
+
+// Other instances are not real here.
+LineClient::LineClient(uint64_t) {}
+LineClient::~LineClient() = default;
+bool LineClient::Write(const std::string&) {
+    return false;
+}
+bool LineClient::Read(std::string*, int) {
+    return false;
+}
+
+// One process: nobody to wait for.
+void LockStart(bool) {}
+void UnlockStart() {}
+void LeaveStartToChild() {}
+
+void SetDeaf() {}
 
 void WithdrawInstance() {
     g_state.announced.clear();

@@ -28,6 +28,9 @@ void AddFault(const std::string& what);
 // before the end of the run.
 bool TakeNextAction();
 
+// The hook of host::OnPump, when there is one.
+void Pump(const std::string* title);
+
 void MoveTo(int x, int y);
 void ResizeTo(int width, int height);
 

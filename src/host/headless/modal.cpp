@@ -78,6 +78,15 @@ namespace host {
 using headless::g_state;
 using headless::ModalKind;
 
+Modal InnermostModal() {
+    constexpr Modal kKinds[] = {Modal::kBox, Modal::kFileDialog, Modal::kMenu};
+    return g_state.open.empty() ? Modal::kNone : kKinds[static_cast<int>(g_state.open.back()->kind)];
+}
+
+void CancelFileDialog() {
+    if (InnermostModal() == Modal::kFileDialog) g_state.open.back()->answered = true;
+}
+
 void ShowBox(const std::string& text, const std::string& caption, BoxIcon icon, Pump pump) {
     const size_t index = g_state.boxes.size();
     g_state.boxes.push_back({headless::Now(), text, caption, icon, false});

@@ -239,6 +239,7 @@ bool TakeNextAction() {
 namespace host {
 
 bool PollEvent(Event* event) {
+    headless::Pump(nullptr);
     headless::PerformDue();
     headless::CloseAtEnd();
     auto& events = headless::g_script.events;

@@ -139,6 +139,13 @@ bool OpenSound(int rate, MixCallback callback, void* user) {
     return true;
 }
 
+// The virtual device asks as soon as the clock moves.
+bool SoundIsPending() {
+    return false;
+}
+
+void AwaitSound(int) {}
+
 void CloseSound() {
     g_output.callback = nullptr;
 }

@@ -157,10 +157,15 @@ void KeepOnTop() {
 
 void SetTitle(const std::string& title) {
     g_state.titles.push_back(title);
+    headless::Pump(&title);
 }
 
 void Minimize() {
     g_state.window.minimized = true;
+}
+
+void Unminimize() {
+    g_state.window.minimized = false;
 }
 
 void GetDesktopSize(int* width, int* height) {

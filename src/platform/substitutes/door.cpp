@@ -1,9 +1,31 @@
 #include "platform/substitutes/door.h"
 
+#include <unistd.h>
+
 #include "platform/debug.h"
+#include "platform/files/handle.h"
 #include "platform/files/lookup.h"
 
 namespace {
+
+// Of the file that a name stands for: its path where it must be converted, otherwise empty.
+std::string ForeignFile(const std::string& name, MediaKind kind) {
+    const std::string path = FindNamed(name);
+    int64_t nSize = 0;
+    const int nFile = path.empty() ? -1 : OpenRegularFile(path.c_str(), &nSize);
+    if (nFile < 0) return "";
+    BYTE aHead[kForeignHead];
+    const size_t nHead = ReadFileAt(nFile, aHead, sizeof(aHead), 0);
+    close(nFile);
+    return ForeignKind(aHead, nHead, path) == kind && kind != MediaKind::kNone ? path : "";
+}
+
+// Those that may take the name's place: the file itself where it is there.
+std::vector<std::string> PathsFor(const std::string& name, MediaKind kind) {
+    const std::string foreign = ForeignFile(name, kind);
+    if (!foreign.empty()) return {foreign};
+    return FindNamed(name).empty() ? SubstitutePaths(name, kind) : std::vector<std::string>();
+}
 
 const char* NameOf(MediaKind kind) {
     return kind == MediaKind::kPicture ? "pictures" : "sounds";
@@ -13,12 +35,14 @@ const char* NameOf(MediaKind kind) {
 
 Door::Door()
     : m_readAhead({[this](const std::string& name, MediaKind kind) {
-                       return HasMaker(name) || !SubstitutePaths(name, kind).empty();
+                       return HasMaker(name) || !PathsFor(name, kind).empty();
                    },
                    [this](const std::string& name, MediaKind kind, const MayHold& mayHold) {
                        return Make(name, kind, mayHold);
                    },
-                   [this](const std::string& name) { return HasMaker(name) || FindNamed(name).empty(); }}) {}
+                   [this](const std::string& name, MediaKind kind) {
+                       return HasMaker(name) || FindNamed(name).empty() || !ForeignFile(name, kind).empty();
+                   }}) {}
 
 void Door::Register(const std::string& name, FileMaker maker) {
     m_readAhead.Stop();
@@ -47,16 +71,26 @@ void Door::BeginLoad() {
     m_nToldOverBudget = 0;
 }
 
-std::shared_ptr<const Substitute> Door::Take(const std::string& name) {
+std::shared_ptr<const Substitute> Door::TakeWithinBudget(const std::string& name, bool* pbLeftOut) {
     const ReadAhead::Result result = m_readAhead.Take(name);
-    std::shared_ptr<const Substitute> pTaken = result.pMade;
-    if (pTaken->bOverBudget || (pTaken->nWork && !m_budget.Spend(result.kind, pTaken->path, pTaken->nWork,
-                                                                 result.bNew && pTaken->bDecoded))) {
-        TellOverBudget(name, result.kind);
-        return std::make_shared<Substitute>();
-    }
-    Tell(name, *pTaken);
+    const Substitute& taken = *result.pMade;
+    *pbLeftOut = taken.bOverBudget || (taken.nWork && !m_budget.Spend(result.kind, taken.path, taken.nWork,
+                                                                      result.bNew && taken.bDecoded));
+    if (*pbLeftOut) TellOverBudget(name, result.kind);
+    return *pbLeftOut ? std::make_shared<Substitute>() : result.pMade;
+}
+
+std::shared_ptr<const Substitute> Door::Take(const std::string& name) {
+    bool bLeftOut = false;
+    std::shared_ptr<const Substitute> pTaken = TakeWithinBudget(name, &bLeftOut);
+    if (!bLeftOut) Tell(name, *pTaken);
     return pTaken;
+}
+
+std::shared_ptr<const Substitute> Door::TakeNamed(const std::string& name) {
+    bool bLeftOut = false;
+    std::shared_ptr<const Substitute> pTaken = TakeWithinBudget(name, &bLeftOut);
+    return bLeftOut ? nullptr : pTaken;
 }
 
 bool Door::MayOpen(const std::string& name, int64_t nBytes) {
@@ -72,7 +106,7 @@ std::shared_ptr<const Substitute> Door::Make(const std::string& name, MediaKind 
     const ConversionLimits limits = {mayHold, &m_budget};
     const auto it = m_makers.find(name);
     if (it == m_makers.end())
-        return std::make_shared<Substitute>(MakeSubstitute(SubstitutePaths(name, kind), kind, limits));
+        return std::make_shared<Substitute>(MakeSubstitute(PathsFor(name, kind), kind, limits));
     auto pMade = std::make_shared<Substitute>();
     auto pBytes = std::make_shared<ByteBlock>();
     if (it->second(mayHold, pBytes.get())) pMade->pBytes = std::move(pBytes);

@@ -36,6 +36,12 @@ public:
     // For a name with a maker, or one that is not there: what takes its place, logged once for each name of a
     // load. Never null. A file beyond the chart's budget has no path.
     std::shared_ptr<const Substitute> Take(const std::string& name);
+    // The same for a file that is there under its name and is of another kind than the readers know
+    // (ForeignKind). Without bytes when it cannot be converted; null when it is beyond the chart's budget.
+    // Only the budget is logged.
+    std::shared_ptr<const Substitute> TakeNamed(const std::string& name);
+    // Whether a file of that kind would be converted where this name is opened: not a picture among sounds.
+    bool IsWanted(MediaKind kind) const { return m_expected == MediaKind::kNone || m_expected == kind; }
     // Counts a picture that is opened. False, with a line of log, when it is beyond the chart's budget.
     bool MayOpen(const std::string& name, int64_t nBytes);
 
@@ -43,6 +49,7 @@ public:
     void BeginLoad();
 
 private:
+    std::shared_ptr<const Substitute> TakeWithinBudget(const std::string& name, bool* pbLeftOut);
     std::shared_ptr<const Substitute> Make(const std::string& name, MediaKind kind, const MayHold& mayHold);
     void Tell(const std::string& name, const Substitute& substitute);
     void TellOverBudget(const std::string& name, MediaKind kind);

@@ -127,7 +127,7 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     job.state = State::kRunning;
     pLock->unlock();
     SubstitutePtr pMade;
-    if (m_making.isNeeded(job.name))
+    if (m_making.isNeeded(job.name, m_kind))
         pMade = m_making.make(job.name, m_kind, [&](size_t nBytes) { return TryReserve(nJob, nBytes); });
     if (pMade && pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
     const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;

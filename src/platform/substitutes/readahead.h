@@ -22,7 +22,7 @@ public:
     struct Making {
         std::function<bool(const std::string& name, MediaKind kind)> isPossible;
         std::function<SubstitutePtr(const std::string& name, MediaKind kind, const MayHold& mayHold)> make;
-        std::function<bool(const std::string& name)> isNeeded;  // otherwise the file is there
+        std::function<bool(const std::string& name, MediaKind kind)> isNeeded;  // otherwise the file is there
     };
     struct Result {
         SubstitutePtr pMade;  // never null

@@ -103,6 +103,19 @@ std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) 
     return {};
 }
 
+MediaKind ForeignKind(const BYTE* pHead, size_t nBytes, std::string_view name) {
+    const std::string_view head(reinterpret_cast<const char*>(pHead), nBytes);
+    for (const std::string_view sound : {"OggS", "fLaC"}) {
+        if (head.starts_with(sound)) return MediaKind::kSound;
+    }
+    for (const std::string_view picture : {"\x89PNG\r\n\x1A\n", "\xFF\xD8\xFF", "GIF8"}) {
+        if (head.starts_with(picture)) return MediaKind::kPicture;
+    }
+    const bool bFrame = nBytes >= 2 && pHead[0] == 0xFF && (pHead[1] & 0xE0) == 0xE0;
+    const bool bMp3 = AsciiEndsWith(name, ".mp3") && (bFrame || head.starts_with("ID3"));
+    return bMp3 ? MediaKind::kSound : MediaKind::kNone;
+}
+
 Substitute MakeSubstitute(const std::vector<std::string>& paths, MediaKind kind,
                           const ConversionLimits& limits) {
     Substitute substitute;

@@ -16,6 +16,11 @@ MediaKind KindOfName(std::string_view path);
 // The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
 
+constexpr size_t kForeignHead = 8;  // bytes that ForeignKind looks at
+// What a file is by its first bytes when the readers do not know its kind: Ogg, FLAC, PNG, JPEG, GIF, and MP3
+// where the name also says so. kNone for everything else.
+MediaKind ForeignKind(const BYTE* pHead, size_t nBytes, std::string_view name);
+
 struct Substitute {
     std::string path;    // of this machine; empty when nothing takes the name's place
     SharedBytes pBytes;  // a WAV or BMP file made of it; null when the file itself is taken as it is

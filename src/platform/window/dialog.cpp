@@ -118,6 +118,11 @@ void RememberOpenedFile(const char* pszPath) {
     Remember(AbsolutePath(path));
 }
 
+std::string OpenedFile() {
+    if (g_state.sName.empty()) return "";
+    return g_state.sFolder + (g_state.sFolder == "/" ? "" : "/") + g_state.sName;
+}
+
 void AnswerNextOpenDialog(const char* pszPath) {
     g_state.sAnswer = pszPath ? pszPath : "";
 }

@@ -2,6 +2,8 @@
 // posted.
 #pragma once
 
+#include <string>
+
 #include "platform/wintypes.h"
 
 struct OPENFILENAME {
@@ -38,6 +40,9 @@ BOOL GetOpenFileNameA(OPENFILENAME* pOpen);
 
 // The next dialog opens in the folder of this chart (a path as FileOpen takes it).
 void RememberOpenedFile(const char* pszPath);
+
+// The path of the chart chosen or opened last; empty when there is none.
+std::string OpenedFile();
 
 // The next GetOpenFileNameA returns this path at once, as if the user had chosen it: a dropped file.
 void AnswerNextOpenDialog(const char* pszPath);

@@ -1,0 +1,192 @@
+#include "app/client.h"
+
+#include <cstdio>
+#include <list>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "app/status.h"
+#include "host/host.h"
+#include "shell/shell.h"
+
+namespace app {
+namespace {
+
+using nlohmann::json;
+
+constexpr int kPatience = 200;                                      // ms for an answer
+constexpr uint64_t kLongest = 10'000'000'000, kPause = 10'000'000;  // ns
+
+std::vector<uint64_t> Running() {
+    std::vector<host::Instance> instances;
+    host::ListInstances(&instances);
+    std::vector<uint64_t> ids;
+    for (const host::Instance& instance : instances) {
+        if (instance.class_name == WINDOW_CLASS) ids.push_back(instance.id);
+    }
+    return ids;
+}
+
+// The one instance that can be told. Otherwise the exit code, after a line.
+int FindOne(uint64_t* id) {
+    const std::vector<uint64_t> ids = Running();
+    if (ids.size() == 1) *id = ids[0];
+    if (ids.size() > 1)
+        Say(std::to_string(ids.size()) + " instances are running; none of them takes commands");
+    return ids.empty() ? kNoneRuns : ids.size() > 1 ? kCannotTake : kDone;
+}
+
+// The answer to the request of that id; null when it does not come in time.
+json ReadAnswer(host::LineClient* client, int id, int milliseconds) {
+    const uint64_t end = host::Nanoseconds() + static_cast<uint64_t>(milliseconds) * 1'000'000;
+    std::string line;
+    for (uint64_t now; (now = host::Nanoseconds()) < end;) {
+        if (!client->Read(&line, static_cast<int>((end - now) / 1'000'000) + 1)) return nullptr;
+        json answer = json::parse(line, nullptr, false);
+        if (answer.is_object() && answer.value("id", json()) == id) return answer;
+    }
+    return nullptr;
+}
+
+int NoAnswer() {
+    Say("the running instance does not answer");
+    return kCannotTake;
+}
+
+int Result(const json& answer) {
+    if (answer.value("ok", false)) return kDone;
+    const json error = answer.value("error", json::object());
+    Say(error.value("text", "the running instance refuses"));
+    return error.value("code", "") == "refused" ? kRefused : kCannotTake;
+}
+
+json ReadStatus(host::LineClient* client) {
+    static int id = 1000;
+    if (!client->Write(json({{"id", ++id}, {"command", "status"}}).dump())) return nullptr;
+    const json answer = ReadAnswer(client, id, kPatience);
+    return answer.is_object() ? answer.value("result", json()) : nullptr;
+}
+
+// Sends one command and waits for its answer as long as the instance shows life: a load may take its time.
+int Tell(host::LineClient* client, json command, json* result) {
+    command["id"] = 1;
+    if (!client->Write(command.dump(-1, ' ', false, json::error_handler_t::replace))) return NoAnswer();
+    const uint64_t end = host::Nanoseconds() + kLongest;
+    while (host::Nanoseconds() < end) {
+        const json answer = ReadAnswer(client, 1, kPatience);
+        if (answer.is_object()) {
+            *result = answer.value("result", json());
+            return Result(answer);
+        }
+        const json status = ReadStatus(client);
+        if (!status.is_object()) return NoAnswer();
+        if (command["command"] != "open" || !status.value("modal", false)) continue;
+        Say("the chart is opened when the box or menu in the player is closed");
+        return kDone;
+    }
+    return NoAnswer();
+}
+
+const char* VerbText(Verb verb) {
+    switch (verb) {
+        case Verb::kPlay:
+            return "play";
+        case Verb::kStop:
+            return "stop";
+        case Verb::kRestart:
+            return "restart";
+        case Verb::kSeek:
+            return "seek";
+        case Verb::kSpeed:
+            return "speed";
+        default:
+            return "quit";
+    }
+}
+
+void Print(const json& status) {
+    std::printf("%s\n", status.dump(-1, ' ', false, json::error_handler_t::replace).c_str());
+    std::fflush(stdout);
+}
+
+// One line for each instance, and with --follow one for each change until none is left.
+int ShowStatus(bool follow) {
+    std::list<host::LineClient> clients;
+    int code = kDone;
+    const std::vector<uint64_t> ids = Running();
+    if (ids.empty()) {
+        Say("no instance is running");
+        return kNoneRuns;
+    }
+    for (const uint64_t id : ids) {
+        host::LineClient& client = clients.emplace_back(id);
+        client.Write(json({{"id", 1}, {"command", follow ? "observe" : "status"}}).dump());
+        const json answer = ReadAnswer(&client, 1, kPatience);
+        if (answer.is_object())
+            Print(answer["result"]);
+        else
+            code = NoAnswer();
+    }
+    while (follow && !clients.empty()) {
+        for (auto client = clients.begin(); client != clients.end();) {
+            std::string line;
+            const bool read = client->Read(&line, 20);
+            const json event = read ? json::parse(line, nullptr, false) : json();
+            if (event.is_object() && event.contains("status")) Print(event["status"]);
+            client = read || client->IsOpen() ? std::next(client) : clients.erase(client);
+        }
+    }
+    return code;
+}
+
+}  // namespace
+
+void Say(const std::string& line) {
+    std::fprintf(stderr, "lumetra: %s\n", line.c_str());
+}
+
+int RunCommand(const LongOptions& options) {
+    if (options.verb == Verb::kStatus) return ShowStatus(options.follow);
+    uint64_t id;
+    if (const int code = FindOne(&id)) {
+        if (code == kNoneRuns) Say("no instance is running");
+        return code;
+    }
+    host::LineClient client(id);
+    json command = {{"command", VerbText(options.verb)}}, result;
+    if (options.measure) command["measure"] = *options.measure;
+    if (options.speed) command["speed"] = *options.speed;
+    return Tell(&client, command, &result);
+}
+
+int OpenInRunning(const LongOptions& options, const std::string& path) {
+    uint64_t id;
+    if (const int code = FindOne(&id)) return code;
+    host::LineClient client(id);
+    json command = {{"command", "open"}, {"uri", PathToUri(path)}}, result;
+    if (options.measure) command["measure"] = *options.measure;
+    if (options.line) command["line"] = *options.line;
+    if (options.modern) command["modern"] = true;
+    if (options.speed) command["speed"] = *options.speed;
+    const int code = Tell(&client, command, &result);
+    if (code == kDone && result.is_object() && result.value("clamped", false))
+        Say("the chart has no such measure; it plays from its last, " +
+            std::to_string(result.value("measure", 0)));
+    return code;
+}
+
+int WaitUntilHeard() {
+    const uint64_t end = host::Nanoseconds() + kLongest;
+    for (; host::Nanoseconds() < end; host::SleepMilliseconds(kPause / 1'000'000)) {
+        const std::vector<uint64_t> ids = Running();
+        if (ids.size() != 1) continue;
+        host::LineClient client(ids[0]);
+        const json status = ReadStatus(&client);
+        if (status.is_object() && status.value("state", "") == "running" && status.value("sounding", false))
+            return kDone;
+    }
+    Say("the chart is not heard after 10 seconds");
+    return kCannotTake;
+}
+
+}  // namespace app

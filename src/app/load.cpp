@@ -1,0 +1,64 @@
+#include "app/load.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "app/chart_lines.h"
+#include "chart/bms.h"
+#include "compile/modern.h"
+#include "host/host.h"
+#include "platform/debug.h"
+#include "platform/files/filename.h"
+#include "platform/window/dialog.h"
+#include "report/refusal.h"
+#include "shell/options.h"
+#include "shell/shell.h"
+
+namespace app {
+
+// Films have no picture of their own in the player.
+void SetModern(bool modern) {
+    if (!modern) return compile::PlayAsWritten();
+    compile::PlayModern({}, [](const std::vector<dialect::Finding>& findings) {
+        for (const dialect::Finding& finding : findings) {
+            if (std::strcmp(finding.code, "film") != 0) continue;
+            OutputDebugStringA(
+                ("Chart: line " + std::to_string(finding.place.line) + ": " + finding.text + "\n").c_str());
+            return;
+        }
+    });
+}
+
+Probe ProbeChart(const std::string& path) {
+    Probe probe;
+    const std::unique_ptr<CBMS> chart(new (std::nothrow) CBMS(nullptr, nullptr));
+    const std::string name = HandOver(path);
+    if (!chart || name.size() >= static_cast<size_t>(FILE_NAME_SIZE) || !chart->Load(name.c_str(), 0)) {
+        probe.refusal = report::WhyUnreadable(path);
+    } else if (chart->Compile()) {
+        probe.refusal = report::WhyRefusedFile(path);
+    } else {
+        probe.last_measure = chart->m_nMeasure - 1;
+    }
+    return probe;
+}
+
+int StartMeasure(const LoadRequest& request, const Probe& probe, bool* clamped) {
+    int measure = request.measure.value_or(-1);
+    if (request.line) measure = ReadChartLines(request.path).MeasureAt(*request.line);
+    *clamped = measure > probe.last_measure;
+    return ClampMeasure(std::min(measure, probe.last_measure));
+}
+
+// Measure and speed come first, so that nothing of another place is heard.
+void Reload(const LoadRequest& request, int measure) {
+    g_nStartMeasure = measure;
+    if (request.hundredths) SetSpeed(SpeedFromMessage(*request.hundredths));
+    host::Unminimize();
+    AnswerNextOpenDialog(request.path.c_str());
+    SendMessageA(g_hWnd, WM_LBUTTONDBLCLK, 0, 0);
+}
+
+}  // namespace app

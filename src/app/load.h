@@ -1,0 +1,32 @@
+// Loading a chart into a running player without asking.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace app {
+
+struct LoadRequest {
+    std::string path;               // of this machine, absolute
+    std::optional<int> measure;     // -1: the very beginning
+    std::optional<int> line;        // of the file: the measure that holds it
+    std::optional<int> hundredths;  // of the speed
+};
+
+// What became of the chart before it is loaded: it is read and compiled without sound and picture.
+struct Probe {
+    std::string refusal;  // a sentence; empty: it can be played
+    int last_measure = 0;
+};
+Probe ProbeChart(const std::string& path);
+
+// How charts are read from now on.
+void SetModern(bool modern);
+
+// The measure to start from, and whether it was clamped to the last one.
+int StartMeasure(const LoadRequest& request, const Probe& probe, bool* clamped);
+
+// Replaces the chart by one that was probed, and plays it. On the main thread, outside dialogs.
+void Reload(const LoadRequest& request, int measure);
+
+}  // namespace app

@@ -1,0 +1,33 @@
+// The long options, which stand beside the system's command line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace app {
+
+// Exit codes of the long commands.
+constexpr int kDone = 0, kWrongUse = 2, kRefused = 3, kNoneRuns = 4, kCannotTake = 5, kNotStarted = 255;
+
+enum class Verb { kNone, kOpen, kStatus, kPlay, kStop, kRestart, kSeek, kSpeed, kQuit };
+
+struct LongOptions {
+    Verb verb = Verb::kNone;  // kNone: the line is the system's
+    std::string error;        // wrong use: what to say; empty otherwise
+    std::string file;         // of --open, as it was given
+    std::optional<int> measure, line;
+    std::optional<double> speed;
+    bool modern = false;  // charts of today are compiled
+    bool wait = false, foreground = false, follow = false;
+    std::vector<std::string> passed;  // options for a player that is started
+};
+
+// Removes --modern from before the chart's name. Whether it was there, or LUMETRA_MODERN asks for it: any
+// value but an empty one or 0.
+bool TakeModern(int* argc, char** argv);
+
+// Looks for a long command before the chart's name.
+LongOptions ParseLongOptions(int argc, const char* const* argv);
+
+}  // namespace app
