@@ -182,6 +182,7 @@ TEST_F(Convert, Sound) {
     ExpectSays(Run("many/many.bms out"), 0, "sounds are mixed into", "mixed");
     EXPECT_FALSE(fs::exists(folder_.Path("out/s1.wav"))) << "is to be mixed";
     std::vector<int16_t> heard = Render("out/many.bms");
+    EXPECT_EQ(heard, Render("--modern many/many.bms"));
     heard.resize(std::max(heard.size(), expected.size()));
     expected.resize(heard.size());
     int off = 0;
@@ -190,6 +191,54 @@ TEST_F(Convert, Sound) {
             ADD_FAILURE() << "at " << i << ": " << heard[i] << " instead of " << expected[i];
     }
     EXPECT_EQ(off, 0);
+}
+
+// Of 600 pictures some share sheets: each shows in its cell as in an empty layer, and the chart's rectangles
+// lead there.
+TEST_F(Convert, Sheets) {
+    constexpr int kPictures = 600, kCell = 256, kSide = 1024;
+    std::string chart = "#BPM 120\r\n";
+    for (int i = 1; i <= kPictures; ++i) {
+        const bool large = i % 2 == 0;  // 300 by 300, of which the top left is seen; others in the middle
+        const auto color = static_cast<uint32_t>(0x400000 + i);
+        const auto of_large = [color](int x, int y) { return x < kCell && y < kCell ? color : 0xFFFFFFu; };
+        folder_.Write("pictures/" + std::to_string(i) + ".bmp",
+                      large ? test::Bmp(300, 300, of_large) : test::Bmp(10, 4, color));
+        chart += "#BMP" + Number(i) + " " + std::to_string(i) + ".bmp\r\n";
+        chart += "#" + std::to_string(1000 + i).substr(1) + "04:" + Number(i) + "\r\n";
+    }
+    folder_.Write("pictures/all.bms", chart);
+    ExpectSays(Run("pictures/all.bms out"), 0, "0 stems, 2 sheets, 573 files linked", "sheets");
+    const std::string text = test::ReadFile(folder_.Path("out/all.bms"));
+    int cells = 0;
+    for (const char* name : {"sheet-001.bmp", "sheet-002.bmp"}) {
+        const std::string sheet = test::ReadFile(folder_.Path("out/" + std::string(name)));
+        ASSERT_EQ(sheet.size(), 54u + kSide * kSide * 3);
+        const auto at = [&](int x, int y) {
+            const size_t place = 54 + static_cast<size_t>(((kSide - 1 - y) * kSide + x) * 3);
+            return static_cast<uint8_t>(sheet[place]) | static_cast<uint8_t>(sheet[place + 1]) << 8 |
+                   static_cast<uint8_t>(sheet[place + 2]) << 16;
+        };
+        for (int cell = 0; cell < 16; ++cell) {
+            const int x = cell % 4 * kCell, y = cell / 4 * kCell, number = at(x + 128, y) - 0x400000;
+            if (at(x + 128, y) == 0) continue;
+            ++cells;
+            const bool large = number % 2 == 0;
+            for (const auto& [dx, dy, inside] : {std::tuple(0, 255, large),
+                                                 {255, 0, large},
+                                                 {123, 3, true},
+                                                 {122, 0, large},
+                                                 {132, 0, true},
+                                                 {133, 0, large},
+                                                 {128, 4, large}})
+                EXPECT_EQ(at(x + dx, y + dy), inside ? 0x400000 + number : 0)
+                    << number << " " << dx << " " << dy;
+            const std::string cut = " " + std::to_string(x) + " " + std::to_string(y) + " " +
+                                    std::to_string(x + kCell) + " " + std::to_string(y + kCell) + " 0 0";
+            EXPECT_NE(text.find(cut), std::string::npos) << cut;
+        }
+    }
+    EXPECT_EQ(cells, kPictures - 573);
 }
 
 }  // namespace
