@@ -70,8 +70,10 @@ void Compiler::LoadMixed() {
     for (size_t i = 0; i < plan_.mixed.size(); ++i) {
         source_->names.push_back(folder_ + plan_.mixed[i]);
         const double ms = source_->shelf.Ms(source_->names[i]);
-        room -= std::max(ms, 0.0) * kStemRate * 4 / 1000;
-        if (ms >= 0 && room >= 0)
+        const double bytes = std::max(ms, 0.0) * kStemRate * 4 / 1000;
+        const bool fits = bytes <= room && ms < Shelf::kLongMs;
+        if (fits) room -= bytes;
+        if (ms >= 0 && fits)
             fitting.push_back(source_->names[i]);
         else
             plan_.findings.push_back(

@@ -125,6 +125,16 @@ TEST_F(Convert, Refusals) {
     EXPECT_EQ(Tree(""), before);
 }
 
+// A disk that is full in the middle of it.
+TEST_F(Convert, Failure) {
+    ASSERT_EQ(Run("song/song.bms out").code, 0);
+    const std::string before = Tree("");
+    ExpectSays(
+        RunTool(LUMETRA_CONVERT, folder_.Path(), "--copy song/song.bms out", "trap '' XFSZ; ulimit -f 1;"), 3,
+        "out is unchanged", "no room");
+    EXPECT_EQ(Tree(""), before);
+}
+
 // Names that lead out of the folder, or mean the chart or the manifest, become names of the package.
 TEST_F(Convert, HostileNames) {
     folder_.Write("above.wav", test::SquareWav(441));
