@@ -52,7 +52,9 @@ void PlayModern(const dialect::Choice& choice, OnFindings on_findings) {
         [choice, on_findings, last = Last()](const std::string& name, const ByteBlock& chart) mutable {
             const std::string_view bytes(reinterpret_cast<const char*>(chart.Data()), chart.Size());
             const std::string folder = FolderOfName(name);
-            if (!IsFresh(last, name, bytes)) last.package = CompileChart(bytes, folder, {choice, true});
+            Settings settings;
+            settings.choice = choice;
+            if (!IsFresh(last, name, bytes)) last.package = CompileChart(bytes, folder, settings);
             last.name = name, last.bytes = bytes, last.at = std::chrono::steady_clock::now();
             if (on_findings) on_findings(last.package.findings);
             if (last.package.unchanged) return SharedBytes();

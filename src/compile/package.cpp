@@ -1,6 +1,7 @@
 #include "compile/package.h"
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <set>
 #include <tuple>
@@ -26,8 +27,7 @@ public:
 private:
     double LengthOf(std::string_view name);
     void LoadMixed();
-    void ListFiles(const std::vector<dialect::NamedFile>& files, MediaKind kind);
-    void ListDefinitions();
+    void ListFiles();
     void FindFiles();
     void NameFiles();
     void MakeFiles();
@@ -70,8 +70,10 @@ void Compiler::LoadMixed() {
     for (size_t i = 0; i < plan_.mixed.size(); ++i) {
         source_->names.push_back(folder_ + plan_.mixed[i]);
         const double ms = source_->shelf.Ms(source_->names[i]);
-        room -= std::max(ms, 0.0) * kStemRate * 4 / 1000;
-        if (ms >= 0 && room >= 0)
+        const double bytes = std::max(ms, 0.0) * kStemRate * 4 / 1000;
+        const bool fits = bytes <= room && ms < Shelf::kLongMs;
+        if (fits) room -= bytes;
+        if (ms >= 0 && fits)
             fitting.push_back(source_->names[i]);
         else
             plan_.findings.push_back(
@@ -84,23 +86,25 @@ void Compiler::LoadMixed() {
     source_->shelf.Load(fitting);
 }
 
-void Compiler::ListFiles(const std::vector<dialect::NamedFile>& files, MediaKind kind) {
-    for (const dialect::NamedFile& file : files) package_.used.push_back({file.name, file.name, kind, ""});
-}
-
-void Compiler::ListDefinitions() {
+// The plan's sounds and pictures; all that are defined where nothing is planned.
+void Compiler::ListFiles() {
     dialect::Findings told_by_the_plan;
     const dialect::Chart chart = dialect::ReadChart(bytes_, settings_.choice, &told_by_the_plan);
-    const auto list = [this](const std::vector<dialect::Definition>& table, MediaKind kind) {
-        std::set<std::string_view> names;
+    const auto list = [this](const std::vector<dialect::Definition>& table,
+                             const std::vector<dialect::NamedFile>& planned, MediaKind kind) {
+        std::map<std::string_view, dialect::Place> defined;
         for (const dialect::Definition& entry : table) {
-            const std::string name(entry.value);
-            if (!name.empty() && names.insert(entry.value).second)
-                package_.used.push_back({name, name, kind, ""});
+            if (!entry.value.empty()) defined.emplace(entry.value, entry.source);
         }
+        const auto add = [&](std::string_view name, dialect::Place source) {
+            package_.used.push_back({std::string(name), std::string(name), kind, "", source});
+        };
+        for (const dialect::NamedFile& file : planned) add(file.name, defined[file.name]);
+        if (!plan_.unchanged) return;
+        for (const auto& [name, source] : defined) add(name, source);
     };
-    list(chart.sounds, MediaKind::kSound);
-    list(chart.pictures, MediaKind::kPicture);
+    list(chart.sounds, plan_.sounds, MediaKind::kSound);
+    list(chart.pictures, plan_.pictures, MediaKind::kPicture);
 }
 
 void Compiler::FindFiles() {
@@ -143,12 +147,7 @@ Package Compiler::Run() {
     package_.unchanged = plan_.unchanged;
     package_.needs = plan_.needs;
     if (settings_.list_used) {
-        if (plan_.unchanged) {
-            ListDefinitions();
-        } else {
-            ListFiles(plan_.sounds, MediaKind::kSound);
-            ListFiles(plan_.pictures, MediaKind::kPicture);
-        }
+        ListFiles();
         FindFiles();
         if (!plan_.unchanged) NameFiles();
     }

@@ -23,7 +23,8 @@ struct UsedFile {
     std::string name;     // as the author has it
     std::string written;  // in the text
     MediaKind kind;
-    std::string path;  // on this machine, also of a substitute; empty: it is not there
+    std::string path;       // on this machine, also of a substitute; empty: it is not there
+    dialect::Place source;  // of the line that names it
 };
 
 struct Settings {

@@ -37,7 +37,10 @@ void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
 }
 
 void Shelf::LoadOne(const std::string& name, Entry* entry) {
-    if (decoded_ > kMostDecoded) return;
+    if (decoded_ > kMostDecoded) {
+        entry->ms = kLongMs;
+        return;
+    }
     SoundPtr sound = LoadSound(name);
     if (!sound) return;
     entry->ms = sound->Ms();

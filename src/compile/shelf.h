@@ -21,6 +21,8 @@ public:
     static constexpr uint64_t kMostDecoded = uint64_t{4} << 30;  // bytes
     // Bytes of sounds that are kept: a quarter of the machine's memory, at most 1 GiB.
     static uint64_t Room();
+    // What a sound is taken to last that is not decoded any more: longer than any, so that it is not mixed.
+    static constexpr double kLongMs = 2'000'000;
 
     // Loads those of the names that are not there, on all cores. Not while others use the shelf.
     void Load(const std::vector<std::string>& names);

@@ -113,13 +113,13 @@ bool DecodeXa(const BYTE* file, size_t size, Pcm* pcm) {
     return good;
 }
 
-// One channel at another rate.
+// One channel at another rate, with what the filter rings behind its end, as the player's mixer.
 std::vector<float> Resample(const std::vector<float>& source, int rate) {
     const auto filter = audio::FilterFor(rate, kStemRate);
     if (!filter) return source;
     const audio::Step step = audio::MakeStep(rate, kStemRate);
-    const auto frames =
-        static_cast<size_t>(audio::FramesUntil({}, step, static_cast<int64_t>(source.size())));
+    const auto end = static_cast<int64_t>(source.size()) + (source.empty() ? 0 : filter->Taps() / 2);
+    const auto frames = static_cast<size_t>(audio::FramesUntil({}, step, end));
     constexpr size_t kBlock = 4096, kOverrun = audio::Filter::kOverrun;
     std::vector<float> out(frames + kBlock + 2 * kOverrun), scratch(kBlock + 2 * kOverrun), in;
     const auto count = static_cast<int64_t>(source.size());
@@ -129,9 +129,9 @@ std::vector<float> Resample(const std::vector<float>& source, int rate) {
         const int64_t first = from.frame - filter->Before();
         in.assign(filter->InputLength(from.fraction, step, wanted) + kOverrun, 0.0f);
         const int64_t begin = std::max<int64_t>(first, 0),
-                      end = std::min(first + static_cast<int64_t>(in.size()), count);
-        if (begin < end)
-            std::copy(source.begin() + begin, source.begin() + end, in.begin() + (begin - first));
+                      last = std::min(first + static_cast<int64_t>(in.size()), count);
+        if (begin < last)
+            std::copy(source.begin() + begin, source.begin() + last, in.begin() + (begin - first));
         filter->Run(in.data(), from.fraction, step, wanted, out.data() + done, scratch.data());
     }
     out.resize(frames);

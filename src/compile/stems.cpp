@@ -56,9 +56,10 @@ void BoundItems(const StemSource& source, dialect::Plan* plan) {
     dialect::Place first;
     for (dialect::Stem& stem : plan->stems) {
         const auto beyond = [&](const dialect::StemItem& item) {
-            const double ms = SoundingMs(source, item);
-            if (item.start_ms + ms <= kMostStemMs && ms <= left) {
-                left -= ms;
+            const SoundPtr sound = source.shelf.Find(source.names[static_cast<size_t>(item.sound)]);
+            const double whole = sound ? sound->Ms() : 0.0;  // the lender converts all of it
+            if (item.start_ms + std::min(item.cut_ms, whole) <= kMostStemMs && whole <= left) {
+                left -= whole;
                 return false;
             }
             if (dropped++ == 0) first = item.source;

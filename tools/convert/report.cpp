@@ -1,0 +1,59 @@
+#include "convert/report.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <string_view>
+#include <tuple>
+
+#include "common/terminal.h"
+#include "platform/ascii.h"
+
+namespace convert {
+namespace {
+
+using dialect::Severity;
+
+constexpr std::string_view kFilms[] = {".mpg", ".mpeg", ".avi", ".wmv", ".mp4", ".m4v", ".mov",
+                                       ".mkv", ".webm", ".flv", ".ogv", ".asf", ".m1v", ".m2v"};
+
+const char* NameOf(Severity severity) {
+    return severity == Severity::kError ? "error" : severity == Severity::kWarning ? "warning" : "note";
+}
+
+}  // namespace
+
+void AddFileFindings(compile::Package* package) {
+    for (const compile::UsedFile& file : package->used) {
+        const auto add = [&](Severity severity, const char* code, const char* text) {
+            package->findings.push_back({severity, code, file.source, dialect::Quote(file.name) + text});
+        };
+        const bool film = std::any_of(std::begin(kFilms), std::end(kFilms), [&](std::string_view suffix) {
+            return AsciiEndsWith(file.name, suffix) && AsciiEndsWith(file.path, suffix);
+        });
+        if (file.path.empty())
+            add(Severity::kWarning, "missing-file", " is not there");
+        else if (film && file.kind == MediaKind::kPicture)
+            add(Severity::kWarning, "film", " is a film, its place stays blank");
+    }
+    std::stable_sort(package->findings.begin(), package->findings.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);
+    });
+}
+
+void PrintFindings(const std::string& chart, const std::vector<dialect::Finding>& findings, size_t most) {
+    const std::string name = tools::CleanText(chart);
+    std::map<std::string_view, size_t> counts;
+    for (const dialect::Finding& finding : findings) {
+        if (++counts[finding.code] > most) continue;
+        std::printf("%s:%d:%d: %s: %s [%s]\n", name.c_str(), finding.place.line, finding.place.column,
+                    NameOf(finding.severity), tools::CleanText(finding.text).c_str(), finding.code);
+    }
+    for (const auto& [code, count] : counts) {
+        if (count > most)
+            std::printf("%s: %zu more of [%s], --all shows them\n", name.c_str(), count - most,
+                        std::string(code).c_str());
+    }
+}
+
+}  // namespace convert
