@@ -50,7 +50,7 @@ std::string Remedy(const dialect::Verdict& plain, const dialect::Verdict& modern
 
 std::string WithCommas(int64_t count) {
     std::string text = std::to_string(count);
-    for (size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, ",");
+    for (size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
     return text;
 }
 
