@@ -27,24 +27,31 @@ void LineChecker::NoteFolded(Place place, const char* pair, const char* thing, b
 
 // An error where a file sounds that is not the one of the number as written.
 void LineChecker::JudgeFolded() {
-    constexpr std::string_view kSound = "sound";
     for (auto& [key, group] : groups_) {
         const bool object = key.starts_with(kObjectKey), definition = key.starts_with(kDefinitionKey);
         if (!object && !definition) continue;
         const std::string name = key.substr(key.size() - 2);
-        const auto number = static_cast<size_t>(PairToObjNo(name.c_str()));
-        const Use& use = tables_->sound_uses[number];
-        const std::string& heard = tables_->sounds[number].name;
-        const bool sound = key.compare(key.size() - 2 - kSound.size(), kSound.size(), kSound) == 0;
-        const auto meant = written_.find(name);
-        const bool other = meant == written_.end() || meant->second != heard;
-        if (sound && other && !heard.empty() && use.objects > use.invisible) {
-            group.severity = kError;
-            group.effect += ", where " + Quote(heard) + " sounds" +
-                            (meant == written_.end() ? "" : " instead of " + Quote(meant->second));
-        }
+        if (key.find("sound") != key.npos) JudgeFoldedSound(name, definition, &group);
         group.effect += "; use a number up to FZ, or --modern";
     }
+}
+
+// name: the number as written.
+void LineChecker::JudgeFoldedSound(const std::string& name, bool definition, Group* group) {
+    const int32_t number = PairToObjNo(name.c_str());
+    const Use& use = tables_->sound_uses[static_cast<size_t>(number)];
+    const std::string& heard = tables_->sounds[static_cast<size_t>(number)].name;
+    if (heard.empty() || use.objects == use.invisible) return;
+    auto meant = written_.find(name);
+    // The file of a definition that takes effect sounds for the other numbers.
+    if (definition && meant->second == heard)
+        meant = std::find_if(written_.begin(), written_.end(), [&](const auto& other) {
+            return PairToObjNo(other.first.c_str()) == number && other.second != heard;
+        });
+    if (meant == written_.end() ? definition : meant->second == heard) return;
+    group->severity = kError;
+    group->effect += ", where " + Quote(heard) + " sounds" +
+                     (meant == written_.end() ? "" : " instead of " + Quote(meant->second));
 }
 
 void LineChecker::JudgeLongNotes() {

@@ -71,6 +71,7 @@ private:
     // groups about numbers that mean others to the player (folded.cpp)
     void NoteFolded(Place place, const char* pair, const char* thing, bool object);
     void JudgeFolded();
+    void JudgeFoldedSound(const std::string& name, bool definition, Group* group);
     void JudgeLongNotes();
 
     Group& GroupOf(const std::string& key, Place place, Code code, Severity severity);

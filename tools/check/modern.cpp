@@ -52,6 +52,12 @@ Code CodeOf(std::string_view name) {
     return "no-effect";
 }
 
+// Two digits of the compiled text.
+int32_t PairAt36(std::string_view line, size_t at) {
+    const dialect::DigitTable& digits = dialect::DigitsOfBase(36);
+    return digits[static_cast<uint8_t>(line[at])] * 36 + digits[static_cast<uint8_t>(line[at + 1])];
+}
+
 std::string_view WordOf(std::string_view line) {
     return line.substr(0, line.find(' '));
 }
@@ -123,8 +129,7 @@ Place Modern::TempoAt(double at) const {
 }
 
 Place Modern::PairOf(std::string_view line, int32_t column) const {
-    const dialect::DigitTable& digits = dialect::DigitsOfBase(36);
-    const int32_t channel = dialect::ReadPair(digits, line.data() + 4);
+    const int32_t channel = PairAt36(line, 4);
     const std::string_view data = line.substr(kDataColumn - 1);
     const size_t pairs = data.size() / 2;
     size_t pair = column < kDataColumn ? 0 : static_cast<size_t>(column - kDataColumn) / 2;
@@ -160,7 +165,7 @@ Place Modern::AuthorOf(Place place) const {
         return name;
     }
     if (line.starts_with("#BGA")) {
-        const auto cut = cuts_.find(dialect::ReadPair(dialect::DigitsOfBase(36), line.data() + 4));
+        const auto cut = cuts_.find(PairAt36(line, 4));
         return cut == cuts_.end() ? Place{1, 1} : cut->second;
     }
     if (known != words_.end()) return known->second;
