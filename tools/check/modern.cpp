@@ -240,7 +240,8 @@ void Modern::AddFindings(Subject* subject) const {
     if (Compiled()) CheckUnplaced(subject);
     for (const dialect::Finding& finding : plan_.findings) {
         subject->findings.Add(FromDialect(finding.place), CodeOf(finding.code),
-                              static_cast<Severity>(finding.severity), finding.text);
+                              static_cast<Severity>(finding.severity),
+                              [&] { return ShownName(finding.text); });
     }
 }
 
