@@ -2,8 +2,8 @@
 # tests need are listed separately, so that ./play installs little.
 
 player_packages=(build-essential cmake ninja-build pkg-config libfltk1.3-dev libfontconfig-dev libxft-dev
-  libxcursor-dev libxinerama-dev libsdl2-dev libsndfile1-dev libpng-dev libturbojpeg0-dev libgif-dev)
-tool_packages=(libtomlplusplus-dev)  # for the tools, which ./play does not build
+  libxcursor-dev libxinerama-dev nlohmann-json3-dev libsdl2-dev libsndfile1-dev libpng-dev libturbojpeg0-dev libgif-dev)
+tool_packages=(libtomlplusplus-dev libebur128-dev)  # for the tools, which ./play does not build
 test_packages=(libgtest-dev libbenchmark-dev clang-format-14 python3 xvfb openbox xdotool x11-utils)
 
 install_missing() {

@@ -19,6 +19,7 @@ ALLOWED = {
     "display": {"chart", "sound", "display", "system", "platform"},
     "system": {"system", "platform"},
     "dialect": {"dialect"},
+    "compile": {"compile", "dialect", "sound", "display", "platform"},
     "report": {"report", "chart", "sound", "display", "platform"},
     "platform": {"platform", "host"},
     "host": {"host"},

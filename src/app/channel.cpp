@@ -1,5 +1,7 @@
 #include "app/channel.h"
 
+#include "compile/modern.h"
+
 #include <algorithm>
 #include <cmath>
 #include <deque>
@@ -157,8 +159,16 @@ void Open(const Request& request) {
     if (const json* line = Whole(request.body, "line")) load.line = line->get<int>();
     if (!TakeSpeed(request.body, &load.hundredths))
         return Refuse(request.client, request.id, "wrong-value", "speed takes a number from 0.1 to 8");
+    const json modern = request.body.value("modern", json(false));
+    if (!modern.is_boolean())
+        return Refuse(request.client, request.id, "wrong-value", "modern is true or false");
+    const bool before = compile::PlaysModern();
+    SetModern(modern);
     const Probe probe = ProbeChart(load.path);
-    if (!probe.refusal.empty()) return Refuse(request.client, request.id, "refused", probe.refusal);
+    if (!probe.refusal.empty()) {
+        SetModern(before);
+        return Refuse(request.client, request.id, "refused", probe.refusal);
+    }
     bool clamped;
     const int measure = StartMeasure(load, probe, &clamped);
     Answer(request.client, request.id, {{"measure", measure}, {"clamped", clamped}});

@@ -166,6 +166,7 @@ int OpenInRunning(const LongOptions& options, const std::string& path) {
     json command = {{"command", "open"}, {"uri", PathToUri(path)}}, result;
     if (options.measure) command["measure"] = *options.measure;
     if (options.line) command["line"] = *options.line;
+    if (options.modern) command["modern"] = true;
     if (options.speed) command["speed"] = *options.speed;
     const int code = Tell(&client, command, &result);
     if (code == kDone && result.is_object() && result.value("clamped", false))

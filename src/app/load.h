@@ -20,6 +20,9 @@ struct Probe {
 };
 Probe ProbeChart(const std::string& path);
 
+// How charts are read from now on.
+void SetModern(bool modern);
+
 // The measure to start from, and whether it was clamped to the last one.
 int StartMeasure(const LoadRequest& request, const Probe& probe, bool* clamped);
 

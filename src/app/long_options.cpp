@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 
 #include "platform/window/commandline.h"
@@ -24,6 +25,11 @@ const VerbName* FindVerb(const char* argument) {
         if (std::strcmp(argument, row.name) == 0) return &row;
     }
     return nullptr;
+}
+
+bool FindVerbWithValue(const char* argument) {
+    const VerbName* row = FindVerb(argument);
+    return row && row->value;
 }
 
 template <class Number>
@@ -136,6 +142,25 @@ private:
 };
 
 }  // namespace
+
+bool TakeModern(int* argc, char** argv) {
+    const char* wanted = std::getenv("LUMETRA_MODERN");
+    bool modern = wanted && *wanted && std::strcmp(wanted, "0") != 0;
+    int kept = 1, i = 1;
+    while (i < *argc && (!*argv[i] || IsOptionArgument(argv[i]))) {
+        const bool value = std::strcmp(argv[i], "--at") == 0 || FindVerbWithValue(argv[i]);
+        if (std::strcmp(argv[i], "--modern") == 0) {
+            modern = true;
+            ++i;
+            continue;
+        }
+        for (int n = value ? 2 : 1; n > 0 && i < *argc; --n) argv[kept++] = argv[i++];
+    }
+    while (i < *argc) argv[kept++] = argv[i++];
+    *argc = kept;
+    argv[kept] = nullptr;
+    return modern;
+}
 
 LongOptions ParseLongOptions(int argc, const char* const* argv) {
     for (int i = 1; i < argc && (!*argv[i] || IsOptionArgument(argv[i])); ++i) {

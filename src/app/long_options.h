@@ -18,9 +18,14 @@ struct LongOptions {
     std::string file;         // of --open, as it was given
     std::optional<int> measure, line;
     std::optional<double> speed;
+    bool modern = false;  // charts of today are compiled
     bool wait = false, foreground = false, follow = false;
     std::vector<std::string> passed;  // options for a player that is started
 };
+
+// Removes --modern from before the chart's name. Whether it was there, or LUMETRA_MODERN asks for it: any
+// value but an empty one or 0.
+bool TakeModern(int* argc, char** argv);
 
 // Looks for a long command before the chart's name.
 LongOptions ParseLongOptions(int argc, const char* const* argv);

@@ -9,6 +9,7 @@
 
 #include "app/channel.h"
 #include "app/client.h"
+#include "app/load.h"
 #include "app/start.h"
 #include "app/words.h"
 #include "host/host.h"
@@ -31,6 +32,8 @@ come first, with their value attached; everything after them is the chart's name
   -X<n>      left edge of the window
   -Y<n>      top edge of the window
   -D         run beside other instances; none of them accepts commands afterwards
+  --modern   play charts of today: numbers up to ZZ, long notes, stops and more;
+             with --open it belongs to that chart. LUMETRA_MODERN=1 does the same
   --help     print this help and exit
   --version  print the version and exit
 
@@ -104,7 +107,10 @@ int main(int argc, char** argv) {
     if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
     }
-    const app::LongOptions options = app::ParseLongOptions(argc, argv);
+    const bool modern = app::TakeModern(&argc, argv);
+    app::LongOptions options = app::ParseLongOptions(argc, argv);
+    options.modern = modern;
+    app::SetModern(modern);
     const int code = options.verb == app::Verb::kNone ? Run(argc, argv) : RunLong(options);
     if (host::Shutdown()) return code;
     std::fflush(stdout);

@@ -1,5 +1,7 @@
 #include "app/status.h"
 
+#include "compile/modern.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -81,7 +83,7 @@ nlohmann::json ToJson(const Status& status) {
             {"title", status.title},
             {"state", StateName(status.state)},
             {"host", status.host},
-            {"modern", false},
+            {"modern", compile::PlaysModern()},
             {"watch", false},
             {"measure", status.measure},
             {"place", status.place},

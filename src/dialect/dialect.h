@@ -17,7 +17,7 @@ namespace dialect {
 struct Options {
     Choice choice;
     // How long the sound of this name lasts, in ms; negative when that is not known. Two numbers of one file
-    // share one only where this tells that their sounds never overlap.
+    // share one only where this tells that their sounds never overlap. Asked only when some must be mixed.
     std::function<double(std::string_view name)> sound_ms;
     // The name that the text has for a file that the author names; the same name when not set.
     std::function<std::string(std::string_view name)> written_name;

@@ -220,6 +220,7 @@ void Planner::ChooseMixed() {
     const bool forced =
         std::any_of(voices_.begin(), voices_.end(), [](const Voice& voice) { return voice.forced; });
     if (!forced && Voices() + silent_notes_ <= kPlayerSounds) return;
+    AskLengths();
     ShareNumbers();
     if (!forced && Voices() + silent_notes_ <= kPlayerSounds) return;
     plan_->needs |= kNeedMixing;
@@ -289,7 +290,6 @@ void Planner::NumberEvents() {
 
 void Planner::Run() {
     FindUses();
-    AskLengths();
     MakeVoices();
     ChooseMixed();
     Number();

@@ -1,4 +1,5 @@
-// Opening a file by name: what the disk has, or what the door makes.
+#include "platform/open.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -9,6 +10,8 @@
 #include "platform/watch.h"
 
 namespace {
+
+constexpr int64_t kMaxMadeChart = int64_t{64} << 20;  // bytes; larger charts are read as they are
 
 Door& TheDoor() {
     static Door door;
@@ -44,6 +47,19 @@ int64_t SizeOf(FileStream* pFile) {
 
 std::string g_provided;   // the name that FileProvide was given
 SharedBytes g_pProvided;  // null: none
+ChartMaker g_chartMaker;
+
+FileStream* OpenChart(const char* pszPath) {
+    return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
+}
+
+bool ReadWhole(FileStream* pFile, ByteBlock* pBlock) {
+    const int64_t nSize = SizeOf(pFile);
+    if (nSize < 0 || nSize > kMaxMadeChart || !pBlock->Resize(static_cast<size_t>(nSize))) return false;
+    const bool bRead = FileRead(pBlock->Data(), 1, pBlock->Size(), pFile) == pBlock->Size();
+    FileSeek(pFile, 0, SEEK_SET);
+    return bRead;
+}
 
 }  // namespace
 
@@ -62,7 +78,23 @@ FileStream* FileOpenAsNamed(const char* pszPath) {
     if (!pszPath) return nullptr;
     FileStream* pOrdered = nullptr;
     if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
-    return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
+    FileStream* pFile = OpenChart(pszPath);
+    if (!pFile || !g_chartMaker) return pFile;
+    TheDoor().ForgetMakers();
+    ByteBlock chart;
+    SharedBytes pMade = ReadWhole(pFile, &chart) ? g_chartMaker(pszPath, chart) : nullptr;
+    if (!pMade) return pFile;
+    FileClose(pFile);
+    return OpenStream(std::move(pMade));
+}
+
+void SetChartMaker(ChartMaker maker) {
+    TheDoor().ForgetMakers();
+    g_chartMaker = std::move(maker);
+}
+
+void RegisterFile(const std::string& name, FileMaker maker) {
+    TheDoor().Register(name, std::move(maker));
 }
 
 void FileProvide(const char* pszPath, SharedBytes pBytes) {

@@ -9,20 +9,6 @@
 
 namespace {
 
-constexpr size_t PAGE_BYTES = 4096;
-
-bool IsAll(const BYTE* p, size_t nBytes, BYTE n) {
-    const uint64_t nPattern = 0x0101010101010101u * n;
-    uint64_t nDiffers = 0;
-    for (; nBytes >= sizeof(nPattern); p += sizeof(nPattern), nBytes -= sizeof(nPattern)) {
-        uint64_t nWord;
-        std::memcpy(&nWord, p, sizeof(nWord));
-        nDiffers |= nWord ^ nPattern;
-    }
-    for (; nBytes > 0; ++p, --nBytes) nDiffers |= static_cast<uint64_t>(*p ^ n);
-    return nDiffers == 0;
-}
-
 // Bytes from the write position to nPos, wrapping if nPos comes before it. nPos itself counts only without a
 // wrap.
 DWORD GetRoom(const CDSBuffer& sound, DWORD nPos) {
@@ -78,15 +64,6 @@ bool CopyToRing(const CDSBuffer& sound, const StreamUpdate& update, const Locked
 }
 
 }  // namespace
-
-void FillSilence(BYTE* p, size_t nBytes, BYTE nSilence) {
-    while (nBytes > 0) {
-        const size_t n = std::min(nBytes, PAGE_BYTES);
-        if (!IsAll(p, n, nSilence)) std::memset(p, nSilence, n);
-        p += n;
-        nBytes -= n;
-    }
-}
 
 bool CanStream(const CDSBuffer& sound) {
     return sound.m_pDSB != nullptr && sound.m_hFile != nullptr && sound.m_hAcm != nullptr &&

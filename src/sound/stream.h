@@ -14,10 +14,6 @@ constexpr int STREAM_ENDED = 3;     // the last byte has been written, followed 
 constexpr int STREAM_SILENT = 4;    // a range of pure silence has been written, in half m_nEndHalf
 constexpr int STREAM_FINISHED = 5;  // the buffer has been stopped
 
-// Fills a block with silence. Pages that are already silent are only read, so that a sound which declares far
-// more than its file holds does not cost that much memory.
-void FillSilence(BYTE* p, size_t nBytes, BYTE nSilence);
-
 // One update of a stream. Converted data is staged in m_pDst and written to the ring at the end.
 struct StreamUpdate {
     const char* pszKind;  // "Wav" or "XA", for the log

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/sound/memory.h"
 #include "sound/dsbuffer.h"
 #include "sound/stream.h"
 #include "system/diagnostics.h"
@@ -186,7 +187,7 @@ int CDSBuffer::ConvertWholeWav(BYTE* pBlock, DWORD nBlock, DWORD nRead) {
         nSilentFrom = std::min(header.cbDstLengthUsed, nBlock);
         if (acmStreamUnprepareHeader(hAcm, &header, 0) != MMSYSERR_NOERROR) pszFailed = "UnprepareError";
     }
-    FillSilence(pBlock + nSilentFrom, nBlock - nSilentFrom, GetSilence());
+    audio::FillSamples(pBlock + nSilentFrom, nBlock - nSilentFrom, GetSilence());
     if (pszFailed == nullptr) return 0;
     DebugLog("CDSBuffer::LoadWav %s\n", pszFailed);
     return 1;

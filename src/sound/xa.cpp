@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/bytes.h"
+#include "platform/sound/memory.h"
 #include "sound/dsbuffer.h"
 #include "sound/stream.h"
 #include "sound/xadec.h"
@@ -114,7 +115,7 @@ int CDSBuffer::ConvertWholeXA(BYTE* pBlock, DWORD nBlock, DWORD nRead, uint64_t 
     // After an error the decoded samples stay: they are the sound up to the damage.
     const DWORD nMade = std::min(convert.nDstUsed, nBlock);
     const DWORD nSilentFrom = static_cast<DWORD>(std::min<uint64_t>(nMade, nExact));
-    FillSilence(pBlock + nSilentFrom, nBlock - nSilentFrom, GetSilence());
+    audio::FillSamples(pBlock + nSilentFrom, nBlock - nSilentFrom, GetSilence());
     if (bDone) return 0;
     DebugLog("CDSBuffer::LoadXA Convert\n");
     return 1;

@@ -78,6 +78,25 @@ TEST(PackageBounds, TheLargestPictureIsTaken) {
     EXPECT_TRUE(IsPictureTaken(EncodePng(image, test::PngKind::kPalette)));
 }
 
+// A progressive picture of one block in that many scans: those after the first refine one coefficient each.
+std::string JpegInScans(int scans) {
+    std::string file = test::EncodeJpeg(test::Paint(8, 8, [](int, int) { return 0u; }));
+    file[file.find("\xFF\xC0") + 1] = '\xC2';
+    file.resize(file.find("\xFF\xDA"));
+    for (int i = 0; i < scans; ++i) {
+        const int coefficient = (i + 9) / 10, bit = i > 0 ? 9 - (i - 1) % 10 : 0;
+        file += std::string("\xFF\xDA\0\x08\x01\x01\0", 7) + std::string(2, static_cast<char>(coefficient));
+        file += static_cast<char>(i > 0 && bit < 9 ? (bit + 1) << 4 | bit : bit);
+        file += i > 0 ? '\xAF' : '\x3F';  // nothing there
+    }
+    return file + "\xFF\xD9";
+}
+
+TEST(PackageBounds, PicturesOfManyScansAreRefused) {
+    EXPECT_TRUE(IsPictureTaken(JpegInScans(400)));
+    EXPECT_FALSE(IsPictureTaken(JpegInScans(600)));
+}
+
 // Half an hour of silence in few bytes.
 TEST(PackageBounds, EndlessSilenceIsCut) {
     test::Sound silence = {48000, 2, std::vector<int16_t>(size_t{48000} * 2 * 60 * 26)};

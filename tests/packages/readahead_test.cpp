@@ -1,7 +1,10 @@
 // Reading ahead changes nothing that can be seen: order, results and log.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/headless/headless.h"
@@ -90,6 +93,29 @@ TEST_F(Ahead, LargeSoundsComeInTurn) {
     std::swap(names[5], names[7]);  // not in the order of the list
     for (const std::string& name : names) EXPECT_EQ(Content(name).substr(0, 4), "RIFF");
     FilesExpectNoMore();
+}
+
+// Made ones wait in 64 MiB. One whose size is known only afterwards may go beyond, in each of eight threads.
+TEST(AheadOfTheReader, MemoryIsBounded) {
+    for (const bool asks : {true, false}) {
+        std::atomic<int> made = 0;
+        const auto make = [&](const std::string&, MediaKind, const MayHold& mayHold) {
+            auto bytes = std::make_shared<ByteBlock>();
+            auto result = std::make_shared<Substitute>();
+            bytes->Resize(size_t{24} << 20);
+            if (asks && mayHold && !mayHold(bytes->Size())) return result;
+            result->pBytes = bytes;
+            ++made;
+            return result;
+        };
+        ReadAhead ahead({[](const auto&, auto) { return true; }, make, [](const auto&) { return true; }});
+        std::vector<std::string> names;
+        for (int i = 0; i < 30; ++i) names.push_back(std::to_string(i));
+        ahead.Expect(MediaKind::kSound, names);
+        ahead.Take(names[0]);  // made by the reader
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        EXPECT_LE(made, asks ? 1 + 2 : 1 + 3 + 7);
+    }
 }
 
 // A package whose files are all there has no threads.

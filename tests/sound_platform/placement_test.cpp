@@ -1,4 +1,5 @@
 // When sounds are heard: to the sample.
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -41,6 +42,31 @@ TEST_F(SoundTest, StartsInTheFrameOfTheClock) {
     }
     EXPECT_EQ(Status(sound), 0u);
     EXPECT_EQ(Position(sound), 0u);
+}
+
+// A sound that is known to end in silence against one that is not, begun at many places of a block.
+TEST_F(SoundTest, KnownSilenceChangesNoSample) {
+    std::vector<int16_t> samples(3000);
+    std::fill_n(samples.begin(), 1001, int16_t{9999});
+    const WAVEFORMATEX converted = Pcm(1, 22050, 16);
+    IDirectSoundBuffer *known = Make(converted, samples), *loop = Make(converted, samples);
+    samples.back() = 1;
+    IDirectSoundBuffer* unknown = Make(converted, samples);
+    constexpr int kApart = 8192, kTimes = 40;
+    const auto begin = [](int i) { return i * kApart + i / 2 * 50; };
+    for (int i = 0; i < kTimes; ++i) {
+        WaitUntilFrame(begin(i));
+        ASSERT_EQ((i % 2 ? known : unknown)->Play(0, 0, 0), DS_OK);
+    }
+    WaitUntilFrame(begin(kTimes));
+    loop->Play(0, 0, DSBPLAY_LOOPING);
+    Wait(500'000);
+    const auto heard = [](int64_t frame) { return headless::Sound().At(frame, 0); };
+    for (int i = 0; i < kTimes; i += 2) {
+        for (int n = 0; n < 5000; ++n)
+            ASSERT_EQ(heard(begin(i) + n), heard(begin(i + 1) + n)) << i << " " << n;
+    }
+    EXPECT_GT(Heard16(begin(kTimes) + 2 * 3000 + 1, 0), 9000) << "the second lap";
 }
 
 // The device mixes blocks some time after the clock has passed them. A sound that ends in that gap has ended:

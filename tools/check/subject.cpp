@@ -1,8 +1,5 @@
 #include "check/subject.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
 #include <cstring>
 
 #include "chart/reader.h"
@@ -12,18 +9,10 @@
 #include "host/headless/headless.h"
 #include "platform/files/filename.h"
 #include "platform/files/files.h"
+#include "report/refusal.h"
 
 namespace check {
 namespace {
-
-std::string WhyUnreadable(const std::string& file) {
-    struct stat info;
-    if (stat(file.c_str(), &info) != 0) return std::strerror(errno);
-    if (S_ISDIR(info.st_mode)) return "is a folder";
-    if (!S_ISREG(info.st_mode)) return "is not a regular file";
-    if (info.st_size > BMS_FILE_LIMIT) return "is larger than 256 MiB, the most that the player reads";
-    return "the player cannot read it: no permission, or too many objects";
-}
 
 void CheckRefused(Subject* subject) {
     if (!subject->refused) return;
@@ -79,7 +68,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     subject->chart = std::make_unique<CBMS>(&subject->display, &subject->sound);
     if (!text || subject->chart->Load(path, 0) == 0) {
         *why = subject->provided ? "holds more objects than the player takes"
-                                 : WhyUnreadable(subject->file_name);
+                                 : report::WhyUnreadable(subject->file_name);
         return false;
     }
     subject->refused = subject->chart->Compile() != 0;

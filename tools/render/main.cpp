@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "common/arguments.h"
+#include "compile/modern.h"
 #include "common/messages.h"
 #include "common/output.h"
 #include "common/signals.h"
@@ -65,6 +66,7 @@ int main(int argc, char** argv) {
     std::string why;
     if (!ParseOptions(argc, argv, &options, &why)) return tools::WrongUse(kUsage, why);
     tools::CatchSignals();
+    if (options.modern) compile::PlayModern(options.choice);
     const ExitCode code = RenderAll(options);
     if (code != kStopped) return code;
     return Complain(kOutput, "stopped; no partial output is left");

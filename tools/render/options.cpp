@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "common/arguments.h"
+#include "common/branches.h"
 #include "render/audio_file.h"
 
 namespace render {
@@ -32,6 +33,9 @@ const char kHelp[] =
     "  --from N --to N     these measures only, both included\n"
     "  --pacing P          exact: every sound starts at its millisecond (default)\n"
     "                      player: at the next frame, up to 15 ms later, as the player plays it\n"
+    "  --modern            charts of today: numbers up to ZZ, long notes, stops and more\n"
+    "    --seed N            draw the branches of #RANDOM with this seed (default: the first)\n"
+    "    --random 2,1,3      take these branches in turn\n"
     "  --force             replace existing files of another kind, and existing previews; never the\n"
     "                      chart or its files\n"
     "  --speed S           scroll speed, 0.1 to 8 (default 1; 3 for --strip)\n"
@@ -120,6 +124,8 @@ const struct {
                   Options* o) { return o->quality.bits = v == "24" ? 24 : 16, v == "16" || v == "24"; }},
     {"--normalize",
      [](const std::string& v, Options* o) { return ReadWithin(v, -70.0, 0.0, &o->loudness.emplace()); }},
+    {"--seed", [](const std::string& v, Options* o) { return tools::ReadSeed(v, &o->choice); }},
+    {"--random", [](const std::string& v, Options* o) { return tools::ReadBranches(v, &o->choice); }},
     {"--length", [](const std::string& v, Options* o) { return ReadSeconds(v, 1, 3600, &o->length); }},
     {"--fade", [](const std::string& v, Options* o) { return ReadSeconds(v, 0, 60, &o->fade); }},
 };
@@ -129,6 +135,7 @@ const struct {
     bool* (*flag)(Options* o);
 } kFlags[] = {
     {"--force", [](Options* o) { return &o->force; }},
+    {"--modern", [](Options* o) { return &o->modern; }},
     {"--float", [](Options* o) { return &o->quality.floats; }},
     {"--preview", [](Options* o) { return &o->preview; }},
     {"--trim", [](Options* o) { return &o->trim; }},
@@ -181,6 +188,7 @@ std::string WrongPreview(const Options& o) {
 // What is wrong with the whole, or nothing.
 std::string Wrong(const Options& o) {
     if (o.charts.empty()) return "no chart given";
+    if (o.choice.kind != dialect::Choice::kFirst && !o.modern) return "--seed and --random go with --modern";
     if (!o.preview && o.charts.size() > 1) return "one chart at a time: " + o.charts[1];
     if (o.png_folder.empty() != o.places.empty()) return "--png and --at go together";
     for (const auto& wrong : {WrongAudio(o), WrongPreview(o)}) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "dialect/lines.h"
+
 namespace render {
 
 // A place in the chart of which a picture is wanted.
@@ -39,7 +41,9 @@ struct Options {
     int size = 1;       // enlargement factor
     bool exact = true;  // one more frame at the time of each record; otherwise the player's frames alone
     bool force = false;
-    std::string audio;  // empty: not wanted
+    bool modern = false;     // charts are compiled first
+    dialect::Choice choice;  // of branches, when they are
+    std::string audio;       // empty: not wanted
     AudioQuality quality;
     std::optional<double> loudness;  // LUFS
     bool preview = false, trim = false;

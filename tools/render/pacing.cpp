@@ -1,6 +1,7 @@
 #include "render/pacing.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "display/ddraw.h"
 #include "host/headless/headless.h"
@@ -65,10 +66,10 @@ void Pacer::OnShown() {
 }
 
 bool IsSounding() {
-    for (CDSBuffer* sound : g_pDSound->m_pSlot) {
-        if (sound && sound->IsPlaying()) return true;
-    }
-    return false;
+    const auto sounds = [](CDSBuffer* sound) {
+        return sound && sound->GetDSBuffer() && HasSoundAhead(*sound->GetDSBuffer());
+    };
+    return std::any_of(std::begin(g_pDSound->m_pSlot), std::end(g_pDSound->m_pSlot), sounds);
 }
 
 std::vector<int64_t> DueTimes() {

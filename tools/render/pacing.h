@@ -34,7 +34,8 @@ private:
     uint32_t players_stamp_ = 0, next_stamp_ = 0;
 };
 
-bool IsSounding();  // any sound of the chart
+// Whether a sound of the chart, whole and never a stream, has more than silence ahead.
+bool IsSounding();
 
 // Chart times at which the records ahead become due, for the chart that is loaded.
 std::vector<int64_t> DueTimes();

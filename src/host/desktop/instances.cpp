@@ -234,9 +234,9 @@ bool AnnounceInstance(const std::string& class_name) {
 void WithdrawInstance() {
     if (g_announced.socket < 0) return;
     RemoveFiles();
-    g_socket_path[0] = g_channel_path[0] = g_folder_path[0] = 0;
-    delete g_announced.inbox;
+    delete g_announced.inbox;  // whose thread reads the paths
     delete g_announced.lines;
+    g_socket_path[0] = g_channel_path[0] = g_folder_path[0] = 0;
     close(g_announced.socket);
     g_announced = Announced();
 }

@@ -117,6 +117,7 @@ void Mixer::EndBlock(int64_t first, int frames, size_t due) {
 // Prefetches the next voice's samples while the current one is mixed. The hardware prefetcher follows a
 // single sound by itself, but each block starts hundreds of them.
 void Mixer::Prefetch(const Voice& voice, int frames) {
+    if (IsSilent(voice, voice.now)) return;
     const int64_t needed = int64_t{frames} * voice.step.numerator / voice.step.denominator;
     const int64_t left = voice.frames - voice.now.position.frame;
     const int64_t bytes = std::min(std::min(needed, left) * voice.format.frame_bytes, kMaxPrefetch);
@@ -156,7 +157,8 @@ void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
         if (!now.looping || voice->filter == nullptr)
             run = std::min(run, FramesUntil(now.position, voice->step, voice->frames));
         run = std::min<int64_t>(run, kChunk);
-        if (voice->gain > 0) MixRun(*voice, At(out, voice->done), static_cast<size_t>(run));
+        if (voice->gain > 0 && !IsSilent(*voice, now))
+            MixRun(*voice, At(out, voice->done), static_cast<size_t>(run));
         voice->done += run;
         now.position = Advance(now.position, voice->step, run);
         if (now.position.frame < voice->frames) continue;
@@ -170,11 +172,12 @@ void Mixer::MixUntil(Voice* voice, float* out, int64_t end) {
     voice->done = std::max(voice->done, end);
 }
 
-// Adds a converted voice that plays through the whole block to a bus. False: mix it on its own.
+// Adds a converted voice that plays through the whole block to a bus. False: it is left to MixUntil.
 bool Mixer::MixShared(Voice* voice, int frames) {
     PlayState& now = voice->now;
     const auto count = static_cast<size_t>(frames);
     if (voice->filter == nullptr || voice->done != 0 || !now.playing || voice->gain <= 0) return false;
+    if (IsSilent(*voice, now)) return false;
     if (count > kChunk || voice->step.numerator > kBusRatio * voice->step.denominator) return false;
     if (!now.looping && FramesUntil(now.position, voice->step, voice->frames) <= frames) return false;
     Bus* bus = BusFor(*voice, count);

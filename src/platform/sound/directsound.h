@@ -82,3 +82,7 @@ public:
 
 // pDevice null: the default device. Returns DSERR_NODRIVER when the host cannot open any sound output.
 HRESULT DirectSoundCreate(const void* pDevice, IDirectSound** ppDS, void* pOuter);
+
+// Beyond the published calls, for tools. Whether the buffer plays and has more than silence ahead: false only
+// when nothing more is heard of it unless it is played again or written to.
+bool HasSoundAhead(const IDirectSoundBuffer& buffer);

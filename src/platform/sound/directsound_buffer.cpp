@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "platform/sound/directsound_internal.h"
 #include "platform/watch.h"
@@ -28,11 +27,29 @@ bool Inside(const IDirectSoundBuffer::State& state, const void* part, DWORD byte
     return p >= data && p < data + state.bytes && bytes <= static_cast<size_t>(data + state.bytes - p);
 }
 
+// While anything is locked, everything up to there may be written to at any time. Once nothing is, the
+// samples tell from where on they are silent.
+void NoteLock(IDirectSoundBuffer::State* state, DWORD end) {
+    const int64_t align = state->voice.format.frame_bytes, frame = (end + align - 1) / align;
+    ++state->locks;
+    state->voice.silent_from = std::max(state->voice.silent_from.load(), frame);
+}
+
+void NoteUnlock(IDirectSoundBuffer::State* state) {
+    if (state->locks == 0 || --state->locks > 0) return;
+    audio::Voice& voice = state->voice;
+    const int64_t from = audio::SilentFrom(voice.format, voice.data, voice.silent_from);
+    voice.silent_from = from;
+    const size_t at = static_cast<size_t>(from) * static_cast<size_t>(voice.format.frame_bytes);
+    if (state->bytes - at < audio::kLargeFill) return;
+    audio::FillSamples(state->memory.data + at, state->bytes - at, audio::SilenceByte(voice.format));
+}
+
 }  // namespace
 
 void directsound::Silence(const audio::SampleBlock& memory, const audio::Format& format) {
     const unsigned char silence = audio::SilenceByte(format);
-    if (silence != 0 || !memory.zeroed) std::memset(memory.data, silence, memory.bytes);
+    if (silence != 0 || !memory.zeroed) audio::FillSamples(memory.data, memory.bytes, silence);
 }
 
 HRESULT IDirectSoundBuffer::GetCaps(DSBCAPS* pCaps) {
@@ -88,6 +105,7 @@ HRESULT IDirectSoundBuffer::Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, 
     if (HRESULT hr; Hooked(&hr, PlatformCall::kLock, this)) return hr;
     *ppPart1 = m_pState->memory.data + dwOffset;
     *pdwPart1 = std::min(dwBytes, size - dwOffset);
+    NoteLock(m_pState, dwOffset + *pdwPart1);
     if (ppPart2 == nullptr || *pdwPart1 == dwBytes) return DS_OK;
     *ppPart2 = m_pState->memory.data;
     *pdwPart2 = dwBytes - *pdwPart1;
@@ -100,6 +118,7 @@ HRESULT IDirectSoundBuffer::Unlock(void* pPart1, DWORD dwPart1, void* pPart2, DW
     if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
     if (pPart1 == nullptr || !Inside(*m_pState, pPart1, dwPart1)) return DSERR_INVALIDPARAM;
     if (!Inside(*m_pState, pPart2, dwPart2)) return DSERR_INVALIDPARAM;
+    NoteUnlock(m_pState);
     return DS_OK;
 }
 
@@ -167,4 +186,8 @@ DWORD IDirectSoundBuffer::Release() {
     delete m_pState;
     delete this;
     return 0;
+}
+
+bool HasSoundAhead(const IDirectSoundBuffer& buffer) {
+    return !buffer.m_pState->primary && TheMixer().HasSoundAhead(buffer.m_pState->voice);
 }

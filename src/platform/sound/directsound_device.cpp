@@ -36,6 +36,7 @@ bool FillState(const DSBUFFERDESC& desc, const audio::Format& format, IDirectSou
     state->voice.data = state->memory.data;
     state->voice.frames = state->bytes / align;
     state->voice.format = format;
+    state->voice.silent_from = 0;
     directsound::TheMixer().Add(&state->voice);
     return true;
 }

@@ -16,6 +16,7 @@ struct IDirectSoundBuffer::State {
     DWORD bytes = 0;
     bool primary = false;
     bool may_set_format = false;  // primary: created by a device at priority level
+    int locks = 0;                // locked and not yet unlocked
     audio::SampleBlock memory;
     audio::Voice voice;
 };

@@ -125,4 +125,17 @@ void ReadFrames(const Format& format, const unsigned char* data, size_t count, f
     }
 }
 
+int64_t SilentFrom(const Format& format, const unsigned char* data, int64_t frames) {
+    constexpr size_t kRun = 4096;  // bytes compared at once
+    const unsigned char silence = SilenceByte(format);
+    const auto align = static_cast<size_t>(format.frame_bytes);
+    size_t end = static_cast<size_t>(frames) * align;
+    const auto is_silent = [silence](const unsigned char* p) {
+        return *p == silence && std::memcmp(p, p + 1, kRun - 1) == 0;
+    };
+    while (end >= kRun && is_silent(data + end - kRun)) end -= kRun;
+    while (end > 0 && data[end - 1] == silence) --end;
+    return static_cast<int64_t>((end + align - 1) / align);
+}
+
 }  // namespace audio

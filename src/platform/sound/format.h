@@ -38,6 +38,9 @@ bool ParseFormat(const WAVEFORMATEX& wfx, Format* format);
 // on their side, or on both.
 void ReadFrames(const Format& format, const unsigned char* data, size_t count, float* left, float* right);
 
+// The first frame from which on nothing but silence follows, up to `frames`.
+int64_t SilentFrom(const Format& format, const unsigned char* data, int64_t frames);
+
 constexpr unsigned char SilenceByte(const Format& format) {
     return format.kind == SampleKind::kU8 ? 0x80 : 0;
 }

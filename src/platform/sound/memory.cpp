@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -11,6 +12,7 @@
 
 #if defined(__linux__)
 #include <sys/mman.h>
+#include <unistd.h>
 #endif
 
 // Under a sanitizer every block is a separate allocation, so that out-of-bounds reads are detected.
@@ -29,6 +31,7 @@ constexpr size_t kHugePage = size_t{2} << 20;
 constexpr size_t kFirstArena = size_t{2} << 20;
 constexpr size_t kLargestArena = size_t{32} << 20;
 constexpr size_t kAlignment = 64;
+constexpr unsigned char kMiddle = 0x80;
 
 size_t RoundUp(size_t n, size_t unit) {
     return (n + unit - 1) / unit * unit;
@@ -51,6 +54,33 @@ unsigned char* Map(size_t bytes) {
 
 void Unmap(unsigned char* p, size_t bytes) {
     munmap(p, bytes);
+}
+
+// A file in memory with a huge page of kMiddle, which any number of mappings share; -1 when there is none.
+int MiddleFile() {
+    static const int fd = [] {
+        const int file = memfd_create("silence", MFD_CLOEXEC);
+        const std::vector<unsigned char> bytes(kHugePage, kMiddle);
+        if (file < 0 || write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()))
+            return file;
+        close(file);
+        return -1;
+    }();
+    return fd;
+}
+
+// Maps silence in place of whole pages. Returns the bytes done: fewer when the system refuses.
+size_t MapSilence(unsigned char* p, size_t bytes, unsigned char value) {
+    const int fd = value == 0 ? -1 : MiddleFile();
+    if (value != 0 && fd < 0) return 0;
+    const int flags = MAP_PRIVATE | MAP_FIXED | (value == 0 ? MAP_ANONYMOUS : 0);
+    const size_t most = value == 0 ? bytes : kHugePage;
+    for (size_t done = 0, n; done < bytes; done += n) {
+        n = std::min(bytes - done, most);
+        if (mmap(p + done, n, PROT_READ | PROT_WRITE, flags, fd, 0) == MAP_FAILED) return done;
+    }
+    if (value == 0) madvise(p, bytes, MADV_HUGEPAGE);
+    return bytes;
 }
 
 #else
@@ -179,6 +209,21 @@ void FreeSamples(const SampleBlock& block) {
         if (heap.arenas.empty()) heap.next_arena = kFirstArena;
         return;
     }
+}
+
+void FillSamples(unsigned char* data, size_t bytes, unsigned char value) {
+#if defined(__linux__) && !defined(SOUND_PLAIN_MEMORY)
+    if (bytes >= kLargeFill && (value == 0 || value == kMiddle)) {
+        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const auto address = reinterpret_cast<size_t>(data);
+        const size_t head = RoundUp(address, page) - address;
+        const size_t done = MapSilence(data + head, (bytes - head) / page * page, value);
+        std::memset(data, value, head);
+        data += head + done;
+        bytes -= head + done;
+    }
+#endif
+    std::memset(data, value, bytes);
 }
 
 }  // namespace audio

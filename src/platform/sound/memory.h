@@ -17,4 +17,9 @@ struct SampleBlock {
 SampleBlock AllocateSamples(size_t bytes);   // aligned to 64 bytes; callable from any thread
 void FreeSamples(const SampleBlock& block);  // returns a mapping to the system when its last block is freed
 
+// Fills part of a block. From kLargeFill bytes on, silence (0, or 0x80 for 8 bits) takes no memory until it
+// is written to.
+constexpr size_t kLargeFill = size_t{256} << 10;
+void FillSamples(unsigned char* data, size_t bytes, unsigned char value);
+
 }  // namespace audio

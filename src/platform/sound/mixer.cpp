@@ -236,4 +236,18 @@ Cursor Mixer::Where(Voice* voice) {
     return {now.playing, now.playing && now.looping, mixed.position.frame};
 }
 
+bool Mixer::HasSoundAhead(const Voice& voice) {
+    const uint64_t time = host::Nanoseconds();
+    const std::lock_guard<std::mutex> hold(m_lock);
+    const int64_t frame = std::max({FrameAt(time), m_block_end, m_last_queued});
+    const PlayState now = Advance(voice.frames, voice.step, voice.predicted, frame - voice.predicted_at);
+    return now.playing && !IsSilent(voice, now);
+}
+
+bool Mixer::IsSilent(const Voice& voice, const PlayState& from) {
+    const int64_t silent_from = voice.silent_from.load(std::memory_order_relaxed);
+    const int64_t before = voice.filter != nullptr ? voice.filter->Before() : 0;
+    return silent_from == 0 || (!from.looping && from.position.frame - before >= silent_from);
+}
+
 }  // namespace audio

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -30,6 +31,7 @@ struct Voice {
     const unsigned char* data = nullptr;
     int64_t frames = 0;
     Format format;
+    std::atomic<int64_t> silent_from = INT64_MAX;  // from this frame on it is known to hold silence
 
 private:
     friend class Mixer;
@@ -81,6 +83,7 @@ public:
     void Seek(Voice* voice, int64_t frame);
     void SetGain(Voice* voice, float gain);
     Cursor Where(Voice* voice);
+    bool HasSoundAhead(const Voice& voice);  // plays and has more than known silence to come
 
 private:
     enum class Kind : uint8_t { kPlay, kStop, kSeek, kGain };
@@ -100,6 +103,7 @@ private:
 
     void Enqueue(Command command);
     static void Apply(const Command& command, PlayState* state);
+    static bool IsSilent(const Voice& voice, const PlayState& from);  // as far as is known
     void Execute(const Command& command);
     void ExecuteOldest();
     void ExecuteAll();

@@ -37,8 +37,8 @@ public:
     // load. Never null. A file beyond the chart's budget has no path.
     std::shared_ptr<const Substitute> Take(const std::string& name);
     // The same for a file that is there under its name and is of another kind than the readers know
-    // (ForeignKind). Without bytes when it cannot be converted; null when it is beyond the chart's budget. Only
-    // the budget is logged.
+    // (ForeignKind). Without bytes when it cannot be converted; null when it is beyond the chart's budget.
+    // Only the budget is logged.
     std::shared_ptr<const Substitute> TakeNamed(const std::string& name);
     // Whether a file of that kind would be converted where this name is opened: not a picture among sounds.
     bool IsWanted(MediaKind kind) const { return m_expected == MediaKind::kNone || m_expected == kind; }

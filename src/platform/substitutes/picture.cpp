@@ -40,7 +40,7 @@ uint64_t Work(uint64_t nWidth, uint64_t nHeight, uint64_t nScans) {
 
 // Walks the markers; what follows the start of a scan is skipped up to the next marker.
 uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
-    constexpr BYTE kFrameFirst = 0xC0, kFrameLast = 0xC2, kEnd = 0xD9, kScan = 0xDA;
+    constexpr BYTE kFrame = 0xC0, kLastFrame = 0xCF, kEnd = 0xD9, kScan = 0xDA;
     uint64_t nWidth = 0, nHeight = 0, nScans = 0;
     for (size_t i = 2; i + 9 <= nBytes;) {
         const BYTE nMarker = pFile[i + 1];
@@ -49,7 +49,8 @@ uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
             continue;
         }
         if (nMarker == kEnd) break;
-        if (nMarker >= kFrameFirst && nMarker <= kFrameLast) {
+        // Each fourth marker among those of frames is something else.
+        if (nMarker == kFrame || (nMarker > kFrame && nMarker <= kLastFrame && nMarker % 4 != 0)) {
             nHeight = ReadBe(pFile + i + 5, 2);
             nWidth = ReadBe(pFile + i + 7, 2);
         }

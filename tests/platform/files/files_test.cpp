@@ -5,10 +5,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
 #include "platform/files/listing.h"
+#include "platform/files/pathmatch.h"
 #include "support/tempfolder.h"
 
 using test::TempFolder;
@@ -79,7 +81,7 @@ TEST_F(Files, LookAlikes) {
 
 // Folders whose names differ from the file's in letter case alone come before it.
 TEST_F(Files, TriesSixtyFourNames) {
-    for (const int before : {61, 62}) {  // two more go to the name as it stands
+    for (const int before : {61, 62, 90}) {  // two more go to the name as it stands
         FileForgetListings();
         for (int i = 0; i <= before; ++i) {
             std::string name = "abcdefg" + std::to_string(before);
@@ -90,7 +92,9 @@ TEST_F(Files, TriesSixtyFourNames) {
             else
                 folder.Write(name, "found");
         }
-        EXPECT_EQ(Content(Named("ABCdefg" + std::to_string(before))), before < 62 ? "found" : "<none>");
+        const std::string name = Named("ABCdefg" + std::to_string(before));
+        EXPECT_EQ(Content(name), before < 62 ? "found" : "<none>");
+        EXPECT_EQ(SiblingPaths(name, {""}).size(), static_cast<size_t>(std::min(before + 1, 64)));
     }
 }
 

@@ -242,6 +242,16 @@ TEST_F(Render, WritesShortChartsAndToStandardOutput) {
                "1 of 2 sounds and 1 of 1 picture missing, lumetra-check tells more", "losses");
 }
 
+// A sound that declares minutes more than its file holds.
+TEST_F(Render, SilenceIsNotWaitedFor) {
+    for (const int bits : {8, 16}) {
+        std::string wav = test::SquareWav(16, 4, {1, 8000, bits});
+        folder_.Write("song/a.wav", wav.replace(40, 4, test::LittleEndian(2'000'000, 4)));
+        ASSERT_EQ(Run("--force --wav s.wav ../song/song.bms").text, "");
+        EXPECT_NEAR(static_cast<double>(Samples(Out("s.wav")).size()), 9 * 88200, 8820) << bits;
+    }
+}
+
 TEST_F(Render, LeavesNothingWhenStopped) {
     folder_.Write("song/long.bms", "#BPM 20\r\n#99911:01\r\n");
     chmod(folder_.Write("bin/ffmpeg", kEncoder).c_str(), 0755);

@@ -1,0 +1,179 @@
+#include "compile/package.h"
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <tuple>
+
+#include "compile/sheets.h"
+#include "compile/stems.h"
+#include "dialect/chart.h"
+#include "platform/files/lookup.h"
+#include "platform/substitutes/substitute.h"
+
+namespace compile {
+namespace {
+
+using dialect::Severity;
+
+class Compiler {
+public:
+    Compiler(std::string_view bytes, const std::string& folder, const Settings& settings)
+        : bytes_(bytes), folder_(folder), settings_(settings) {}
+
+    Package Run();
+
+private:
+    double LengthOf(std::string_view name);
+    void LoadMixed();
+    void ListFiles(const std::vector<dialect::NamedFile>& files, MediaKind kind);
+    void ListDefinitions();
+    void FindFiles();
+    void NameFiles();
+    void MakeFiles();
+
+    const std::string_view bytes_;
+    const std::string folder_;
+    const Settings& settings_;
+    std::shared_ptr<StemSource> source_ = std::make_shared<StemSource>();
+    bool measured_ = false;
+    dialect::Plan plan_;
+    Package package_;
+};
+
+// The first question loads all sounds: nearly always all are asked for, and those to be mixed are needed.
+double Compiler::LengthOf(std::string_view name) {
+    if (!measured_) {
+        measured_ = true;
+        dialect::Findings told_by_the_plan;
+        const dialect::Chart chart = dialect::ReadChart(bytes_, settings_.choice, &told_by_the_plan);
+        std::set<std::string> names;
+        for (const dialect::Definition& sound : chart.sounds) {
+            if (!sound.value.empty()) names.insert(folder_ + std::string(sound.value));
+        }
+        source_->shelf.Load({names.begin(), names.end()});
+    }
+    return source_->shelf.Ms(folder_ + std::string(name));
+}
+
+// Those for which there is room; tells of the others.
+void Compiler::LoadMixed() {
+    std::vector<dialect::Place> places(plan_.mixed.size());
+    for (const dialect::Stem& stem : plan_.stems) {
+        for (const dialect::StemItem& item : stem.items) {
+            dialect::Place& place = places[static_cast<size_t>(item.sound)];
+            if (place.line == 0) place = item.source;
+        }
+    }
+    std::vector<std::string> fitting;
+    double room = static_cast<double>(Shelf::Room());
+    for (size_t i = 0; i < plan_.mixed.size(); ++i) {
+        source_->names.push_back(folder_ + plan_.mixed[i]);
+        const double ms = source_->shelf.Ms(source_->names[i]);
+        room -= std::max(ms, 0.0) * kStemRate * 4 / 1000;
+        if (ms >= 0 && room >= 0)
+            fitting.push_back(source_->names[i]);
+        else
+            plan_.findings.push_back(
+                {Severity::kWarning, ms < 0 ? "missing-sound" : "mix-too-large", places[i],
+                 dialect::Quote(plan_.mixed[i]) +
+                     (ms < 0 ? " cannot be read, it is missing in its stems"
+                             : " is missing in its stems: the sounds to mix are too large")});
+    }
+    source_->shelf.KeepOnly(fitting);
+    source_->shelf.Load(fitting);
+}
+
+void Compiler::ListFiles(const std::vector<dialect::NamedFile>& files, MediaKind kind) {
+    for (const dialect::NamedFile& file : files) package_.used.push_back({file.name, file.name, kind, ""});
+}
+
+void Compiler::ListDefinitions() {
+    dialect::Findings told_by_the_plan;
+    const dialect::Chart chart = dialect::ReadChart(bytes_, settings_.choice, &told_by_the_plan);
+    const auto list = [this](const std::vector<dialect::Definition>& table, MediaKind kind) {
+        std::set<std::string_view> names;
+        for (const dialect::Definition& entry : table) {
+            const std::string name(entry.value);
+            if (!name.empty() && names.insert(entry.value).second)
+                package_.used.push_back({name, name, kind, ""});
+        }
+    };
+    list(chart.sounds, MediaKind::kSound);
+    list(chart.pictures, MediaKind::kPicture);
+}
+
+void Compiler::FindFiles() {
+    OnAllCores(package_.used.size(), [this](size_t i) {
+        UsedFile& file = package_.used[i];
+        const std::string name = folder_ + file.name;
+        file.path = FindNamed(name);
+        if (file.path.empty())
+            file.path = MakeSubstitute(SubstitutePaths(name, file.kind), file.kind, {}).path;
+    });
+}
+
+// The listed files are the plan's sounds and pictures, in this order.
+void Compiler::NameFiles() {
+    if (!settings_.written_name) return;
+    size_t next = 0;
+    for (auto* files : {&plan_.sounds, &plan_.pictures}) {
+        for (dialect::NamedFile& file : *files) {
+            UsedFile& used = package_.used[next++];
+            file.written = used.written = settings_.written_name(used, plan_.stem_head);
+        }
+    }
+}
+
+void Compiler::MakeFiles() {
+    for (const dialect::Stem& stem : plan_.stems) {
+        for (size_t part = 0; part < stem.names.size(); ++part)
+            package_.made.push_back(
+                {stem.names[part], MediaKind::kSound, StemMaker(source_, stem, static_cast<int32_t>(part))});
+    }
+    for (const dialect::Sheet& sheet : plan_.sheets)
+        package_.made.push_back({sheet.name, MediaKind::kPicture, SheetMaker(folder_, sheet)});
+}
+
+Package Compiler::Run() {
+    dialect::Options options;
+    options.choice = settings_.choice;
+    options.sound_ms = [this](std::string_view name) { return LengthOf(name); };
+    plan_ = dialect::MakePlan(bytes_, options);
+    package_.unchanged = plan_.unchanged;
+    package_.needs = plan_.needs;
+    if (settings_.list_used) {
+        if (plan_.unchanged) {
+            ListDefinitions();
+        } else {
+            ListFiles(plan_.sounds, MediaKind::kSound);
+            ListFiles(plan_.pictures, MediaKind::kPicture);
+        }
+        FindFiles();
+        if (!plan_.unchanged) NameFiles();
+    }
+    if (!plan_.unchanged) {
+        LoadMixed();
+        FitStems(*source_, &plan_);
+        MakeFiles();
+        package_.text = dialect::WriteText(plan_);
+    }
+    std::stable_sort(plan_.findings.begin(), plan_.findings.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);
+    });
+    package_.findings = std::move(plan_.findings);
+    return std::move(package_);
+}
+
+}  // namespace
+
+Package CompileChart(std::string_view bytes, const std::string& folder, const Settings& settings) {
+    return Compiler(bytes, folder, settings).Run();
+}
+
+double SoundMs(const std::string& name) {
+    const SoundPtr sound = LoadSound(name);
+    return sound ? sound->Ms() : -1;
+}
+
+}  // namespace compile

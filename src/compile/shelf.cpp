@@ -1,0 +1,97 @@
+#include "compile/shelf.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <thread>
+
+namespace compile {
+namespace {
+
+uint64_t BytesOf(const Sound& sound) {
+    return sound.samples.size() * sizeof(int16_t);
+}
+
+}  // namespace
+
+uint64_t Shelf::Room() {
+    static const uint64_t most = [] {
+        const long pages = sysconf(_SC_PHYS_PAGES), page = sysconf(_SC_PAGESIZE);
+        const uint64_t memory =
+            pages > 0 && page > 0 ? static_cast<uint64_t>(pages) * static_cast<uint64_t>(page) : 0;
+        return std::clamp<uint64_t>(memory / 4, uint64_t{128} << 20, uint64_t{1} << 30);
+    }();
+    return most;
+}
+
+void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
+    std::atomic<size_t> next = 0;
+    const auto run = [&] {
+        for (size_t i = next++; i < count; i = next++) work(i);
+    };
+    const size_t cores = std::min<size_t>(count, std::max(1u, std::thread::hardware_concurrency()));
+    std::vector<std::thread> threads;
+    for (size_t i = 1; i < cores; ++i) threads.emplace_back(run);
+    run();
+    for (std::thread& thread : threads) thread.join();
+}
+
+void Shelf::LoadOne(const std::string& name, Entry* entry) {
+    if (decoded_ > kMostDecoded) return;
+    SoundPtr sound = LoadSound(name);
+    if (!sound) return;
+    entry->ms = sound->Ms();
+    decoded_ += BytesOf(*sound);
+    if ((kept_ += BytesOf(*sound)) <= Room())
+        entry->sound = std::move(sound);
+    else
+        kept_ -= BytesOf(*sound);
+}
+
+void Shelf::Load(const std::vector<std::string>& names) {
+    std::vector<std::pair<const std::string*, Entry*>> missing;
+    for (const std::string& name : names) {
+        auto [path, fresh] = paths_.try_emplace(name);
+        if (fresh) {
+            std::vector<std::string> paths = SoundPaths(name);
+            path->second = paths.empty() ? "" : std::move(paths[0]);
+        }
+        if (path->second.empty()) continue;
+        const auto [entry, first] = entries_.try_emplace(path->second);
+        if (!entry->second.sound && (first || entry->second.ms >= 0))
+            missing.emplace_back(&path->first, &entry->second);
+    }
+    std::sort(missing.begin(), missing.end(),
+              [](const auto& a, const auto& b) { return a.second < b.second; });
+    const auto same = [](const auto& a, const auto& b) { return a.second == b.second; };
+    missing.erase(std::unique(missing.begin(), missing.end(), same), missing.end());
+    OnAllCores(missing.size(), [&](size_t i) { LoadOne(*missing[i].first, missing[i].second); });
+}
+
+void Shelf::KeepOnly(const std::vector<std::string>& names) {
+    std::unordered_map<std::string, SoundPtr> kept;
+    for (const std::string& name : names) {
+        if (SoundPtr sound = Find(name)) kept[paths_[name]] = std::move(sound);
+    }
+    kept_ = 0;
+    for (auto& [path, entry] : entries_) {
+        const auto it = kept.find(path);
+        entry.sound = it == kept.end() ? nullptr : it->second;
+        if (entry.sound) kept_ += BytesOf(*entry.sound);
+    }
+}
+
+SoundPtr Shelf::Find(const std::string& name) const {
+    const auto path = paths_.find(name);
+    if (path == paths_.end()) return nullptr;
+    const auto entry = entries_.find(path->second);
+    return entry == entries_.end() ? nullptr : entry->second.sound;
+}
+
+double Shelf::Ms(const std::string& name) const {
+    const auto path = paths_.find(name);
+    const auto entry = path == paths_.end() ? entries_.end() : entries_.find(path->second);
+    return entry == entries_.end() ? -1 : entry->second.ms;
+}
+
+}  // namespace compile

@@ -1,0 +1,44 @@
+// The decoded sounds of one chart.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "compile/sound.h"
+
+namespace compile {
+
+// Runs work(0) to work(count - 1), in any order, on all cores.
+void OnAllCores(size_t count, const std::function<void(size_t)>& work);
+
+// Decodes at most kMostDecoded in all, so that a chart of many long files ends.
+class Shelf {
+public:
+    static constexpr uint64_t kMostDecoded = uint64_t{4} << 30;  // bytes
+    // Bytes of sounds that are kept: a quarter of the machine's memory, at most 1 GiB.
+    static uint64_t Room();
+
+    // Loads those of the names that are not there, on all cores. Not while others use the shelf.
+    void Load(const std::vector<std::string>& names);
+    // Gives up all others.
+    void KeepOnly(const std::vector<std::string>& names);
+    SoundPtr Find(const std::string& name) const;  // null: there is none, or no room for it
+    double Ms(const std::string& name) const;      // negative: not known
+
+private:
+    struct Entry {
+        SoundPtr sound;
+        double ms = -1;
+    };
+    void LoadOne(const std::string& name, Entry* entry);
+
+    std::unordered_map<std::string, Entry> entries_;  // by path
+    std::unordered_map<std::string, std::string> paths_;
+    std::atomic<uint64_t> kept_ = 0, decoded_ = 0;  // bytes
+};
+
+}  // namespace compile
