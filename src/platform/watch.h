@@ -16,7 +16,7 @@ enum class PlatformCall {
     kCreateSurface,
     kDirectDrawRelease,
     kBltFast,  // value: the flags; with pFrom, dest and source
-    kFill,     // IDirectDrawSurface7::Blt. value: the colour; with dest
+    kFill,     // IDirectDrawSurface7::Blt. value: the colour
     kSurfaceDesc,
     kSurfaceDC,  // IDirectDrawSurface7::GetDC
     kSurfaceRelease,
@@ -26,7 +26,7 @@ enum class PlatformCall {
     kSoundLevel,         // IDirectSound::SetCooperativeLevel
     kCreateSoundBuffer,  // primary buffers too. value: bytes
     kCompact,
-    kDirectSoundRelease,  // value: references left
+    kDirectSoundRelease,
     kGetCaps,
     kGetCurrentPosition,
     kGetStatus,
@@ -38,7 +38,7 @@ enum class PlatformCall {
     kSetVolume,           // value: hundredths of a decibel
     kSetFormat,
     kRestore,
-    kBufferRelease,  // value: references left
+    kBufferRelease,
     // codecs; the XA decoder stands in the system but has the same published place
     kMmioDescend,
     kMmioAscend,

@@ -98,4 +98,27 @@ TEST(Door, WorkOfDecodingIsBounded) {
     EXPECT_FALSE(budget.Spend(MediaKind::kSound, "e", 1, true));
 }
 
+// A progressive picture of one block in that many scans: those after the first refine one coefficient each.
+std::string JpegInScans(int scans) {
+    std::string file = Stored("fuzz_picture_file/jpeg");
+    file[file.find("\xFF\xC0") + 1] = '\xC2';
+    file.resize(file.find("\xFF\xDA"));
+    for (int i = 0; i < scans; ++i) {
+        const int coefficient = (i + 9) / 10, bit = i > 0 ? 9 - (i - 1) % 10 : 0;
+        file += std::string("\xFF\xDA\0\x08\x01\x01\0", 7) + std::string(2, static_cast<char>(coefficient));
+        file += static_cast<char>(i > 0 && bit < 9 ? (bit + 1) << 4 | bit : bit);
+        file += i > 0 ? '\xAF' : '\x3F';  // nothing there
+    }
+    return file + "\xFF\xD9";
+}
+
+TEST(Door, PicturesOfManyScansAreRefused) {
+    const auto taken = [](const std::string& file) {
+        ByteBlock bmp;
+        return PictureToBmp(reinterpret_cast<const BYTE*>(file.data()), file.size(), &bmp);
+    };
+    EXPECT_TRUE(taken(JpegInScans(400)));
+    EXPECT_FALSE(taken(JpegInScans(600)));
+}
+
 }  // namespace

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "host/headless/headless.h"
-#include "packages/encode.h"
 #include "platform/files/files.h"
 #include "platform/substitutes/readahead.h"
 #include "support/tempfolder.h"
@@ -30,7 +29,8 @@ protected:
     void SetUp() override {
         for (int i = 0; i < 60; ++i) {
             const std::string stem = "s" + std::to_string(i);
-            const std::string flac = Encode(test::Tone(500 + 997 * i % 20'000), test::SoundFile::kFlac);
+            const std::string flac =
+                test::ReadFile(PACKAGES_DATA "/tone" + std::string(1, "1268"[i % 4]) + ".flac");
             if (i % 7 == 3) folder.Write(stem + ".wav", "its own");
             if (i % 5 != 2) folder.Write(stem + ".flac", i % 11 == 4 ? flac.substr(0, 30) : flac);
             names.push_back(folder.Path(stem + ".wav"));
@@ -80,8 +80,7 @@ TEST_F(Ahead, ListsMayEndOrBeReplacedAtAnyTime) {
 
 // More than the 64 MiB that may wait: threads wait for the reader, and the reader for none that waits for it.
 TEST_F(Ahead, LargeSoundsComeInTurn) {
-    const std::string large =
-        Encode({44100, 2, std::vector<int16_t>(size_t{8} << 20)}, test::SoundFile::kFlac);
+    const std::string large = test::ReadFile(PACKAGES_DATA "/silence_95s.flac");  // 16 MiB each
     names.clear();
     for (int i = 0; i < 12; ++i) {
         folder.Write("large" + std::to_string(i) + ".flac", large);

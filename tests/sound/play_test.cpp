@@ -1,4 +1,7 @@
-// The operations on a loaded sound.
+// The operations on a sound, one after another: their results, the sound's state and what is heard.
+#include <cmath>
+
+#include "sound/dsound.h"
 #include "sound/sound_support.h"
 
 namespace soundtest {
@@ -6,191 +9,186 @@ namespace {
 
 class Play : public SoundTest {
 protected:
-    void SetUp() override {
-        SoundTest::SetUp();
-        m_samples = Music(44100, 1, 44100);
-        ASSERT_EQ(Make(test::Wav(m_samples))->Load(0), 0);
+    // Loudest sample that is heard in so many hundredths of a second, in dB of the sound's own level.
+    static int Loudness(int hundredths) {
+        const int64_t from = headless::SoundFrame(headless::Clock());
+        Wait(static_cast<uint64_t>(hundredths) * 10'000);
+        float most = 0;
+        for (int i = 0; i < 441 * hundredths; ++i)
+            most = std::max(most, std::fabs(headless::Sound().At(from + i, 0)));
+        return most > 0 ? static_cast<int>(std::lround(20 * std::log10(most / 0.5))) : -999;
     }
 
-    static int Heard(int64_t frame) { return Heard16(frame, 0); }
-    static int64_t Now() { return headless::SoundFrame(headless::Clock()); }
-    // Between two steps of the clock a hundredth of a second passes: 441 frames.
-    static void Wait(uint64_t hundredths) { ::SoundTest::Wait(hundredths * 10'000); }
+    int Do(char operation) {
+        CDSBuffer& s = *m_sound;
+        switch (operation) {
+            case 'P':
+                return s.Play();
+            case 'O':
+                return s.PlayCurrent(0, 5);
+            case 'L':
+                return s.PlayCurrent(1, 6);
+            case '2':
+                return s.PlayCurrent(2, 0);
+            case 'S':
+                return s.Stop();
+            case 'R':
+                return s.Rewind();
+            case 'p':
+                return s.Pause();
+            case 'r':
+                return s.Resume(), 0;
+            case 'c':
+                return s.ClearPaused(), 0;
+            case 'F':
+                return s.FadeStart();
+            case 'f':
+                return s.FadeStep();
+            case '.':
+                return Loudness(20);
+            default:
+                return Loudness(150);
+        }
+    }
 
-    Samples m_samples;
+    // One line for each operation.
+    std::string Run(const std::string& title, const std::string& operations) {
+        std::ostringstream text;
+        text << "== " << title << ": " << operations << '\n';
+        for (const char operation : operations) {
+            text << operation << ' ' << Do(operation);
+            const CDSBuffer& s = *m_sound;
+            text << (m_sound->IsPlaying() ? " sounds" : " is silent") << " at "
+                 << (s.m_pDSB ? Position(s.m_pDSB) : 0) << ", was " << s.m_bWasPlaying << ", loop "
+                 << s.m_bLoop << ", parameter " << s.m_nPlayParam << ", fade " << s.m_nFade << '\n';
+        }
+        return text.str();
+    }
 };
 
-TEST_F(Play, ConstructionState) {
-    CDSBuffer a(m_device), b;
-    EXPECT_EQ(a.m_pDS, m_device);
-    EXPECT_EQ(b.m_pDS, nullptr);
-    for (const CDSBuffer* sound : {&a, &b}) {
-        EXPECT_EQ(sound->m_nStreamSeconds, 20u);
-        EXPECT_EQ(sound->m_nFade, -1);
-        EXPECT_EQ(sound->m_nFadeSteps, 5);
-        EXPECT_EQ(sound->m_szName[0], '\0');
-        EXPECT_EQ(sound->m_nKind, 0);
-        EXPECT_EQ(Held(*sound), "");
-        EXPECT_EQ(sound->m_bStream + sound->m_bLoop + sound->m_bWasPlaying + sound->m_nPlayParam, 0);
+// '.' and '-' let 0.2 and 1.5 seconds pass; the other letters stand in Do.
+TEST_F(Play, OperationsInTurn) {
+    const std::string one_second = test::SquareWav(8000, 20, {1, 8000, 16});
+    std::string text;
+    for (const char* operations : {"P.P.-S", "P.p.r.-", "P-pr", "P.pprr", "P.pScr", "P.Fpr", "L-O-", "2-P-",
+                                   "P.S.O.R.O.", "R", "LFf.f.f.f.f.f.f", "P.Ff.ff.O.f"}) {
+        ASSERT_EQ(Make(one_second)->Load(0), 0);
+        text += Run("whole", operations);
     }
-    a.SetStreamSeconds(7);
-    EXPECT_EQ(a.m_nStreamSeconds, 7u);
-    EXPECT_EQ(m_sound->GetDSBuffer(), m_sound->m_pDSB);
-    a.SetFileName(std::string(300, 'n').c_str());
-    EXPECT_EQ(std::string(a.m_szName), std::string(259, 'n'));
-}
-
-TEST_F(Play, NothingLoaded) {
-    CDSBuffer sound(m_device);
-    sound.m_bWasPlaying = 1;
-    EXPECT_EQ(sound.Play(), 1);
-    EXPECT_EQ(sound.PlayCurrent(1, 2), 1);
-    EXPECT_EQ(sound.m_nPlayParam, 0);
-    EXPECT_EQ(sound.Stop(), 1);
-    EXPECT_EQ(sound.Rewind(), 1);
-    EXPECT_EQ(sound.IsPlaying(), 0);
-    EXPECT_EQ(sound.Pause(), 1);
-    EXPECT_EQ(sound.FadeStart(), 1);
-    EXPECT_EQ(sound.m_nFade, -1);
-    EXPECT_EQ(sound.FadeStep(), 0);
-    sound.m_nFade = 3;
-    EXPECT_EQ(sound.FadeStep(), 1);
-    EXPECT_EQ(sound.m_nFade, 3);
-    sound.Resume();
-    EXPECT_EQ(sound.StreamPlay(), 0);
-    EXPECT_EQ(sound.StreamUpdateResetWav(), 0);
-    EXPECT_EQ(sound.StreamUpdateResetXA(), 0);
+    for (const char* operations : {"P.pr.R.", "PFf.S"}) {
+        ASSERT_EQ(Make(one_second)->Load(1), 0);
+        text += Run("stream", operations);
+    }
+    Make(one_second);
+    m_sound->m_bWasPlaying = 1;
+    text += Run("not loaded", "POSRprcFf");
+    test::ExpectStored(text, SOUND_DATA "/operations.txt");
     EXPECT_EQ(headless::Log(), "");
 }
 
-TEST_F(Play, AtMostFourCalls) {
-    const int before = test::Calls(), volumes = test::Calls(Call::kSetVolume);
-    EXPECT_EQ(m_sound->Play(), 0);
-    const int first = test::Calls();
-    EXPECT_EQ(m_sound->Play(), 0);
-    EXPECT_EQ(first - before, 3);  // status, cursor, play
-    EXPECT_EQ(test::Calls() - first, 4);
-    EXPECT_EQ(test::Calls(Call::kSetVolume), volumes);
+// Where the cursor has to stand for a refill, and for the end.
+TEST_F(Play, CursorsOfAStream) {
+    std::ostringstream text;
+    for (const int loop : {0, 1}) {
+        for (const int state : {0, 4}) {
+            for (const int half : {0, 1}) {
+                text << "== loop " << loop << ", state " << state << ", half " << half << '\n';
+                for (const DWORD cursor : {0, 1, 499, 500, 999, 1000, 1001, 1499, 1500, 1501, 1998, 1999}) {
+                    CDSBuffer* sound = Make(test::ReadFile(SOUND_DATA "/files/stream_pcm8"));
+                    ASSERT_EQ(sound->Load(1), 0);
+                    sound->PlayCurrent(loop, 0);
+                    sound->m_nHalf = sound->m_nEndHalf = half;
+                    sound->m_nEndState = state;
+                    sound->m_pDSB->SetCurrentPosition(cursor);
+                    test::ForgetCalls();
+                    EXPECT_EQ(sound->StreamPlay(), 0);
+                    text << cursor << ": half " << sound->m_nHalf << " state " << sound->m_nEndState
+                         << (test::Calls(Call::kMmioRead) ? " reads" : "")
+                         << (sound->IsPlaying() ? "\n" : " stops\n");
+                }
+            }
+        }
+    }
+    test::ExpectStored(text.str(), SOUND_DATA "/cursors.txt");
 }
 
-TEST_F(Play, Failures) {
-    const auto fails = [&](Call call, HRESULT result, auto action) {
-        test::Order(call, result);
-        const int given = action();
+// Updates that begin and end anywhere in the ring, through its end and with room for parts of a block.
+TEST_F(Play, UpdatesAnywhereInTheRing) {
+    std::string text;
+    for (const char* file :
+         {"stream_pcm8", "stream_pcm16_odd", "stream_ima", "stream_ms_stereo", "stream_xa"}) {
+        text += std::string("== ") + file + "\n";
+        for (const DWORD write : {0, 1, 700, 1900}) {
+            for (const auto& [end, least] : {std::pair{999, 500}, {1899, 100}, {50, 40}, {1998, 1999}}) {
+                CDSBuffer* sound = Make(test::ReadFile(std::string(SOUND_DATA "/files/") + file));
+                ASSERT_EQ(sound->Load(1), 0);
+                sound->m_nWritePos = write;
+                const auto e = static_cast<DWORD>(end), n = static_cast<DWORD>(least);
+                text += LogOf([&] {
+                    EXPECT_EQ(
+                        sound->m_nKind == 2 ? sound->StreamUpdateXA(e, n) : sound->StreamUpdateWav(e, n), 0);
+                });
+                text +=
+                    std::to_string(write) + " to " + std::to_string(end) + ": " + StreamState(*sound) + "\n";
+            }
+        }
+    }
+    test::ExpectStored(text, SOUND_DATA "/updates.txt");
+}
+
+// At most four calls a start, and none that changes the volume.
+TEST_F(Play, CallsOfAStart) {
+    ASSERT_EQ(Make(test::SquareWav(8000))->Load(0), 0);
+    for (const int most : {3, 4}) {
         test::ForgetCalls();
-        return given;
-    };
-    CDSBuffer& s = *m_sound;
-    EXPECT_EQ(fails(Call::kSetCurrentPosition, kFailed, [&] { return s.Play(); }), 1);
-    EXPECT_EQ(fails(Call::kSetCurrentPosition, 1, [&] { return s.Play(); }), 0);  // no negative result
-    EXPECT_EQ(fails(Call::kPlay, DSERR_BUFFERLOST, [&] { return s.Play(); }), 1);
-    EXPECT_EQ(s.Play(), 0);
-    EXPECT_EQ(fails(Call::kStop, kFailed, [&] { return s.Play(); }), 1);
-    EXPECT_EQ(fails(Call::kStop, kFailed, [&] { return s.Rewind(); }), 1);
-    EXPECT_EQ(fails(Call::kSetCurrentPosition, 1, [&] { return s.Rewind(); }), 1);
-    EXPECT_EQ(s.Rewind(), 0);
-    EXPECT_EQ(Position(s.m_pDSB), 0u);
-    EXPECT_EQ(fails(Call::kSetVolume, kFailed, [&] { return s.PlayCurrent(1, 9); }), 1);
-    EXPECT_EQ(s.m_bLoop, 1);
-    EXPECT_EQ(s.m_nPlayParam, 9);
-    EXPECT_EQ(fails(Call::kPlay, 1, [&] { return s.PlayCurrent(0, 0); }), 1);
-    EXPECT_EQ(fails(Call::kStop, kFailed, [&] { return s.Stop(); }), 1);
-    EXPECT_EQ(fails(Call::kStop, kFailed, [&] { return s.Pause(); }), 1);
-    s.FadeStart();
-    EXPECT_EQ(fails(Call::kSetVolume, kFailed, [&] { return s.FadeStep(); }), 1);
-    EXPECT_EQ(s.m_nFade, 5);
-    s.m_nFade = 0;
-    EXPECT_EQ(fails(Call::kStop, kFailed, [&] { return s.FadeStep(); }), 1);
-    EXPECT_EQ(s.m_nFade, -1);
-    EXPECT_EQ(headless::Log(), "");
-}
-
-TEST_F(Play, PauseAndResume) {
-    m_sound->Play();
-    Wait(30);
-    EXPECT_EQ(m_sound->Pause(), 0);
-    EXPECT_EQ(m_sound->m_bWasPlaying, 1);
-    EXPECT_EQ(m_sound->IsPlaying(), 0);
-    m_sound->Resume();
-    EXPECT_EQ(m_sound->m_bWasPlaying, 0);
-    EXPECT_EQ(m_sound->m_bLoop, 0);
-    EXPECT_EQ(m_sound->IsPlaying(), 1);
-    Wait(120);
-
-    const auto expect_no_restart = [&] {
-        m_sound->Resume();
-        EXPECT_EQ(m_sound->IsPlaying(), 0);
-        EXPECT_EQ(m_sound->m_bWasPlaying, 0);
-    };
-    m_sound->Pause();  // it has ended
-    EXPECT_EQ(m_sound->m_bWasPlaying, 0);
-    expect_no_restart();
-
-    m_sound->Play();
-    m_sound->Pause();
-    m_sound->Pause();
-    EXPECT_EQ(m_sound->m_bWasPlaying, 0);
-    expect_no_restart();
-
-    m_sound->Play();
-    m_sound->Pause();
-    m_sound->Stop();
-    m_sound->ClearPaused();
-    expect_no_restart();
-
-    m_sound->Play();
-    m_sound->FadeStart();
-    m_sound->Pause();
-    expect_no_restart();
-}
-
-TEST_F(Play, OnlyOneLoops) {
-    for (int loop : {0, 1, 2, -1}) {
-        m_sound->Rewind();
-        EXPECT_EQ(m_sound->PlayCurrent(loop, 0), 0);
-        EXPECT_EQ(m_sound->m_bLoop, loop);
-        Wait(150);
-        EXPECT_EQ(m_sound->IsPlaying(), loop == 1 ? 1 : 0) << loop;
+        EXPECT_EQ(m_sound->Play(), 0);
+        EXPECT_EQ(test::Calls(), most);
+        EXPECT_EQ(test::Calls(Call::kSetVolume), 0);
     }
-    m_sound->PlayCurrent(1, 0);
-    m_sound->Play();  // leaves m_bLoop alone
-    EXPECT_EQ(m_sound->m_bLoop, 1);
-    Wait(150);
-    EXPECT_EQ(m_sound->IsPlaying(), 0);
 }
 
-TEST_F(Play, FadeTakesSixSteps) {
-    const double gains[] = {1, 0.1, 0.01, 0.001, 0.0001, 0};
-    m_sound->PlayCurrent(1, 0);
-    const int volumes = test::Calls(Call::kSetVolume);
-    EXPECT_EQ(m_sound->FadeStep(), 0);  // no fade runs
-    EXPECT_EQ(test::Calls(Call::kSetVolume), volumes);
-    EXPECT_EQ(m_sound->FadeStart(), 0);
-    int64_t played = 0;
-    for (int step = 0; step < 6; ++step) {
-        EXPECT_EQ(m_sound->m_nFade, 5 - step);
-        EXPECT_EQ(m_sound->IsPlaying(), 1);
-        EXPECT_EQ(m_sound->FadeStep(), 0);
-        const int64_t from = Now();
-        Wait(1);
-        for (int64_t i = 0; step < 5 && i < 441; ++i)
-            ASSERT_NEAR(headless::Sound().At(from + i, 0),
-                        m_samples[static_cast<size_t>(played + i)] / 32768.0 * gains[step], 1e-6);
-        played += 441;
-    }
-    EXPECT_EQ(m_sound->m_nFade, -1);
-    EXPECT_EQ(m_sound->IsPlaying(), 0);
-    EXPECT_EQ(m_sound->FadeStep(), 0);
+TEST_F(Play, NamesAndHandlesOfAnUnusedSound) {
+    CDSBuffer sound(m_device);
+    sound.SetFileName(std::string(300, 'n').c_str());
+    EXPECT_EQ(std::string(sound.m_szName), std::string(259, 'n'));
+    int something = 0;
+    sound.m_hFile = sound.m_hAcm = &something;  // without a kind
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound.Term(), 0); }),
+              "    CDSBuffer::Term hFile Error?\n    CDSBuffer::Term hAcm Error?\n");
+    EXPECT_EQ(Held(sound), "");
+    sound.m_pDS = nullptr;
+    sound.SetFileName(m_folder.Write("s", test::SquareWav(800)).c_str());
+    EXPECT_EQ(LogOf([&] { EXPECT_EQ(sound.Load(0), 1); }),
+              "    CDSBuffer::CreateDSB DSobj==NULL\n    CDSBuffer::LoadWav DSBCreateError\n");
+}
 
-    m_sound->Play();  // sets no volume: still silent
-    int64_t from = Now();
-    Wait(2);
-    EXPECT_EQ(Heard(from + 100), 0);
-    m_sound->Rewind();
-    m_sound->PlayCurrent(0, 0);
-    from = Now();
-    Wait(2);
-    EXPECT_EQ(Heard(from + 100), m_samples[100]);
+TEST_F(Play, DevicesOfBothQualities) {
+    const struct {
+        int quality;
+        WAVEFORMATEX wfx;
+        char silence;
+    } rows[] = {{1, {1, 2, 44100, 176400, 4, 16, 0}, '\0'}, {0, {1, 1, 22050, 22050, 1, 8, 0}, '\x80'}};
+    for (const auto& row : rows) {
+        CDSound device;
+        ASSERT_EQ(device.Init(nullptr, row.quality), 0);
+        EXPECT_EQ(std::memcmp(&device.m_wfxPrimary, &row.wfx, sizeof row.wfx), 0);
+        EXPECT_EQ(Contents(device.m_pSilent), std::string(2 * row.wfx.nAvgBytesPerSec, row.silence));
+        Wait(5'000'000);
+        EXPECT_EQ(Status(device.m_pSilent), DSBSTATUS_PLAYING | DSBSTATUS_LOOPING);
+        for (const int slot : {0, 1, 575}) {
+            device.m_pSlot[slot] = new CDSBuffer(device.m_pDS);
+            device.m_pSlot[slot]->SetFileName(m_folder.Write("s", test::SquareWav(800)).c_str());
+            EXPECT_EQ(device.m_pSlot[slot]->Load(0), 0);
+        }
+        EXPECT_EQ(test::LiveBuffers(), 2 + 3);
+        for (int i = 0; i < 2; ++i) EXPECT_EQ(device.Term(), 0);
+        EXPECT_EQ(test::LiveBuffers(), 0);
+        for (const CDSBuffer* slot : device.m_pSlot) EXPECT_EQ(slot, nullptr);
+    }
+    CDSound never;
+    EXPECT_EQ(
+        never.PlaySilentBuffer() + never.StopSilentBuffer() + never.Compact() + never.CreateSilentBuffer(2),
+        4);
 }
 
 }  // namespace

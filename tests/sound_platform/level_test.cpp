@@ -84,15 +84,6 @@ TEST_F(LevelTest, VolumeInHundredthsOfADecibel) {
     EXPECT_EQ(headless::Sound().At(frame - 1, 1), 0.5f);
 }
 
-// While it is mute it goes on, at no cost in place.
-TEST_F(LevelTest, AMutedVoiceMovesOn) {
-    IDirectSoundBuffer* buffer = Make(Pcm(1, 22050, 16), 44100);
-    ASSERT_EQ(buffer->SetVolume(DSBVOLUME_MIN), DS_OK);
-    ASSERT_EQ(buffer->Play(0, 0, 0), DS_OK);
-    Wait(500000);
-    EXPECT_EQ(Position(buffer), 11025u * 2);
-}
-
 TEST_F(LevelTest, OverloadIsLimitedAndFullScaleIsNot) {
     std::vector<int16_t> tone;
     for (int i = 0; i < 88200; ++i) {

@@ -96,19 +96,6 @@ TEST_F(QualityTest, NothingFoldsDownFromAboveTheOutputsRange) {
     }
 }
 
-// Original samples stay where they are when the rate is doubled.
-TEST_F(QualityTest, DoublingKeepsTheSamples) {
-    std::vector<int16_t> samples;
-    for (int i = 0; i < 4000; ++i) samples.push_back(static_cast<int16_t>((i * 7919) % 20011 - 10000));
-    IDirectSoundBuffer* sound = Make(Pcm(1, 22050, 16), samples);
-    ASSERT_EQ(sound->Play(0, 0, 0), DS_OK);
-    WaitUntilFrame(9000);
-    for (int i = 0; i < 4000; ++i)
-        ASSERT_EQ(headless::Sound().At(2 * i, 0),
-                  static_cast<float>(samples[static_cast<size_t>(i)]) / 32768);
-    EXPECT_EQ(headless::Sound().At(8000, 0), 0.0f);
-}
-
 // Voices of one rate are converted together; what is heard is the sum of what each gives alone.
 TEST_F(QualityTest, TogetherAsAlone) {
     constexpr int kVoices = 5, kLength = 8000;

@@ -35,7 +35,7 @@ void CountLive(const CallFacts& call) {
             ++g_buffers;
             break;
         case PlatformCall::kBufferRelease:
-            g_buffers -= call.nValue == 0;
+            --g_buffers;
             break;
         default:
             break;

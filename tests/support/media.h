@@ -15,6 +15,13 @@ inline std::string LittleEndian(uint64_t value, int bytes) {
     return text;
 }
 
+// The number of that many bytes, the lowest first.
+inline uint32_t Number(const std::string& bytes, size_t at, int count) {
+    uint32_t n = 0;
+    for (int i = count; i-- > 0;) n = n << 8 | static_cast<unsigned char>(bytes[at + static_cast<size_t>(i)]);
+    return n;
+}
+
 struct WavSpec {
     int channels = 1;
     int rate = 44100;

@@ -173,16 +173,14 @@ HRESULT IDirectDrawSurface7::BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSou
 
 HRESULT IDirectDrawSurface7::Blt(const RECT* pDestRect, IDirectDrawSurface7* pSource, const RECT* pSourceRect,
                                  DWORD dwFlags, const DDBLTFX* pFx) {
-    if (pSource || pSourceRect || (dwFlags & ~DDBLT_WAIT) != DDBLT_COLORFILL || m_pState->bPrimary)
+    if (pDestRect || pSource || pSourceRect || (dwFlags & ~DDBLT_WAIT) != DDBLT_COLORFILL ||
+        m_pState->bPrimary)
         return DDERR_UNSUPPORTED;
     if (!pFx || pFx->dwSize != sizeof(DDBLTFX)) return DDERR_INVALIDPARAMS;
     const PixelView& view = m_pState->view;
-    const RECT r = pDestRect ? *pDestRect : WholeOf(view);
-    if (!IsInside(r, view)) return DDERR_INVALIDRECT;
-    if (HRESULT hr; Hooked(&hr, PlatformCall::kFill, this, pFx->dwFillColor, nullptr, r)) return hr;
-    FillPixels(view.pPixels + static_cast<size_t>(r.top) * view.nStride + r.left, view.nStride,
-               static_cast<size_t>(r.right - r.left), static_cast<size_t>(r.bottom - r.top),
-               pFx->dwFillColor & kColorMask);
+    if (HRESULT hr; Hooked(&hr, PlatformCall::kFill, this, pFx->dwFillColor)) return hr;
+    FillPixels(view.pPixels, view.nStride, static_cast<size_t>(view.nWidth),
+               static_cast<size_t>(view.nHeight), pFx->dwFillColor & kColorMask);
     return DD_OK;
 }
 

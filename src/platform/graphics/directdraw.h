@@ -58,8 +58,8 @@ public:
     // DDERR_NOCOLORKEY: keyed, but the source has no key. DDERR_UNSUPPORTED: onto itself, from the primary
     // surface, or keyed onto it.
     HRESULT BltFast(DWORD x, DWORD y, IDirectDrawSurface7* pSource, const RECT* pSourceRect, DWORD dwFlags);
-    // Fills a rectangle (null: all) with pFx->dwFillColor, ignoring its top byte. Only DDBLT_COLORFILL
-    // without a source, with or without DDBLT_WAIT; otherwise DDERR_UNSUPPORTED.
+    // Fills the surface with pFx->dwFillColor, ignoring its top byte. Only DDBLT_COLORFILL without rectangles
+    // and a source, with or without DDBLT_WAIT; otherwise DDERR_UNSUPPORTED.
     HRESULT Blt(const RECT* pDestRect, IDirectDrawSurface7* pSource, const RECT* pSourceRect, DWORD dwFlags,
                 const DDBLTFX* pFx);
     // A context for GDI drawing, valid until ReleaseDC (DDERR_NODC). One at a time (DDERR_DCALREADYCREATED).

@@ -20,13 +20,13 @@ constexpr HRESULT DSERR_OUTOFMEMORY = E_OUTOFMEMORY;
 constexpr HRESULT DSERR_NOAGGREGATION = static_cast<HRESULT>(0x80040110u);
 constexpr HRESULT DSERR_INVALIDPARAM = E_INVALIDARG;
 
-constexpr DWORD DSSCL_NORMAL = 1, DSSCL_PRIORITY = 2;
+constexpr DWORD DSSCL_PRIORITY = 2;
 constexpr DWORD DSBCAPS_PRIMARYBUFFER = 0x1, DSBCAPS_STATIC = 0x2, DSBCAPS_LOCSOFTWARE = 0x8;
 constexpr DWORD DSBCAPS_CTRLPAN = 0x40, DSBCAPS_CTRLVOLUME = 0x80;
 constexpr DWORD DSBCAPS_GLOBALFOCUS = 0x8000, DSBCAPS_GETCURRENTPOSITION2 = 0x10000;
 constexpr DWORD DSBPLAY_LOOPING = 1;
-constexpr DWORD DSBSTATUS_PLAYING = 1, DSBSTATUS_BUFFERLOST = 2, DSBSTATUS_LOOPING = 4;
-constexpr DWORD DSBLOCK_FROMWRITECURSOR = 1, DSBLOCK_ENTIREBUFFER = 2;
+constexpr DWORD DSBSTATUS_PLAYING = 1, DSBSTATUS_LOOPING = 4;
+constexpr DWORD DSBLOCK_ENTIREBUFFER = 2;
 constexpr LONG DSBVOLUME_MIN = -10000, DSBVOLUME_MAX = 0;  // hundredths of a decibel
 constexpr DWORD DSBSIZE_MIN = 4, DSBSIZE_MAX = 0x0FFFFFFF;
 
@@ -61,8 +61,7 @@ public:
     HRESULT SetVolume(LONG nVolume);
     HRESULT SetFormat(const WAVEFORMATEX* pFormat);  // primary buffer only
     HRESULT Restore();
-    DWORD AddRef();
-    DWORD Release();  // returns the remaining references; at 0 stops and frees the buffer
+    DWORD Release();  // stops and frees it; returns 0
 
     struct State;
     State* m_pState;
@@ -73,7 +72,6 @@ public:
     HRESULT SetCooperativeLevel(HWND hWnd, DWORD dwLevel);
     HRESULT CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundBuffer** ppBuffer, void* pOuter);
     HRESULT Compact();
-    DWORD AddRef();
     DWORD Release();
 
     struct State;

@@ -95,12 +95,10 @@ HRESULT IDirectSoundBuffer::Lock(DWORD dwOffset, DWORD dwBytes, void** ppPart1, 
     if (pdwPart2 != nullptr) *pdwPart2 = 0;
     if (ppPart1 == nullptr || pdwPart1 == nullptr || (ppPart2 == nullptr) != (pdwPart2 == nullptr))
         return DSERR_INVALIDPARAM;
-    if ((dwFlags & ~(DSBLOCK_FROMWRITECURSOR | DSBLOCK_ENTIREBUFFER)) != 0) return DSERR_INVALIDPARAM;
+    if ((dwFlags & ~DSBLOCK_ENTIREBUFFER) != 0) return DSERR_INVALIDPARAM;
     if (m_pState->primary) return DSERR_PRIOLEVELNEEDED;
     const DWORD size = m_pState->bytes;
     if ((dwFlags & DSBLOCK_ENTIREBUFFER) != 0) dwBytes = size;
-    if ((dwFlags & DSBLOCK_FROMWRITECURSOR) != 0)
-        dwOffset = WriteCursor(*m_pState, TheMixer().Where(&m_pState->voice));
     if (dwOffset >= size || dwBytes == 0 || dwBytes > size) return DSERR_INVALIDPARAM;
     if (HRESULT hr; Hooked(&hr, PlatformCall::kLock, this)) return hr;
     *ppPart1 = m_pState->memory.data + dwOffset;
@@ -170,15 +168,8 @@ HRESULT IDirectSoundBuffer::Restore() {
     return DS_OK;
 }
 
-DWORD IDirectSoundBuffer::AddRef() {
-    return ++m_pState->references;
-}
-
 DWORD IDirectSoundBuffer::Release() {
-    DWORD left = m_pState->references - 1;
-    if (Hooked(&left, PlatformCall::kBufferRelease, this, left)) return left;
-    m_pState->references = left;
-    if (left > 0) return left;
+    if (DWORD left; Hooked(&left, PlatformCall::kBufferRelease, this)) return left;
     if (!m_pState->primary) {
         TheMixer().Remove(&m_pState->voice);
         audio::FreeSamples(m_pState->memory);

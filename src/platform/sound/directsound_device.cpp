@@ -66,9 +66,9 @@ HRESULT DirectSoundCreate(const void* pDevice, IDirectSound** ppDS, void* pOuter
 }
 
 HRESULT IDirectSound::SetCooperativeLevel(HWND hWnd, DWORD dwLevel) {
-    if (dwLevel != DSSCL_NORMAL && dwLevel != DSSCL_PRIORITY) return DSERR_INVALIDPARAM;
+    if (dwLevel != DSSCL_PRIORITY) return DSERR_INVALIDPARAM;
     if (HRESULT hr; Hooked(&hr, PlatformCall::kSoundLevel, this)) return hr;
-    m_pState->level = dwLevel;
+    m_pState->priority = true;
     return DS_OK;
 }
 
@@ -87,7 +87,7 @@ HRESULT IDirectSound::CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundB
     if (state == nullptr) return DSERR_OUTOFMEMORY;
     state->flags = pDesc->dwFlags;
     state->primary = (pDesc->dwFlags & DSBCAPS_PRIMARYBUFFER) != 0;
-    state->may_set_format = m_pState->level == DSSCL_PRIORITY;
+    state->may_set_format = m_pState->priority;
     if (!state->primary && !FillState(*pDesc, format, state.get())) return DSERR_OUTOFMEMORY;
     buffer->m_pState = state.release();
     *ppBuffer = buffer.release();
@@ -97,18 +97,11 @@ HRESULT IDirectSound::CreateSoundBuffer(const DSBUFFERDESC* pDesc, IDirectSoundB
 // Nothing to do: freed memory is returned at once.
 HRESULT IDirectSound::Compact() {
     if (HRESULT hr; Hooked(&hr, PlatformCall::kCompact, this)) return hr;
-    return m_pState->level == DSSCL_PRIORITY ? DS_OK : DSERR_PRIOLEVELNEEDED;
-}
-
-DWORD IDirectSound::AddRef() {
-    return ++m_pState->references;
+    return m_pState->priority ? DS_OK : DSERR_PRIOLEVELNEEDED;
 }
 
 DWORD IDirectSound::Release() {
-    DWORD left = m_pState->references - 1;
-    if (Hooked(&left, PlatformCall::kDirectSoundRelease, this, left)) return left;
-    m_pState->references = left;
-    if (left > 0) return left;
+    if (DWORD left; Hooked(&left, PlatformCall::kDirectSoundRelease, this)) return left;
     if (--g_devices == 0) directsound::TheMixer().Close();
     delete m_pState;
     delete this;

@@ -6,12 +6,10 @@
 #include "platform/sound/mixer.h"
 
 struct IDirectSound::State {
-    DWORD references = 1;
-    DWORD level = 0;  // not set yet
+    bool priority = false;  // the cooperative level has been set
 };
 
 struct IDirectSoundBuffer::State {
-    DWORD references = 1;
     DWORD flags = 0;
     DWORD bytes = 0;
     bool primary = false;
