@@ -107,5 +107,8 @@ struct Verdict {
     bool refused = false;  // the player takes the file for no chart
 };
 Verdict Judge(std::string_view bytes, const Options& options);
+// The same for the text that MakePlan and WriteText make of it. A sound in a stem counts as heard where the
+// stem starts it.
+Verdict JudgeCompiled(std::string_view bytes, const Options& options);
 
 }  // namespace dialect

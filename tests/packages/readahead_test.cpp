@@ -108,7 +108,8 @@ TEST(AheadOfTheReader, MemoryIsBounded) {
             ++made;
             return result;
         };
-        ReadAhead ahead({[](const auto&, auto) { return true; }, make, [](const auto&) { return true; }});
+        ReadAhead ahead(
+            {[](const auto&, auto) { return true; }, make, [](const auto&, auto) { return true; }});
         std::vector<std::string> names;
         for (int i = 0; i < 30; ++i) names.push_back(std::to_string(i));
         ahead.Expect(MediaKind::kSound, names);

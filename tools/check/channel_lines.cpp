@@ -6,6 +6,7 @@
 #include "chart/digits.h"
 #include "chart/text.h"
 #include "check/line_checker.h"
+#include "platform/ascii.h"
 
 namespace check {
 namespace {
@@ -18,6 +19,12 @@ int64_t CountPairs(const char* data, bool rests_too) {
     int64_t count = 0;
     for (size_t i = 0; i < pairs; ++i) count += rests_too || PairToBase36(data + 2 * i) > 0;
     return count;
+}
+
+void AddSounds(const char* data, std::set<std::string>* sounds) {
+    for (size_t i = 0; i + 2 <= std::strlen(data); i += 2) {
+        if (PairToBase36(data + i) > 0) sounds->insert(AsciiUpper(std::string(data + i, 2)));
+    }
 }
 
 bool IsHexPair(const char* p) {
@@ -57,6 +64,7 @@ void LineChecker::CheckChannel(Line* line, int32_t measure, int32_t channel) {
         Group& group =
             GroupOf("channel " + name, line->place, code, foreign ? foreign->severity : code->severity);
         group.objects += objects;
+        if (code.Index() == Code("long-note").Index()) AddSounds(data, &group.sounds);
         group.subject = "channel " + Quote(name);
         group.effect = foreign ? foreign->effect
                        : channel < 0
@@ -172,18 +180,6 @@ void LineChecker::TakePair(const Line& line, int column, const char* pair, int32
     if (acts && !invisible && measure > tables_->last_acting) tables_->last_acting = measure;
 }
 
-// Reported once per pair, because a number has many objects.
-void LineChecker::NoteFolded(Place place, const char* pair, const char* thing) {
-    const std::string name(pair, 2);
-    const int32_t number = PairToObjNo(pair);
-    Group& group = GroupOf(thing + name, place, "folded-id", kWarning);
-    ++group.objects;
-    if (!group.subject.empty()) return;
-    group.subject = Quote(name);
-    group.effect = std::string(thing) + " numbers end at FZ, so the player reads " + Quote(name) + " as " +
-                   IdOf(number) + (number == 0 ? ", which makes no object" : "") + "; use a number up to FZ";
-}
-
 // The place becomes that of the first object with an effect.
 static void CountUse(Use* use, Place place, bool acts = true) {
     if (use->objects++ == use->invisible && (acts || use->invisible == 0)) use->place = place;
@@ -192,7 +188,7 @@ static void CountUse(Use* use, Place place, bool acts = true) {
 
 void LineChecker::TakeSound(Place place, const char* pair, int32_t channel) {
     const bool note = channel != 1;
-    if (IsFolded(pair)) NoteFolded(place, pair, "sound");
+    if (IsFolded(pair)) NoteFolded(place, pair, "sound", true);
     const int32_t number = PairToObjNo(pair);
     if (number == 0) return;
     Use& use = tables_->sound_uses[static_cast<size_t>(number)];
@@ -209,7 +205,7 @@ void LineChecker::TakePicture(Place place, const char* pair) {
 
 void LineChecker::TakeTempo(Place place, const char* pair, int32_t channel) {
     const int32_t number = PairToObjNo(pair);
-    if (channel == 8 && IsFolded(pair)) NoteFolded(place, pair, "tempo");
+    if (channel == 8 && IsFolded(pair)) NoteFolded(place, pair, "tempo", true);
     if (number == 0 && PairToHex(pair) == 0) return;
     tables_->changes.push_back({place, channel == 8 ? number : 0});
     if (channel != 8) return;

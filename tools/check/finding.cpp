@@ -16,7 +16,7 @@ void Findings::Sort() {
 std::map<std::string_view, int64_t> Findings::LeftOut() const {
     std::map<std::string_view, int64_t> left_out;
     for (size_t i = 0; i < std::size(kCodes); ++i) {
-        if (of_code_[i] > kMostOfOneCode) left_out[kCodes[i].name] = of_code_[i] - kMostOfOneCode;
+        if (CountOfCode(i) > kMostOfOneCode) left_out[kCodes[i].name] = CountOfCode(i) - kMostOfOneCode;
     }
     return left_out;
 }

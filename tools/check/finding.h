@@ -44,7 +44,8 @@ public:
     void Add(Place place, Code code, Severity severity, const Text& text) {
         if (!wanted_[code.Index()]) return;
         ++counts_[static_cast<int>(severity)];
-        if (++of_code_[code.Index()] > kMostOfOneCode) return;
+        ++of_code_[code.Index()][static_cast<int>(severity)];
+        if (CountOfCode(code.Index()) > kMostOfOneCode) return;
         if constexpr (std::is_invocable_v<Text>)
             kept_.push_back({place, severity, code->name, text(), 0});
         else
@@ -52,7 +53,17 @@ public:
     }
 
     int64_t Count(Severity severity) const { return counts_[static_cast<int>(severity)]; }
-    int64_t CountOfCode(size_t index) const { return of_code_[index]; }
+    int64_t CountOfCode(size_t index) const {
+        const int64_t* count = of_code_[index];
+        return count[0] + count[1] + count[2];
+    }
+    int64_t CountOfCode(size_t index, Severity severity) const {
+        return of_code_[index][static_cast<int>(severity)];
+    }
+    template <class Move>
+    void MovePlaces(const Move& move) {
+        for (Finding& finding : kept_) finding.place = move(finding.place);
+    }
     void Sort();                                        // by place
     void CountCharacterColumns(std::string_view text);  // of the chart; after Sort
     const std::vector<Finding>& Kept() const { return kept_; }
@@ -60,7 +71,7 @@ public:
 
 private:
     int64_t counts_[3] = {};
-    int64_t of_code_[std::size(kCodes)] = {};
+    int64_t of_code_[std::size(kCodes)][3] = {};
     CodeSet wanted_;
     std::vector<Finding> kept_;
 };

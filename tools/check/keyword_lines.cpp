@@ -167,10 +167,7 @@ void LineChecker::CheckId(const Line& line, int column, const char* thing, int32
                    IdOf(number);
         });
     } else if (IsFolded(id)) {
-        findings_->Add(line.At(column), "folded-id", [&] {
-            return std::string(thing) + " numbers end at FZ, so the player reads " + Quote(PairAt(id)) +
-                   " as " + IdOf(number) + "; use a number up to FZ";
-        });
+        NoteFolded(line.At(column), id, thing, false);
     }
 }
 
@@ -181,6 +178,7 @@ void LineChecker::DefineFile(const Line& line, const Reading& reading) {
     CheckId(line, kIdColumn, ThingOf(reading.keyword), reading.number);
     if (!sound) tables_->folded_pictures[static_cast<size_t>(Base36ToInt(line.text + kIdColumn))] = true;
     const std::string name = line.text + kNameColumn;
+    if (sound) written_[AsciiUpper(std::string(line.text + kIdColumn, 2))] = name;
     if (definition.place.line != 0) {
         const bool same = definition.path == reading.path;
         findings_->Add(line.place, "defined-twice", same ? kNote : kWarning, [&] {

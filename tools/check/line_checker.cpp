@@ -55,12 +55,14 @@ LineChecker::LineChecker(const char* text, int64_t size, const char* chart_path,
     : text_(text), end_(text + size), tables_(tables), findings_(findings), probe_(chart_path) {}
 
 LineChecker::Group& LineChecker::GroupOf(const std::string& key, Place place, Code code, Severity severity) {
-    const auto [it, fresh] = groups_.try_emplace(key, Group{place, code, severity, "", ""});
+    const auto [it, fresh] = groups_.try_emplace(key, Group{place, code, severity, "", "", 0, 0, {}});
     ++it->second.lines;
     return it->second;
 }
 
 void LineChecker::Finish() {
+    JudgeFolded();
+    JudgeLongNotes();
     for (const auto& [key, group] : groups_) {
         findings_->Add(group.place, group.code, group.severity, [&g = group] {
             std::string many;

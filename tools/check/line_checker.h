@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,7 @@ private:
         Severity severity;
         std::string subject, effect;
         int64_t lines = 0, objects = 0;
+        std::set<std::string> sounds;  // numbers as written, of objects that the player does not play as such
     };
 
     // bytes (line_checker.cpp)
@@ -64,8 +66,13 @@ private:
     void TakeSound(Place place, const char* pair, int32_t channel);
     void TakePicture(Place place, const char* pair);
     void TakeTempo(Place place, const char* pair, int32_t channel);
-    void NoteFolded(Place place, const char* pair, const char* thing);
     int ColumnOf(const Line& line, size_t at) const;
+
+    // groups about numbers that mean others to the player (folded.cpp)
+    void NoteFolded(Place place, const char* pair, const char* thing, bool object);
+    void JudgeFolded();
+    void JudgeFoldedSound(const std::string& name, bool definition, Group* group);
+    void JudgeLongNotes();
 
     Group& GroupOf(const std::string& key, Place place, Code code, Severity severity);
 
@@ -75,6 +82,7 @@ private:
     Findings* findings_;
     Probe probe_;
     std::map<std::string, Group> groups_;
+    std::map<std::string, std::string> written_;  // names of sounds by their number as written, in capitals
     std::map<Keyword, Place> headers_;
     bool underscores_ = false;  // in the data of the current line
     bool cut_ = false;          // a TAB has cut the current line

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "common/arguments.h"
@@ -15,13 +17,17 @@ const char kHelp[] =
     "Reports what the player ignores silently: lines that it skips, sounds and pictures that it\n"
     "cannot find or read, numbers that are not defined. Then prints figures about the chart.\n"
     "Folders are searched for .bms, .bme, .bml and .pms files. - reads a chart from standard\n"
-    "input.\n"
+    "input. The first line tells how much of the chart is played as written.\n"
     "\n"
     "      --format FORMAT    text (default), json, sarif or github\n"
     "      --json             the same as --format json\n"
     "      --fail-on LEVEL    exit with 1 on findings of this severity or above: error, warning\n"
     "                         (default) or note; with note, text lists notes too\n"
     "      --strict           the same as --fail-on note\n"
+    "      --all              list every finding; by default text has one line for each code\n"
+    "      --modern           check the chart as lumetra --modern plays it\n"
+    "      --seed N           with --modern: take the branches of #RANDOM by this seed\n"
+    "      --random N,...     with --modern: take these branches, one for each #RANDOM\n"
     "      --select CODE,...  report only these codes\n"
     "      --ignore CODE,...  do not report these codes\n"
     "      --explain CODE     print what a code means and how to fix it, and exit; all: every code\n"
@@ -90,14 +96,34 @@ std::string SetJobs(const std::string& value, Options* options) {
                                                                    : "--jobs takes a number from 1 to 256";
 }
 
+std::string SetSeed(const std::string& value, Options* options) {
+    options->choice.kind = dialect::Choice::kSeed;
+    return tools::ReadWithin(value, uint64_t{0}, UINT64_MAX, &options->choice.seed)
+               ? ""
+               : "--seed takes a whole number";
+}
+
+std::string SetRandom(const std::string& value, Options* options) {
+    options->choice.kind = dialect::Choice::kList;
+    options->choice.list.clear();
+    for (size_t begin = 0, end; begin <= value.size(); begin = end + 1) {
+        end = std::min(value.find(',', begin), value.size());
+        int32_t branch = 0;
+        if (!tools::ReadWithin(value.substr(begin, end - begin), 1, INT32_MAX, &branch))
+            return "--random takes branches from 1 with commas between them";
+        options->choice.list.push_back(branch);
+    }
+    return "";
+}
+
 struct ValueOption {
     const char* name;
     std::string (*set)(const std::string& value, Options* options);
 };
 constexpr ValueOption kValueOptions[] = {
-    {"--format", SetFormat}, {"--fail-on", SetFailOn}, {"--color", SetColor},
-    {"--select", SetSelect}, {"--ignore", SetIgnore},  {"--explain", SetExplain},
-    {"--path", SetPath},     {"--jobs", SetJobs},      {"-j", SetJobs},
+    {"--format", SetFormat}, {"--fail-on", SetFailOn},  {"--color", SetColor},   {"--select", SetSelect},
+    {"--ignore", SetIgnore}, {"--explain", SetExplain}, {"--path", SetPath},     {"--jobs", SetJobs},
+    {"-j", SetJobs},         {"--seed", SetSeed},       {"--random", SetRandom},
 };
 
 std::string SetFlag(const std::string& name, Options* options) {
@@ -107,6 +133,10 @@ std::string SetFlag(const std::string& name, Options* options) {
         options->rules.fail_on = kNote;
     else if (name == "--statistics")
         options->statistics = true;
+    else if (name == "--all")
+        options->all = true;
+    else if (name == "--modern")
+        options->modern = true;
     else
         return "unknown option: " + name;
     return "";
@@ -129,6 +159,8 @@ std::string CheckTogether(const Options& options) {
     for (const std::string& chart : options.charts) inputs += chart == "-";
     if (inputs > 1) return "standard input can be read only once";
     if (inputs == 0 && !options.path.empty()) return "--path needs - as a chart";
+    if (!options.modern && options.choice.kind != dialect::Choice::kFirst)
+        return "--seed and --random need --modern";
     const bool other = options.format == Format::kSarif || options.format == Format::kGithub;
     return options.statistics && other ? "--statistics works with text and json" : "";
 }

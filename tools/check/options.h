@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "check/settings.h"
+#include "dialect/lines.h"
 
 namespace check {
 
@@ -16,9 +17,12 @@ struct Options {
     Rules rules;
     bool color = false;
     bool statistics = false;
-    unsigned jobs = 0;    // 0: one for each core
-    std::string path;     // of the chart on standard input
-    std::string explain;  // a code or `all`; empty: not given
+    bool all = false;  // text lists every finding
+    bool modern = false;
+    dialect::Choice choice;  // of branches, with modern
+    unsigned jobs = 0;       // 0: one for each core
+    std::string path;        // of the chart on standard input
+    std::string explain;     // a code or `all`; empty: not given
 };
 
 extern const char kHelp[];

@@ -107,7 +107,7 @@ void CheckPicture(Subject* subject, const Definition& definition, const CDib* di
 void CheckPictures(Subject* subject) {
     for (int32_t i = 0; i < BMS_SLOTS; ++i) {
         const Definition& definition = subject->tables.pictures[static_cast<size_t>(i)];
-        if (definition.place.line == 0) continue;
+        if (definition.place.line == 0 || definition.made) continue;
         PictureFile file;
         file.number = i;
         CheckPicture(subject, definition, subject->display.m_apDib[i], &file);

@@ -18,6 +18,7 @@ struct Failure {
 
 struct TextStyle {
     bool notes = false;  // listed, and not only counted
+    bool all = false;    // every finding; otherwise one of each code, the most severe
     bool color = false;
 };
 void WriteText(const Subject& subject, const TextStyle& style, std::string* out);

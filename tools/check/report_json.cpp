@@ -30,6 +30,19 @@ void WriteFindings(const Findings& findings, Json* json) {
     json->End('}');
 }
 
+void WriteVerdict(const Verdict& verdict, Json* json) {
+    json->Key("verdict");
+    json->Begin('{');
+    json->Member("sounds", verdict.plain.asked);
+    json->Member("played", verdict.plain.played);
+    json->Member("others", verdict.plain.wrong);
+    json->Member("modernPlayed", verdict.modern.played);
+    json->Member("modernOthers", verdict.modern.wrong);
+    json->End('}');
+    json->Key("modern");
+    json->Flag(verdict.compiled);
+}
+
 void WriteHeader(const CBMS& chart, Json* json) {
     json->Key("header");
     json->Begin('{');
@@ -211,6 +224,7 @@ void WriteJson(const Subject& subject, std::string* out, const tools::Sink* sink
     json.Flag(true);
     json.Key("refused");
     json.Flag(subject.refused);
+    WriteVerdict(subject.verdict, &json);
     WriteHeader(*subject.chart, &json);
     WriteFindings(subject.findings, &json);
     WriteFiles(subject, &json);

@@ -75,18 +75,46 @@ std::string Severe(Severity severity, bool color) {
     return color ? kColors[static_cast<int>(severity)] + name + "\x1b[0m" : name;
 }
 
+void WriteFinding(const std::string& name, const Finding& finding, const std::string& more, bool color,
+                  std::string* out) {
+    *out += name + ":" + std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) +
+            ": " + Severe(finding.severity, color) + ": " + finding.text + more + " [" +
+            std::string(finding.code) + "]\n";
+}
+
+void WriteAll(const std::string& name, const Findings& findings, const TextStyle& style, std::string* out) {
+    for (const Finding& finding : findings.Kept()) {
+        if (finding.severity != kNote || style.notes) WriteFinding(name, finding, "", style.color, out);
+    }
+    for (const auto& [code, count] : findings.LeftOut())
+        *out += name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";
+}
+
+// The most severe finding of each code, the first of them.
+void WriteOneOfEach(const std::string& name, const Findings& findings, const TextStyle& style,
+                    std::string* out) {
+    const Finding* shown[std::size(kCodes)] = {};
+    for (const Finding& finding : findings.Kept()) {
+        const Finding*& best = shown[*IndexOfCode(finding.code)];
+        if (finding.severity != kNote || style.notes)
+            best = !best || finding.severity < best->severity ? &finding : best;
+    }
+    for (const Finding& finding : findings.Kept()) {
+        const size_t index = *IndexOfCode(finding.code);
+        if (shown[index] != &finding) continue;
+        const int64_t notes = style.notes ? 0 : findings.CountOfCode(index, kNote);
+        const int64_t more = findings.CountOfCode(index) - notes - 1;
+        WriteFinding(name, finding, more > 0 ? " (and " + WithCommas(more) + " more, --all shows them)" : "",
+                     style.color, out);
+    }
+}
+
 }  // namespace
 
 void WriteText(const Subject& subject, const TextStyle& style, std::string* out) {
     const std::string name = ShownName(subject.file_name);
-    for (const Finding& finding : subject.findings.Kept()) {
-        if (finding.severity == kNote && !style.notes) continue;
-        *out += name + ":" + std::to_string(finding.place.line) + ":" + std::to_string(finding.place.column) +
-                ": " + Severe(finding.severity, style.color) + ": " + finding.text + " [" +
-                std::string(finding.code) + "]\n";
-    }
-    for (const auto& [code, count] : subject.findings.LeftOut())
-        *out += name + ": " + std::to_string(count) + " more of [" + std::string(code) + "]\n";
+    *out += name + ": " + SentenceOf(subject.verdict) + "\n";
+    (style.all ? WriteAll : WriteOneOfEach)(name, subject.findings, style, out);
     WriteSummary(name, subject.findings, style.notes, out);
     if (!subject.refused) WriteFigures(subject, out);
 }

@@ -53,6 +53,7 @@ public:
             // Some megabytes, released before the next chart.
             const auto subject = std::make_unique<Subject>(paths_[item], rules.Wanted());
             if (charts_[item] == "-") subject->provided = input_;
+            if (options_.modern) subject->modern = options_.choice;
             if (CheckChart(subject.get(), &why)) {
                 subject->file_name = ShownAs(charts_[item], options_);
                 Report(*subject, rules, sink);
@@ -78,7 +79,7 @@ private:
         else if (options_.format == Format::kGithub)
             WriteGithub(subject, notes, &out);
         else if (!options_.statistics)
-            WriteText(subject, {notes, options_.color}, &out);
+            WriteText(subject, {notes, options_.all, options_.color}, &out);
         sink(out);
     }
 

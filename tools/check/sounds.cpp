@@ -149,8 +149,8 @@ void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer&
     }
 }
 
-void CheckSound(Subject* subject, const Definition& definition, const CDSBuffer& sound, SoundFile* file) {
-    const Use& use = subject->tables.sound_uses[static_cast<size_t>(file->number)];
+void CheckSound(Subject* subject, const Definition& definition, const Use& use, const CDSBuffer& sound,
+                SoundFile* file) {
     const bool heard = use.objects > use.invisible;
     const std::string cost =
         heard ? "; " + ItsObjects(use.objects - use.invisible, "make", "no sound") : std::string();
@@ -181,12 +181,22 @@ void CheckSounds(Subject* subject) {
     for (int32_t i = 0; i < BMS_SLOTS; ++i) {
         const Definition& definition = subject->tables.sounds[static_cast<size_t>(i)];
         const CDSBuffer* sound = subject->sound.m_pSlot[i];
-        if (definition.place.line == 0 || !sound) continue;
+        if (definition.place.line == 0 || definition.made || !sound) continue;
         SoundFile file;
         file.number = i;
-        CheckSound(subject, definition, *sound, &file);
+        CheckSound(subject, definition, subject->tables.sound_uses[static_cast<size_t>(i)], *sound, &file);
         subject->sounds.push_back(std::move(file));
     }
+}
+
+void CheckMixedSound(Subject* subject, const Definition& definition, int64_t objects) {
+    CDSBuffer sound(subject->sound.m_pDS);
+    sound.SetFileName(definition.path.c_str());
+    sound.Load(0);
+    Use use;
+    use.objects = objects;
+    SoundFile file;
+    CheckSound(subject, definition, use, sound, &file);
 }
 
 }  // namespace check

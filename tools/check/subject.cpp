@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "chart/reader.h"
+#include "check/modern.h"
 #include "check/quiet.h"
 #include "check/read.h"
 #include "host/headless/headless.h"
@@ -30,6 +31,16 @@ void CheckNoTempo(Subject* subject) {
     subject->findings.Add({1, 1}, "no-tempo", "no #BPM line sets the tempo; the chart starts at 130");
 }
 
+// Lets the player read this text under the chart's name. Returns a copy that ends with a NUL.
+std::unique_ptr<char[]> Provide(const std::string& text, const char* path) {
+    const auto block = std::make_shared<ByteBlock>();
+    if (!block->Resize(text.size())) return nullptr;
+    std::memcpy(block->Data(), text.data(), text.size());
+    FileProvide(path, block);
+    int64_t size = 0;
+    return std::unique_ptr<char[]>(ReadChartText(path, &size));
+}
+
 }  // namespace
 
 bool CheckChart(Subject* subject, std::string* why) {
@@ -43,6 +54,16 @@ bool CheckChart(Subject* subject, std::string* why) {
         *why = "no memory for the sounds";
         return false;
     }
+    std::optional<Modern> modern;
+    std::unique_ptr<char[]> compiled;
+    if (text) {
+        const std::string_view bytes(text.get(), static_cast<size_t>(size));
+        subject->verdict =
+            JudgeChart(bytes, subject->modern.value_or(dialect::Choice{}), subject->modern.has_value());
+        if (subject->modern) modern.emplace(bytes, *subject->modern);
+        if (modern && modern->Compiled()) compiled = Provide(modern->Text(), path);
+    }
+    const int64_t read_size = compiled ? static_cast<int64_t>(modern->Text().size()) : size;
     const size_t logged = headless::Log().size();
     subject->chart = std::make_unique<CBMS>(&subject->display, &subject->sound);
     if (!text || subject->chart->Load(path, 0) == 0) {
@@ -51,7 +72,8 @@ bool CheckChart(Subject* subject, std::string* why) {
         return false;
     }
     subject->refused = subject->chart->Compile() != 0;
-    ReadLines(text.get(), size, path, &subject->tables, &subject->findings);
+    ReadLines(compiled ? compiled.get() : text.get(), read_size, path, &subject->tables, &subject->findings);
+    if (compiled) modern->MoveToAuthor(subject);
     CheckBudget(std::string_view(headless::Log()).substr(logged), subject);
     CheckRefused(subject);
     CheckNoTempo(subject);
@@ -63,6 +85,7 @@ bool CheckChart(Subject* subject, std::string* why) {
         CheckTimes(subject);
         CountFigures(subject);
     }
+    if (modern) modern->AddFindings(subject);
     subject->findings.Sort();
     subject->findings.CountCharacterColumns({text.get(), static_cast<size_t>(size)});
     return true;

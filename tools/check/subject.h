@@ -2,12 +2,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "chart/bms.h"
 #include "check/finding.h"
 #include "check/tables.h"
+#include "check/verdict.h"
 #include "display/ddraw.h"
 #include "platform/byteblock.h"
 #include "sound/dsound.h"
@@ -49,9 +51,10 @@ struct Figures {
 struct Subject {
     explicit Subject(const std::string& file, const CodeSet& wanted = CodeSet().set())
         : file_name(file), findings(wanted) {}
-    std::string file_name;  // as the user wrote it
-    std::string path;       // as the player gets it
-    SharedBytes provided;   // the bytes of the chart if they are not on the disk
+    std::string file_name;                  // as the user wrote it
+    std::string path;                       // as the player gets it
+    SharedBytes provided;                   // the bytes of the chart if they are not on the disk
+    std::optional<dialect::Choice> modern;  // the chart is compiled first; how its branches are taken
     CDSound sound;
     CDDraw display;
     std::unique_ptr<CBMS> chart;
@@ -61,6 +64,7 @@ struct Subject {
     std::vector<SoundFile> sounds;  // the defined ones, by number
     std::vector<PictureFile> pictures;
     Figures figures;
+    Verdict verdict;
     Findings findings;
 };
 
@@ -69,6 +73,9 @@ bool CheckChart(Subject* subject, std::string* why);
 
 // Reports what the player left out, from what it logged while it loaded the chart.
 void CheckBudget(std::string_view log, Subject* subject);
+
+// Checks a sound that no number of the compiled chart plays from its own file: loads it for itself.
+void CheckMixedSound(Subject* subject, const Definition& definition, int64_t objects);
 
 // The steps after loading and reading, in this order.
 void CheckSounds(Subject* subject);

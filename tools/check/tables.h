@@ -14,6 +14,7 @@ struct Definition {
     std::string name;    // of a file, as written
     std::string path;    // of a file, as the player opens it
     double tempo = 0.0;  // of an extended tempo
+    bool made = false;   // the file is no author's: a stem or a sheet of a compiled chart
 
     // Of the name of a file: it begins after the blank in column 7.
     Place NamePlace() const { return {place.line, place.column + 7}; }

@@ -3,8 +3,8 @@
 
 Usage: check_test.py TOOL SOURCE_FOLDER [--update]
 
-charts/NAME.txt is the report of charts/NAME.bms with all notes; the files named reports are those of several
-charts. --update rewrites these files and docs/findings.md: read the difference before you commit it.
+charts/NAME.txt is the report of charts/NAME.bms with all notes, NAME.modern the one with --modern, NAME.short the one
+without --all; the files named reports are those of several charts. --update rewrites these files and docs/findings.md: read the difference before you commit it.
 """
 import difflib
 import json
@@ -59,8 +59,11 @@ def test_reports():
     """Each chart has its stored report, and docs/check.md lists each code."""
     for name in sorted(os.listdir(CHARTS)):
         if name.endswith(".bms"):
-            _, report, errors = run("--strict", name)
+            _, report, errors = run("--strict", "--all", name)
             compare(name[:-4] + ".txt", errors + report)
+        elif name.endswith((".modern", ".short")):
+            options = ["--modern", "--strict", "--all"] if name.endswith(".modern") else []
+            compare(name, run(*options, os.path.splitext(name)[0] + ".bms")[1])
     with open(os.path.join(SOURCE, "tools", "check", "codes.h"), encoding="utf-8") as header:
         rows = re.findall(r'^    \{"([a-z0-9-]+)", k(\w+), k(\w+),\s+((?:"[^"]*"\s*)+)\}',
                           header.read(), re.M)
@@ -84,7 +87,7 @@ def test_folders_and_formats():
         with open(os.path.join(CHARTS, name[:-4] + ".txt"), encoding="utf-8") as report:
             reports.append(re.sub("^" + name, "charts/" + name, report.read(), flags=re.M))
     for jobs in "1", "3":
-        got = run("--strict", "-j", jobs, "charts", folder=os.path.dirname(CHARTS))[1]
+        got = run("--strict", "--all", "-j", jobs, "charts", folder=os.path.dirname(CHARTS))[1]
         expect(got == "\n".join(reports), f"order of {jobs} jobs")
     compare("reports.github", run("--strict", "--format", "github", *names, "gone%.bms")[1])
     compare("reports.statistics", run("--statistics", "--strict", *names)[1])
@@ -102,7 +105,7 @@ def test_folders_and_formats():
     expect(not log["invocations"][0]["executionSuccessful"], "a chart that cannot be read")
     name = "charts/sounds.bms"
     with open(os.path.join(CHARTS, "sounds.bms"), "rb") as chart:
-        got = run("--strict", "--path", name, "-", folder=os.path.dirname(CHARTS), text=chart.read())[1]
+        got = run("--strict", "--all", "--path", name, "-", folder=os.path.dirname(CHARTS), text=chart.read())[1]
     expect(got == reports[names.index("sounds.bms")], "a chart on standard input")
 
 
@@ -141,7 +144,7 @@ def test_files_are_found_once():
     for name in "sounds", "substitutes":
         with open(os.path.join(CHARTS, name + ".txt"), encoding="utf-8") as report:
             want = report.read().replace(name + ".bms:", f"charts/{name}.bms:")
-        got = run("--strict", f"charts/{name}.bms", folder=os.path.dirname(CHARTS))[1]
+        got = run("--strict", "--all", f"charts/{name}.bms", folder=os.path.dirname(CHARTS))[1]
         expect(got == want, "advice depends on the current folder")
     with tempfile.TemporaryDirectory() as folder, open(os.path.join(CHARTS, "song.ogg"), "rb") as song:
         for name in "ab":
@@ -173,6 +176,10 @@ def test_exit_codes():
             ("clean.bms channels.bms no_tempo.bms", 1, "no_tempo.bms: 0 errors"),
             ("channels.bms gone.bms clean.bms", 2, "gone.bms: No such file"),
             ("-- -x.bms", 2, "-x.bms: No such file"), ("", 2, "no chart given"),
+            ("--seed 1 clean.bms", 2, "need --modern"), ("--modern --random 1,x clean.bms", 2, "--random takes"),
+            ("--modern --strict --all --random 2 young.bms", 1, "branch 2 of 2"),
+            ("--modern --strict --all --seed 2 young.bms", 1, "branch 1 of 2"),
+            ("--modern --strict --all --seed 3 young.bms", 1, "branch 2 of 2"),
             ("--select tabb clean.bms", 2, "unknown code: tabb"), ("--format xml .", 2, "format: xml"),
             ("--explain nul", 0, "## nul\n"), ("--path x clean.bms", 2, "--path"),
             ("s", 2, "s: no chart found"),
@@ -191,7 +198,7 @@ def test_charts_made_here(folder):
             chart.write(b"\r\n".join(lines))
 
     write("many.bms", b"#00111:01", *[b"#UNKNOWN x"] * 1500)
-    report = run("many.bms", folder=folder)[1]
+    report = run("--all", "many.bms", folder=folder)[1]
     expect("500 more of [unknown-command]" in report and "0 errors, 1501 warnings" in report, report[-300:])
     write("path.bms", b"#BPM 120", b"#PATH_WAV " + os.fsencode(CHARTS), b"#WAV01 a.wav", b"#00111:01")
     _, report, _ = run("--strict", "path.bms", folder=folder)
