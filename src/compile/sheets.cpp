@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <new>
 
-#include "compile/sound.h"
+#include "compile/file.h"
 #include "display/dib.h"
-#include "platform/files/lookup.h"
 #include "platform/graphics/dib_format.h"
 #include "platform/substitutes/picture.h"
-#include "platform/substitutes/substitute.h"
 
 namespace compile {
 namespace {
@@ -20,16 +17,6 @@ using dialect::kSheetSide;
 
 constexpr int kSide = kSheetSide * kCellSize;  // pixels
 constexpr size_t kLeastBmp = 54;
-
-SharedBytes LoadPicture(const std::string& name) {
-    const std::string found = FindNamed(name);
-    const auto paths =
-        found.empty() ? SubstitutePaths(name, MediaKind::kPicture) : std::vector<std::string>{found};
-    const Substitute file = MakeSubstitute(paths, MediaKind::kPicture, {});
-    if (file.pBytes || file.path.empty()) return file.pBytes;
-    auto bytes = std::make_shared<ByteBlock>();
-    return ReadWhole(file.path, kMaxPictureFile, bytes.get()) ? bytes : nullptr;
-}
 
 // Draws the picture as the player does into an empty layer: at the top, in the middle or, when it is wider,
 // from its left.
@@ -49,7 +36,7 @@ void DrawPicture(const DibPicture& picture, DWORD* cell) {
 }
 
 void DrawCell(const std::string& name, DWORD* cell) {
-    const SharedBytes file = LoadPicture(name);
+    const SharedBytes file = LoadFile(name, MediaKind::kPicture, kMaxPictureFile);
     if (!file || file->Size() < kLeastBmp || std::memcmp(file->Data(), "BM", 2) != 0) return;
     CDib dib;  // its copy: finding the pixels mends the header
     dib.m_pData = new (std::nothrow) BYTE[file->Size()];

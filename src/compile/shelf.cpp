@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <thread>
 
+#include "platform/files/lookup.h"
+#include "platform/substitutes/substitute.h"
+
 namespace compile {
 namespace {
 
@@ -56,8 +59,10 @@ void Shelf::Load(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         auto [path, fresh] = paths_.try_emplace(name);
         if (fresh) {
-            std::vector<std::string> paths = SoundPaths(name);
-            path->second = paths.empty() ? "" : std::move(paths[0]);
+            const std::string found = FindNamed(name);
+            const auto paths =
+                found.empty() ? SubstitutePaths(name, MediaKind::kSound) : std::vector<std::string>{found};
+            path->second = paths.empty() ? "" : paths[0];
         }
         if (path->second.empty()) continue;
         const auto [entry, first] = entries_.try_emplace(path->second);

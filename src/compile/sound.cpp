@@ -1,22 +1,18 @@
 #include "compile/sound.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <new>
-#include <optional>
 #include <string_view>
 
+#include "compile/file.h"
 #include "compile/package.h"
 #include "platform/bytes.h"
 #include "platform/codec/acm.h"
-#include "platform/files/handle.h"
-#include "platform/files/lookup.h"
 #include "platform/sound/format.h"
 #include "platform/sound/resampler.h"
-#include "platform/substitutes/substitute.h"
+#include "platform/substitutes/sound.h"
 #include "sound/xadec.h"
 
 namespace compile {
@@ -167,17 +163,6 @@ double Sound::Ms() const {
     return static_cast<double>(Frames()) * 1000 / kStemRate;
 }
 
-bool ReadWhole(const std::string& path, size_t most, ByteBlock* bytes) {
-    int64_t size = 0;
-    const int file = OpenRegularFile(path.c_str(), &size);
-    if (file < 0) return false;
-    const auto wanted = static_cast<size_t>(size);
-    const bool read =
-        wanted <= most && bytes->Resize(wanted) && ReadFileAt(file, bytes->Data(), wanted, 0) == wanted;
-    close(file);
-    return read;
-}
-
 SoundPtr DecodeSound(const BYTE* bytes, size_t size) {
     Pcm pcm;
     const std::string_view file(reinterpret_cast<const char*>(bytes), size);
@@ -189,17 +174,9 @@ SoundPtr DecodeSound(const BYTE* bytes, size_t size) {
     }
 }
 
-std::vector<std::string> SoundPaths(const std::string& name) {
-    const std::string found = FindNamed(name);
-    return found.empty() ? SubstitutePaths(name, MediaKind::kSound) : std::vector{found};
-}
-
 SoundPtr LoadSound(const std::string& name) {
-    const Substitute file = MakeSubstitute(SoundPaths(name), MediaKind::kSound, {});
-    if (file.pBytes) return DecodeSound(file.pBytes->Data(), file.pBytes->Size());
-    ByteBlock bytes;
-    if (file.path.empty() || !ReadWhole(file.path, kMostFile, &bytes)) return nullptr;
-    return DecodeSound(bytes.Data(), bytes.Size());
+    const SharedBytes file = LoadFile(name, MediaKind::kSound, kMostFile);
+    return file ? DecodeSound(file->Data(), file->Size()) : nullptr;
 }
 
 }  // namespace compile

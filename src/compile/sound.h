@@ -21,13 +21,7 @@ using SoundPtr = std::shared_ptr<const Sound>;
 // Does not use the door, so it is safe on any thread.
 SoundPtr LoadSound(const std::string& name);
 
-// The paths that LoadSound tries, in this order.
-std::vector<std::string> SoundPaths(const std::string& name);
-
 // The same for bytes of a RIFF WAVE or XA file. Accepts arbitrary bytes.
 SoundPtr DecodeSound(const BYTE* bytes, size_t size);
-
-// A whole file of this machine; false when it is no regular file, larger than `most`, or cannot be read.
-bool ReadWhole(const std::string& path, size_t most, ByteBlock* bytes);
 
 }  // namespace compile

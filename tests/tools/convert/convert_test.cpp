@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "packages/encode.h"
 #include "support/media.h"
 #include "tools/run_tool.h"
 
@@ -160,14 +161,16 @@ TEST_F(Convert, HostileNames) {
 // 700 sounds, of which many have to be mixed, are heard each at its time and nothing else is. The short ones,
 // of other formats, are mixed for certain; the player alone tells how they sound.
 TEST_F(Convert, Sound) {
-    constexpr int kSounds = 700, kPerMeasure = 20, kStep = 4410, kStart = 3 * 44100, kOther = 3;
+    constexpr int kSounds = 700, kPerMeasure = 20, kStep = 4410, kStart = 3 * 44100, kOther = 5;
     folder_.Write("many/s1.wav", test::SquareWav(300, 20, {2, 22050, 16}));
     folder_.Write("many/s2.wav", test::SquareWav(300, 30, {1, 48000, 8}));
     folder_.Write("many/s3.wav", test::SquareWav(300, 40, {2, 44100, 8}));
+    folder_.Write("many/s4.ogg", test::Encode(test::Tone(400, 1, 32000), test::kOgg));
+    folder_.Write("many/s5.flac", test::Encode(test::Tone(400, 2), test::kFlac));
     std::vector<int16_t> expected(kStart + kSounds * kStep + 44100);
     std::string chart = "#BPM 120\r\n";
     for (int i = 0; i < kSounds; ++i) {
-        const std::string name = "s" + std::to_string(i + 1) + ".wav";
+        const std::string name = "s" + std::to_string(i + 1) + (i == 3 ? ".ogg" : ".wav");
         chart += "#WAV" + Number(i + 1) + " " + name + "\r\n";
         std::vector<int16_t> burst;
         if (i < kOther) {
