@@ -28,8 +28,7 @@ FileStream* OpenMade(const std::string& name) {
 // out.
 FileStream* Converted(const std::string& name, FileStream* pFile) {
     BYTE aHead[kForeignHead];
-    const size_t nHead = FileRead(aHead, 1, sizeof(aHead), pFile);
-    FileSeek(pFile, 0, SEEK_SET);
+    const size_t nHead = PeekStream(pFile, aHead, sizeof(aHead));
     const MediaKind kind = ForeignKind(aHead, nHead, name);
     if (kind == MediaKind::kNone || !TheDoor().IsWanted(kind)) return pFile;
     const std::shared_ptr<const Substitute> pMade = TheDoor().TakeNamed(name);

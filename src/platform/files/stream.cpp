@@ -63,6 +63,15 @@ FileStream* OpenStream(SharedBytes pBytes) {
     return pFile;
 }
 
+size_t PeekStream(FileStream* pFile, BYTE* pBuffer, size_t nBytes) {
+    const int64_t nPos = pFile->nPos;
+    pFile->nPos = 0;
+    FillWindow(pFile);
+    const size_t n = ReadWindow(pFile, pBuffer, nBytes);
+    pFile->nPos = nPos;
+    return n;
+}
+
 size_t FileRead(void* pBuffer, size_t nSize, size_t nCount, FileStream* pFile) {
     if (!pFile || !pBuffer || nSize == 0 || nCount == 0) return 0;
     size_t nBytes;
