@@ -32,12 +32,17 @@ size_t NumberOf(const std::string& part) {
     return error == std::errc() && (p == pEnd || *p == '.') ? n : 0;
 }
 
-std::string NumberedName(Folder* pFolder, const std::string& name) {
-    const size_t n = PlaceOf(pFolder->aNames, [&](const std::string& other) { return other == name; });
-    if (n > pFolder->aNames.size()) pFolder->aNames.push_back(name);
+// `~12.bms` for the name with that number.
+std::string Numbered(size_t n, const std::string& name) {
     const size_t nDot = std::min(name.rfind('.'), name.size());
     const std::string ending = name.size() - nDot <= kMaxEnding ? name.substr(nDot) : "";
     return '~' + std::to_string(n) + (ending.find('\\') == ending.npos ? ending : "");
+}
+
+std::string NumberedName(Folder* pFolder, const std::string& name) {
+    const size_t n = PlaceOf(pFolder->aNames, [&](const std::string& other) { return other == name; });
+    if (n > pFolder->aNames.size()) pFolder->aNames.push_back(name);
+    return Numbered(n, name);
 }
 
 }  // namespace
@@ -58,6 +63,7 @@ void ResolveAlias(PathParts* pPath) {
     pPath->root = folder.sPath;
     pPath->parts.erase(pPath->parts.begin());
     const size_t nName = NumberOf(pPath->parts[0]);
-    if (pPath->parts.size() == 1 && nName > 0 && nName <= folder.aNames.size())
-        pPath->parts[0] = folder.aNames[nName - 1];
+    if (pPath->parts.size() != 1 || nName == 0 || nName > folder.aNames.size()) return;
+    const std::string& name = folder.aNames[nName - 1];
+    if (pPath->parts[0] == Numbered(nName, name)) pPath->parts[0] = name;
 }
