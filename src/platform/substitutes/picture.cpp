@@ -44,7 +44,7 @@ uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
     uint64_t nWidth = 0, nHeight = 0, nScans = 0;
     for (size_t i = 2; i + 9 <= nBytes;) {
         const BYTE nMarker = pFile[i + 1];
-        if (pFile[i] != 0xFF || nMarker == 0 || nMarker == 0xFF || (nMarker >= 0xD0 && nMarker <= 0xD7)) {
+        if (pFile[i] != 0xFF || nMarker <= 1 || nMarker == 0xFF || (nMarker >= 0xD0 && nMarker <= 0xD7)) {
             ++i;
             continue;
         }
@@ -60,17 +60,32 @@ uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
     return Work(nWidth, nHeight, std::max<uint64_t>(nScans, 1));
 }
 
+// The larger of the screen and the first picture, which is decoded whole however small the screen is.
+uint64_t GifWork(const BYTE* p, size_t nBytes) {
+    constexpr size_t kHead = 13, kPlace = 10;
+    if (nBytes < kHead) return 0;
+    uint64_t nWidth = ReadLe16(p + 6), nHeight = ReadLe16(p + 8);
+    size_t i = kHead + (p[10] & 0x80 ? size_t{6} << (p[10] & 7) : 0);
+    while (i + 2 < nBytes && p[i] == '!') {
+        for (i += 2; i < nBytes && p[i] != 0;) i += p[i] + size_t{1};
+        ++i;
+    }
+    if (i + kPlace <= nBytes && p[i] == ',') {
+        nWidth = std::max<uint64_t>(nWidth, ReadLe16(p + i + 5));
+        nHeight = std::max<uint64_t>(nHeight, ReadLe16(p + i + 7));
+    }
+    return Work(nWidth, nHeight, 1);
+}
+
 }  // namespace
 
 uint64_t PictureWork(const BYTE* pFile, size_t nBytes) {
-    constexpr size_t kPngSize = 16, kGifSize = 6;
+    constexpr size_t kPngSize = 16;
     const PictureKind kind = KindOfPicture(pFile, nBytes);
     if (kind == PictureKind::kJpeg) return JpegWork(pFile, nBytes);
     if (kind == PictureKind::kPng && nBytes >= kPngSize + 8)
         return Work(ReadBe(pFile + kPngSize, 4), ReadBe(pFile + kPngSize + 4, 4), 1);
-    if (kind == PictureKind::kGif && nBytes >= kGifSize + 4)
-        return Work(ReadLe16(pFile + kGifSize), ReadLe16(pFile + kGifSize + 2), 1);
-    return 0;
+    return kind == PictureKind::kGif ? GifWork(pFile, nBytes) : 0;
 }
 
 BmpRows StartBmp(int64_t nWidth, int64_t nHeight, int nBits, ByteBlock* pBmp) {
