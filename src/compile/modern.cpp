@@ -1,6 +1,7 @@
 #include "compile/modern.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -11,7 +12,7 @@
 namespace compile {
 namespace {
 
-bool g_modern = false;
+std::atomic<bool> g_modern = false;  // also read by threads that tell the status
 
 // The chart compiled last. A loader opens a chart twice within moments: once to see whether it can be played,
 // then to play it.
@@ -54,7 +55,10 @@ void PlayModern(const dialect::Choice& choice, OnFindings on_findings) {
             const std::string folder = FolderOfName(name);
             Settings settings;
             settings.choice = choice;
-            if (!IsFresh(last, name, bytes)) last.package = CompileChart(bytes, folder, settings);
+            if (!IsFresh(last, name, bytes)) {
+                last.package = {};  // its sounds go before others come
+                last.package = CompileChart(bytes, folder, settings);
+            }
             last.name = name, last.bytes = bytes, last.at = std::chrono::steady_clock::now();
             if (on_findings) on_findings(last.package.findings);
             if (last.package.unchanged) return SharedBytes();

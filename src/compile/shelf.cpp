@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <system_error>
 #include <thread>
 
 #include "platform/files/lookup.h"
@@ -34,7 +35,11 @@ void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
     };
     const size_t cores = std::min<size_t>(count, std::max(1u, std::thread::hardware_concurrency()));
     std::vector<std::thread> threads;
-    for (size_t i = 1; i < cores; ++i) threads.emplace_back(run);
+    try {
+        for (size_t i = 1; i < cores; ++i) threads.emplace_back(run);
+    } catch (const std::system_error&) {
+        // Those that could be started help, or none.
+    }
     run();
     for (std::thread& thread : threads) thread.join();
 }
