@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -111,7 +112,10 @@ bool BindIn(const std::string& folder, const std::string& class_name, int fd, In
 void RemoveFiles() {
     if (g_socket_path[0]) unlink(g_socket_path);
     if (g_channel_path[0]) unlink(g_channel_path);
-    if (g_folder_path[0]) rmdir(g_folder_path);  // fails while another instance is in it
+    // Fails while another instance is in it. One that is starting has locked it and is not in it yet.
+    const int folder = g_folder_path[0] ? open(g_folder_path, O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
+    if (folder >= 0 && flock(folder, LOCK_EX | LOCK_NB) == 0) rmdir(g_folder_path);
+    if (folder >= 0) close(folder);
 }
 
 void RemoveAndDie(int number) {
