@@ -21,6 +21,7 @@ namespace {
 
 using nlohmann::json;
 
+constexpr int kMostNested = 64;
 constexpr size_t kMaxRequests = 1000;  // that wait for the main thread
 
 struct Request {
@@ -56,7 +57,9 @@ void Refuse(uint64_t client, const json& id, const char* code, const std::string
 // ---- the host's thread: what can be answered at once is ----
 
 void OnLine(uint64_t client, const std::string& line) {
-    const json body = json::parse(line, nullptr, false);
+    // Copying and printing recurse, and the thread's stack may be small.
+    const json body = json::parse(
+        line, [](int depth, json::parse_event_t, const json&) { return depth <= kMostNested; }, false);
     if (!body.is_object()) return Refuse(client, nullptr, "not-json", "the line is not a JSON object");
     const json id = body.value("id", json());
     const json command = body.value("command", json());

@@ -7,6 +7,7 @@
 
 #include "app/status.h"
 #include "host/host.h"
+#include "host/terminal.h"
 #include "shell/shell.h"
 
 namespace app {
@@ -14,7 +15,8 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kPatience = 200;                                      // ms for an answer
+constexpr int kPatience = 200;  // ms for an answer
+constexpr int kStatusId = 2;
 constexpr uint64_t kLongest = 10'000'000'000, kPause = 10'000'000;  // ns
 
 std::vector<uint64_t> Running() {
@@ -36,14 +38,15 @@ int FindOne(uint64_t* id) {
     return ids.empty() ? kNoneRuns : ids.size() > 1 ? kCannotTake : kDone;
 }
 
-// The answer to the request of that id; null when it does not come in time.
-json ReadAnswer(host::LineClient* client, int id, int milliseconds) {
+// The answer to the request of that id, or of the other one; null when neither comes in time.
+json ReadAnswer(host::LineClient* client, int id, int milliseconds, int other = 0) {
     const uint64_t end = host::Nanoseconds() + static_cast<uint64_t>(milliseconds) * 1'000'000;
     std::string line;
     for (uint64_t now; (now = host::Nanoseconds()) < end;) {
         if (!client->Read(&line, static_cast<int>((end - now) / 1'000'000) + 1)) return nullptr;
         json answer = json::parse(line, nullptr, false);
-        if (answer.is_object() && answer.value("id", json()) == id) return answer;
+        const json of = answer.is_object() ? answer.value("id", json()) : json();
+        if (of == id || of == other) return answer;
     }
     return nullptr;
 }
@@ -60,10 +63,13 @@ int Result(const json& answer) {
     return error.value("code", "") == "refused" ? kRefused : kCannotTake;
 }
 
+bool AskStatus(host::LineClient* client) {
+    return client->Write(json({{"id", kStatusId}, {"command", "status"}}).dump());
+}
+
 json ReadStatus(host::LineClient* client) {
-    static int id = 1000;
-    if (!client->Write(json({{"id", ++id}, {"command", "status"}}).dump())) return nullptr;
-    const json answer = ReadAnswer(client, id, kPatience);
+    if (!AskStatus(client)) return nullptr;
+    const json answer = ReadAnswer(client, kStatusId, kPatience);
     return answer.is_object() ? answer.value("result", json()) : nullptr;
 }
 
@@ -73,13 +79,14 @@ int Tell(host::LineClient* client, json command, json* result) {
     if (!client->Write(command.dump(-1, ' ', false, json::error_handler_t::replace))) return NoAnswer();
     const uint64_t end = host::Nanoseconds() + kLongest;
     while (host::Nanoseconds() < end) {
-        const json answer = ReadAnswer(client, 1, kPatience);
-        if (answer.is_object()) {
-            *result = answer.value("result", json());
-            return Result(answer);
+        json answer = ReadAnswer(client, 1, kPatience / 2);
+        if (!answer.is_object()) {
+            if (!AskStatus(client)) return NoAnswer();
+            answer = ReadAnswer(client, kStatusId, kPatience / 2, 1);
         }
-        const json status = ReadStatus(client);
-        if (!status.is_object()) return NoAnswer();
+        if (!answer.is_object()) return NoAnswer();
+        const json status = answer.value("result", json::object());
+        if (answer["id"] == 1) return *result = status, Result(answer);
         if (command["command"] != "open" || !status.value("modal", false)) continue;
         Say("the chart is opened when the box or menu in the player is closed");
         return kDone;
@@ -142,7 +149,7 @@ int ShowStatus(bool follow) {
 }  // namespace
 
 void Say(const std::string& line) {
-    std::fprintf(stderr, "lumetra: %s\n", line.c_str());
+    std::fprintf(stderr, "lumetra: %s\n", host::TerminalText(line).c_str());
 }
 
 int RunCommand(const LongOptions& options) {

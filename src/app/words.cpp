@@ -54,7 +54,7 @@ void SayWhatIsIgnored(int argc, const char* const* argv) {
     const int name = FindName(argc, argv);
     for (int i = 1; i < name; ++i) {
         const bool known = !*argv[i] || std::string(kKnown).find(Letter(argv[i])) != std::string::npos;
-        if (!known || argv[i][1] == '-') Say(std::string(argv[i]) + " is unknown and ignored");
+        if (!known || (*argv[i] && argv[i][1] == '-')) Say(std::string(argv[i]) + " is unknown and ignored");
     }
     for (int i = name + 1; i < argc; ++i) {
         if (argv[i][0] == '-')
