@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "common/output_rules.h"
@@ -72,6 +73,7 @@ void Output::OpenDescriptor(int fd) {
 }
 
 bool Output::CreateBeside(const std::string& target) {
+    if (std::filesystem::is_symlink(target)) return errno = ELOOP, Fail();  // FollowLinks has given up
     target_ = target;
     seekable_ = owned_ = true;
     struct stat status = {};

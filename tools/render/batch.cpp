@@ -12,6 +12,7 @@
 #include "common/parallel.h"
 #include "common/signals.h"
 #include "render/child.h"
+#include "render/outputs.h"
 
 namespace render {
 namespace {
@@ -127,8 +128,13 @@ ExitCode RenderPreviews(const Options& options, const std::function<ExitCode(con
     if (error) return Complain(kOutput, options.output_dir + ": cannot create: " + error.message());
     Counts counts;
     std::vector<PreviewJob> jobs;
+    // A preview of one chart may have the name of another's sound.
+    tools::OutputRules rules(true);
+    for (const std::string& chart : charts) ProtectNamed(chart, &rules);
     for (const PreviewJob& job : NamePreviews(charts, options.output_dir)) {
-        if (!options.force && fs::exists(job.output, error))
+        if (options.force && !rules.Allow(job.output, tools::FileKind::kOgg, &why))
+            counts.Add(Complain(kUsage, why));
+        else if (!options.force && fs::exists(job.output, error))
             ++counts.existing;
         else
             jobs.push_back(job);

@@ -2,10 +2,10 @@
 #include <memory>
 
 #include "common/arguments.h"
-#include "compile/modern.h"
 #include "common/messages.h"
 #include "common/output.h"
 #include "common/signals.h"
+#include "compile/modern.h"
 #include "render/audio.h"
 #include "render/batch.h"
 #include "render/child.h"

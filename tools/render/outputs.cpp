@@ -27,25 +27,30 @@ void ProtectHeaders(const std::string& chart, tools::OutputRules* rules) {
         const size_t end = std::min(text.find_first_of("\r\n", at), text.size());
         const std::string_view line = text.substr(at, end - at);
         at = end + 1;
-        const size_t blank = line.find_first_of(" \t");
-        if (line.empty() || line[0] != '#' || blank == line.npos || line.substr(0, 8) == "#PREVIEW") continue;
-        const std::string found = FileFind((folder + std::string(line.substr(blank + 1))).c_str());
+        const size_t blank = line.find_first_of(" \t"), name = line.find_first_not_of(" \t", blank);
+        if (line.empty() || line[0] != '#' || name == line.npos || line.substr(0, 8) == "#PREVIEW") continue;
+        const std::string_view rest = line.substr(name, line.find_last_not_of(" \t") + 1 - name);
+        const std::string found = FileFind((folder + std::string(rest)).c_str());
         if (!found.empty()) rules->Protect(found);
     }
 }
 
 void ProtectInputs(const std::string& chart, tools::OutputRules* rules) {
-    const std::string found = FileFind(chart.c_str());
-    for (const std::string& name : {chart, found}) rules->Protect(name);
     for (const auto* names : {&g_pBMS->m_aszWav, &g_pBMS->m_aszBmp}) {
         for (const char* name : *names) {
             if (name[0]) rules->Protect(FileFind(name));
         }
     }
-    ProtectHeaders(found, rules);
+    ProtectNamed(chart, rules);
 }
 
 }  // namespace
+
+void ProtectNamed(const std::string& chart, tools::OutputRules* rules) {
+    const std::string found = FileFind(chart.c_str());
+    for (const std::string& name : {chart, found}) rules->Protect(name);
+    ProtectHeaders(found, rules);
+}
 
 std::string PictureName(const Options& options, size_t index) {
     char number[24];

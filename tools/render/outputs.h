@@ -1,6 +1,7 @@
 // What a call of the renderer writes, and whether it may.
 #pragma once
 
+#include "common/output_rules.h"
 #include "render/options.h"
 #include "render/pass.h"
 
@@ -12,5 +13,8 @@ ExitCode CheckOutputs(const Options& options);
 
 // The picture's file, such as DIR/0001_m12.5.png. index: in options.places.
 std::string PictureName(const Options& options, size_t index);
+
+// The chart and every file that a line of it names, in any branch.
+void ProtectNamed(const std::string& chart, tools::OutputRules* rules);
 
 }  // namespace render

@@ -1,6 +1,7 @@
 #include "render/video.h"
 
 #include "common/output_rules.h"
+#include "common/signals.h"
 #include "playback/layout.h"
 #include "render/encoder.h"
 #include "render/pictures.h"
@@ -75,6 +76,7 @@ ExitCode VideoSink::Begin(double) {
 // Its message names the temporary file.
 ExitCode VideoSink::EncoderFailed() {
     encoder_->Finish();
+    if (tools::Stopped()) return kStopped;  // Ctrl+C ends the encoder, too
     std::string message = encoder_->Message();
     const std::string own = "file:" + out_.path();
     for (size_t at = 0; (at = message.find(own, at)) != message.npos;)
