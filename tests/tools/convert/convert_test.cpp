@@ -4,7 +4,6 @@
 
 #include <random>
 
-#include "packages/encode.h"
 #include "support/media.h"
 #include "tools/run_tool.h"
 
@@ -165,8 +164,8 @@ TEST_F(Convert, Sound) {
     folder_.Write("many/s1.wav", test::SquareWav(300, 20, {2, 22050, 16}));
     folder_.Write("many/s2.wav", test::SquareWav(300, 30, {1, 48000, 8}));
     folder_.Write("many/s3.wav", test::SquareWav(300, 40, {2, 44100, 8}));
-    folder_.Write("many/s4.ogg", test::Encode(test::Tone(400, 1, 32000), test::kOgg));
-    folder_.Write("many/s5.flac", test::Encode(test::Tone(400, 2), test::kFlac));
+    folder_.Write("many/s4.ogg", test::ReadFile(STORED_SOUNDS "/ogg"));
+    folder_.Write("many/s5.flac", test::ReadFile(STORED_SOUNDS "/flac"));
     std::vector<int16_t> expected(kStart + kSounds * kStep + 44100);
     std::string chart = "#BPM 120\r\n";
     for (int i = 0; i < kSounds; ++i) {
