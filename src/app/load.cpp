@@ -1,7 +1,6 @@
 #include "app/load.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <new>
 
@@ -9,7 +8,6 @@
 #include "chart/bms.h"
 #include "compile/modern.h"
 #include "host/host.h"
-#include "platform/debug.h"
 #include "platform/files/filename.h"
 #include "platform/window/dialog.h"
 #include "report/refusal.h"
@@ -18,17 +16,8 @@
 
 namespace app {
 
-// Films have no picture of their own in the player.
 void SetModern(bool modern) {
-    if (!modern) return compile::PlayAsWritten();
-    compile::PlayModern({}, [](const std::vector<dialect::Finding>& findings) {
-        for (const dialect::Finding& finding : findings) {
-            if (std::strcmp(finding.code, "film") != 0) continue;
-            OutputDebugStringA(
-                ("Chart: line " + std::to_string(finding.place.line) + ": " + finding.text + "\n").c_str());
-            return;
-        }
-    });
+    modern ? compile::PlayModern() : compile::PlayAsWritten();
 }
 
 Probe ProbeChart(const std::string& path) {

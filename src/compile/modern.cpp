@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -12,19 +13,20 @@
 namespace compile {
 namespace {
 
-std::atomic<bool> g_modern = false;  // also read by threads that tell the status
+std::atomic<bool> g_modern = false;
 
 // The chart compiled last. A loader opens a chart twice within moments: once to see whether it can be played,
-// then to play it.
+// then to play it. The package, which holds decoded sounds, lives as long as its files can be opened.
 struct Last {
     std::string name, bytes;
     std::chrono::steady_clock::time_point at;
-    Package package;
+    std::weak_ptr<const Package> package;
 };
 
-bool IsFresh(const Last& last, const std::string& name, std::string_view bytes) {
-    return last.name == name && last.bytes == bytes &&
-           std::chrono::steady_clock::now() - last.at < std::chrono::seconds(1);
+std::shared_ptr<const Package> Again(const Last& last, const std::string& name, std::string_view bytes) {
+    const bool fresh = last.name == name && last.bytes == bytes &&
+                       std::chrono::steady_clock::now() - last.at < std::chrono::seconds(1);
+    return fresh ? last.package.lock() : nullptr;
 }
 
 // What the reader puts before the names of sounds and pictures.
@@ -32,10 +34,15 @@ std::string FolderOfName(const std::string& name) {
     return name.substr(0, name.rfind('\\') + 1);
 }
 
-// The reader adds a separator where it takes the one before for half of a two-byte character.
-void RegisterBoth(const std::string& folder, const MadeFile& file) {
-    RegisterFile(folder + file.name, file.make);
-    RegisterFile(folder + '\\' + file.name, file.make);
+void RegisterFiles(const std::string& folder, const std::shared_ptr<const Package>& package) {
+    for (const MadeFile& file : package->made) {
+        const FileMaker make = [package, &file](const MayHold& mayHold, ByteBlock* bytes) {
+            return file.make(mayHold, bytes);
+        };
+        RegisterFile(folder + file.name, make);
+        // The reader adds a separator where it takes the one before for half of a two-byte character.
+        RegisterFile(folder + '\\' + file.name, make);
+    }
 }
 
 SharedBytes Shared(const std::string& text) {
@@ -47,24 +54,20 @@ SharedBytes Shared(const std::string& text) {
 
 }  // namespace
 
-void PlayModern(const dialect::Choice& choice, OnFindings on_findings) {
+void PlayModern(const dialect::Choice& choice) {
     g_modern = true;
-    SetChartMaker(
-        [choice, on_findings, last = Last()](const std::string& name, const ByteBlock& chart) mutable {
-            const std::string_view bytes(reinterpret_cast<const char*>(chart.Data()), chart.Size());
-            const std::string folder = FolderOfName(name);
-            Settings settings;
-            settings.choice = choice;
-            if (!IsFresh(last, name, bytes)) {
-                last.package = {};  // its sounds go before others come
-                last.package = CompileChart(bytes, folder, settings);
-            }
-            last.name = name, last.bytes = bytes, last.at = std::chrono::steady_clock::now();
-            if (on_findings) on_findings(last.package.findings);
-            if (last.package.unchanged) return SharedBytes();
-            for (const MadeFile& file : last.package.made) RegisterBoth(folder, file);
-            return Shared(last.package.text);
-        });
+    SetChartMaker([choice, last = Last()](const std::string& name, const ByteBlock& chart) mutable {
+        const std::string_view bytes(reinterpret_cast<const char*>(chart.Data()), chart.Size());
+        const std::string folder = FolderOfName(name);
+        Settings settings;
+        settings.choice = choice;
+        std::shared_ptr<const Package> package = Again(last, name, bytes);
+        if (!package) package = std::make_shared<Package>(CompileChart(bytes, folder, settings));
+        last = {name, std::string(bytes), std::chrono::steady_clock::now(), package};
+        if (package->unchanged) return SharedBytes();
+        RegisterFiles(folder, package);
+        return Shared(package->text);
+    });
 }
 
 void PlayAsWritten() {

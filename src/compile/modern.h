@@ -1,18 +1,12 @@
 // Playing charts of today: every chart that is opened from then on is compiled first, in memory.
 #pragma once
 
-#include <functional>
-#include <vector>
-
 #include "dialect/dialect.h"
 
 namespace compile {
 
-// What is done with the findings of a chart that was opened.
-using OnFindings = std::function<void(const std::vector<dialect::Finding>&)>;
-
-void PlayModern(const dialect::Choice& choice = {}, OnFindings on_findings = nullptr);
+void PlayModern(const dialect::Choice& choice = {});
 void PlayAsWritten();  // charts are read as they are, which is how a program begins
-bool PlaysModern();
+bool PlaysModern();    // from any thread
 
 }  // namespace compile

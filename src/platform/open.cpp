@@ -11,6 +11,7 @@
 
 namespace {
 
+ChartMaker g_chartMaker;
 constexpr int64_t kMaxMadeChart = int64_t{64} << 20;  // bytes; larger charts are read as they are
 
 Door& TheDoor() {
@@ -30,6 +31,7 @@ FileStream* Converted(const std::string& name, FileStream* pFile) {
     BYTE aHead[kForeignHead];
     const size_t nHead = PeekStream(pFile, aHead, sizeof(aHead));
     const MediaKind kind = ForeignKind(aHead, nHead, name);
+    if (kind == MediaKind::kNone && g_chartMaker) TheDoor().TellFilm(name);
     if (kind == MediaKind::kNone || !TheDoor().IsWanted(kind)) return pFile;
     const std::shared_ptr<const Substitute> pMade = TheDoor().TakeNamed(name);
     if (pMade && !pMade->pBytes) return pFile;  // cannot be converted: read as it is
@@ -46,7 +48,6 @@ int64_t SizeOf(FileStream* pFile) {
 
 std::string g_provided;   // the name that FileProvide was given
 SharedBytes g_pProvided;  // null: none
-ChartMaker g_chartMaker;
 
 FileStream* OpenChart(const char* pszPath) {
     return g_pProvided && g_provided == pszPath ? OpenStream(g_pProvided) : OpenNamed(pszPath);
@@ -79,7 +80,8 @@ FileStream* FileOpenAsNamed(const char* pszPath) {
     if (Hooked(&pOrdered, PlatformCall::kFileOpen, pszPath)) return pOrdered;
     FileStream* pFile = OpenChart(pszPath);
     if (!pFile || !g_chartMaker) return pFile;
-    TheDoor().ForgetMakers();
+    // A chart that is opened again at once registers the same files: they stay until then.
+    const Door::Makers before = TheDoor().TakeMakers();
     ByteBlock chart;
     SharedBytes pMade = ReadWhole(pFile, &chart) ? g_chartMaker(pszPath, chart) : nullptr;
     if (!pMade) return pFile;
@@ -88,7 +90,7 @@ FileStream* FileOpenAsNamed(const char* pszPath) {
 }
 
 void SetChartMaker(ChartMaker maker) {
-    TheDoor().ForgetMakers();
+    TheDoor().TakeMakers();
     g_chartMaker = std::move(maker);
 }
 

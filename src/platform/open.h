@@ -13,5 +13,5 @@ using ChartMaker = std::function<SharedBytes(const std::string& name, const Byte
 void SetChartMaker(ChartMaker maker);  // empty: charts are read as they are
 
 // A file that FileOpen makes when this name is opened, spelled exactly so, whatever the disk has. Until the
-// next chart is opened.
+// sounds of the chart are loaded, or the next chart is opened.
 void RegisterFile(const std::string& name, FileMaker maker);

@@ -9,6 +9,7 @@
 
 #include "host/headless/headless.h"
 #include "platform/files/files.h"
+#include "platform/open.h"
 #include "platform/substitutes/kept.h"
 #include "platform/substitutes/picture.h"
 #include "platform/substitutes/substitute.h"
@@ -119,6 +120,42 @@ TEST(Door, PicturesOfManyScansAreRefused) {
     };
     EXPECT_TRUE(taken(JpegInScans(400)));
     EXPECT_FALSE(taken(JpegInScans(600)));
+}
+
+// Made files are there while a load needs them; films are told of once, where charts are compiled.
+TEST(Door, AChartMakerBringsFilesAndTellsOfFilms) {
+    test::TempFolder folder;
+    folder.Write("a.bms", "chart");
+    for (const char* film : {"a.mpg", "b.AVI"}) folder.Write(film, "film, long enough");
+    const std::string chart = folder.Path("a.bms"), made = folder.Path("made.wav");
+    const std::string names[] = {folder.Path("a.mpg"), folder.Path("b.AVI")};
+    const auto opens = [](const std::string& name) {
+        FileStream* file = FileOpen(name.c_str(), "rb");
+        return file && FileClose(file) == 0;
+    };
+    const auto open_pictures = [&] {
+        const char* list[] = {names[0].c_str(), names[1].c_str()};
+        FilesExpect(FILES_PICTURES, list, 2);
+        for (const std::string& name : names) EXPECT_TRUE(opens(name));
+        FilesExpectNoMore();
+    };
+    headless::Reset();
+    FileForgetListings();
+    open_pictures();
+    EXPECT_EQ(headless::Log(), "");
+    SetChartMaker([&](const std::string&, const ByteBlock&) {
+        RegisterFile(made, [](const MayHold&, ByteBlock* bytes) { return bytes->Resize(9); });
+        return SharedBytes();
+    });
+    EXPECT_EQ(FileClose(FileOpenAsNamed(chart.c_str())), 0);
+    open_pictures();
+    EXPECT_EQ(headless::Log(), "Files: a.mpg is a film; films are not shown\n");
+    const char* sound = made.c_str();
+    FilesExpect(FILES_SOUNDS, &sound, 1);
+    EXPECT_TRUE(opens(made));
+    FilesExpectNoMore();
+    EXPECT_FALSE(opens(made));
+    SetChartMaker(nullptr);
 }
 
 }  // namespace

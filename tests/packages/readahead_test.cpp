@@ -98,7 +98,7 @@ TEST_F(Ahead, LargeSoundsComeInTurn) {
 TEST(AheadOfTheReader, MemoryIsBounded) {
     for (const bool asks : {true, false}) {
         std::atomic<int> made = 0;
-        const auto make = [&](const std::string&, MediaKind, const MayHold& mayHold) {
+        const auto make = [&](const MayHold& mayHold) {
             auto bytes = std::make_shared<ByteBlock>();
             auto result = std::make_shared<Substitute>();
             bytes->Resize(size_t{24} << 20);
@@ -107,8 +107,7 @@ TEST(AheadOfTheReader, MemoryIsBounded) {
             ++made;
             return result;
         };
-        ReadAhead ahead(
-            {[](const auto&, auto) { return true; }, make, [](const auto&, auto) { return true; }});
+        ReadAhead ahead([&](const auto&, auto) { return make; });
         std::vector<std::string> names;
         for (int i = 0; i < 30; ++i) names.push_back(std::to_string(i));
         ahead.Expect(MediaKind::kSound, names);
@@ -120,12 +119,11 @@ TEST(AheadOfTheReader, MemoryIsBounded) {
 
 // A package whose files are all there has no threads.
 TEST_F(Ahead, ThreadsComeOnlyWithTheFirstConversion) {
-    ReadAhead ahead(
-        {[](const std::string& name, MediaKind kind) { return !SubstitutePaths(name, kind).empty(); },
-         [](const std::string& name, MediaKind kind, const MayHold&) {
-             return std::make_shared<Substitute>(MakeSubstitute(SubstitutePaths(name, kind), kind, {}));
-         },
-         [](const std::string&, MediaKind) { return true; }});
+    ReadAhead ahead([](const std::string& name, MediaKind kind) -> ReadAhead::Make {
+        const std::vector<std::string> paths = SubstitutePaths(name, kind);
+        if (paths.empty()) return nullptr;
+        return [=](const MayHold&) { return std::make_shared<Substitute>(MakeSubstitute(paths, kind, {})); };
+    });
     ahead.Expect(MediaKind::kSound, names);
     EXPECT_EQ(ahead.ThreadsStarted(), 0u);
     EXPECT_EQ(ahead.Take(folder.Path("s2.wav")).pMade->path, "");

@@ -7,15 +7,12 @@
 #include <tuple>
 
 #include "common/terminal.h"
-#include "platform/ascii.h"
+#include "platform/substitutes/substitute.h"
 
 namespace convert {
 namespace {
 
 using dialect::Severity;
-
-constexpr std::string_view kFilms[] = {".mpg", ".mpeg", ".avi", ".wmv", ".mp4", ".m4v", ".mov",
-                                       ".mkv", ".webm", ".flv", ".ogv", ".asf", ".m1v", ".m2v"};
 
 const char* NameOf(Severity severity) {
     return severity == Severity::kError ? "error" : severity == Severity::kWarning ? "warning" : "note";
@@ -28,9 +25,7 @@ void AddFileFindings(compile::Package* package) {
         const auto add = [&](Severity severity, const char* code, const char* text) {
             package->findings.push_back({severity, code, file.source, dialect::Quote(file.name) + text});
         };
-        const bool film = std::any_of(std::begin(kFilms), std::end(kFilms), [&](std::string_view suffix) {
-            return AsciiEndsWith(file.name, suffix) && AsciiEndsWith(file.path, suffix);
-        });
+        const bool film = IsFilmName(file.name) && IsFilmName(file.path);
         if (file.path.empty())
             add(Severity::kWarning, "missing-file", " is not there");
         else if (film && file.kind == MediaKind::kPicture)

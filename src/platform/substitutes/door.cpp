@@ -2,29 +2,30 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "platform/debug.h"
 #include "platform/files/handle.h"
 #include "platform/files/lookup.h"
 
 namespace {
 
-// Of the file that a name stands for: its path where it must be converted, otherwise empty.
-std::string ForeignFile(const std::string& name, MediaKind kind) {
-    const std::string path = FindNamed(name);
+// Whether the readers need another file in place of this one.
+bool MustConvert(const std::string& path, MediaKind kind) {
     int64_t nSize = 0;
-    const int nFile = path.empty() ? -1 : OpenRegularFile(path.c_str(), &nSize);
-    if (nFile < 0) return "";
+    const int nFile = OpenRegularFile(path.c_str(), &nSize);
+    if (nFile < 0) return false;
     BYTE aHead[kForeignHead];
     const size_t nHead = ReadFileAt(nFile, aHead, sizeof(aHead), 0);
     close(nFile);
-    return ForeignKind(aHead, nHead, path) == kind && kind != MediaKind::kNone ? path : "";
+    return kind != MediaKind::kNone && ForeignKind(aHead, nHead, path) == kind;
 }
 
-// Those that may take the name's place: the file itself where it is there.
+// The files from which a name's bytes can be made. Empty when the file is there and is read as it is.
 std::vector<std::string> PathsFor(const std::string& name, MediaKind kind) {
-    const std::string foreign = ForeignFile(name, kind);
-    if (!foreign.empty()) return {foreign};
-    return FindNamed(name).empty() ? SubstitutePaths(name, kind) : std::vector<std::string>();
+    const std::string path = FindNamed(name);
+    if (path.empty()) return SubstitutePaths(name, kind);
+    return MustConvert(path, kind) ? std::vector<std::string>{path} : std::vector<std::string>();
 }
 
 const char* NameOf(MediaKind kind) {
@@ -33,25 +34,16 @@ const char* NameOf(MediaKind kind) {
 
 }  // namespace
 
-Door::Door()
-    : m_readAhead({[this](const std::string& name, MediaKind kind) {
-                       return HasMaker(name) || !PathsFor(name, kind).empty();
-                   },
-                   [this](const std::string& name, MediaKind kind, const MayHold& mayHold) {
-                       return Make(name, kind, mayHold);
-                   },
-                   [this](const std::string& name, MediaKind kind) {
-                       return HasMaker(name) || FindNamed(name).empty() || !ForeignFile(name, kind).empty();
-                   }}) {}
+Door::Door() : m_readAhead([this](const std::string& name, MediaKind kind) { return Prepare(name, kind); }) {}
 
 void Door::Register(const std::string& name, FileMaker maker) {
     m_readAhead.Stop();
     m_makers[name] = std::move(maker);
 }
 
-void Door::ForgetMakers() {
+Door::Makers Door::TakeMakers() {
     m_readAhead.Stop();
-    m_makers.clear();
+    return std::exchange(m_makers, {});
 }
 
 void Door::Expect(MediaKind kind, std::vector<std::string> names) {
@@ -61,6 +53,7 @@ void Door::Expect(MediaKind kind, std::vector<std::string> names) {
 
 void Door::ExpectNoMore() {
     m_readAhead.Stop();
+    if (m_expected == MediaKind::kSound) m_makers.clear();
     m_expected = MediaKind::kNone;
 }
 
@@ -69,6 +62,7 @@ void Door::BeginLoad() {
     m_budget.Reset();
     m_told.clear();
     m_nToldOverBudget = 0;
+    m_bToldFilm = false;
 }
 
 std::shared_ptr<const Substitute> Door::TakeWithinBudget(const std::string& name, bool* pbLeftOut) {
@@ -101,16 +95,26 @@ bool Door::MayOpen(const std::string& name, int64_t nBytes) {
 }
 
 // On any thread.
-std::shared_ptr<const Substitute> Door::Make(const std::string& name, MediaKind kind,
-                                             const MayHold& mayHold) {
-    const ConversionLimits limits = {mayHold, &m_budget};
-    const auto it = m_makers.find(name);
-    if (it == m_makers.end())
-        return std::make_shared<Substitute>(MakeSubstitute(PathsFor(name, kind), kind, limits));
-    auto pMade = std::make_shared<Substitute>();
-    auto pBytes = std::make_shared<ByteBlock>();
-    if (it->second(mayHold, pBytes.get())) pMade->pBytes = std::move(pBytes);
-    return pMade;
+ReadAhead::Make Door::Prepare(const std::string& name, MediaKind kind) {
+    if (const auto it = m_makers.find(name); it != m_makers.end()) {
+        return [&maker = it->second](const MayHold& mayHold) {
+            auto pMade = std::make_shared<Substitute>();
+            auto pBytes = std::make_shared<ByteBlock>();
+            if (maker(mayHold, pBytes.get())) pMade->pBytes = std::move(pBytes);
+            return pMade;
+        };
+    }
+    std::vector<std::string> paths = PathsFor(name, kind);
+    if (paths.empty()) return nullptr;
+    return [this, kind, paths = std::move(paths)](const MayHold& mayHold) {
+        return std::make_shared<Substitute>(MakeSubstitute(paths, kind, {mayHold, &m_budget}));
+    };
+}
+
+void Door::TellFilm(const std::string& name) {
+    if (m_expected != MediaKind::kPicture || m_bToldFilm || !IsFilmName(name)) return;
+    m_bToldFilm = true;
+    OutputDebugStringA(("Files: " + NameForLog(name) + " is a film; films are not shown\n").c_str());
 }
 
 void Door::Tell(const std::string& name, const Substitute& substitute) {

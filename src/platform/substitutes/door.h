@@ -24,9 +24,10 @@ public:
     Door();
 
     // A name, spelled exactly as it will be opened, whose bytes come from a maker, whatever the disk has.
-    // Lasts until ForgetMakers.
+    // Lasts until a list of sounds ends, which come last in a load, or until TakeMakers.
     void Register(const std::string& name, FileMaker maker);
-    void ForgetMakers();
+    using Makers = std::unordered_map<std::string, FileMaker>;
+    Makers TakeMakers();  // all of them; none is left
     bool HasMaker(const std::string& name) const { return !m_makers.empty() && m_makers.count(name) != 0; }
 
     // The names that will be opened, in order; what came before is dropped.
@@ -45,19 +46,23 @@ public:
     // Counts a picture that is opened. False, with a line of log, when it is beyond the chart's budget.
     bool MayOpen(const std::string& name, int64_t nBytes);
 
+    // Logs once for each load that a name in the list of pictures is a film.
+    void TellFilm(const std::string& name);
+
     // A new load begins: nothing is spent, nothing was logged. What is kept stays.
     void BeginLoad();
 
 private:
     std::shared_ptr<const Substitute> TakeWithinBudget(const std::string& name, bool* pbLeftOut);
-    std::shared_ptr<const Substitute> Make(const std::string& name, MediaKind kind, const MayHold& mayHold);
+    ReadAhead::Make Prepare(const std::string& name, MediaKind kind);
     void Tell(const std::string& name, const Substitute& substitute);
     void TellOverBudget(const std::string& name, MediaKind kind);
 
     Budget m_budget;
-    std::unordered_map<std::string, FileMaker> m_makers;  // changes only while no thread reads ahead
-    MediaKind m_expected = MediaKind::kNone;              // of the list
-    std::unordered_set<std::string> m_told;               // names whose substitute the log has told
-    unsigned m_nToldOverBudget = 0;                       // a bit for each kind
-    ReadAhead m_readAhead;                                // last: its threads use the others
+    Makers m_makers;                          // changes only while no thread reads ahead
+    MediaKind m_expected = MediaKind::kNone;  // of the list
+    std::unordered_set<std::string> m_told;   // names whose substitute the log has told
+    unsigned m_nToldOverBudget = 0;           // a bit for each kind
+    bool m_bToldFilm = false;
+    ReadAhead m_readAhead;  // last: its threads use the others
 };

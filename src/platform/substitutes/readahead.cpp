@@ -94,12 +94,14 @@ ReadAhead::SubstitutePtr ReadAhead::TakeJob(size_t nJob) {
 }
 
 ReadAhead::SubstitutePtr ReadAhead::MakeHere(const std::string& name, MediaKind kind) {
-    if (!m_jobs.empty() && m_making.isPossible(name, kind)) {
+    const Make make = m_prepare(name, kind);
+    if (!make) return std::make_shared<Substitute>();
+    if (!m_jobs.empty()) {
         if (!m_bConverts) KeepFreedMemory(true);
         m_bConverts = true;
         StartThreads();
     }
-    return m_making.make(name, kind, nullptr);
+    return make(nullptr);
 }
 
 // One thread per core: while the reader waits for one of them, all cores are busy.
@@ -126,10 +128,10 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     Job& job = m_jobs[nJob];  // the list does not change while threads run
     job.state = State::kRunning;
     pLock->unlock();
-    SubstitutePtr pMade;
-    if (m_making.isNeeded(job.name, m_kind))
-        pMade = m_making.make(job.name, m_kind, [&](size_t nBytes) { return TryReserve(nJob, nBytes); });
-    if (pMade && pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
+    const Make make = m_prepare(job.name, m_kind);
+    SubstitutePtr pMade =
+        make ? make([&](size_t nBytes) { return TryReserve(nJob, nBytes); }) : std::make_shared<Substitute>();
+    if (pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
     const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;
     pLock->lock();
     job.state = State::kDone;

@@ -18,19 +18,17 @@
 class ReadAhead {
 public:
     using SubstitutePtr = std::shared_ptr<const Substitute>;
-    // How files are made. All of it is called on any thread.
-    struct Making {
-        std::function<bool(const std::string& name, MediaKind kind)> isPossible;
-        std::function<SubstitutePtr(const std::string& name, MediaKind kind, const MayHold& mayHold)> make;
-        std::function<bool(const std::string& name, MediaKind kind)> isNeeded;  // otherwise the file is there
-    };
+    // Makes one file; the result is never null. Both are called on any thread.
+    using Make = std::function<SubstitutePtr(const MayHold& mayHold)>;
+    // Looks a name up and tells how its file is made; empty when there is nothing to make.
+    using Prepare = std::function<Make(const std::string& name, MediaKind kind)>;
     struct Result {
         SubstitutePtr pMade;  // never null
         MediaKind kind;       // of the list for its names, of the name's ending for others
         bool bNew;            // otherwise it is the one that was taken last
     };
 
-    explicit ReadAhead(Making making) : m_making(std::move(making)) {}
+    explicit ReadAhead(Prepare prepare) : m_prepare(std::move(prepare)) {}
     ~ReadAhead() { Stop(); }
 
     // Sets the names that will be opened, in order. Drops the previous list and ends its threads.
@@ -66,7 +64,7 @@ private:
     void DropJobsBefore(size_t nJob);
     void Release(Job* pJob);
 
-    const Making m_making;
+    const Prepare m_prepare;
     // Of the one thread.
     MediaKind m_kind = MediaKind::kNone;
     std::unordered_map<std::string, size_t> m_indexes;

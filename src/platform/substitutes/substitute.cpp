@@ -21,6 +21,9 @@ constexpr std::string_view kPictureEndings[] = {".png", ".jpg", ".jpeg", ".gif",
 // Sounds too, but never used as substitutes.
 constexpr std::string_view kFurtherSoundEndings[] = {".xa"};
 
+constexpr std::string_view kFilmEndings[] = {".mpg", ".mpeg", ".avi", ".wmv", ".mp4", ".m4v", ".mov",
+                                             ".mkv", ".webm", ".flv", ".ogv", ".asf", ".m1v", ".m2v"};
+
 constexpr size_t kMaxNameForLog = 80;
 
 template <size_t n>
@@ -93,6 +96,10 @@ Outcome Take(int nFile, const FileIdentity& file, MediaKind kind, const Conversi
 MediaKind KindOfName(std::string_view path) {
     if (EndsWithOne(path, kSoundEndings) || EndsWithOne(path, kFurtherSoundEndings)) return MediaKind::kSound;
     return EndsWithOne(path, kPictureEndings) ? MediaKind::kPicture : MediaKind::kNone;
+}
+
+bool IsFilmName(std::string_view path) {
+    return EndsWithOne(path, kFilmEndings);
 }
 
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) {

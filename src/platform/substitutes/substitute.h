@@ -12,6 +12,7 @@
 
 // By the ending of its last part, in any letter case; kNone for other endings.
 MediaKind KindOfName(std::string_view path);
+bool IsFilmName(std::string_view path);  // by its ending, too
 
 // The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
