@@ -119,6 +119,13 @@ bool IsFilmName(std::string_view path) {
     return EndsWithOne(path, kFilmEndings);
 }
 
+std::string FindFilm(const std::string& name) {
+    std::string path = FindNamed(name);
+    if (!path.empty() || !IsFilmName(name)) return IsFilmName(path) ? path : "";
+    std::vector<std::string> paths = FindSiblings(name, {std::begin(kFilmEndings), std::end(kFilmEndings)});
+    return paths.empty() ? "" : std::move(paths[0]);
+}
+
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) {
     if (kind == MediaKind::kSound)
         return FindSiblings(path, {std::begin(kSoundEndings), std::end(kSoundEndings)});

@@ -13,6 +13,8 @@
 // By the ending of its last part, in any letter case; kNone for other endings.
 MediaKind KindOfName(std::string_view path);
 bool IsFilmName(std::string_view path);  // by its ending, too
+// The film of that name, or one beside it with another ending; empty when there is none.
+std::string FindFilm(const std::string& name);
 
 // The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
