@@ -11,6 +11,7 @@
 #include "compile/package.h"
 #include "platform/bytes.h"
 #include "platform/codec/acm.h"
+#include "platform/codec/wavefile.h"
 #include "platform/sound/format.h"
 #include "platform/sound/resampler.h"
 #include "platform/substitutes/sound.h"
@@ -30,18 +31,6 @@ struct Pcm {
     std::vector<BYTE> bytes;
     std::string_view data;  // bytes, or a part of the file
 };
-
-// The first chunk of this name from `at` on. Sizes may be wrong: what the file has is taken.
-std::string_view FindChunk(std::string_view file, const char* name, size_t* at) {
-    while (file.size() >= 8 && *at <= file.size() - 8) {
-        const std::string_view head = file.substr(*at, 8);
-        const size_t size = ReadLe32(reinterpret_cast<const BYTE*>(head.data()) + 4);
-        const std::string_view data = file.substr(*at + 8, size);
-        *at += 8 + size + size % 2;
-        if (head.substr(0, 4) == name) return data;
-    }
-    return {};
-}
 
 class Converter {
 public:
@@ -81,20 +70,14 @@ private:
     HACMSTREAM stream_ = nullptr;
 };
 
-bool DecodeWav(std::string_view file, Pcm* pcm) {
-    if (file.substr(0, 4) != "RIFF" || file.size() < 12 || file.substr(8, 4) != "WAVE") return false;
-    size_t at = 12;
-    const std::string_view format = FindChunk(file, "fmt ", &at);
-    if (format.size() < 14) return false;
-    const std::string_view data = FindChunk(file, "data", &at);
-    // Zeros behind the block: the lengths that it declares may be wrong.
-    constexpr size_t kMostFormat = 4096;
-    alignas(8) BYTE block[kMostFormat + 64] = {};
-    std::memcpy(block, format.data(), std::min(format.size(), kMostFormat));
-    const auto wfx = reinterpret_cast<WAVEFORMATEX*>(block);
+bool DecodeWav(const BYTE* file, size_t size, Pcm* pcm) {
+    WaveFile wave;
+    if (!ReadWaveFile(file, size, &wave)) return false;
+    const std::string_view data(reinterpret_cast<const char*>(wave.pData), wave.nBytes);
+    WAVEFORMATEX* const format = wave.Format();
     Converter converter;
-    if (!converter.Open(wfx, pcm)) return false;
-    if (wfx->wFormatTag != WAVE_FORMAT_PCM || wfx->wBitsPerSample != pcm->format.wBitsPerSample)
+    if (!converter.Open(format, pcm)) return false;
+    if (format->wFormatTag != WAVE_FORMAT_PCM || format->wBitsPerSample != pcm->format.wBitsPerSample)
         return converter.Run(data, pcm);
     pcm->data = data;
     return data.size() <= kMaxSoundPcm;
@@ -213,7 +196,7 @@ SoundPtr DecodeSound(const BYTE* bytes, size_t size) {
     const std::string_view file(reinterpret_cast<const char*>(bytes), size);
     try {
         const bool xa = file.substr(0, 4) == "KWD1";
-        return (xa ? DecodeXa(bytes, size, &pcm) : DecodeWav(file, &pcm)) ? ToStereo(pcm) : nullptr;
+        return (xa ? DecodeXa(bytes, size, &pcm) : DecodeWav(bytes, size, &pcm)) ? ToStereo(pcm) : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
