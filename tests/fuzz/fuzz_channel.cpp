@@ -9,11 +9,12 @@
 #include "host/headless/headless.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
+#include "support/program.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const fuzz::Charts charts;
     if (size > 4096) return 0;
-    fuzz::FreshProgram();
+    test::ResetProgram();
     headless::KeepPicture(false);
     app::ResetChannel();
     app::ServeChannel(nullptr);
