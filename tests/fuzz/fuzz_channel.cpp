@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         at = end + 1;
     }
     headless::EndAt(ms + 40);
-    std::string line = "-P " + charts.Path(0);
+    std::string line = "-P " + charts.Word(0);
     WinMain(GetProgramModule(), nullptr, line.data(), 1);
     return 0;
 }

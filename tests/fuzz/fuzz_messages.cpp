@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     headless::EndAt(ms + kRest);
     std::string line = std::string(data[0] & 1 ? "-P " : "") + (data[0] & 2 ? "-N1 " : "") +
-                       (data[0] & 16 ? "" : charts.Path(data[0] >> 5));
+                       (data[0] & 16 ? "" : charts.Word(data[0] >> 5));
     WinMain(GetProgramModule(), nullptr, line.data(), 1);
     return 0;
 }

@@ -8,7 +8,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ByteBlock bmp;
+    const uint64_t work = PictureWork(data, size);
     if (!PictureToBmp(data, size, &bmp)) return 0;
+    if (work == 0) std::abort();  // what is decoded counts
     int32_t width, height;
     uint16_t bits;
     std::memcpy(&width, bmp.Data() + 18, 4);

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <string>
 
+#include "support/tempfolder.h"
+
 namespace fuzz {
 
 // A folder with small charts: two that play and one with only measure 0. Other names refer to no chart.
@@ -31,6 +33,8 @@ public:
     Charts& operator=(const Charts&) = delete;
 
     std::string Path(int choice) const { return folder_ + "/" + std::to_string(choice % 4) + ".bms"; }
+    // On a command line, where `/` begins an option.
+    std::string Word(int choice) const { return test::TempFolder::Backslashes(Path(choice)); }
 
 private:
     void Write(const std::string& name, const std::string& bytes) const {
