@@ -18,7 +18,9 @@ inline void CheckReports(const std::string& path, size_t choice) {
     if (!check::CheckChart(subject.get(), &why)) std::abort();
     check::WriteText(*subject, {.notes = true, .all = choice % 4 < 2}, &report);
     check::WriteJson(*subject, &report);
+    check::WriteSarifHead("1", &report);
     check::WriteSarif(*subject, &report);
+    check::WriteSarifEnd({{path, why}}, &report);
     check::WriteGithub(*subject, true, &report);
     if (!IsUtf8(report)) std::abort();
     for (const check::Finding& finding : subject->findings.Kept()) {

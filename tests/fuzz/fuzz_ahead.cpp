@@ -1,6 +1,6 @@
 // Takes any bytes as files of other kinds in a package, and reads them alone and ahead: both must give the
-// same. After one byte that orders the names, each file is a byte for its ending, two for its length, and its
-// bytes.
+// same. After one byte that chooses how they are named and opened, each file is a byte for its ending, two
+// for its length, and its bytes.
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
@@ -9,6 +9,7 @@
 
 #include "host/headless/headless.h"
 #include "platform/files/files.h"
+#include "platform/open.h"
 #include "support/tempfolder.h"
 
 extern "C" const char* __lsan_default_suppressions() {
@@ -29,10 +30,12 @@ struct Package {
 void Unpack(const uint8_t* data, size_t size, Package* package) {
     for (size_t at = 1; at + 3 <= size && package->names.size() < kMostFiles;) {
         const std::string stem = "f" + std::to_string(package->names.size());
+        const std::string ending = kEndings[data[at] % std::size(kEndings)];
         const size_t length = std::min<size_t>(data[at + 1] | data[at + 2] << 8, size - at - 3);
-        package->folder.Write(stem + kEndings[data[at] % std::size(kEndings)],
-                              {reinterpret_cast<const char*>(data) + at + 3, length});
-        package->names.push_back(package->folder.Path(stem + (data[0] & 1 ? ".bmp" : ".wav")));
+        package->folder.Write(stem + ending, {reinterpret_cast<const char*>(data) + at + 3, length});
+        package->names.push_back(package->folder.Path(stem + (data[0] & 8   ? ending
+                                                              : data[0] & 1 ? ".bmp"
+                                                                            : ".wav")));
         at += 3 + length;
     }
     package->names.push_back(package->folder.Path("missing.wav"));
@@ -47,15 +50,23 @@ std::string Content(const std::string& name) {
     return bytes;
 }
 
-// Each name opened twice, as a loader does it; some again, some never.
+// Each name found, and opened twice, as a loader does it; some again, some never.
 std::string ReadAll(const Package& package, uint8_t order) {
     std::string all;
     for (size_t i = 0; i < package.names.size(); ++i) {
         if (order >> 1 & 1 && i % 3 == 1) continue;
-        all += Content(package.names[i]) + Content(package.names[i]);
+        all += FileFind(package.names[i].c_str()) + Content(package.names[i]) + Content(package.names[i]);
         if (order >> 2 & 1) all += Content(package.names[i / 2]);
     }
     return all + headless::Log();
+}
+
+void RegisterMissing(const Package& package, uint8_t choice) {
+    if (choice & 16) {
+        RegisterFile(package.names.back(), [](const MayHold& may_hold, ByteBlock* block) {
+            return (!may_hold || may_hold(1)) && block->Resize(1) && (*block->Data() = 'x', true);
+        });
+    }
 }
 
 }  // namespace
@@ -66,10 +77,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Unpack(data, size, &package);
     headless::Reset();
     FileForgetListings();
+    RegisterMissing(package, data[0]);
     const std::string alone = ReadAll(package, data[0]);
     if (alone.size() > kMostBytes) return 0;
     headless::Reset();
     FileForgetListings();
+    RegisterMissing(package, data[0]);
     std::vector<const char*> list;
     for (const std::string& name : package.names) list.push_back(name.c_str());
     FilesExpect(data[0] & 1 ? FILES_PICTURES : FILES_SOUNDS, list.data(), static_cast<int>(list.size()));

@@ -28,7 +28,7 @@ void ScanLine(const std::string& line, int32_t nCopies) {
     if (pszRest < line.c_str() || pszRest > line.c_str() + line.size()) std::abort();
     if (g_nStartMeasure < -1 || !(g_fSpeed > 0.05f && g_fSpeed <= 8.0f)) std::abort();
     char szFile[FILE_NAME_SIZE];
-    if (*pszRest) TakeFileName(pszRest, szFile);
+    TakeFileName(pszRest, szFile);  // an empty one asks for it in vain
 }
 
 std::string LineOfArguments(const std::string& text) {

@@ -31,7 +31,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         options.sound_ms = [](std::string_view name) { return static_cast<double>(name.size() * 50); };
     const dialect::Plan plan = dialect::MakePlan(bytes, options);
     if (!plan.unchanged) CheckText(plan);
-    const dialect::Verdict verdict = dialect::Judge(bytes, options);
-    Check(verdict.played <= verdict.asked && verdict.wrong >= 0);
+    for (const auto judge : {dialect::Judge, dialect::JudgeCompiled}) {
+        const dialect::Verdict verdict = judge(bytes, options);
+        Check(verdict.played <= verdict.asked && verdict.wrong >= 0);
+    }
     return 0;
 }

@@ -11,6 +11,7 @@
 
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
+#include "support/calls.h"
 
 namespace fuzz {
 
@@ -34,6 +35,15 @@ inline void Serve(CDSBuffer* sound, int refills) {
     }
 }
 
+// One of the calls from kLock on, once, after up to seven that go their way.
+inline void FailOne(uint8_t choice) {
+    constexpr auto kFirst = static_cast<int>(test::Call::kLock), kAll = static_cast<int>(test::Call::kCount);
+    auto call = static_cast<test::Call>(kFirst + choice % (kAll - kFirst));
+    if (call == test::Call::kBufferRelease) call = test::Call::kCreateSoundBuffer;
+    const bool handle = call >= test::Call::kXaOpen;  // null is its failure
+    test::Order(call, handle ? 0 : call == test::Call::kMmioRead ? -1 : E_FAIL, choice / 32);
+}
+
 // For a process that does nothing else. Never closed: the host may be gone before a static object is
 // destroyed.
 inline CDSound& Device() {
@@ -45,17 +55,19 @@ inline CDSound& Device() {
 inline void PlaySound(CDSound& device, const uint8_t* data, size_t size) {
     static const SoundFile file;
     file.Write(data, size);
-    for (int loop = -1; loop <= 1; ++loop) {  // -1: whole
+    for (int loop = -1; loop <= 3; ++loop) {  // -1: whole. From 2 on one call fails, chosen by the last byte
         CDSBuffer sound(device.m_pDS);
+        if (loop >= 2) FailOne(size > 0 ? data[size - 1] : 0);
         sound.SetFileName(file.path.c_str());
         sound.SetStreamSeconds(0);
         sound.m_bLoop = loop == 1;
-        const int result = sound.Load(loop >= 0);
+        const int result = sound.Load(loop >= 0 && loop != 2);
         if (result == 0 && sound.m_pDSB == nullptr) std::abort();
         sound.Play();
         Serve(&sound, 4);
         sound.Rewind();
         Serve(&sound, 1);
+        test::ForgetCalls();
     }
 }
 
