@@ -239,8 +239,8 @@ def test_any_bytes(folder):
     words = [b"#", b"#WAV", b"01", b"ZZ", b" ", b"\r\n", b"\n", b"\r", b"\t", b"\0", b"#BPM", b":",
              b"#00111:", b"#00208:", b"#00302:", b"1e999", b"-1", b"\x83\x5c", b"\xe3\x83", b"\"", b"\\",
              b"#TITLE ", b"#BGA01 01 ", b"_", b"\x1b[2J"]
-    paths = [os.path.join(SOURCE, "fuzz", "inputs", target, name) for target in ("fuzz_check", "fuzz_chart")
-             for name in os.listdir(os.path.join(SOURCE, "fuzz", "inputs", target))]
+    paths = [os.path.join(SOURCE, "tests", "fuzz", "inputs", target, name) for target in ("fuzz_check", "fuzz_chart")
+             for name in os.listdir(os.path.join(SOURCE, "tests", "fuzz", "inputs", target))]
     for number in range(200):
         paths.append(os.path.join(folder, f"r{number}.bms"))
         with open(paths[-1], "wb") as chart:
