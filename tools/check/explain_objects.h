@@ -60,9 +60,14 @@ inline constexpr Explanation kObjectExplanations[] = {
     {"sound-empty", "The file has a header and no samples.", "",
      "Replace the file, or delete the `#WAV` line if silence is wanted."},
     {"name-case", "Some systems distinguish letter case in names. This player does not.", "#WAV01 KICK.WAV",
-     kRename},
+     kRename, "`--fix` writes the letters as on the disk. Letters of two bytes stay as they are."},
+    {"name-separator",
+     "Everywhere `/` separates a folder from a file. A backslash does so only on some systems.",
+     "#WAV01 drums\\kick.wav", "Write `/`.",
+     "`--fix` writes `/`. Second bytes of characters that look like a backslash stay."},
     {"name-encoding", "Names on disks are usually UTF-8, charts often Shift-JIS. Not all players convert.",
-     "", "Use names of ASCII characters only."},
+     "", "Use names of ASCII characters only.",
+     "`--fix` changes nothing here: players that expect the chart's encoding would lose the file."},
     {"stand-in",
      "Packages often hold Ogg or PNG files where the chart names WAV and BMP. This player converts them, but "
      "not "

@@ -61,11 +61,14 @@ void WriteFigures(const Subject& subject, std::string* out) {
             MegabytesOf(figures.picture_bytes) + " of pictures\n";
 }
 
-void WriteSummary(const std::string& name, const Findings& findings, bool notes_listed, std::string* out) {
+void WriteSummary(const std::string& name, const Subject& subject, bool notes_listed, std::string* out) {
+    const Findings& findings = subject.findings;
+    if (subject.edited >= 0) *out += name + ": " + CountOf(subject.edited, "finding") + " fixed\n";
     const int64_t notes = findings.Count(kNote);
     *out += name + ": " + CountOf(findings.Count(kError), "error") + ", " +
             CountOf(findings.Count(kWarning), "warning") + ", " + CountOf(notes, "note");
     if (notes > 0 && !notes_listed) *out += " (shown with --strict)";
+    if (!subject.edits.Empty()) *out += "; --fix mends " + std::to_string(subject.edits.Mended());
     *out += "\n";
 }
 
@@ -115,7 +118,7 @@ void WriteText(const Subject& subject, const TextStyle& style, std::string* out)
     const std::string name = ShownName(subject.file_name);
     *out += name + ": " + SentenceOf(subject.verdict) + "\n";
     (style.all ? WriteAll : WriteOneOfEach)(name, subject.findings, style, out);
-    WriteSummary(name, subject.findings, style.notes, out);
+    WriteSummary(name, subject, style.notes, out);
     if (!subject.refused) WriteFigures(subject, out);
 }
 

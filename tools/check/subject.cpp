@@ -49,7 +49,9 @@ bool CheckChart(Subject* subject, std::string* why) {
     const char* path = subject->path.c_str();
     FileProvide(path, subject->provided);
     int64_t size = 0;
-    const std::unique_ptr<char[]> text(ReadChartText(path, &size));
+    subject->text.reset(ReadChartText(path, &size));
+    const char* text = subject->text.get();
+    const std::string_view bytes(text ? text : "", static_cast<size_t>(size));
     if (text && subject->sound.Init(nullptr, 1) != 0) {
         *why = "no memory for the sounds";
         return false;
@@ -57,7 +59,6 @@ bool CheckChart(Subject* subject, std::string* why) {
     std::optional<Modern> modern;
     std::unique_ptr<char[]> compiled;
     if (text) {
-        const std::string_view bytes(text.get(), static_cast<size_t>(size));
         subject->verdict =
             JudgeChart(bytes, subject->modern.value_or(dialect::Choice{}), subject->modern.has_value());
         if (subject->modern) modern.emplace(bytes, *subject->modern);
@@ -72,7 +73,7 @@ bool CheckChart(Subject* subject, std::string* why) {
         return false;
     }
     subject->refused = subject->chart->Compile() != 0;
-    ReadLines(compiled ? compiled.get() : text.get(), read_size, path, &subject->tables, &subject->findings);
+    ReadLines(compiled ? compiled.get() : text, read_size, path, &subject->tables, &subject->findings);
     if (compiled) modern->MoveToAuthor(subject);
     CheckBudget(std::string_view(headless::Log()).substr(logged), subject);
     CheckRefused(subject);
@@ -87,7 +88,8 @@ bool CheckChart(Subject* subject, std::string* why) {
     }
     if (modern) modern->AddFindings(subject);
     subject->findings.Sort();
-    subject->findings.CountCharacterColumns({text.get(), static_cast<size_t>(size)});
+    subject->findings.FindColumns(bytes);
+    subject->edits = Edits(bytes, subject->findings);
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "chart/bms.h"
+#include "check/edits.h"
 #include "check/finding.h"
 #include "check/tables.h"
 #include "check/verdict.h"
@@ -66,6 +67,9 @@ struct Subject {
     Figures figures;
     Verdict verdict;
     Findings findings;
+    std::unique_ptr<char[]> text;  // of the file, with a NUL after its end; for the edits
+    Edits edits;                   // that would mend findings
+    int64_t edited = -1;           // how many were made before this check; -1: not asked for
 };
 
 // Loads and checks the chart. False, with a reason, if the player cannot read the file at all.
