@@ -137,6 +137,8 @@ void WriteFigures(const Figures& figures, Json* json) {
     json->Member("measures", figures.measures);
     const auto number = [json](const char* key, double value) { json->Key(key), json->Number(value); };
     number("endMs", figures.end_ms);
+    number("firstSoundMs", figures.first_sound_ms);
+    number("lastSoundMs", figures.last_sound_ms);
     number("soundEndMs", figures.sound_end_ms);
     number("slowestTempo", figures.slowest);
     number("fastestTempo", figures.fastest);

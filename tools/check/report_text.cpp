@@ -16,14 +16,6 @@ __attribute__((format(printf, 1, 2))) std::string Format(const char* format, ...
     return text;
 }
 
-// Minutes, seconds and milliseconds.
-std::string TimeOf(double ms) {
-    if (!(ms < 1e15)) return "never";
-    const auto whole = static_cast<int64_t>(ms + 0.5);
-    return Format("%lld:%02d.%03d", static_cast<long long>(whole / 60000),
-                  static_cast<int>(whole / 1000 % 60), static_cast<int>(whole % 1000));
-}
-
 std::string MegabytesOf(int64_t bytes) {
     return Format("%.1f MB", static_cast<double>(bytes) / 1e6);
 }
@@ -43,8 +35,10 @@ void WriteLanes(const Figures& figures, std::string* out) {
 
 void WriteFigures(const Subject& subject, std::string* out) {
     const Figures& figures = subject.figures;
-    *out += "  length    " + CountOf(figures.measures, "measure") + ", " + TimeOf(figures.end_ms) +
-            (figures.voices > 0 ? ", sounds until " + TimeOf(figures.sound_end_ms) : "") + "\n";
+    *out += "  length    " + CountOf(figures.measures, "measure") + ", " + TimeOf(figures.end_ms) + "\n";
+    if (figures.voices > 0)
+        *out += "  sounds    first at " + TimeOf(figures.first_sound_ms) + ", last at " +
+                TimeOf(figures.last_sound_ms) + ", until " + TimeOf(figures.sound_end_ms) + "\n";
     *out += "  tempo     " + Format("%.6g", figures.slowest);
     if (figures.fastest != figures.slowest) *out += " to " + Format("%.6g", figures.fastest);
     *out += "\n";
@@ -113,6 +107,13 @@ void WriteOneOfEach(const std::string& name, const Findings& findings, const Tex
 }
 
 }  // namespace
+
+std::string TimeOf(double ms) {
+    if (!(ms < 1e15)) return "never";
+    const auto whole = static_cast<int64_t>(ms + 0.5);
+    return Format("%lld:%02d.%03d", static_cast<long long>(whole / 60000),
+                  static_cast<int>(whole / 1000 % 60), static_cast<int>(whole % 1000));
+}
 
 void WriteText(const Subject& subject, const TextStyle& style, std::string* out) {
     const std::string name = ShownName(subject.file_name);

@@ -31,6 +31,20 @@ void CheckNoTempo(Subject* subject) {
     subject->findings.Add({1, 1}, "no-tempo", "no #BPM line sets the tempo; the chart starts at 130");
 }
 
+void CheckContents(bool compiled, Subject* subject) {
+    CheckRefused(subject);
+    CheckNoTempo(subject);
+    CheckSounds(subject);
+    CheckPictures(subject);
+    CheckOutside(subject);
+    CheckIds(subject);
+    if (subject->refused) return;
+    CheckTimes(subject);
+    if (!compiled) CheckGrid(subject);  // a compiled chart has places of its own
+    CheckHearing(subject);
+    CountFigures(subject);
+}
+
 // Lets the player read this text under the chart's name. Returns a copy that ends with a NUL.
 std::unique_ptr<char[]> Provide(const std::string& text, const char* path) {
     const auto block = std::make_shared<ByteBlock>();
@@ -76,16 +90,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     ReadLines(compiled ? compiled.get() : text, read_size, path, &subject->tables, &subject->findings);
     if (compiled) modern->MoveToAuthor(subject);
     CheckBudget(std::string_view(headless::Log()).substr(logged), subject);
-    CheckRefused(subject);
-    CheckNoTempo(subject);
-    CheckSounds(subject);
-    CheckPictures(subject);
-    CheckOutside(subject);
-    CheckIds(subject);
-    if (!subject->refused) {
-        CheckTimes(subject);
-        CountFigures(subject);
-    }
+    CheckContents(compiled != nullptr, subject);
     if (modern) modern->AddFindings(subject);
     subject->findings.Sort();
     subject->findings.FindColumns(bytes);

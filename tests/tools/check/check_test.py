@@ -12,9 +12,11 @@ import os
 import random
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import wave
 
 TOOL, SOURCE = map(os.path.abspath, sys.argv[1:3])
 UPDATE = "--update" in sys.argv
@@ -234,6 +236,45 @@ def test_charts_made_here(folder):
     expect(chart["readable"] is False and chart["fileBytes"] == gone.hex() and chart["why"], f"{chart}")
 
 
+def test_hearing(folder):
+    """What the samples tell: each chart has this finding and no other of the kind."""
+    os.mkdir(folder)
+
+    def sound(name, *parts):
+        """parts: milliseconds and level."""
+        with wave.open(os.path.join(folder, name), "wb") as file:
+            file.setparams((1, 2, 44100, 0, "NONE", ""))
+            for ms, level in parts:
+                file.writeframes(struct.pack("<h", level) * (ms * 441 // 10))
+
+    sound("late.wav", (60, 100), (100, 20000))
+    sound("soon.wav", (60, 300), (100, 20000))
+    sound("long.wav", (1200, 9000))
+    sound("tail.wav", (400, 9000), (800, 800))
+    sound("full.wav", (50, 32767))
+    grid = b"".join(b"#%03d11:%s\r\n" % (measure, b"01" * 16) for measure in range(1, 9))
+    slip = b"#00512:" + b"00" * 25 + b"01" + b"00" * 166
+    for lines, want in [
+            (b"#WAV01 late.wav\r\n#00111:01", "2:8: warning: `late.wav` begins with 60 ms of silence"),
+            (b"#WAV01 late.wav\r\n#00101:01", ""), (b"#WAV01 soon.wav\r\n#00111:01", ""),
+            (b"#WAV01 long.wav\r\n#00101:01010000\r\n#00301:01", "3:10: note: `long.wav` lasts 1200 ms and is started "
+             "again after 500 ms or more, 1 time"),
+            (b"#WAV01 long.wav\r\n#00101:01\r\n#00201:01", ""), (b"#WAV01 tail.wav\r\n#00101:01010000", ""),
+            (b"#WAV01 full.wav\r\n#WAV02 full.wav\r\n#WAV03 full.wav\r\n#00101:01\r\n#00101:02\r\n#00101:0003",
+             "6:8: note: the mix passes full scale by up to 6.0 dB, at 0:03.000, and in 1 second in all"),
+            (b"#WAV01 full.wav\r\n#WAV02 full.wav\r\n#00101:0102", ""),
+            (b"#00611:01\r\n#WAV01 tail.wav", "2:8: note: the first sound comes at 0:13.000"),
+            (grid + slip, "10:58: warning: 1 object is up to 2/192 of a measure beside the grid of 1/16 that 99 %"),
+            (grid + slip + b"\r\n#00513:" + b"00" * 27 + b"01" + b"00" * 164, ""), (slip, "")]:
+        with open(os.path.join(folder, "c.bms"), "wb") as chart:
+            chart.write(b"#BPM 120\r\n" + lines)
+        for options in [], ["--modern"]:
+            report = run("--select", "late-attack,sound-restarted,clipping,late-start,off-grid", *options, "c.bms",
+                         folder=folder)[1]
+            found = re.findall(r"^c.bms:(\d.*)$", report, re.M)
+            expect(len(found) == bool(want) and (not want or found[0].startswith(want)), f"{lines}: {found}")
+
+
 def apply_edits(chart):
     """The bytes of a chart's file with the edits that JSON lists."""
     with open(chart["file"], "rb") as file:
@@ -357,6 +398,7 @@ with tempfile.TemporaryDirectory() as scratch:
     test_any_bytes(scratch)
     test_settings(scratch)
     test_fix(os.path.join(scratch, "fix"))
+    test_hearing(os.path.join(scratch, "hearing"))
 expect(seen == codes, f"codes in no report: {sorted(codes - seen)}")
 for failure in failures:
     print(failure)
