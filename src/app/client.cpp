@@ -174,6 +174,7 @@ int OpenInRunning(const LongOptions& options, const std::string& path) {
     if (options.measure) command["measure"] = *options.measure;
     if (options.line) command["line"] = *options.line;
     if (options.modern) command["modern"] = true;
+    if (options.watch) command["watch"] = true;
     if (options.speed) command["speed"] = *options.speed;
     const int code = Tell(&client, command, &result);
     if (code == kDone && result.is_object() && result.value("clamped", false))

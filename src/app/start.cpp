@@ -12,6 +12,7 @@
 #include "app/channel.h"
 #include "app/client.h"
 #include "app/load.h"
+#include "app/watch.h"
 #include "host/host.h"
 #include "platform/files/filename.h"
 #include "platform/window/commandline.h"
@@ -90,6 +91,7 @@ int StartPlayer(const std::vector<std::string>& line) {
 }
 
 int StartWith(const LongOptions& options, const std::string& path) {
+    NoteUse();
     const Probe probe = ProbeChart(path);
     if (!probe.refusal.empty()) {
         Say(options.file + ": " + probe.refusal);
@@ -110,6 +112,13 @@ int StartWith(const LongOptions& options, const std::string& path) {
     return RunLine(line);
 }
 
+// The player's own streams may be closed.
+void SayWhetherItWatches(const std::string& path) {
+    std::string problem;
+    if (!host::WatchFolders({FolderOf(path)}, &problem)) Say("the chart is not watched: " + problem);
+    host::WatchFolders({}, &problem);
+}
+
 }  // namespace
 
 int RunSystem(int argc, const char* const* argv) {
@@ -128,6 +137,7 @@ int Open(const LongOptions& options) {
     int code = OpenInRunning(options, path);
     if (code == kNoneRuns) code = StartWith(options, path);
     host::UnlockStart();
+    if (code == kDone && options.watch && !options.foreground) SayWhetherItWatches(path);
     return code == kDone && options.wait && !options.foreground ? WaitUntilHeard() : code;
 }
 

@@ -201,6 +201,15 @@ private:
     std::string m_in;
 };
 
+// ---- files that are written ----
+
+// The folders whose files are watched from now on; what happened in those that were watched before is not
+// lost. Empty: no more. False when this machine cannot watch, or not all of them, with the reason.
+bool WatchFolders(const std::vector<std::string>& folders, std::string* problem);
+// The next file in one of them that was closed after writing or was renamed to its name, as folder/name;
+// never waits. An empty path: some were lost, any file may have been written.
+bool TakeWritten(std::string* path);
+
 // ---- text for a debugger ----
 
 void DebugText(const char* bytes, size_t count);  // unchanged

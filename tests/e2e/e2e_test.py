@@ -376,6 +376,48 @@ class EndToEnd(unittest.TestCase):
             self.assertEqual(call("-Q")[2].count("handed on"), 1)
             until("the end", lambda: not screen.windows())
 
+    def test_watch(self):
+        """A thousand saves, by rename and in place: the last one is loaded, and nothing is used up."""
+        with Screen() as screen:
+            path = screen.chart()
+            player = screen.player("--watch", "-P", "-N20", path)
+
+            def status():
+                out = subprocess.run([harness.LUMETRA, "--status"], env=screen.env, capture_output=True)
+                return json.loads(out.stdout) if out.returncode == 0 else {}
+
+            def save(title, in_place):
+                made = screen.chart("new.bms", title=title)
+                if in_place:
+                    with open(path, "wb") as old, open(made, "rb") as new:
+                        old.write(new.read())
+                else:
+                    os.replace(made, path)
+
+            def used():
+                with open(f"/proc/{player.process.pid}/statm", encoding="ascii") as memory:
+                    return len(os.listdir(f"/proc/{player.process.pid}/fd")), int(memory.read().split()[1])
+
+            until("its running", lambda: status().get("state") == "running")
+            for number in range(1000):
+                save(f"SAVE {number}", number % 5 == 0)
+                time.sleep(0.1 if number % 10 == 0 else 0.002)
+                if number == 300:
+                    handles, pages = used()
+            until("the last save", lambda: status().get("title") == "SAVE 999")
+            now = status()
+            self.assertEqual((now["watch"], now["refused"], now["state"]), (True, "", "running"))
+            self.assertIn(now["measure"], range(20, 40))
+            self.assertEqual(used()[0], handles)
+            self.assertLess(used()[1] - pages, 512)
+            os.remove(path)
+            screen.chart(text="#BPM 120\n#00011:01\n")
+            until("the refusal", lambda: "no object" in status()["refused"])
+            self.assertEqual(status()["title"], "SAVE 999")
+            self.assertIn("the loaded chart stays", player.log())
+            self.assertEqual(screen.remote("-Q"), 1)
+            player.ends(0)
+
     def test_channel_under_stress(self):
         """Garbage, half lines, a line without end, many connections and one that never reads."""
         with Screen() as screen:
