@@ -10,6 +10,7 @@
 #include "app/channel.h"
 #include "app/client.h"
 #include "app/load.h"
+#include "app/place.h"
 #include "app/start.h"
 #include "app/watch.h"
 #include "app/words.h"
@@ -119,7 +120,9 @@ int main(int argc, char** argv) {
     app::SetModern(modern);
     app::SetWatch(watch);
     const int code = options.verb == app::Verb::kNone ? Run(argc, argv) : RunLong(options);
-    if (host::Shutdown()) return code;
+    const bool closed = host::Shutdown();
+    app::SavePlace();
+    if (closed) return code;
     std::fflush(stdout);
     std::_Exit(code);
 }

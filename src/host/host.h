@@ -55,6 +55,10 @@ void SetTitle(const std::string& title);
 void Minimize();
 void Unminimize();  // without the focus; nothing for a window that is not minimised
 void GetDesktopSize(int* width, int* height);
+std::vector<Rect> Screens();  // the monitors; none without a display
+bool LastPlace(Rect* outer);  // where the window was when it was hidden or closed; false when it never came
+void LeaveFocus();            // the window that opens next does not take the focus, unless the environment
+                              // says that the user has just asked for it
 
 // Shows pixels 0x00RRGGBB at x, y of the client area, clipped to it. stride: pixels from row to row.
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride);

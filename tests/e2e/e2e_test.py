@@ -376,6 +376,49 @@ class EndToEnd(unittest.TestCase):
             self.assertEqual(call("-Q")[2].count("handed on"), 1)
             until("the end", lambda: not screen.windows())
 
+    def test_place_and_focus(self):
+        """--open keeps the keyboard where it is and the window where it was; a plain start takes the keyboard."""
+        with Screen() as screen:
+            screen.start("xev", "-geometry", "200x200+700+100", "-name", "editor")
+            editor = int(screen.search("editor"))
+            charts = [screen.chart(), screen.chart("second.bms", title="SECOND")]
+
+            def active():
+                return int(screen.run("xdotool", "getactivewindow", check=False) or 0)
+
+            def quit_it():
+                self.assertEqual(screen.remote("--quit"), 0)
+                until("the end", lambda: not screen.windows())
+
+            screen.run("xdotool", "windowactivate", "--sync", str(editor))
+            for press in range(6):
+                self.assertEqual(screen.remote("--wait", "--open", charts[press % 2]), 0)
+                self.assertEqual(active(), editor, press)
+            player = screen.window("SECOND")
+            screen.run("xdotool", "windowminimize", player)
+            until("its icon", lambda: "Iconic" in screen.property(player, "WM_STATE"))
+            self.assertEqual(screen.remote("--wait", "--open", charts[0]), 0)
+            until("its window", lambda: "Normal" in screen.property(player, "WM_STATE"))
+            self.assertEqual(active(), editor)
+            screen.run("xdotool", "windowmove", "--sync", player, "50", "60")
+            place = screen.client(player)
+            quit_it()
+            for more in ((), ("-X300", "-Y200"), ()):
+                self.assertEqual(screen.remote("--wait", *more, "--open", charts[0]), 0)
+                player = screen.window("E2E")
+                until("its place", lambda: (screen.client(player) == place) == (not more))
+                place = screen.client(player)
+                self.assertEqual(active(), editor)
+                quit_it()
+            screen.env["DESKTOP_STARTUP_ID"] = "launcher_TIME4000000000"
+            self.assertEqual(screen.remote("--open", charts[0]), 0)
+            until("the keyboard", lambda: active() == int(screen.window("E2E"), 16))
+            quit_it()
+            del screen.env["DESKTOP_STARTUP_ID"]
+            player = screen.player(charts[0])
+            until("the keyboard", lambda: active() == int(screen.window("E2E"), 16))
+            player.kill()
+
     def test_watch(self):
         """A thousand saves, by rename and in place: the last one is loaded, and nothing is used up."""
         with Screen() as screen:
