@@ -2,6 +2,7 @@
 """The real player on a virtual screen: window, keys, dialogs, and instances that command each other."""
 import json
 import os
+import re
 import signal
 import socket
 import struct
@@ -109,6 +110,9 @@ class EndToEnd(unittest.TestCase):
                 self.assertEqual(tell(*arguments), 0)
             until("all messages", lambda: player.messages()[-3:] == [(SEEK, 12), (SPEED, 250), (STOP, 0)])
             player.stands()
+            self.assertEqual(tell("open", screen.chart("二.bms", title="SECOND"), "9"), 0)
+            until("measure 9", lambda: player.bar() == 9)
+            self.assertEqual(tell("open", screen.chart("empty.bms", "")), 1)
             self.assertEqual(screen.remote("-Q"), 1)
             player.ends(0)
             self.assertEqual(os.listdir(screen.runtime), [])
@@ -374,6 +378,25 @@ class EndToEnd(unittest.TestCase):
             until("the second chart", lambda: status().get("title") == "SECOND")
             self.assertNotEqual(status()["pid"], pid)
             self.assertEqual(call("-Q")[2].count("handed on"), 1)
+            until("the end", lambda: not screen.windows())
+
+    def test_recipes(self):
+        """The first recipe of docs/editors.md, with the player itself."""
+        with Screen() as screen:
+            with open(os.path.join(harness.TOP, "docs/editors.md"), encoding="utf-8") as page:
+                recipe = re.search(r"^```sh\n(.*?)^```$", page.read(), re.M | re.S)[1]
+            screen.env["PATH"] = os.path.dirname(harness.LUMETRA) + ":" + screen.env["PATH"]
+            screen.env["LUMETRA_DEBUG"] = ""  # its log would keep the streams open
+            chart = screen.chart()
+            screen.run("sh", "-c", f"{recipe}\nplay {chart} 25")  # a chart of one measure a line from line 6 on
+
+            def status():
+                return json.loads(screen.run("lumetra", "--status"))
+
+            until("its measure", lambda: status()["measure"] in (20, 21))
+            screen.run("sh", "-c", recipe + "\nhalt")
+            until("its standing", lambda: status()["state"] == "paused")
+            self.assertEqual(screen.remote("--quit"), 0)
             until("the end", lambda: not screen.windows())
 
     def test_place_and_focus(self):
