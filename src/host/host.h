@@ -171,6 +171,7 @@ void SetDeaf();
 // False when it is gone or does not take the message; waits 200 ms at most, in all calls of the process
 // together.
 bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam);
+bool PostWasRefused();  // at least one of this process
 
 // ---- the second channel: lines of text with answers, beside the messages ----
 

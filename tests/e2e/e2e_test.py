@@ -257,7 +257,7 @@ class EndToEnd(unittest.TestCase):
             screen.keys(player.window, "Escape")
             start = time.monotonic()
             player.ends(0)
-            self.assertLess(time.monotonic() - start, 0.7)
+            self.assertLess(time.monotonic() - start, 0.5)
             self.assertEqual(os.listdir(screen.runtime), [])
             os.close(reader)
 
@@ -300,7 +300,7 @@ class EndToEnd(unittest.TestCase):
                 for _ in range(6):  # more than the socket holds
                     start = time.monotonic()
                     screen.remote("-M2", "-N3", "-M1", "-N4", "-S")
-                    self.assertLess(time.monotonic() - start, 0.7)
+                    self.assertLess(time.monotonic() - start, 0.5)
                 os.kill(running.process.pid, signal.SIGCONT)
                 self.assertEqual(screen.remote("-Q"), 1)
                 until("the end", lambda: running.process.poll() is not None)
