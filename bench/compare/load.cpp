@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/files/files.h"
 #include "platform/sound/format.h"
 #include "platform/sound/resampler.h"
 #include "sound/dsbuffer.h"
@@ -112,7 +113,10 @@ int main(int argc, char** argv) {
     std::vector<std::unique_ptr<CDSBuffer>> sounds;
     std::vector<std::vector<int16_t>> converted;
     Space space;
+    std::vector<const char*> names;
+    for (const std::string& file : files) names.push_back(file.c_str());
     const double begin = Seconds();
+    FilesExpect(FILES_SOUNDS, names.data(), static_cast<int>(names.size()));  // as a chart's reader does
     for (const std::string& file : files) {
         sounds.push_back(std::make_unique<CDSBuffer>(device.m_pDS));
         sounds.back()->SetFileName(file.c_str());
@@ -121,6 +125,7 @@ int main(int argc, char** argv) {
         converted.push_back(ToStereo44(*sounds.back(), &space));
         sounds.back().reset();
     }
+    FilesExpectNoMore();
     const double end = Seconds();
     double bytes = 0;
     for (const auto& sound : sounds) bytes += sound ? sound->m_nPcmLen : 0;

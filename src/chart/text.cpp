@@ -84,10 +84,6 @@ int32_t Base36ToInt(const char* pszText) {
     return pszText[0] && pszText[1] ? PairToBase36(pszText) : 0;
 }
 
-int32_t ReadHexPair(const char* pszText) {
-    return pszText[0] ? PairToHex(pszText) : 0;
-}
-
 static const char* SkipSpace(const char* p) {
     while (*p == ' ' || (*p >= '\t' && *p <= '\r')) ++p;
     return p;

@@ -36,5 +36,3 @@ int32_t Base36ToInt(const char* pszText);  // picture definitions, 0 to 1295
 // to the first other byte. No digits give 0. Saturates at 32 bits.
 int32_t ReadDecimal(const char* pszText);
 double ReadFloat(const char* pszText);  // decimal digits, `.`, exponent; no `0x`, `inf`, `nan`
-// The hexadecimal value of a pair. 0 unless the first character is a hexadecimal digit; no blanks, no sign.
-int32_t ReadHexPair(const char* pszText);

@@ -9,14 +9,14 @@
 namespace compile {
 namespace {
 
-SharedBytes ReadWhole(const std::string& path, size_t most) {
+SharedBytes ReadWhole(const std::string& path, size_t most, const MayHold& may_hold) {
     int64_t size = 0;
     const int file = OpenRegularFile(path.c_str(), &size);
     if (file < 0) return nullptr;
     const auto wanted = static_cast<size_t>(size);
     const auto bytes = std::make_shared<ByteBlock>();
-    const bool read =
-        wanted <= most && bytes->Resize(wanted) && ReadFileAt(file, bytes->Data(), wanted, 0) == wanted;
+    const bool read = wanted <= most && (!may_hold || may_hold(wanted)) && bytes->Resize(wanted) &&
+                      ReadFileAt(file, bytes->Data(), wanted, 0) == wanted;
     close(file);
     return read ? bytes : nullptr;
 }
@@ -34,13 +34,13 @@ bool IsForeign(const std::string& path, const std::string& name, MediaKind kind)
 
 }  // namespace
 
-SharedBytes LoadFile(const std::string& name, MediaKind kind, size_t most) {
+SharedBytes LoadFile(const std::string& name, MediaKind kind, size_t most, const MayHold& may_hold) {
     const std::string found = FindNamed(name);
-    if (!found.empty() && !IsForeign(found, name, kind)) return ReadWhole(found, most);
+    if (!found.empty() && !IsForeign(found, name, kind)) return ReadWhole(found, most, may_hold);
     const std::vector<std::string> paths =
         found.empty() ? SubstitutePaths(name, kind) : std::vector<std::string>{found};
-    const Substitute file = MakeSubstitute(paths, kind, {});
-    return file.pBytes || file.path.empty() ? file.pBytes : ReadWhole(file.path, most);
+    const Substitute file = MakeSubstitute(paths, kind, {may_hold});
+    return file.pBytes || file.path.empty() ? file.pBytes : ReadWhole(file.path, most, may_hold);
 }
 
 }  // namespace compile

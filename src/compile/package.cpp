@@ -137,11 +137,19 @@ void Compiler::MakeFiles() {
     }
     for (const dialect::Sheet& sheet : plan_.sheets)
         package_.made.push_back({sheet.name, MediaKind::kPicture, SheetMaker(folder_, sheet)});
+    for (const dialect::Film& film : plan_.films)
+        package_.films.push_back({FindFilm(folder_ + film.name), film});
 }
 
 Package Compiler::Run() {
     dialect::Options options;
     options.choice = settings_.choice;
+    if (settings_.film) {
+        options.film = [this](std::string_view name) {
+            const std::string path = FindFilm(folder_ + std::string(name));
+            return path.empty() ? dialect::FilmLook() : settings_.film(path);
+        };
+    }
     options.sound_ms = [this](std::string_view name) { return LengthOf(name); };
     plan_ = dialect::MakePlan(bytes_, options);
     package_.unchanged = plan_.unchanged;

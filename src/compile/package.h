@@ -30,6 +30,8 @@ struct UsedFile {
 struct Settings {
     dialect::Choice choice;
     bool list_used = false;  // fill Package::used; looks for all files and decodes substitutes
+    // What the film of this path is; when not set, films stay blank. Called on one thread.
+    std::function<dialect::FilmLook(const std::string& path)> film;
     // The name that the text has for a used file, when set; of a chart that is changed. `own` is a beginning
     // that no name of the chart has.
     std::function<std::string(const UsedFile& file, const std::string& own)> written_name;
@@ -44,10 +46,17 @@ struct MadeFile {
     FileMaker make;
 };
 
+// A film that is shown as stills. Its sheets are no made files: the caller makes them.
+struct FilmFile {
+    std::string path;  // on this machine
+    dialect::Film film;
+};
+
 struct Package {
     bool unchanged = false;  // the chart's own bytes are to be played; text and made are empty
     std::string text;
     std::vector<MadeFile> made;
+    std::vector<FilmFile> films;
     std::vector<UsedFile> used;  // sounds, then pictures; when asked for
     std::vector<dialect::Finding> findings;
     uint32_t needs = 0;  // of enum dialect::Need

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <string_view>
 
@@ -10,6 +11,7 @@
 #include "compile/package.h"
 #include "platform/bytes.h"
 #include "platform/codec/acm.h"
+#include "platform/codec/wavefile.h"
 #include "platform/sound/format.h"
 #include "platform/sound/resampler.h"
 #include "platform/substitutes/sound.h"
@@ -19,24 +21,16 @@ namespace compile {
 namespace {
 
 constexpr size_t kMostFile = size_t{512} << 20;  // bytes of a sound file that is read whole
-constexpr int kXaDataBytes = 4, kXaFrames = 8;   // offsets in the header of an XA file
+// Larger ones are decoded one at a time: each takes about three times its bytes while it is.
+constexpr size_t kLarge = size_t{64} << 20;
+constexpr size_t kBlock = 4096;                 // frames that are read at a time
+constexpr int kXaDataBytes = 4, kXaFrames = 8;  // offsets in the header of an XA file
 
 struct Pcm {
     WAVEFORMATEX format = {};
     std::vector<BYTE> bytes;
+    std::string_view data;  // bytes, or a part of the file
 };
-
-// The first chunk of this name from `at` on. Sizes may be wrong: what the file has is taken.
-std::string_view FindChunk(std::string_view file, const char* name, size_t* at) {
-    while (file.size() >= 8 && *at <= file.size() - 8) {
-        const std::string_view head = file.substr(*at, 8);
-        const size_t size = ReadLe32(reinterpret_cast<const BYTE*>(head.data()) + 4);
-        const std::string_view data = file.substr(*at + 8, size);
-        *at += 8 + size + size % 2;
-        if (head.substr(0, 4) == name) return data;
-    }
-    return {};
-}
 
 class Converter {
 public:
@@ -68,6 +62,7 @@ public:
             acmStreamConvert(stream_, &header, 0) != MMSYSERR_NOERROR)
             return false;
         pcm->bytes.resize(std::min(header.cbDstLengthUsed, size));
+        pcm->data = {reinterpret_cast<const char*>(pcm->bytes.data()), pcm->bytes.size()};
         return acmStreamUnprepareHeader(stream_, &header, 0) == MMSYSERR_NOERROR;
     }
 
@@ -75,18 +70,17 @@ private:
     HACMSTREAM stream_ = nullptr;
 };
 
-bool DecodeWav(std::string_view file, Pcm* pcm) {
-    if (file.substr(0, 4) != "RIFF" || file.size() < 12 || file.substr(8, 4) != "WAVE") return false;
-    size_t at = 12;
-    const std::string_view format = FindChunk(file, "fmt ", &at);
-    if (format.size() < 14) return false;
-    const std::string_view data = FindChunk(file, "data", &at);
-    // Zeros behind the block: the lengths that it declares may be wrong.
-    constexpr size_t kMostFormat = 4096;
-    alignas(8) BYTE block[kMostFormat + 64] = {};
-    std::memcpy(block, format.data(), std::min(format.size(), kMostFormat));
+bool DecodeWav(const BYTE* file, size_t size, Pcm* pcm) {
+    WaveFile wave;
+    if (!ReadWaveFile(file, size, &wave)) return false;
+    const std::string_view data(reinterpret_cast<const char*>(wave.pData), wave.nBytes);
+    WAVEFORMATEX* const format = wave.Format();
     Converter converter;
-    return converter.Open(reinterpret_cast<WAVEFORMATEX*>(block), pcm) && converter.Run(data, pcm);
+    if (!converter.Open(format, pcm)) return false;
+    if (format->wFormatTag != WAVE_FORMAT_PCM || format->wBitsPerSample != pcm->format.wBitsPerSample)
+        return converter.Run(data, pcm);
+    pcm->data = data;
+    return data.size() <= kMaxSoundPcm;
 }
 
 bool DecodeXa(const BYTE* file, size_t size, Pcm* pcm) {
@@ -104,56 +98,90 @@ bool DecodeXa(const BYTE* file, size_t size, Pcm* pcm) {
         good = xaDecodeConvert(decoder, &block) != 0;
         const uint64_t exact = uint64_t{ReadLe32(file + kXaFrames)} * pcm->format.nChannels * 2;
         pcm->bytes.resize(static_cast<size_t>(std::min<uint64_t>({block.nDstUsed, bytes, exact})));
+        pcm->data = {reinterpret_cast<const char*>(pcm->bytes.data()), pcm->bytes.size()};
     }
     xaDecodeClose(decoder);
     return good;
 }
 
-// One channel at another rate, with what the filter rings behind its end, as the player's mixer.
-std::vector<float> Resample(const std::vector<float>& source, int rate) {
-    const auto filter = audio::FilterFor(rate, kStemRate);
-    if (!filter) return source;
-    const audio::Step step = audio::MakeStep(rate, kStemRate);
-    const auto end = static_cast<int64_t>(source.size()) + (source.empty() ? 0 : filter->Taps() / 2);
-    const auto frames = static_cast<size_t>(audio::FramesUntil({}, step, end));
-    constexpr size_t kBlock = 4096, kOverrun = audio::Filter::kOverrun;
-    std::vector<float> out(frames + kBlock + 2 * kOverrun), scratch(kBlock + 2 * kOverrun), in;
-    const auto count = static_cast<int64_t>(source.size());
-    for (size_t done = 0; done < frames; done += kBlock) {
-        const size_t wanted = std::min(kBlock, frames - done);
-        const audio::Position from = audio::Advance({}, step, static_cast<int64_t>(done));
-        const int64_t first = from.frame - filter->Before();
-        in.assign(filter->InputLength(from.fraction, step, wanted) + kOverrun, 0.0f);
-        const int64_t begin = std::max<int64_t>(first, 0),
-                      last = std::min(first + static_cast<int64_t>(in.size()), count);
-        if (begin < last)
-            std::copy(source.begin() + begin, source.begin() + last, in.begin() + (begin - first));
-        filter->Run(in.data(), from.fraction, step, wanted, out.data() + done, scratch.data());
+// The frames of a sound as floats, silence before and after them.
+class Source {
+public:
+    Source(const Pcm& pcm, const audio::Format& format)
+        : format_(format),
+          data_(reinterpret_cast<const BYTE*>(pcm.data.data())),
+          frames_(static_cast<int64_t>(pcm.data.size()) / format.frame_bytes) {}
+
+    int64_t Frames() const { return frames_; }
+    int Sides() const { return format_.channels > 1 ? 2 : 1; }
+    void Read(int64_t first, std::vector<float>* left, std::vector<float>* right) const {
+        std::fill(left->begin(), left->end(), 0.0f);
+        std::fill(right->begin(), right->end(), 0.0f);
+        const int64_t begin = std::max<int64_t>(first, 0);
+        const int64_t end = std::min(first + static_cast<int64_t>(left->size()), frames_);
+        if (begin >= end) return;
+        audio::ReadFrames(format_, data_ + begin * format_.frame_bytes, static_cast<size_t>(end - begin),
+                          left->data() + (begin - first), right->data() + (begin - first));
     }
-    out.resize(frames);
-    return out;
-}
+
+private:
+    const audio::Format format_;
+    const BYTE* data_;
+    int64_t frames_;
+};
 
 int16_t ToSample(float value) {
     return static_cast<int16_t>(std::lrintf(std::clamp(value * 32768.0f, -32768.0f, 32767.0f)));
 }
 
+void Interleave(const std::vector<float>& left, const std::vector<float>& right, size_t frames,
+                int16_t* out) {
+    for (size_t i = 0; i < frames; ++i) {
+        *out++ = ToSample(left[i]);
+        *out++ = ToSample(right[i]);
+    }
+}
+
+// At the rate of stems already.
+void Copy(const Source& source, Sound* sound) {
+    sound->samples.resize(static_cast<size_t>(source.Frames()) * 2);
+    std::vector<float> left(kBlock), right(kBlock);
+    for (size_t done = 0; done < sound->Frames(); done += kBlock) {
+        source.Read(static_cast<int64_t>(done), &left, &right);
+        Interleave(left, source.Sides() == 2 ? right : left, std::min(kBlock, sound->Frames() - done),
+                   sound->samples.data() + 2 * done);
+    }
+}
+
+// At another rate, with what the filter rings behind the end, as the player's mixer.
+void Resample(const Source& source, const audio::Filter& filter, audio::Step step, Sound* sound) {
+    const int64_t end = source.Frames() + (source.Frames() == 0 ? 0 : filter.Taps() / 2);
+    sound->samples.resize(static_cast<size_t>(audio::FramesUntil({}, step, end)) * 2);
+    constexpr size_t kOverrun = audio::Filter::kOverrun;
+    std::vector<float> in[2], out[2], scratch(kBlock + 2 * kOverrun);
+    for (auto& side : out) side.resize(kBlock + 2 * kOverrun);
+    for (size_t done = 0; done < sound->Frames(); done += kBlock) {
+        const size_t wanted = std::min(kBlock, sound->Frames() - done);
+        const audio::Position from = audio::Advance({}, step, static_cast<int64_t>(done));
+        for (auto& side : in) side.resize(filter.InputLength(from.fraction, step, wanted) + kOverrun);
+        source.Read(from.frame - filter.Before(), &in[0], &in[1]);
+        for (int side = 0; side < source.Sides(); ++side)
+            filter.Run(in[side].data(), from.fraction, step, wanted, out[side].data(), scratch.data());
+        Interleave(out[0], out[source.Sides() - 1], wanted, sound->samples.data() + 2 * done);
+    }
+}
+
 SoundPtr ToStereo(const Pcm& pcm) {
     audio::Format format;
     if (!audio::ParseFormat(pcm.format, &format)) return nullptr;
-    const size_t frames = pcm.bytes.size() / static_cast<size_t>(format.frame_bytes);
-    if (static_cast<double>(frames) / format.rate > kMaxSoundPcm / 4.0 / kStemRate) return nullptr;
-    std::vector<float> sides[2] = {std::vector<float>(frames), {}};
-    if (format.channels > 1) sides[1].resize(frames);
-    audio::ReadFrames(format, pcm.bytes.data(), frames, sides[0].data(), sides[1].data());
-    for (auto& side : sides) side = side.empty() ? side : Resample(side, format.rate);
-    const std::vector<float>& right = format.channels > 1 ? sides[1] : sides[0];
+    const Source source(pcm, format);
+    if (static_cast<double>(source.Frames()) / format.rate > kMaxSoundPcm / 4.0 / kStemRate) return nullptr;
     auto sound = std::make_shared<Sound>();
-    sound->samples.resize(sides[0].size() * 2);
-    for (size_t i = 0; i < sides[0].size(); ++i) {
-        sound->samples[2 * i] = ToSample(sides[0][i]);
-        sound->samples[2 * i + 1] = ToSample(right[i]);
-    }
+    const auto filter = audio::FilterFor(format.rate, kStemRate);
+    if (filter)
+        Resample(source, *filter, audio::MakeStep(format.rate, kStemRate), sound.get());
+    else
+        Copy(source, sound.get());
     return sound;
 }
 
@@ -168,14 +196,19 @@ SoundPtr DecodeSound(const BYTE* bytes, size_t size) {
     const std::string_view file(reinterpret_cast<const char*>(bytes), size);
     try {
         const bool xa = file.substr(0, 4) == "KWD1";
-        return (xa ? DecodeXa(bytes, size, &pcm) : DecodeWav(file, &pcm)) ? ToStereo(pcm) : nullptr;
+        return (xa ? DecodeXa(bytes, size, &pcm) : DecodeWav(bytes, size, &pcm)) ? ToStereo(pcm) : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
 }
 
 SoundPtr LoadSound(const std::string& name) {
-    const SharedBytes file = LoadFile(name, MediaKind::kSound, kMostFile);
+    static std::mutex large;
+    std::unique_lock alone(large, std::defer_lock);
+    const SharedBytes file = LoadFile(name, MediaKind::kSound, kMostFile, [&](size_t bytes) {
+        if (bytes > kLarge && !alone.owns_lock()) alone.lock();
+        return true;
+    });
     return file ? DecodeSound(file->Data(), file->Size()) : nullptr;
 }
 

@@ -14,11 +14,18 @@
 
 namespace dialect {
 
+struct FilmLook {
+    double ms = 0;    // how long it lasts; 0: no film, or one that cannot be read
+    double rate = 0;  // frames in a second
+};
+
 struct Options {
     Choice choice;
     // How long the sound of this name lasts, in ms; negative when that is not known. Two numbers of one file
     // share one only where this tells that their sounds never overlap. Asked only when some must be mixed.
     std::function<double(std::string_view name)> sound_ms;
+    // What the picture file of this name is when it is a film; when not set, films are pictures like others.
+    std::function<FilmLook(std::string_view name)> film;
     // The name that the text has for a file that the author names; the same name when not set.
     std::function<std::string(std::string_view name)> written_name;
 };
@@ -62,6 +69,15 @@ struct Sheet {
     std::vector<std::string> cells;  // the author's names, at most kSheetCells
 };
 
+// A film as stills: frames at an even rate from its begin on, each a cell of its sheets.
+struct Film {
+    std::string name;           // as the author has it
+    double ms = 0;              // how long it lasts
+    double rate = 0;            // stills in a second
+    int32_t stills = 0;         // 0: there was no number left
+    std::vector<Sheet> sheets;  // full but for the last, their cells have no names
+};
+
 // A rectangle of a picture: #BGAxx of the text.
 struct WrittenCut {
     int32_t number;   // 1 to 1295
@@ -86,6 +102,7 @@ struct Plan {
     std::vector<int32_t> free_numbers;  // for stems: their parts take the first of these
     std::vector<NamedFile> pictures;
     std::vector<Sheet> sheets;
+    std::vector<Film> films;
     std::vector<WrittenCut> cuts;
 };
 

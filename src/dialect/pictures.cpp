@@ -55,6 +55,10 @@ public:
 private:
     void FindLooks();
     void AddLook(int32_t number, int64_t uses);
+    bool IsFilm(std::string_view name) const {
+        return std::any_of(plan_->films.begin(), plan_->films.end(),
+                           [&](const Film& film) { return film.name == name; });
+    }
     void DropRarest();
     void NumberFiles();
     void NumberLooks();
@@ -76,7 +80,7 @@ void Planner::AddLook(int32_t number, int64_t uses) {
     const bool cut = !chart_.cuts.empty() && chart_.cuts[n].picture >= 0;
     const size_t picture = cut ? static_cast<size_t>(chart_.cuts[n].picture) : n;
     const std::string_view name = chart_.pictures[picture].value;
-    if (name.empty()) return;
+    if (name.empty() || (!cut && IsFilm(name))) return;
     const auto [it, fresh] = of_name_.emplace(name, files_.size());
     if (fresh) files_.push_back({name});
     File& file = files_[it->second];
@@ -113,9 +117,7 @@ void Planner::FillSheets(const std::vector<File*>& files, size_t first) {
         const int32_t cell = static_cast<int32_t>((i - first) % kSheetCells);
         if (cell == 0) {
             const int32_t number = static_cast<int32_t>(first + plan_->sheets.size()) + 1;
-            std::string digits = std::to_string(plan_->sheets.size() + 1);
-            digits.insert(0, 3 - std::min<size_t>(digits.size(), 3), '0');
-            plan_->sheets.push_back({number, head + digits + ".bmp", {}});
+            plan_->sheets.push_back({number, SheetName(head, plan_->sheets.size() + 1), {}});
         }
         Sheet& sheet = plan_->sheets.back();
         sheet.cells.emplace_back(files[i]->name);
@@ -180,6 +182,12 @@ void Planner::NumberLooks() {
 }
 
 }  // namespace
+
+std::string SheetName(const std::string& head, size_t number) {
+    std::string digits = std::to_string(number);
+    digits.insert(0, 3 - std::min<size_t>(digits.size(), 3), '0');
+    return head + digits + ".bmp";
+}
 
 void PlanPictures(const Chart& chart, const Options& options, Plan* plan, Findings* findings) {
     Planner(chart, options, plan, findings).Run();

@@ -106,6 +106,8 @@ Plan MakePlan(std::string_view bytes, const Options& options) {
     plan.needs = chart.needs | (times.HasStops() || times.HasTroubles() ? kNeedTimes : 0u);
     plan.events = MakeEvents(chart, times, &plan.needs, &findings);
     plan.needs |= FoldedNumbers(chart, plan.events);
+    FindFilms(chart, options, &plan);
+    if (!plan.films.empty()) plan.needs |= kNeedPictures;
     FindBeyond(&plan, &findings);
     if (chart.too_large)
         findings.Add(Severity::kError, "too-large", {}, "too many objects, the chart is left as it is");
@@ -121,6 +123,7 @@ Plan MakePlan(std::string_view bytes, const Options& options) {
         FindShifted(exact, &plan, &findings);
         PlanSounds(chart, times, options, &plan, &findings);
         PlanPictures(chart, options, &plan, &findings);
+        PlanFilms(chart, times, &plan, &findings);
     }
     plan.findings = findings.Take();
     return plan;

@@ -192,6 +192,9 @@ void Writer::Head() {
     }
     for (const NamedFile& file : plan_.pictures) Name("BMP", file.number, file.written);
     for (const Sheet& sheet : plan_.sheets) Name("BMP", sheet.number, sheet.name);
+    for (const Film& film : plan_.films) {
+        for (const Sheet& sheet : film.sheets) Name("BMP", sheet.number, sheet.name);
+    }
     for (const WrittenCut& cut : plan_.cuts) Cut(cut);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/codec/ahead.h"
 #include "platform/files/files.h"
 #include "platform/files/lookup.h"
 #include "platform/files/stream.h"
@@ -28,8 +29,9 @@ FileStream* OpenMade(const std::string& name) {
 // A file that is there and of another kind is replaced by what it is converted to; null when that is left
 // out.
 FileStream* Converted(const std::string& name, FileStream* pFile) {
-    BYTE aHead[kForeignHead];
+    BYTE aHead[kWaveHead];
     const size_t nHead = PeekStream(pFile, aHead, sizeof(aHead));
+    OfferDecoded(NeedsDecoding(aHead, nHead) ? TheDoor().TakeDecoded(name) : nullptr);
     const MediaKind kind = ForeignKind(aHead, nHead, name);
     if (kind == MediaKind::kNone && g_chartMaker) TheDoor().TellFilm(name);
     if (kind == MediaKind::kNone || !TheDoor().IsWanted(kind)) return pFile;
@@ -120,5 +122,6 @@ void FilesExpect(int nKind, const char* const* ppszNames, int nCount) {
 }
 
 void FilesExpectNoMore() {
+    OfferDecoded(nullptr);
     TheDoor().ExpectNoMore();
 }

@@ -50,7 +50,3 @@ constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000Eu);
 constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057u);
 
 constexpr MMRESULT MMSYSERR_NOERROR = 0;
-
-constexpr WORD LOWORD(uintptr_t n) {
-    return static_cast<WORD>(n & 0xFFFF);
-}

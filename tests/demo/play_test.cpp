@@ -6,11 +6,11 @@
 #include <set>
 
 #include "display/ddraw.h"
+#include "platform/sound/sound_fixture.h"
 #include "playback/playback.h"
 #include "shell/shell.h"
 #include "sound/dsbuffer.h"
 #include "sound/dsound.h"
-#include "sound_platform/sound_fixture.h"
 #include "support/program.h"
 #include "support/tempfolder.h"
 

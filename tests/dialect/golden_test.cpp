@@ -47,6 +47,12 @@ void ReadOption(const std::string& line, dialect::Options* options) {
     } else if (word == "seed") {
         options->choice.kind = dialect::Choice::kSeed;
         in >> options->choice.seed;
+    } else if (word == "film") {
+        dialect::FilmLook look;
+        in >> look.ms >> look.rate;
+        options->film = [look](std::string_view name) {
+            return name.ends_with(".mpg") ? look : dialect::FilmLook();
+        };
     } else if (word == "length") {
         in >> value;
         options->sound_ms = [ms = std::stod(value)](std::string_view) { return ms; };
@@ -73,6 +79,10 @@ void Describe(const Plan& plan, std::ostream& out) {
         out << "sheet " << sheet.name << ":";
         for (const std::string& cell : sheet.cells) out << " " << cell;
         out << "\n";
+    }
+    for (const dialect::Film& film : plan.films) {
+        out << "film " << film.name << ": " << film.stills << " stills, " << Short(film.rate)
+            << " a second\n";
     }
     for (const dialect::Finding& finding : plan.findings) {
         out << finding.place.line << ":" << finding.place.column << " " << finding.code << ": "

@@ -131,6 +131,7 @@ TEST_F(Pictures, EveryWidthOfEveryFormat) {
     std::ostringstream text;
     for (const Format& f : formats) {
         text << "== " << f.bits << " bits, header " << f.header << ", " << f.used << " used\n";
+        int count = 0;
         for (const auto& [width, height] : kSizes) {
             test::BmpSpec spec{width,
                                f.header < 40 ? std::abs(height) : height,
@@ -154,8 +155,9 @@ TEST_F(Pictures, EveryWidthOfEveryFormat) {
                 EXPECT_EQ(Draw(w[0], w[1], w[2], w[3], w[4], w[5]), 0);
                 shown += Corner(256, 256);
             }
-            text << width << " by " << height << ": " << test::Hash(shown) << '\n';
+            text << width << " by " << height << ": " << test::Hash(shown) << (++count % 4 ? "; " : "\n");
         }
+        text << '\n';
     }
     test::ExpectStored(text.str(), DISPLAY_DATA "/formats.txt");
 }

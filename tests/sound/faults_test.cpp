@@ -51,7 +51,7 @@ protected:
         int result = 0;
         const std::string log = LogOf([&] { result = operation.act(); });
         test::ForgetCalls();
-        return title + " -> " + std::to_string(result) + operation.after() + "\n" + log;
+        return title + " -> " + std::to_string(result) + operation.after() + InOneLine(log);
     }
 
     std::string Sweep(const Operation& operation) {
@@ -87,10 +87,10 @@ protected:
     // What the sound holds, and that nothing is read any more without a file.
     std::string AfterSound() {
         CDSBuffer& s = *m_sound;
-        std::string text = Held(s) +
-                           (s.m_pDSB && s.m_bStream == 0 ? " " + test::Hash(Contents(s.m_pDSB)) : "") +
-                           "; half " + std::to_string(s.m_nHalf) + (s.IsPlaying() ? ", sounds" : ", silent") +
-                           ", fade " + std::to_string(s.m_nFade) + "; then Play " + std::to_string(s.Play());
+        std::string text =
+            Held(s) + (s.m_pDSB && s.m_bStream == 0 ? " " + test::Hash(Contents(s.m_pDSB)) : "") +
+            (s.m_nHalf != 0 ? "; second half" : "") + (s.IsPlaying() ? "; sounds" : "") +
+            (s.m_nFade != -1 ? "; fade " + std::to_string(s.m_nFade) : "") + (s.Play() == 0 ? "; plays" : "");
         for (int i = 0; i < 2 && s.m_pDSB; ++i) Serve(&s);
         const bool reads = test::Calls(Call::kMmioRead) + test::Calls(Call::kFileRead) > 0;
         EXPECT_TRUE(!reads || s.m_hFile);

@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "platform/sound/sound_fixture.h"
 #include "sound/dsbuffer.h"
-#include "sound_platform/sound_fixture.h"
 #include "support/calls.h"
 #include "support/media.h"
 #include "support/stored.h"
@@ -45,6 +45,17 @@ protected:
             text += "    " + line + "\n";
         }
         return text;
+    }
+
+    // A log of LogOf in one line, without the class that writes nearly all of it.
+    static std::string InOneLine(const std::string& log) {
+        std::istringstream lines(log);
+        std::string text;
+        for (std::string line; std::getline(lines, line);) {
+            line.erase(0, line.rfind("    CDSBuffer::", 0) == 0 ? 15 : 4);
+            text += (text.empty() ? ": " : " / ") + line;
+        }
+        return text + "\n";
     }
 
     // The parts that the sound holds.

@@ -15,6 +15,7 @@
 #include "common/signals.h"
 #include "common/terminal.h"
 #include "compile/shelf.h"
+#include "convert/film.h"
 #include "convert/folder.h"
 #include "convert/names.h"
 #include "convert/report.h"
@@ -53,6 +54,7 @@ struct Job {
     std::vector<uint8_t> bytes;
     compile::Package package;
     std::map<std::string, std::string> files;  // of the package: their paths, absolute and without links
+    FilmFailures failures;
 };
 
 bool ReadChart(Job* job, std::string* why) {
@@ -74,6 +76,14 @@ void Compile(Job* job) {
     settings.written_name = [&](const compile::UsedFile& file, const std::string& own) {
         return names.NameInText(file, own);
     };
+    if (HasFfmpeg()) {
+        settings.film = [job](const std::string& path) {
+            std::string why;
+            const dialect::FilmLook look = LookAtFilm(path, &why);
+            if (look.ms <= 0) job->failures[path] = why;
+            return look;
+        };
+    }
     job->package = compile::CompileChart(
         {reinterpret_cast<const char*>(job->bytes.data()), job->bytes.size()}, folder, settings);
     for (const compile::UsedFile& file : job->package.used) {
@@ -87,7 +97,7 @@ void Compile(Job* job) {
                  dialect::Quote(file.name) + " lies outside the chart's folder and is left out"});
         }
     }
-    AddFileFindings(&job->package);
+    AddFileFindings(job->failures, &job->package);
 }
 
 // The chart and its files must not be what is replaced.
@@ -98,6 +108,10 @@ bool IsApart(const Job& job, const PackageFolder& folder, std::string* why) {
     std::error_code error;
     if (within(fs::canonical(job.chart, error).string())) return *why = "the chart is in it", false;
     for (const auto& [name, path] : job.files) {
+        if (within(path)) return *why = "the chart uses a file in it: " + path, false;
+    }
+    for (const compile::FilmFile& film : job.package.films) {
+        const std::string path = fs::canonical(film.path, error).string();
         if (within(path)) return *why = "the chart uses a file in it: " + path, false;
     }
     return true;
@@ -124,6 +138,25 @@ bool WriteMade(const Job& job, Progress* progress, PackageFolder* folder, std::s
     return !failed;
 }
 
+// A film that ffmpeg gives up on stays blank from there on.
+bool WriteFilm(const compile::FilmFile& file, Progress* progress, PackageFolder* folder, std::string* why) {
+    const std::vector<dialect::Sheet>& sheets = file.film.sheets;
+    size_t done = 0;
+    bool written = true;
+    const auto write = [&](const dialect::Sheet& sheet, const ByteBlock& bmp) {
+        written = folder->Write(sheet.name, bmp.Data(), bmp.Size());
+        progress->Show("sheets of stills", ++done, sheets.size());
+        return written;
+    };
+    if (sheets.empty() || MakeFilmSheets(file, write, why)) return true;
+    if (tools::Stopped()) return *why = "interrupted", false;
+    if (written) tools::Complain(kGood, file.film.name + " stays blank from a point on: ffmpeg: " + *why);
+    ByteBlock black;
+    if (!MakeBlackSheet(&black)) return *why = "there is not enough memory", false;
+    while (written && done < sheets.size()) write(sheets[done], black);
+    return written || (*why = folder->error(), false);
+}
+
 bool WriteFiles(const Job& job, Progress* progress, PackageFolder* folder, std::string* why) {
     size_t done = 0;
     for (const auto& [name, path] : job.files) {
@@ -140,7 +173,11 @@ bool WriteFiles(const Job& job, Progress* progress, PackageFolder* folder, std::
 bool Write(const Job& job, PackageFolder* folder, std::string* why) {
     Progress progress;
     if (!folder->Begin()) return *why = folder->error(), false;
-    if (!WriteMade(job, &progress, folder, why) || !WriteFiles(job, &progress, folder, why)) return false;
+    if (!WriteMade(job, &progress, folder, why)) return false;
+    for (const compile::FilmFile& film : job.package.films) {
+        if (!WriteFilm(film, &progress, folder, why)) return false;
+    }
+    if (!WriteFiles(job, &progress, folder, why)) return false;
     return folder->Commit() || (*why = folder->error(), false);
 }
 
@@ -151,14 +188,18 @@ void PrintList(const Job& job) {
     for (const auto& [name, path] : job.files)
         std::printf("%s %s -> %s\n", job.options.copy ? "copy" : "link", tools::CleanText(name).c_str(),
                     tools::CleanText(path).c_str());
+    for (const compile::FilmFile& film : job.package.films)
+        for (const dialect::Sheet& sheet : film.film.sheets)
+            std::printf("stills %s of %s\n", sheet.name.c_str(), tools::CleanText(film.path).c_str());
 }
 
 void PrintSummary(const Job& job) {
     size_t stems = 0;
     for (const compile::MadeFile& file : job.package.made) stems += file.kind == MediaKind::kSound;
+    size_t sheets = job.package.made.size() - stems;
+    for (const compile::FilmFile& film : job.package.films) sheets += film.film.sheets.size();
     std::printf("%s: %s, %zu stems, %zu sheets, %zu files %s %s\n", tools::CleanText(job.chart).c_str(),
-                job.package.unchanged ? "chart as it is" : "chart rewritten", stems,
-                job.package.made.size() - stems, job.files.size(),
+                job.package.unchanged ? "chart as it is" : "chart rewritten", stems, sheets, job.files.size(),
                 job.options.copy ? "copied to" : "linked in", tools::CleanText(job.options.folder).c_str());
 }
 

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "common/terminal.h"
+#include "convert/film.h"
 #include "platform/substitutes/substitute.h"
 
 namespace convert {
@@ -18,18 +19,24 @@ const char* NameOf(Severity severity) {
     return severity == Severity::kError ? "error" : severity == Severity::kWarning ? "warning" : "note";
 }
 
+std::string ReasonOf(const compile::UsedFile& film, const FilmFailures& failures) {
+    if (!HasFfmpeg()) return ": the ffmpeg program is not installed";
+    const auto it = failures.find(film.path);
+    return it == failures.end() ? "" : ": " + it->second;
+}
+
 }  // namespace
 
-void AddFileFindings(compile::Package* package) {
+void AddFileFindings(const FilmFailures& failures, compile::Package* package) {
     for (const compile::UsedFile& file : package->used) {
-        const auto add = [&](Severity severity, const char* code, const char* text) {
+        const auto add = [&](Severity severity, const char* code, const std::string& text) {
             package->findings.push_back({severity, code, file.source, dialect::Quote(file.name) + text});
         };
         const bool film = IsFilmName(file.name) && IsFilmName(file.path);
         if (file.path.empty())
             add(Severity::kWarning, "missing-file", " is not there");
         else if (film && file.kind == MediaKind::kPicture)
-            add(Severity::kWarning, "film", " is a film, its place stays blank");
+            add(Severity::kWarning, "film", " is a film, its place stays blank" + ReasonOf(file, failures));
     }
     std::stable_sort(package->findings.begin(), package->findings.end(), [](const auto& a, const auto& b) {
         return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);

@@ -5,12 +5,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 
 #include "common/output.h"
+#include "common/program.h"
 #include "common/signals.h"
 
 extern char** environ;
@@ -18,16 +17,7 @@ extern char** environ;
 namespace render {
 
 std::string FindEncoder() {
-    const char* path = std::getenv("PATH");
-    const std::string folders = path ? path : "/usr/local/bin:/usr/bin:/bin";
-    for (size_t at = 0; at <= folders.size();) {
-        const size_t colon = std::min(folders.find(':', at), folders.size());
-        const std::string program = folders.substr(at, colon - at) + "/ffmpeg";
-        // An empty element would mean the working directory, which may be a stranger's package.
-        if (colon > at && access(program.c_str(), X_OK) == 0) return program;
-        at = colon + 1;
-    }
-    return {};
+    return tools::FindProgram("ffmpeg");
 }
 
 Encoder::~Encoder() {
@@ -82,13 +72,7 @@ bool Encoder::Finish() {
 }
 
 std::string Encoder::Message() const {
-    constexpr off_t kTail = 4096;
-    std::string text(kTail, '\0');
-    const off_t size = lseek(messages_, 0, SEEK_END);
-    const ssize_t count = pread(messages_, text.data(), kTail, std::max<off_t>(size - kTail, 0));
-    text.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    text.resize(text.find_last_not_of("\r\n ") + 1);
-    return text.substr(text.find_last_of("\r\n") + 1);
+    return tools::LastLine(messages_);
 }
 
 }  // namespace render

@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "platform/codec/acm_decoder.h"
+#include "platform/codec/ahead.h"
 #include "platform/watch.h"
 
 struct AcmStream {
     explicit AcmStream(const AcmFormat& f) : format(f), decoder(f) {}
     AcmFormat format;
     AcmDecoder decoder;
+    bool bConverted = false;      // something
     std::vector<BYTE> lastBlock;  // an incomplete block, padded with zeros
     std::vector<int16_t> lastFrames;
 };
@@ -78,11 +80,19 @@ bool ConvertWhole(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
 
 bool Convert(AcmStream* pStream, ACMSTREAMHEADER* pHeader, bool bBlocksOnly) {
     if (pStream->format.method == AcmMethod::kCopy) return CopyFrames(pStream->format, pHeader);
+    const bool bFirst = !pStream->bConverted;
+    pStream->bConverted = true;
+    if (bFirst && !bBlocksOnly && TakeDecoded(pStream->format, pHeader)) return true;
     if (pStream->format.nBytesPerSec != 0) return !bBlocksOnly && ConvertWhole(pStream, pHeader);
     return ConvertBlocks(pStream, pHeader) && (bBlocksOnly || ConvertLastBlock(pStream, pHeader));
 }
 
 }  // namespace
+
+bool AcmConvertWhole(const AcmFormat& format, ACMSTREAMHEADER* pHeader) {
+    AcmStream stream(format);
+    return Convert(&stream, pHeader, false);
+}
 
 MMRESULT acmFormatSuggest(AcmDriver* hDriver, WAVEFORMATEX* pSource, WAVEFORMATEX* pDest, DWORD cbDest,
                           DWORD dwFlags) {

@@ -62,3 +62,8 @@ MMRESULT acmStreamPrepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DW
 MMRESULT acmStreamConvert(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dwFlags);
 MMRESULT acmStreamUnprepareHeader(HACMSTREAM hStream, ACMSTREAMHEADER* pHeader, DWORD dwFlags);
 MMRESULT acmStreamClose(HACMSTREAM hStream, DWORD dwFlags);
+
+// Not a published call: what the first conversion of a new stream does, without the call hook. Safe on any
+// thread.
+struct AcmFormat;
+bool AcmConvertWhole(const AcmFormat& format, ACMSTREAMHEADER* pHeader);

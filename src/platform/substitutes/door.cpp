@@ -10,22 +10,30 @@
 
 namespace {
 
-// Whether the readers need another file in place of this one.
-bool MustConvert(const std::string& path, MediaKind kind) {
+enum class Way { kAsItIs, kConverted, kDecoded };
+
+// What the readers need of a file that is there.
+Way WayOf(const std::string& path, MediaKind kind) {
     int64_t nSize = 0;
     const int nFile = OpenRegularFile(path.c_str(), &nSize);
-    if (nFile < 0) return false;
-    BYTE aHead[kForeignHead];
+    if (nFile < 0) return Way::kAsItIs;
+    BYTE aHead[kWaveHead];
     const size_t nHead = ReadFileAt(nFile, aHead, sizeof(aHead), 0);
     close(nFile);
-    return kind != MediaKind::kNone && ForeignKind(aHead, nHead, path) == kind;
+    if (kind != MediaKind::kNone && ForeignKind(aHead, nHead, path) == kind) return Way::kConverted;
+    return kind == MediaKind::kSound && NeedsDecoding(aHead, nHead) ? Way::kDecoded : Way::kAsItIs;
 }
 
-// The files from which a name's bytes can be made. Empty when the file is there and is read as it is.
-std::vector<std::string> PathsFor(const std::string& name, MediaKind kind) {
-    const std::string path = FindNamed(name);
-    if (path.empty()) return SubstitutePaths(name, kind);
-    return MustConvert(path, kind) ? std::vector<std::string>{path} : std::vector<std::string>();
+DecodedPtr Decode(const std::string& path, const MayHold& mayHold) {
+    int64_t nSize = 0;
+    const int nFile = OpenRegularFile(path.c_str(), &nSize);
+    if (nFile < 0) return nullptr;
+    const auto nBytes = static_cast<size_t>(nSize);
+    const auto pFile = std::make_shared<ByteBlock>();
+    const bool bRead = nBytes <= kMaxSoundFile && (!mayHold || mayHold(nBytes)) && pFile->Resize(nBytes) &&
+                       ReadFileAt(nFile, pFile->Data(), nBytes, 0) == nBytes;
+    close(nFile);
+    return bRead ? DecodeAhead(pFile, mayHold) : nullptr;
 }
 
 const char* NameOf(MediaKind kind) {
@@ -87,6 +95,11 @@ std::shared_ptr<const Substitute> Door::TakeNamed(const std::string& name) {
     return bLeftOut ? nullptr : pTaken;
 }
 
+DecodedPtr Door::TakeDecoded(const std::string& name) {
+    const bool bListed = m_expected == MediaKind::kSound && m_readAhead.IsExpected(name);
+    return bListed ? m_readAhead.Take(name).pMade->pDecoded : nullptr;
+}
+
 bool Door::MayOpen(const std::string& name, int64_t nBytes) {
     if (m_expected != MediaKind::kPicture || m_budget.SpendPicture(static_cast<uint64_t>(nBytes)))
         return true;
@@ -104,7 +117,17 @@ ReadAhead::Make Door::Prepare(const std::string& name, MediaKind kind) {
             return pMade;
         };
     }
-    std::vector<std::string> paths = PathsFor(name, kind);
+    std::vector<std::string> paths;
+    if (const std::string path = FindNamed(name); path.empty())
+        paths = SubstitutePaths(name, kind);
+    else if (const Way way = WayOf(path, kind); way == Way::kConverted)
+        paths = {path};
+    else if (way == Way::kDecoded)
+        return [path](const MayHold& mayHold) {
+            auto pMade = std::make_shared<Substitute>();
+            pMade->pDecoded = Decode(path, mayHold);
+            return pMade;
+        };
     if (paths.empty()) return nullptr;
     return [this, kind, paths = std::move(paths)](const MayHold& mayHold) {
         return std::make_shared<Substitute>(MakeSubstitute(paths, kind, {mayHold, &m_budget}));

@@ -41,6 +41,8 @@ public:
     // (ForeignKind). Without bytes when it cannot be converted; null when it is beyond the chart's budget.
     // Only the budget is logged.
     std::shared_ptr<const Substitute> TakeNamed(const std::string& name);
+    // For a sound that is there and NeedsDecoding: its samples, when it is in the list; otherwise null.
+    DecodedPtr TakeDecoded(const std::string& name);
     // Whether a file of that kind would be converted where this name is opened: not a picture among sounds.
     bool IsWanted(MediaKind kind) const { return m_expected == MediaKind::kNone || m_expected == kind; }
     // Counts a picture that is opened. False, with a line of log, when it is beyond the chart's budget.

@@ -33,8 +33,40 @@ FileIdentity::FileIdentity(std::string path, const struct stat& info)
       nModified(Nanoseconds(info.st_mtim)),
       nChanged(Nanoseconds(info.st_ctim)) {}
 
+bool KeptConversions::FindOrBegin(const FileIdentity& file, Conversion* pConversion) {
+    std::unique_lock lock(m_mutex);
+    m_made.wait(lock, [&] {
+        const auto it = m_making.find(file.sPath);
+        return it == m_making.end() || it->second.nThreads == it->second.nWaiting;
+    });
+    if (FindLocked(file, pConversion)) return true;
+    ++m_making[file.sPath].nThreads;
+    return false;
+}
+
+void KeptConversions::End(const std::string& path) {
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto it = m_making.find(path);
+        if (--it->second.nThreads == 0) m_making.erase(it);
+    }
+    m_made.notify_all();
+}
+
+void KeptConversions::SetWaits(const std::string& path, bool bWaits) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_making[path].nWaiting += bWaits ? 1 : -1;
+    }
+    m_made.notify_all();
+}
+
 bool KeptConversions::Find(const FileIdentity& file, Conversion* pConversion) {
     const std::lock_guard lock(m_mutex);
+    return FindLocked(file, pConversion);
+}
+
+bool KeptConversions::FindLocked(const FileIdentity& file, Conversion* pConversion) {
     const auto it = m_byPath.find(file.sPath);
     if (it == m_byPath.end()) return false;
     if (it->second->file != file) {

@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include <condition_variable>
 #include <cstdint>
 #include <list>
 #include <mutex>
@@ -34,6 +35,13 @@ class KeptConversions {
 public:
     explicit KeptConversions(size_t nMostBytes) : m_nMost(nMostBytes) {}
 
+    // False: nothing is kept, and the caller makes it, adds it if it can and calls End with the path of the
+    // file. Waits while another thread makes the same, but never for one that waits for memory itself.
+    bool FindOrBegin(const FileIdentity& file, Conversion* pConversion);
+    void End(const std::string& path);
+    // Around each wait for memory between the two.
+    void SetWaits(const std::string& path, bool bWaits);
+
     bool Find(const FileIdentity& file, Conversion* pConversion);
     // Replaces what was kept of the same path. A result larger than the bound is not kept.
     void Add(const FileIdentity& file, const Conversion& conversion);
@@ -45,7 +53,11 @@ private:
         Conversion conversion;
     };
     using Entries = std::list<Entry>;
+    struct Makers {
+        int nThreads = 0, nWaiting = 0;  // of them, for memory
+    };
 
+    bool FindLocked(const FileIdentity& file, Conversion* pConversion);
     void Remove(Entries::iterator it);
 
     const size_t m_nMost;
@@ -53,6 +65,8 @@ private:
     Entries m_entries;   // last used first
     std::unordered_map<std::string, Entries::iterator> m_byPath;
     size_t m_nBytes = 0;
+    std::condition_variable m_made;
+    std::unordered_map<std::string, Makers> m_making;  // by path
 };
 
 // The one of the process: an eighth of the machine's memory, at most 512 MiB.

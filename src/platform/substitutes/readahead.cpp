@@ -70,6 +70,10 @@ ReadAhead::Result ReadAhead::Take(const std::string& name) {
     return {m_pKept, m_keptKind, true};
 }
 
+static size_t BytesOf(const Substitute& made) {
+    return (made.pBytes ? made.pBytes->Size() : 0) + (made.pDecoded ? made.pDecoded->Bytes() : 0);
+}
+
 // Null when it must be made by the caller.
 ReadAhead::SubstitutePtr ReadAhead::TakeJob(size_t nJob) {
     std::unique_lock lock(m_mutex);
@@ -132,7 +136,7 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     SubstitutePtr pMade =
         make ? make([&](size_t nBytes) { return TryReserve(nJob, nBytes); }) : std::make_shared<Substitute>();
     if (pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
-    const size_t nMade = pMade && pMade->pBytes ? pMade->pBytes->Size() : 0;
+    const size_t nMade = pMade ? BytesOf(*pMade) : 0;
     pLock->lock();
     job.state = State::kDone;
     m_nReserved += nMade - job.nReserved;

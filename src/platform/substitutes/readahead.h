@@ -35,8 +35,8 @@ public:
     void Expect(MediaKind kind, std::vector<std::string> names);
     void Stop();
 
-    // The substitute for a name that is not there. The last one asked for is kept, because a loader opens a
-    // name twice.
+    bool IsExpected(const std::string& name) const { return m_indexes.count(name) != 0; }
+    // What is made for a name. The last one asked for is kept, because a loader opens a name twice.
     Result Take(const std::string& name);
     // Drops the one that was kept.
     void Forget();

@@ -72,6 +72,27 @@ Outcome Decode(int nFile, size_t nBytes, MediaKind kind, const ConversionLimits&
     return Outcome::kTaken;
 }
 
+// The kept conversion, or a new one, which no other thread makes meanwhile.
+Outcome FindOrDecode(int nFile, const FileIdentity& file, MediaKind kind, const ConversionLimits& limits,
+                     Conversion* pOut, bool* pbDecoded) {
+    KeptConversions& kept = TheKeptConversions();
+    if (kept.FindOrBegin(file, pOut)) return Outcome::kTaken;
+    ConversionLimits telling = limits;
+    if (limits.mayHold) {
+        telling.mayHold = [&](size_t nBytes) {
+            kept.SetWaits(file.sPath, true);
+            const bool bMay = limits.mayHold(nBytes);
+            kept.SetWaits(file.sPath, false);
+            return bMay;
+        };
+    }
+    const Outcome outcome = Decode(nFile, static_cast<size_t>(file.nSize), kind, telling, pOut);
+    *pbDecoded = outcome == Outcome::kTaken || outcome == Outcome::kUnreadable;
+    if (*pbDecoded) kept.Add(file, *pOut);
+    kept.End(file.sPath);
+    return outcome;
+}
+
 Outcome Take(int nFile, const FileIdentity& file, MediaKind kind, const ConversionLimits& limits,
              Substitute* pSubstitute) {
     BYTE aHead[4];
@@ -80,12 +101,8 @@ Outcome Take(int nFile, const FileIdentity& file, MediaKind kind, const Conversi
     const size_t nMost = kind == MediaKind::kPicture ? kMaxPictureFile : kMaxSoundFile;
     if (static_cast<uint64_t>(file.nSize) > nMost) return Outcome::kUnreadable;
     Conversion conversion;
-    if (!TheKeptConversions().Find(file, &conversion)) {
-        const Outcome outcome = Decode(nFile, static_cast<size_t>(file.nSize), kind, limits, &conversion);
-        if (outcome == Outcome::kBroken || outcome == Outcome::kOverBudget) return outcome;
-        TheKeptConversions().Add(file, conversion);
-        pSubstitute->bDecoded = true;
-    }
+    const Outcome outcome = FindOrDecode(nFile, file, kind, limits, &conversion, &pSubstitute->bDecoded);
+    if (outcome == Outcome::kBroken || outcome == Outcome::kOverBudget) return outcome;
     pSubstitute->nWork = conversion.nWork;
     pSubstitute->pBytes = std::move(conversion.pBytes);
     return pSubstitute->pBytes ? Outcome::kTaken : Outcome::kUnreadable;
@@ -100,6 +117,13 @@ MediaKind KindOfName(std::string_view path) {
 
 bool IsFilmName(std::string_view path) {
     return EndsWithOne(path, kFilmEndings);
+}
+
+std::string FindFilm(const std::string& name) {
+    std::string path = FindNamed(name);
+    if (!path.empty() || !IsFilmName(name)) return IsFilmName(path) ? path : "";
+    std::vector<std::string> paths = FindSiblings(name, {std::begin(kFilmEndings), std::end(kFilmEndings)});
+    return paths.empty() ? "" : std::move(paths[0]);
 }
 
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/byteblock.h"
+#include "platform/codec/ahead.h"
 #include "platform/substitutes/budget.h"
 #include "platform/substitutes/media.h"
 #include "platform/substitutes/sound.h"
@@ -13,6 +14,8 @@
 // By the ending of its last part, in any letter case; kNone for other endings.
 MediaKind KindOfName(std::string_view path);
 bool IsFilmName(std::string_view path);  // by its ending, too
+// The film of that name, or one beside it with another ending; empty when there is none.
+std::string FindFilm(const std::string& name);
 
 // The candidates for a name, in the order in which they are tried. Thread-safe.
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind);
@@ -25,6 +28,8 @@ MediaKind ForeignKind(const BYTE* pHead, size_t nBytes, std::string_view name);
 struct Substitute {
     std::string path;    // of this machine; empty when nothing takes the name's place
     SharedBytes pBytes;  // a WAV or BMP file made of it; null when the file itself is taken as it is
+    DecodedPtr
+        pDecoded;        // of a WAV file that is there under its name: its samples; path and pBytes are empty
     uint64_t nWork = 0;  // of making pBytes, also when it was made before
     std::vector<std::string> refused;  // paths that were tried before it, files that could not be converted
     bool bDecoded = false;             // pBytes was not kept from before

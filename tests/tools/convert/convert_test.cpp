@@ -70,8 +70,7 @@ TEST_F(Convert, Package) {
     EXPECT_FALSE(fs::exists(folder_.Path("out")));
     const test::ToolResult result = Run("song/song.bms out");
     ExpectSays(result, 0, "song/song.bms:5:8: warning: `gone.wav` is not there [missing-file]", "finding");
-    ExpectSays(result, 0, "song/song.bms:7:8: warning: `a.mpg` is a film, its place stays blank [film]",
-               "film");
+    ExpectSays(result, 0, "song/song.bms:7:8: warning: `a.mpg` is a film, its place stays blank: ", "film");
     EXPECT_EQ(Tree("out"), kGolden);
     EXPECT_EQ(test::ReadFile(folder_.Path("out/.lumetra-convert")),
               "lumetra-convert 1\na.mpg\nbg.bmp\nkick.wav\nsong.bms\nsub/SNARE.wav\n");
@@ -88,6 +87,27 @@ TEST_F(Convert, Package) {
     EXPECT_EQ(Tree("out"), ".lumetra-convert\nkick.wav -> ../song/kick.wav\nplain.bms\n");
     EXPECT_EQ(test::ReadFile(folder_.Path("out/plain.bms")), plain);
     EXPECT_EQ(Tree("").find(".lumetra-convert-"), std::string::npos) << "leaves nothing beside";
+}
+
+// The film is red for a second and then blue.
+TEST_F(Convert, FilmsBecomeStills) {
+    if (std::system("command -v ffmpeg ffprobe >/dev/null") != 0) GTEST_SKIP() << "needs the ffmpeg program";
+    folder_.Write("song/film.webm", test::ReadFile(STORED_FILM));  // beside the name that the chart has
+    folder_.Write("film.bms",
+                  "#BPM 120\n#WAV01 kick.wav\n#BMP01 film.mpg\n#00111:01\n#00104:01\n#00311:01\n");
+    fs::rename(folder_.Path("film.bms"), folder_.Path("song/film.bms"));
+    ExpectSays(Run("song/film.bms out"), 0, "`film.mpg` is shown as 50 stills, 25.0 a second [film]", "film");
+    EXPECT_EQ(Tree("out"),
+              ".lumetra-convert\nfilm-001.bmp\nfilm-002.bmp\nfilm-003.bmp\nfilm-004.bmp\nfilm.bms\n"
+              "kick.wav -> ../song/kick.wav\n");
+    const auto blue_of = [&](const char* sheet, size_t x, size_t y) {  // pixels from the top left
+        const std::string bmp = test::ReadFile(folder_.Path(sheet));
+        return static_cast<uint8_t>(bmp[54 + ((1023 - y) * 1024 + x) * 3]);
+    };
+    EXPECT_LT(blue_of("out/film-001.bmp", 128, 128), 40);
+    EXPECT_LT(blue_of("out/film-002.bmp", 0, 640), 40);  // still 24
+    EXPECT_GT(blue_of("out/film-002.bmp", 384, 640), 200);
+    EXPECT_GT(blue_of("out/film-004.bmp", 384, 128), 200);
 }
 
 // What is refused changes nothing.

@@ -4,7 +4,7 @@
 #include <numbers>
 #include <random>
 
-#include "sound_platform/sound_fixture.h"
+#include "platform/sound/sound_fixture.h"
 
 namespace {
 

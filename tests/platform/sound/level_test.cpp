@@ -4,7 +4,7 @@
 #include <limits>
 #include <numbers>
 
-#include "sound_platform/sound_fixture.h"
+#include "platform/sound/sound_fixture.h"
 
 namespace {
 

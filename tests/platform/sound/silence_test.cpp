@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/sound/memory.h"
-#include "sound_platform/sound_fixture.h"
+#include "platform/sound/sound_fixture.h"
 
 namespace {
 

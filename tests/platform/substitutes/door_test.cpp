@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/headless/headless.h"
@@ -37,6 +39,30 @@ TEST(Door, AFileIsConvertedAgainOnlyWhenItChanged) {
     folder.Write("a.flac", "fLaC, damaged");
     const Substitute refused = MakeSubstitute({folder.Path("a.flac")}, MediaKind::kSound, {});
     EXPECT_EQ(refused.refused, std::vector<std::string>{folder.Path("a.flac")});
+}
+
+// Names that differ by their letter case alone lead to one file. A thread that waits for memory holds no
+// other up.
+TEST(Door, ThreadsThatNeedTheSameFileDecodeItOnce) {
+    test::TempFolder folder;
+    folder.Write("a.flac", Stored("../../tests/platform/substitutes/data/silence_95s.flac"));
+    const std::string path = folder.Path("a.flac");
+    std::atomic<int> decoded{0}, begun{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (++begun; begun < 4;) std::this_thread::yield();
+            decoded += MakeSubstitute({path}, MediaKind::kSound, {}).bDecoded;
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(decoded, 1);
+
+    folder.Write("a.flac", Stored("fuzz_sound_file/flac"));
+    const auto other_decodes = [&](size_t) {
+        return MakeSubstitute({path}, MediaKind::kSound, {}).pBytes != nullptr;
+    };
+    EXPECT_NE(MakeSubstitute({path}, MediaKind::kSound, {other_decodes}).pBytes, nullptr);
 }
 
 TEST(Door, WhatIsKeptIsBoundedAndTheLastUsedStays) {

@@ -1,7 +1,7 @@
 // The memory of sound buffers: bounded, and silent when it is handed out.
 #include "platform/sound/memory.h"
 
-#include "sound_platform/sound_fixture.h"
+#include "platform/sound/sound_fixture.h"
 
 namespace {
 

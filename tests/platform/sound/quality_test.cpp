@@ -2,7 +2,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "sound_platform/sound_fixture.h"
+#include "platform/sound/sound_fixture.h"
 
 namespace {
 

@@ -62,7 +62,7 @@ std::string Report(const std::string& name, const std::string& file) {
     } else {
         text << "refused";
     }
-    return name + ": " + text.str() + "\n";
+    return name + text.str();
 }
 
 TEST(PackageFiles, BecomeWhatIsStored) {
@@ -74,8 +74,8 @@ TEST(PackageFiles, BecomeWhatIsStored) {
             if (entry.path().extension() != ".txt")
                 files[entry.path().filename()] = test::ReadFile(entry.path());
         for (const auto& [name, file] : files) {
-            text += Report(name, file) + Report("    its first half", file.substr(0, file.size() / 2)) +
-                    Report("    its beginning", file.substr(0, 60));
+            text += Report(name + ": ", file) + Report("; half ", file.substr(0, file.size() / 2)) +
+                    Report("; beginning ", file.substr(0, 60)) + "\n";
         }
     }
     test::ExpectStored(text, PACKAGES_DATA "/converted.txt");

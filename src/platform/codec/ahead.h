@@ -1,0 +1,34 @@
+// WAV files decoded before the program converts them: while one thread loads, others decode. The program
+// converts as before; when it comes to the very same bytes, the samples are there.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "platform/byteblock.h"
+#include "platform/codec/acm.h"
+#include "platform/codec/acm_codec.h"
+
+struct DecodedSound {
+    AcmFormat format;
+    SharedBytes pFile;
+    const BYTE* pSource;  // the data in the file
+    DWORD nSource;        // bytes
+    ByteBlock pcm;
+    DWORD nUsed, nMade;  // bytes of source and samples, as a conversion returns them
+    size_t Bytes() const { return pFile->Size() + pcm.Size(); }
+};
+using DecodedPtr = std::shared_ptr<const DecodedSound>;
+
+constexpr size_t kWaveHead = 64;  // bytes that NeedsDecoding looks at
+// Whether a WAV file that begins so has more to it than copying. False where its head does not tell.
+bool NeedsDecoding(const BYTE* pHead, size_t nBytes);
+
+// Null when the file cannot be decoded whole, or when mayHold refuses: it is asked for the bytes of the file
+// and the samples. Safe on any thread.
+DecodedPtr DecodeAhead(const SharedBytes& pFile, const std::function<bool(size_t nBytes)>& mayHold);
+
+// What this thread's conversions may use from now on; null: nothing.
+void OfferDecoded(DecodedPtr pDecoded);
+// Fills the header as the first conversion of a stream would. False: nothing fits.
+bool TakeDecoded(const AcmFormat& format, ACMSTREAMHEADER* pHeader);
