@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -59,9 +60,10 @@ int RunLine(const std::vector<std::string>& line) {
     return RunSystem(static_cast<int>(argv.size()), argv.data());
 }
 
-// The terminal's hang-up and its interrupt are not for the player.
+// The terminal's hang-up and its interrupt are not for the player, nor is the end of its caller.
 void Detach() {
     setsid();
+    signal(SIGPIPE, SIG_IGN);
     const int nothing = open("/dev/null", O_RDWR);
     const char* debug = std::getenv("LUMETRA_DEBUG");
     dup2(nothing, STDIN_FILENO);
