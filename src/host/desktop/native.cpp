@@ -80,7 +80,9 @@ const char* const kAtoms[] = {"_NET_WM_STATE",
                               "_NET_WM_FULLSCREEN_MONITORS",
                               "_NET_WORKAREA",
                               "_NET_WM_ICON",
-                              "_NET_ACTIVE_WINDOW"};
+                              "_NET_ACTIVE_WINDOW",
+                              "_NET_WM_USER_TIME",
+                              "_NET_STARTUP_ID"};
 
 void InternAtoms(Display* display) {
     Atom atoms[std::size(kAtoms)] = {};
