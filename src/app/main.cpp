@@ -120,9 +120,8 @@ int main(int argc, char** argv) {
     app::SetModern(modern);
     app::SetWatch(watch);
     const int code = options.verb == app::Verb::kNone ? Run(argc, argv) : RunLong(options);
-    const bool closed = host::Shutdown();
     app::SavePlace();
-    if (closed) return code;
+    if (host::Shutdown()) return code;
     std::fflush(stdout);
     std::_Exit(code);
 }

@@ -11,7 +11,7 @@ namespace app {
 // $XDG_STATE_HOME/lumetra/place, with ~/.local/state for an unset variable; empty without an absolute path.
 std::string PlaceFile();
 
-void SavePlace();  // after the window was closed; failures are ignored
+void SavePlace();  // at the end; failures are ignored
 
 // -X and -Y for a player that is started; none when no place is known. Opens the display.
 std::vector<std::string> PlaceOptions();

@@ -82,8 +82,8 @@ int RunPlayer(const Player& player) {
     ServeChannel(TellAnnounced);
     const int code = RunPlayer(player);
     host::UnlockStart();
-    const bool closed = host::Shutdown();
     SavePlace();
+    const bool closed = host::Shutdown();
     std::fflush(nullptr);
     closed ? std::exit(code) : std::_Exit(code);
 }

@@ -56,7 +56,7 @@ void Minimize();
 void Unminimize();  // without the focus; nothing for a window that is not minimised
 void GetDesktopSize(int* width, int* height);
 std::vector<Rect> Screens();  // the monitors; none without a display
-bool LastPlace(Rect* outer);  // where the window was when it was hidden or closed; false when it never came
+bool LastPlace(Rect* outer);  // of the window, also when it was hidden or closed; false when it never came
 void LeaveFocus();            // the window that opens next does not take the focus, unless the environment
                               // says that the user has just asked for it
 

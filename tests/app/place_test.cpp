@@ -39,7 +39,6 @@ TEST_F(PlaceTest, IsKeptFromTheEndOfARun) {
     headless::At(100, headless::MoveWindow(300, 40));
     headless::At(200, headless::Key(test::kEscape));
     EXPECT_EQ(Run(), 0);
-    host::Shutdown();
     app::SavePlace();
     EXPECT_EQ(app::PlaceOptions(), (Options{"-X300", "-Y40"}));
     EXPECT_EQ(test::ReadFile(app::PlaceFile()), "window 300 40 452 280\n");

@@ -410,8 +410,9 @@ class EndToEnd(unittest.TestCase):
                 return int(screen.run("xdotool", "getactivewindow", check=False) or 0)
 
             def quit_it():
+                pid = json.loads(screen.run(harness.LUMETRA, "--status"))["pid"]
                 self.assertEqual(screen.remote("--quit"), 0)
-                until("the end", lambda: not screen.windows())
+                until("the end", lambda: not os.path.exists(f"/proc/{pid}"))
 
             screen.run("xdotool", "windowactivate", "--sync", str(editor))
             for press in range(6):

@@ -23,8 +23,9 @@ struct State {
     bool display_open = false;
     int scale = 1;
     bool leave_focus = false;
+    bool hidden = false;
     bool has_place = false;
-    Rect place = {};  // when it was hidden or closed
+    Rect place = {};  // when it was last asked for, hidden or closed
 };
 
 State g_state;
@@ -130,7 +131,7 @@ bool HasDisplay() {
 bool OpenWindow(const WindowRequest& request) {
     CloseWindow();
     if (!OpenDisplay()) return false;
-    g_state.has_place = false;
+    g_state.hidden = g_state.has_place = false;
     Fl_Group::current(nullptr);
     g_state.window = std::make_unique<PlayerWindow>(request.width, request.height, Scale());
     PlayerWindow* window = g_state.window.get();
@@ -147,7 +148,7 @@ bool OpenWindow(const WindowRequest& request) {
 
 void CloseWindow() {
     if (!g_state.window) return;
-    if (!g_state.has_place) KeepPlace();
+    if (!g_state.hidden) KeepPlace();
     native::Forget(g_state.window.get());
     g_state.window->hide();
     Fl::flush();
@@ -156,7 +157,8 @@ void CloseWindow() {
 
 void HideWindow() {
     if (!g_state.window) return;
-    KeepPlace();
+    if (!g_state.hidden) KeepPlace();
+    g_state.hidden = true;
     native::Hide(g_state.window.get());
 }
 
@@ -221,6 +223,7 @@ std::vector<Rect> Screens() {
 }
 
 bool LastPlace(Rect* outer) {
+    if (g_state.window && !g_state.hidden) KeepPlace();
     *outer = g_state.place;
     return g_state.has_place;
 }

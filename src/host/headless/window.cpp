@@ -180,6 +180,7 @@ std::vector<Rect> Screens() {
 }
 
 bool LastPlace(Rect* outer) {
+    if (g_state.window.open) g_state.last = GetWindowPlace().outer;
     *outer = g_state.last;
     return g_state.last.right > g_state.last.left;
 }
