@@ -2,7 +2,7 @@
 """Measures an editor's loop: the time from a call of lumetra to the sound that it causes.
 
     cmake --preset release && cmake --build --preset release
-    python3 bench/editor_loop.py               # 50 presses of each kind; some 25 minutes
+    python3 bench/editor_loop.py               # 50 presses of each kind; some 15 minutes
     python3 bench/editor_loop.py --presses 5 --sounds 1,575
 
 Needs Xvfb, openbox, PulseAudio and parec. Plays into a private sound server's null sink and listens to its
