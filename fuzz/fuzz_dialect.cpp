@@ -15,6 +15,8 @@ static void CheckText(const dialect::Plan& plan) {
         Check(end != text.npos && end - begin <= 1023 && text[begin] == '#');
     }
     for (const dialect::NamedFile& sound : plan.sounds) Check(sound.number >= 1 && sound.number <= 575);
+    for (const dialect::Event& event : plan.events) Check(event.written >= 0 && event.written <= 1295);
+    for (const dialect::WrittenCut& cut : plan.cuts) Check(cut.number <= 1295 && cut.picture <= 575);
     for (const dialect::Stem& stem : plan.stems) {
         Check(!stem.numbers.empty());
         for (const dialect::StemItem& item : stem.items) Check(item.start_ms >= 0 && item.cut_ms > 0);
@@ -29,6 +31,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.choice.seed = data[0];
     if (data[0] & 2)
         options.sound_ms = [](std::string_view name) { return static_cast<double>(name.size() * 50); };
+    if (data[0] & 4) {
+        options.film = [](std::string_view name) {
+            const double size = static_cast<double>(name.size());
+            return dialect::FilmLook{name.size() % 3 ? size * 999 : 0, size * size / 7};
+        };
+    }
     const dialect::Plan plan = dialect::MakePlan(bytes, options);
     if (!plan.unchanged) CheckText(plan);
     const dialect::Verdict verdict = dialect::Judge(bytes, options);

@@ -59,12 +59,28 @@ const Row kRows[] = {
                                                    return "#WAV" + Pair62(n + 62) + " same.wav\n#001" +
                                                           (n % 2 ? "11" : "01") + ":" + Pair62(n + 62) + "\n";
                                                })},
+    {"films at a hundred thousand places of three channels",
+     kNotes +
+         Times(1295,
+               [](int n) {
+                   return "#BMP" + Pair62(n / 36 * 62 + n % 36 + 1) + " " + std::to_string(n % 70) + ".mpg\n";
+               }) +
+         Times(999,
+               [](int m) {
+                   std::string lines = "#" + Pad(m, 3) + "02:1000\n";
+                   for (const char* channel : {"04", "06", "07"})
+                       lines += "#" + Pad(m, 3) + channel + ":" + Times(33, "010203") + "\n";
+                   return lines;
+               })},
 };
 TEST(Hostile, EndsSoon) {
     for (const auto& row : kRows) {
         const auto start = std::chrono::steady_clock::now();
         dialect::Options options;
         options.sound_ms = [](std::string_view) { return 1.0; };
+        options.film = [](std::string_view name) {
+            return name.ends_with(".mpg") ? dialect::FilmLook{1e8, 1e8} : dialect::FilmLook();
+        };
         const dialect::Plan plan = dialect::MakePlan(row.text, options);
         const std::string text = plan.unchanged ? Lines(row.text) : dialect::WriteText(plan);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;

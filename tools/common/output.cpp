@@ -111,8 +111,32 @@ bool Output::Write(const void* bytes, size_t count) {
     return buffer_.size() < kBuffer || Flush();
 }
 
+bool Output::WriteZeros(uint64_t count) {
+    constexpr uint64_t kLeastHole = 65536;
+    if (seekable_ && count >= kLeastHole) {
+        hole_ = true;
+        return Flush() && (lseek(fd_, static_cast<off_t>(count), SEEK_CUR) >= 0 || Fail());
+    }
+    const char zeros[4096] = {};
+    for (uint64_t left = count; left > 0; left -= std::min<uint64_t>(left, sizeof zeros)) {
+        if (!Write(zeros, static_cast<size_t>(std::min<uint64_t>(left, sizeof zeros)))) return false;
+    }
+    return true;
+}
+
+// The file gets its length where it ends in a hole.
+bool Output::CloseHole() {
+    if (!hole_) return true;
+    hole_ = false;
+    struct stat status = {};
+    const off_t place = lseek(fd_, 0, SEEK_CUR);
+    return place >= 0 && fstat(fd_, &status) == 0 && (status.st_size >= place || ftruncate(fd_, place) == 0)
+               ? true
+               : Fail();
+}
+
 bool Output::Seek(int64_t place) {
-    return Flush() && (lseek(fd_, place, SEEK_SET) == place || Fail());
+    return Flush() && CloseHole() && (lseek(fd_, place, SEEK_SET) == place || Fail());
 }
 
 bool Output::CopyTo(int to) {
@@ -125,7 +149,7 @@ bool Output::CopyTo(int to) {
 }
 
 bool Output::Commit() {
-    if (!Flush()) return false;
+    if (!Flush() || !CloseHole()) return false;
     if (Stopped()) return Fail("stopped");
     if (in_place_) {
         Output place;

@@ -26,6 +26,7 @@ public:
     void OpenDescriptor(int fd);
 
     bool Write(const void* bytes, size_t count);  // buffered
+    bool WriteZeros(uint64_t count);              // takes no room on the disk where the file may have holes
     bool Seek(int64_t place);                     // from the start; if seekable
     bool Commit();
     bool seekable() const { return seekable_; }
@@ -34,6 +35,7 @@ public:
 
 private:
     bool CreateBeside(const std::string& target);
+    bool CloseHole();
     bool CopyTo(int to);
     bool Flush();
     bool WriteThrough(int fd, const char* bytes, size_t count);
@@ -43,6 +45,7 @@ private:
     std::vector<char> buffer_;
     int fd_ = -1;
     bool owned_ = false, seekable_ = false, in_place_ = false;
+    bool hole_ = false;  // zeros were passed over, and nothing was written after them
 };
 
 // The whole file. False with a reason when it cannot be read or has more than limit bytes.

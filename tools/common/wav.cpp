@@ -50,12 +50,25 @@ bool WavWriter::OpenDescriptor(int fd, int channels, uint32_t rate) {
     return Begin(channels, rate);
 }
 
+bool WavWriter::Count(uint64_t bytes) {
+    bytes_ += bytes;
+    if (bytes_ > kMostData) error_ = "the sound is longer than a WAV file can hold";
+    return error_.empty();
+}
+
+bool WavWriter::WriteSilence(size_t count) {
+    silence_ += 2 * uint64_t{count};
+    return Count(2 * uint64_t{count});
+}
+
+bool WavWriter::EndSilence() {
+    const uint64_t bytes = silence_;
+    silence_ = 0;
+    return bytes == 0 || out_.WriteZeros(bytes);
+}
+
 bool WavWriter::Write(const int16_t* samples, size_t count) {
-    bytes_ += 2 * uint64_t{count};
-    if (bytes_ > kMostData) {
-        error_ = "the sound is longer than a WAV file can hold";
-        return false;
-    }
+    if (!Count(2 * uint64_t{count}) || !EndSilence()) return false;
     if constexpr (std::endian::native == std::endian::little) return out_.Write(samples, count * 2);
     for (size_t i = 0; i < count; ++i) {
         const auto sample = static_cast<uint16_t>(samples[i]);
@@ -66,6 +79,7 @@ bool WavWriter::Write(const int16_t* samples, size_t count) {
 }
 
 bool WavWriter::Commit() {
+    if (!EndSilence()) return false;
     const bool mended = !out_.seekable() || (out_.Seek(0) && WriteHeader(static_cast<uint32_t>(bytes_)));
     return mended && out_.Commit();
 }

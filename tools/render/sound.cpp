@@ -17,6 +17,9 @@ ExitCode WavSink::Begin(double) {
 }
 
 ExitCode WavSink::OnSound(const float* samples, int frames) {
+    const auto is_silent = [](float sample) { return sample == 0.0f; };
+    if (std::all_of(samples, samples + 2 * static_cast<size_t>(frames), is_silent))
+        return Result(wav_.WriteSilence(2 * static_cast<size_t>(frames)));
     int16_t block[2048];
     for (size_t left = 2 * static_cast<size_t>(frames); left > 0;) {
         const size_t count = std::min(left, std::size(block));

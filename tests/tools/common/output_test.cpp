@@ -67,6 +67,25 @@ TEST_F(Outputs, AreRefusedOverInputsAndOtherKinds) {
     EXPECT_FALSE(rules.Allow(folder_.Path("dangling"), FileKind::kTrace, &why)) << "the same file twice";
 }
 
+// Long zeros are a hole in a file and bytes in a pipe; at the end of a file, too.
+TEST_F(Outputs, ZerosAreZerosEverywhere) {
+    std::string got[2];
+    for (const int fifo : {0, 1}) {
+        const std::string name = folder_.Path(fifo ? "fifo" : "zeros");
+        std::thread reader([&] { got[1] = fifo ? test::ReadFile(name) : ""; });
+        {
+            tools::Output out;
+            EXPECT_TRUE(out.Open(name) && out.Write("a", 1) && out.WriteZeros(200'000) && out.Write("b", 1) &&
+                        out.WriteZeros(7) && out.WriteZeros(300'000) && out.Commit())
+                << out.error();
+        }
+        reader.join();
+        if (!fifo) got[0] = test::ReadFile(name);
+    }
+    EXPECT_TRUE(got[0] == "a" + std::string(200'000, '\0') + "b" + std::string(300'007, '\0'));
+    EXPECT_TRUE(got[1] == got[0]);
+}
+
 TEST_F(Outputs, ReplaceWholeFilesThroughLinksAndWritePipesInPlace) {
     fs::permissions(folder_.Path("input"), fs::perms::owner_read | fs::perms::owner_write);
     const struct {
