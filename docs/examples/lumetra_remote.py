@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
-"""Commands a running Lumetra directly: lumetra_remote.py play|stop|restart|load|quit, seek MEASURE, speed FACTOR.
+"""Commands a running Lumetra directly: lumetra_remote.py play|stop|restart|load|quit, seek MEASURE, speed FACTOR,
+open FILE [MEASURE].
 
-The message format and the place of the sockets are those of docs/remote.md. Ends with 1 when no instance runs, when
-more than one does, or when the message could not be delivered.
+The message format and the place of the sockets are those of docs/remote.md; open uses the channel with answers. Ends
+with 1 when no instance runs, when more than one does, when the message could not be delivered or the chart is refused.
 """
+import json
 import os
 import re
 import socket
 import stat
 import struct
 import sys
+import urllib.parse
 
 MESSAGES = {"quit": 1125, "stop": 1126, "play": 1127, "restart": 1128, "seek": 1129, "speed": 1130, "load": 1134}
 
@@ -62,15 +65,31 @@ def packet(message, wparam=0, lparam=0):
     return struct.pack("<4sHHIIqq", b"LMTR", 1, 0, message, 0, wparam, lparam)
 
 
-def main(command=None, value="0"):
-    if command not in MESSAGES:
+def open_chart(channel, path, measure):
+    """Has the instance play a file from a measure."""
+    request = {"id": 1, "command": "open", "uri": "file://" + urllib.parse.quote(os.path.abspath(path)),
+               "measure": measure}
+    with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as connection:
+        connection.settimeout(10)
+        connection.connect(channel)
+        connection.sendall(json.dumps(request).encode() + b"\n")
+        answer = json.loads(connection.makefile("rb").readline())
+    if not answer["ok"]:
+        raise OSError(answer["error"]["text"])
+
+
+def main(command=None, value="0", measure="-1"):
+    if command not in MESSAGES and command != "open":
         print(__doc__, file=sys.stderr)
         return 1
-    number = round(float(value) * 100) if command == "speed" else int(value)
     running = instances()
     if len(running) != 1:
         print(f"{len(running)} instances are running", file=sys.stderr)
         return 1
+    if command == "open":
+        open_chart(running[0].getpeername() + ".stream", value, int(measure))
+        return 0
+    number = round(float(value) * 100) if command == "speed" else int(value)
     running[0].settimeout(1)
     running[0].send(packet(MESSAGES[command], number))
     return 0

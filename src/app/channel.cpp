@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/load.h"
+#include "app/watch.h"
 #include "chart/bms.h"
 #include "host/host.h"
 #include "platform/window/dialog.h"
@@ -156,20 +157,26 @@ std::string PathOf(const json& body) {
 void Open(const Request& request) {
     LoadRequest load;
     load.path = PathOf(request.body);
-    if (load.path.empty() || load.path[0] != '/')
+    if (load.path.empty() || load.path[0] != '/' || load.path.find('\0') != std::string::npos)
         return Refuse(request.client, request.id, "wrong-value", "open takes file, an absolute path, or uri");
     if (const json* measure = Whole(request.body, "measure")) load.measure = measure->get<int>();
     if (const json* line = Whole(request.body, "line")) load.line = line->get<int>();
     if (!TakeSpeed(request.body, &load.hundredths))
         return Refuse(request.client, request.id, "wrong-value", "speed takes a number from 0.1 to 8");
     const json modern = request.body.value("modern", json(false));
-    if (!modern.is_boolean())
-        return Refuse(request.client, request.id, "wrong-value", "modern is true or false");
-    const bool before = compile::PlaysModern();
+    const json watch = request.body.value("watch", json(false));
+    if (!modern.is_boolean() || !watch.is_boolean())
+        return Refuse(request.client, request.id, "wrong-value", "modern and watch are true or false");
+    const bool was_modern = compile::PlaysModern(), was_watched = WatchWanted();
     SetModern(modern);
+    SetWatch(watch);
+    NoteUse();
+    const HeldChart held(load.path);
     const Probe probe = ProbeChart(load.path);
     if (!probe.refusal.empty()) {
-        SetModern(before);
+        SetModern(was_modern);
+        SetWatch(was_watched);
+        DropUse();
         return Refuse(request.client, request.id, "refused", probe.refusal);
     }
     bool clamped;
@@ -213,15 +220,18 @@ void Publish() {
     UpdatePlaying(&latest);
     if (g_channel.loading) latest.state = State::kLoading;
     latest.modal = host::InnermostModal() != host::Modal::kNone;
+    latest.watch = Watches();
+    latest.refused = WatchRefusal();
     const std::lock_guard<std::mutex> hold(g_channel.lock);
     Status& shown = g_channel.status;
-    const bool changed =
-        shown.state != latest.state || shown.measure != latest.measure || shown.path != latest.path;
+    const bool changed = shown.state != latest.state || shown.measure != latest.measure ||
+                         shown.path != latest.path || shown.refused != latest.refused;
     // The texts change with a load alone: copying them each frame would cost more than all the rest.
     shown.state = latest.state, shown.host = latest.host, shown.measure = latest.measure,
     shown.place = latest.place;
     shown.time_ms = latest.time_ms, shown.tempo = latest.tempo, shown.speed = latest.speed;
-    shown.sounding = latest.sounding, shown.modal = latest.modal;
+    shown.sounding = latest.sounding, shown.modal = latest.modal, shown.watch = latest.watch;
+    if (changed) shown.refused = latest.refused;
     if (!changed || g_channel.observers.empty()) return;
     const std::string line = Dump({{"event", "status"}, {"status", ToJson(shown)}});
     std::erase_if(g_channel.observers, [&](uint64_t client) { return !host::SendLine(client, line); });
@@ -230,10 +240,12 @@ void Publish() {
 void OnTitle(const std::string& title) {
     g_channel.loading = title == LOADING_TITLE;
     if (g_channel.loading) {
+        NoteUse();
         g_channel.latest.path = OpenedFile();
         g_channel.latest.title.clear();
         g_channel.latest.lines = ChartLines();
     } else {
+        KeepUse();
         UpdateChart(&g_channel.latest);
     }
     const std::lock_guard<std::mutex> hold(g_channel.lock);
@@ -251,6 +263,7 @@ void OnPump(const std::string* title) {
     g_channel.busy = true;
     Request request;
     while (TakeRequest(&request)) Execute(request);
+    PollWatch();
     g_channel.busy = false;
 }
 
@@ -270,6 +283,7 @@ void ResetChannel() {
     g_channel.loading = true;
     g_channel.busy = false;
     g_channel.announced = nullptr;
+    ResetWatch();
 }
 
 }  // namespace app

@@ -15,9 +15,8 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kPatience = 200;  // ms for an answer
 constexpr int kStatusId = 2;
-constexpr uint64_t kLongest = 10'000'000'000, kPause = 10'000'000;  // ns
+constexpr uint64_t kPatience = 200'000'000, kLongest = 10'000'000'000, kPause = 10'000'000;  // ns
 
 std::vector<uint64_t> Running() {
     std::vector<host::Instance> instances;
@@ -38,12 +37,11 @@ int FindOne(uint64_t* id) {
     return ids.empty() ? kNoneRuns : ids.size() > 1 ? kCannotTake : kDone;
 }
 
-// The answer to the request of that id, or of the other one; null when neither comes in time.
-json ReadAnswer(host::LineClient* client, int id, int milliseconds, int other = 0) {
-    const uint64_t end = host::Nanoseconds() + static_cast<uint64_t>(milliseconds) * 1'000'000;
+// The answer to the request of that id, or of the other one; null when neither comes by then.
+json ReadAnswer(host::LineClient* client, uint64_t until, int id, int other = 0) {
     std::string line;
-    for (uint64_t now; (now = host::Nanoseconds()) < end;) {
-        if (!client->Read(&line, static_cast<int>((end - now) / 1'000'000) + 1)) return nullptr;
+    for (uint64_t now; (now = host::Nanoseconds()) < until;) {
+        if (!client->Read(&line, static_cast<int>((until - now) / 1'000'000) + 1)) return nullptr;
         json answer = json::parse(line, nullptr, false);
         const json of = answer.is_object() ? answer.value("id", json()) : json();
         if (of == id || of == other) return answer;
@@ -56,11 +54,13 @@ int NoAnswer() {
     return kCannotTake;
 }
 
-int Result(const json& answer) {
+// file: as the user named it.
+int Result(const json& answer, const std::string& file) {
     if (answer.value("ok", false)) return kDone;
     const json error = answer.value("error", json::object());
-    Say(error.value("text", "the running instance refuses"));
-    return error.value("code", "") == "refused" ? kRefused : kCannotTake;
+    const bool refused = error.value("code", "") == "refused";
+    Say((refused ? file + ": " : "") + error.value("text", "the running instance refuses"));
+    return refused ? kRefused : kCannotTake;
 }
 
 bool AskStatus(host::LineClient* client) {
@@ -69,24 +69,26 @@ bool AskStatus(host::LineClient* client) {
 
 json ReadStatus(host::LineClient* client) {
     if (!AskStatus(client)) return nullptr;
-    const json answer = ReadAnswer(client, kStatusId, kPatience);
+    const json answer = ReadAnswer(client, host::Nanoseconds() + kPatience, kStatusId);
     return answer.is_object() ? answer.value("result", json()) : nullptr;
 }
 
 // Sends one command and waits for its answer as long as the instance shows life: a load may take its time.
-int Tell(host::LineClient* client, json command, json* result) {
+int Tell(uint64_t id, json command, const std::string& file, json* result) {
+    uint64_t alive = host::Nanoseconds();
+    const uint64_t end = alive + kLongest;
+    host::LineClient client(id);
     command["id"] = 1;
-    if (!client->Write(command.dump(-1, ' ', false, json::error_handler_t::replace))) return NoAnswer();
-    const uint64_t end = host::Nanoseconds() + kLongest;
-    while (host::Nanoseconds() < end) {
-        json answer = ReadAnswer(client, 1, kPatience / 2);
+    if (!client.Write(command.dump(-1, ' ', false, json::error_handler_t::replace))) return NoAnswer();
+    for (; alive < end; alive = host::Nanoseconds()) {
+        json answer = ReadAnswer(&client, alive + kPatience / 2, 1);
         if (!answer.is_object()) {
-            if (!AskStatus(client)) return NoAnswer();
-            answer = ReadAnswer(client, kStatusId, kPatience / 2, 1);
+            if (!AskStatus(&client)) return NoAnswer();
+            answer = ReadAnswer(&client, alive + kPatience, kStatusId, 1);
         }
         if (!answer.is_object()) return NoAnswer();
         const json status = answer.value("result", json::object());
-        if (answer["id"] == 1) return *result = status, Result(answer);
+        if (answer["id"] == 1) return *result = status, Result(answer, file);
         if (command["command"] != "open" || !status.value("modal", false)) continue;
         Say("the chart is opened when the box or menu in the player is closed");
         return kDone;
@@ -125,10 +127,11 @@ int ShowStatus(bool follow) {
         Say("no instance is running");
         return kNoneRuns;
     }
-    for (const uint64_t id : ids) {
-        host::LineClient& client = clients.emplace_back(id);
-        client.Write(json({{"id", 1}, {"command", follow ? "observe" : "status"}}).dump());
-        const json answer = ReadAnswer(&client, 1, kPatience);
+    const uint64_t until = host::Nanoseconds() + kPatience;
+    for (const uint64_t id : ids)
+        clients.emplace_back(id).Write(json({{"id", 1}, {"command", follow ? "observe" : "status"}}).dump());
+    for (host::LineClient& client : clients) {
+        const json answer = ReadAnswer(&client, until, 1);
         if (answer.is_object())
             Print(answer["result"]);
         else
@@ -159,23 +162,22 @@ int RunCommand(const LongOptions& options) {
         if (code == kNoneRuns) Say("no instance is running");
         return code;
     }
-    host::LineClient client(id);
     json command = {{"command", VerbText(options.verb)}}, result;
     if (options.measure) command["measure"] = *options.measure;
     if (options.speed) command["speed"] = *options.speed;
-    return Tell(&client, command, &result);
+    return Tell(id, command, "", &result);
 }
 
 int OpenInRunning(const LongOptions& options, const std::string& path) {
     uint64_t id;
     if (const int code = FindOne(&id)) return code;
-    host::LineClient client(id);
     json command = {{"command", "open"}, {"uri", PathToUri(path)}}, result;
     if (options.measure) command["measure"] = *options.measure;
     if (options.line) command["line"] = *options.line;
     if (options.modern) command["modern"] = true;
+    if (options.watch) command["watch"] = true;
     if (options.speed) command["speed"] = *options.speed;
-    const int code = Tell(&client, command, &result);
+    const int code = Tell(id, command, options.file, &result);
     if (code == kDone && result.is_object() && result.value("clamped", false))
         Say("the chart has no such measure; it plays from its last, " +
             std::to_string(result.value("measure", 0)));

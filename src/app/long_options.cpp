@@ -143,14 +143,14 @@ private:
 
 }  // namespace
 
-bool TakeModern(int* argc, char** argv) {
-    const char* wanted = std::getenv("LUMETRA_MODERN");
-    bool modern = wanted && *wanted && std::strcmp(wanted, "0") != 0;
+bool TakeFlag(int* argc, char** argv, const char* flag, const char* variable) {
+    const char* wanted = std::getenv(variable);
+    bool given = wanted && *wanted && std::strcmp(wanted, "0") != 0;
     int kept = 1, i = 1;
     while (i < *argc && (!*argv[i] || IsOptionArgument(argv[i]))) {
         const bool value = std::strcmp(argv[i], "--at") == 0 || FindVerbWithValue(argv[i]);
-        if (std::strcmp(argv[i], "--modern") == 0) {
-            modern = true;
+        if (std::strcmp(argv[i], flag) == 0) {
+            given = true;
             ++i;
             continue;
         }
@@ -159,7 +159,7 @@ bool TakeModern(int* argc, char** argv) {
     while (i < *argc) argv[kept++] = argv[i++];
     *argc = kept;
     argv[kept] = nullptr;
-    return modern;
+    return given;
 }
 
 LongOptions ParseLongOptions(int argc, const char* const* argv) {

@@ -19,13 +19,14 @@ struct LongOptions {
     std::optional<int> measure, line;
     std::optional<double> speed;
     bool modern = false;  // charts of today are compiled
+    bool watch = false;   // the chart is loaded anew when it is written
     bool wait = false, foreground = false, follow = false;
     std::vector<std::string> passed;  // options for a player that is started
 };
 
-// Removes --modern from before the chart's name. Whether it was there, or LUMETRA_MODERN asks for it: any
-// value but an empty one or 0.
-bool TakeModern(int* argc, char** argv);
+// Removes a flag from before the chart's name. Whether it was there, or the variable asks for it: any value
+// but an empty one or 0.
+bool TakeFlag(int* argc, char** argv, const char* flag, const char* variable);
 
 // Looks for a long command before the chart's name.
 LongOptions ParseLongOptions(int argc, const char* const* argv);

@@ -10,7 +10,9 @@
 #include "app/channel.h"
 #include "app/client.h"
 #include "app/load.h"
+#include "app/place.h"
 #include "app/start.h"
+#include "app/watch.h"
 #include "app/words.h"
 #include "host/host.h"
 #include "platform/window/commandline.h"
@@ -34,6 +36,9 @@ come first, with their value attached; everything after them is the chart's name
   -D         run beside other instances; none of them accepts commands afterwards
   --modern   play charts of today: numbers up to ZZ, long notes, stops and more;
              with --open it belongs to that chart. LUMETRA_MODERN=1 does the same
+  --watch    load the chart anew when it, or a file that it uses, has been saved,
+             and go on at the same measure; with --open it belongs to that chart.
+             LUMETRA_WATCH=1 does the same
   --help     print this help and exit
   --version  print the version and exit
 
@@ -107,11 +112,15 @@ int main(int argc, char** argv) {
     if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
     }
-    const bool modern = app::TakeModern(&argc, argv);
+    const bool modern = app::TakeFlag(&argc, argv, "--modern", "LUMETRA_MODERN");
+    const bool watch = app::TakeFlag(&argc, argv, "--watch", "LUMETRA_WATCH");
     app::LongOptions options = app::ParseLongOptions(argc, argv);
     options.modern = modern;
+    options.watch = watch;
     app::SetModern(modern);
+    app::SetWatch(watch);
     const int code = options.verb == app::Verb::kNone ? Run(argc, argv) : RunLong(options);
+    app::SavePlace();
     if (host::Shutdown()) return code;
     std::fflush(stdout);
     std::_Exit(code);

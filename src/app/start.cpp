@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -12,6 +13,8 @@
 #include "app/channel.h"
 #include "app/client.h"
 #include "app/load.h"
+#include "app/place.h"
+#include "app/watch.h"
 #include "host/host.h"
 #include "platform/files/filename.h"
 #include "platform/window/commandline.h"
@@ -35,11 +38,19 @@ std::string SpeedOption(double speed) {
     return speed >= 8 ? "-M8" : text;
 }
 
-std::vector<std::string> PlayerLine(const LongOptions& options, const std::string& path, int measure) {
-    std::vector<std::string> line = {"lumetra", "-P", "-N" + std::to_string(measure)};
+struct Player {
+    const LongOptions& options;
+    std::string path;
+    int measure;
+};
+
+std::vector<std::string> PlayerLine(const Player& player) {
+    const LongOptions& options = player.options;
+    std::vector<std::string> line = {"lumetra", "-P", "-N" + std::to_string(player.measure)};
     if (options.speed) line.push_back(SpeedOption(*options.speed));
-    line.insert(line.end(), options.passed.begin(), options.passed.end());
-    line.push_back(path);
+    const std::vector<std::string> place = options.passed.empty() ? PlaceOptions() : options.passed;
+    line.insert(line.end(), place.begin(), place.end());
+    line.push_back(player.path);
     return line;
 }
 
@@ -49,9 +60,10 @@ int RunLine(const std::vector<std::string>& line) {
     return RunSystem(static_cast<int>(argv.size()), argv.data());
 }
 
-// The terminal's hang-up and its interrupt are not for the player.
+// The terminal's hang-up and its interrupt are not for the player, nor is the end of its caller.
 void Detach() {
     setsid();
+    signal(SIGPIPE, SIG_IGN);
     const int nothing = open("/dev/null", O_RDWR);
     const char* debug = std::getenv("LUMETRA_DEBUG");
     dup2(nothing, STDIN_FILENO);
@@ -60,25 +72,31 @@ void Detach() {
     if (nothing > STDERR_FILENO) close(nothing);
 }
 
-[[noreturn]] void RunChild(const std::vector<std::string>& line) {
+int RunPlayer(const Player& player) {
+    host::LeaveFocus();
+    return RunLine(PlayerLine(player));
+}
+
+[[noreturn]] void RunChild(const Player& player) {
     Detach();
     ServeChannel(TellAnnounced);
-    const int code = RunLine(line);
+    const int code = RunPlayer(player);
     host::UnlockStart();
+    SavePlace();
     const bool closed = host::Shutdown();
     std::fflush(nullptr);
     closed ? std::exit(code) : std::_Exit(code);
 }
 
 // Returns once the player's window is announced. The child keeps the lock of starts until then.
-int StartPlayer(const std::vector<std::string>& line) {
+int StartPlayer(const Player& player) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return kNotStarted;
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
         g_announced = ends[1];
-        RunChild(line);
+        RunChild(player);
     }
     host::LeaveStartToChild();
     close(ends[1]);
@@ -90,6 +108,7 @@ int StartPlayer(const std::vector<std::string>& line) {
 }
 
 int StartWith(const LongOptions& options, const std::string& path) {
+    NoteUse();
     const Probe probe = ProbeChart(path);
     if (!probe.refusal.empty()) {
         Say(options.file + ": " + probe.refusal);
@@ -104,10 +123,17 @@ int StartWith(const LongOptions& options, const std::string& path) {
     bool clamped;
     const int measure = StartMeasure(request, probe, &clamped);
     if (clamped) Say("the chart has no such measure; it plays from its last, " + std::to_string(measure));
-    const std::vector<std::string> line = PlayerLine(options, path, measure);
-    if (!options.foreground) return StartPlayer(line);
+    const Player player = {options, path, measure};
+    if (!options.foreground) return StartPlayer(player);
     ServeChannel(nullptr);
-    return RunLine(line);
+    return RunPlayer(player);
+}
+
+// The player's own streams may be closed.
+void SayWhetherItWatches(const std::string& path) {
+    std::string problem;
+    if (!host::WatchFolders({FolderOf(path)}, &problem)) Say("the chart is not watched: " + problem);
+    host::WatchFolders({}, &problem);
 }
 
 }  // namespace
@@ -128,6 +154,7 @@ int Open(const LongOptions& options) {
     int code = OpenInRunning(options, path);
     if (code == kNoneRuns) code = StartWith(options, path);
     host::UnlockStart();
+    if (code == kDone && options.watch && !options.foreground) SayWhetherItWatches(path);
     return code == kDone && options.wait && !options.foreground ? WaitUntilHeard() : code;
 }
 

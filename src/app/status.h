@@ -22,6 +22,8 @@ struct Status {
     double tempo = 0, speed = 1;
     bool sounding = false;  // the device has asked for sound
     bool modal = false;     // a box, menu or dialog is open
+    bool watch = false;     // the chart is loaded anew when it is written
+    std::string refused;    // why it was not when it was written last
     // Of the chart; change with a load alone.
     std::string path, title;
     int missing = 0;  // sounds and pictures

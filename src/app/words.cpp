@@ -5,6 +5,7 @@
 
 #include "app/client.h"
 #include "app/load.h"
+#include "host/host.h"
 #include "platform/files/filename.h"
 #include "platform/window/commandline.h"
 
@@ -44,7 +45,9 @@ void SayRemote(int argc, const char* const* argv, int others) {
     if (others == 0) return Say("no instance is running");
     if (others > 1)
         return Say(std::to_string(others) + " instances are running; none of them takes commands");
-    if (HasOption(argc, argv, kCommands)) Say("handed on to the running instance");
+    if (HasOption(argc, argv, kCommands))
+        Say(host::PostWasRefused() ? "the running instance does not take the command"
+                                   : "handed on to the running instance");
     if (!name.empty()) Say("an instance is running, so " + name + " is not opened; --open opens it there");
 }
 

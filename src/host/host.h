@@ -55,6 +55,10 @@ void SetTitle(const std::string& title);
 void Minimize();
 void Unminimize();  // without the focus; nothing for a window that is not minimised
 void GetDesktopSize(int* width, int* height);
+std::vector<Rect> Screens();  // the monitors; none without a display
+bool LastPlace(Rect* outer);  // of the window, also when it was hidden or closed; false when it never came
+void LeaveFocus();            // the window that opens next does not take the focus, unless the environment
+                              // says that the user has just asked for it
 
 // Shows pixels 0x00RRGGBB at x, y of the client area, clipped to it. stride: pixels from row to row.
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride);
@@ -167,6 +171,7 @@ void SetDeaf();
 // False when it is gone or does not take the message; waits 200 ms at most, in all calls of the process
 // together.
 bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lparam);
+bool PostWasRefused();  // at least one of this process
 
 // ---- the second channel: lines of text with answers, beside the messages ----
 
@@ -200,6 +205,15 @@ private:
     int m_fd = -1;
     std::string m_in;
 };
+
+// ---- files that are written ----
+
+// The folders whose files are watched from now on; what happened in those that were watched before is not
+// lost. Empty: no more. False when this machine cannot watch, or not all of them, with the reason.
+bool WatchFolders(const std::vector<std::string>& folders, std::string* problem);
+// The next file in one of them that was closed after writing or was renamed to its name, as folder/name;
+// never waits. An empty path: some were lost, any file may have been written.
+bool TakeWritten(std::string* path);
 
 // ---- text for a debugger ----
 

@@ -38,6 +38,7 @@ TEST(App, WithoutADisplay) {
         {"--help", 0, -1, "usage: lumetra"},
         {"song.bms", 255, 1, "lumetra-render"},
         {"-P -D song.bms", 255, 1, "lumetra-render"},
+        {"--watch --modern song.bms", 255, 1, "lumetra-render"},
         {"", 255, 1, "lumetra-render"},
         {"song.bms --help", 255, 2, "options come before"},
         {"-Q", 1, 1, "no instance is running"},

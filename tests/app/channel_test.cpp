@@ -3,41 +3,16 @@
 
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
+#include "app/channel_test.h"
 #include "app/chart_lines.h"
 #include "app/long_options.h"
 #include "platform/window/dialog.h"
-#include "shell/shell_test.h"
 
 namespace {
 
 using namespace headless;
 using nlohmann::json;
-
-class ChannelTest : public test::ShellTest {
-protected:
-    void SetUp() override { Prepare(); }
-    static void Prepare() {
-        Fresh();
-        app::ResetChannel();
-        app::ServeChannel(nullptr);
-    }
-    static json Last() { return SentLines().empty() ? json() : json::parse(SentLines().back().line); }
-    // Sends a line at some time and looks at the answer when it must be there.
-    static void Ask(uint64_t ms, const std::string& line, const std::string& code) {
-        At(ms, Call([=] { ReceiveLine(7, line); }));
-        At(ms + 50, Call([=] {
-               const json answer = Last();
-               const bool ok = answer.value("ok", false);
-               EXPECT_EQ(ok ? "" : answer["error"].value("code", "?"), code) << line;
-               EXPECT_EQ(SentLines().back().client, 7u);
-           }));
-    }
-    static void ExpectState(uint64_t ms, const std::string& state) {
-        At(ms, Call([=] { EXPECT_EQ(test::StateName(), state) << "at " << ms; }));
-    }
-};
+using test::ChannelTest;
 
 TEST_F(ChannelTest, EachCommandInTurn) {
     const std::string other =
@@ -63,6 +38,7 @@ TEST_F(ChannelTest, EachCommandInTurn) {
         {R"({"command":"open","file":")" + broken + R"("})", "refused", "Running"},
         {R"({"command":"open","file":"relative.bms"})", "wrong-value", "Running"},
         {R"({"command":"open","uri":"http://x/y"})", "wrong-value", "Running"},
+        {R"({"command":"open","file":")" + other + R"(\u0000.bms"})", "wrong-value", "Running"},
         {R"({"command":"open","uri":"file://)" + other + R"(","measure":1,"speed":0.5})", "", "Running"},
         {R"({"command":"fly"})", "unknown-command", "Running"},
         {R"([1])", "not-json", "Running"},

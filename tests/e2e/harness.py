@@ -46,7 +46,8 @@ class Screen:
         self.env = dict(os.environ, DISPLAY=f":{self.number}", XDG_RUNTIME_DIR=self.runtime, LC_ALL="C",
                         LUMETRA_DEBUG="1", HOME=self.folder, LUMETRA_SCALE="1")
         self.env.setdefault("SDL_AUDIODRIVER", "dummy")
-        self.env.pop("LANG", None)
+        for name in ("LANG", "XDG_STATE_HOME", "DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"):
+            self.env.pop(name, None)
         with open(os.path.join(self.folder, "Xvfb_screen0"), "rb") as frame:
             self.frame = mmap.mmap(frame.fileno(), 0, access=mmap.ACCESS_READ)
         if window_manager:

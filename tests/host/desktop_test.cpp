@@ -1,11 +1,13 @@
 // The desktop host below its windows: packets, folders, sockets, file lists.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <ctime>
 
 #include "host/desktop/clicks.h"
 #include "host/desktop/dropped.h"
@@ -187,6 +189,45 @@ TEST_F(Instances, ARoundIsBoundedAndAFullQueueRefuses) {
     EXPECT_GE(first, 1000u);
     EXPECT_LT(first, 2000u);
     EXPECT_EQ(TakeAll(sent - first).size(), sent - first) << "nothing that was accepted is lost";
+}
+
+TEST_F(Instances, WhyAFolderIsNotUsed) {
+    ASSERT_EQ(mkdir(Mine().c_str(), 0755), 0);
+    EXPECT_EQ(FindInstanceFolder(true).problem, Mine() + " is not a folder of this user alone");
+    setenv("XDG_RUNTIME_DIR", "/proc/self/fd", 1);  // private, and nothing can be made in it
+    EXPECT_EQ(FindInstanceFolder(true).problem,
+              "no folder /proc/self/fd/lumetra-7: No such file or directory");
+    EXPECT_TRUE(FindInstanceFolder(false).missing);
+}
+
+// Without a free descriptor the channel waits without work, and goes on afterwards.
+TEST_F(Instances, TheChannelRestsWithoutDescriptors) {
+    ServeLines([](uint64_t client, const std::string& line) { SendLine(client, line); });
+    ASSERT_TRUE(AnnounceInstance("Lumetra_ZN"));
+    rlimit before;
+    getrlimit(RLIMIT_NOFILE, &before);
+    LineClient client(OwnId()), second(OwnId());
+    usleep(50'000);
+    std::vector<int> taken;
+    const rlimit few = {64, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    const int spare = dup(0);
+    for (int fd; (fd = dup(0)) >= 0;) taken.push_back(fd);
+    close(spare);
+    LineClient third(OwnId());  // takes the last one
+    ASSERT_TRUE(third.IsOpen());
+    const clock_t start = clock();
+    usleep(300'000);
+    EXPECT_LT(clock() - start, CLOCKS_PER_SEC / 20);
+    for (const int fd : taken) close(fd);
+    setrlimit(RLIMIT_NOFILE, &before);
+    std::string line;
+    for (LineClient* each : {&client, &second, &third}) {
+        EXPECT_TRUE(each->Write("hello"));
+        EXPECT_TRUE(each->Read(&line, 2000));
+        EXPECT_EQ(line, "hello");
+    }
+    ServeLines(nullptr);
 }
 
 // The kernel's note about a message's sender, as recvmsg returns it.

@@ -39,6 +39,8 @@ struct Announced {
 
 Announced g_announced;
 bool g_deaf = false;
+bool g_refused = false;  // a message of this process
+uint64_t g_waited = 0;   // ns of kLongestWait that are used up
 LineHandler g_handler = nullptr;
 // For the signal handler: empty when there is nothing to remove.
 char g_socket_path[sizeof(sockaddr_un::sun_path)];
@@ -137,11 +139,10 @@ void RemoveAtEnd() {
 // False when the process has waited in vain for long enough, for this and for others.
 template <class Condition>
 bool WaitFor(Condition condition) {
-    static uint64_t waited = 0;
     const uint64_t start = Nanoseconds();
     bool met = condition();
-    for (; !met && waited + (Nanoseconds() - start) < kLongestWait; met = condition()) usleep(500);
-    if (!met) waited += Nanoseconds() - start;
+    for (; !met && g_waited + (Nanoseconds() - start) < kLongestWait; met = condition()) usleep(500);
+    if (!met) g_waited += Nanoseconds() - start;
     return met;
 }
 
@@ -243,6 +244,8 @@ void WithdrawInstance() {
     g_socket_path[0] = g_channel_path[0] = g_folder_path[0] = 0;
     close(g_announced.socket);
     g_announced = Announced();
+    g_deaf = false;  // the next one begins anew
+    g_waited = 0;
 }
 
 bool ListInstances(std::vector<Instance>* instances) {
@@ -281,9 +284,13 @@ bool PostToInstance(uint64_t id, uint32_t message, int64_t wparam, int64_t lpara
     });
     const bool sent = count == static_cast<ssize_t>(sizeof(bytes));
     close(fd);
-    if (!sent) std::fputs("lumetra: the running instance does not take the command\n", stderr);
+    g_refused = g_refused || !sent;
     if (sent && message == kQuitMessage) WaitFor([&] { return access(path.c_str(), F_OK) != 0; });
     return sent;
+}
+
+bool PostWasRefused() {
+    return g_refused;
 }
 
 void ServeLines(LineHandler handler) {

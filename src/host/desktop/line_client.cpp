@@ -12,18 +12,36 @@
 
 namespace host {
 
-LineClient::LineClient(uint64_t id) {
-    const std::string path = desktop::ChannelPath(id);
+namespace {
+
+constexpr uint64_t kPatience = 200'000'000;  // ns
+
+// A connected socket, -1 on failure. A stopped instance accepts nothing; its backlog takes a few, and then
+// this fails after the patience.
+int Connect(const std::string& path) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    if (path.empty() || path.size() >= sizeof(address.sun_path)) return;
+    if (path.empty() || path.size() >= sizeof(address.sun_path)) return -1;
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    // A stopped instance accepts nothing; its backlog takes a few, and then this fails at once.
-    const timeval limit = {0, 200'000};
-    if (m_fd >= 0) setsockopt(m_fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
-    if (m_fd >= 0 && connect(m_fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) return;
-    Close();
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const timeval limit = {0, kPatience / 1000};
+    if (fd >= 0) setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
+    if (fd >= 0 && connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) return fd;
+    if (fd >= 0) close(fd);
+    return -1;
+}
+
+}  // namespace
+
+// An instance that has just been announced opens its channel a moment later.
+LineClient::LineClient(uint64_t id) {
+    const uint64_t end = Nanoseconds() + kPatience;
+    for (;;) {
+        const std::string path = desktop::ChannelPath(id);
+        m_fd = Connect(path);
+        if (m_fd >= 0 || path.empty() || Nanoseconds() >= end) return;
+        usleep(1000);
+    }
 }
 
 LineClient::~LineClient() {

@@ -17,6 +17,7 @@ namespace desktop {
 namespace {
 
 constexpr size_t kMaxClients = 16, kMaxLine = 65536, kMaxUnread = 262144;  // bytes
+constexpr int kRest = 100;                                                 // ms
 
 bool MakeAddress(const std::string& path, sockaddr_un* address) {
     *address = sockaddr_un();
@@ -83,7 +84,8 @@ void LineServer::Run() {
     std::vector<pollfd> waits;
     std::vector<Client*> clients;
     for (;;) {
-        waits.assign({{m_pipe[0], POLLIN, 0}, {m_listener, POLLIN, 0}});
+        // poll skips a descriptor of -1.
+        waits.assign({{m_pipe[0], POLLIN, 0}, {m_resting ? -1 : m_listener, POLLIN, 0}});
         clients.clear();
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -94,7 +96,7 @@ void LineServer::Run() {
                 clients.push_back(&client);
             }
         }
-        poll(waits.data(), waits.size(), -1);
+        const bool rested = poll(waits.data(), waits.size(), m_resting ? kRest : -1) == 0;
         char bytes[64];
         while (read(m_pipe[0], bytes, sizeof(bytes)) > 0) {
         }
@@ -103,11 +105,12 @@ void LineServer::Run() {
             const std::lock_guard<std::mutex> lock(m_mutex);
             Flush(clients[i]);
         }
-        if (waits[1].revents) Accept();
+        if (waits[1].revents || rested) Accept();
         Sweep();
     }
 }
 
+// Without a free descriptor the next client would stay in the queue and wake the thread at once, for ever.
 void LineServer::Accept() {
     for (int fd; (fd = accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0;) {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -117,6 +120,7 @@ void LineServer::Accept() {
             close(fd);
         }
     }
+    m_resting = errno != EAGAIN && errno != EINTR && errno != ECONNABORTED;
 }
 
 void LineServer::Read(Client* client) {

@@ -41,6 +41,7 @@ private:
     int m_listener;
     LineHandler m_handler;
     int m_pipe[2] = {-1, -1};  // wakes the thread
+    bool m_resting = false;    // accepts nothing for a moment
     uint64_t m_next_id = 1;
     std::mutex m_mutex;
     std::list<Client> m_clients;  // guarded by m_mutex; only the thread adds and removes

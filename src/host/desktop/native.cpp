@@ -17,6 +17,7 @@
 namespace host::desktop::native {
 namespace {
 
+constexpr int kRestorePatience = 30;           // ms
 constexpr uint64_t kRaiseEvery = 500'000'000;  // ns; does not flood a window manager that refuses
 
 struct MainWindowState {
@@ -79,7 +80,9 @@ const char* const kAtoms[] = {"_NET_WM_STATE",
                               "_NET_WM_FULLSCREEN_MONITORS",
                               "_NET_WORKAREA",
                               "_NET_WM_ICON",
-                              "_NET_ACTIVE_WINDOW"};
+                              "_NET_ACTIVE_WINDOW",
+                              "_NET_WM_USER_TIME",
+                              "_NET_STARTUP_ID"};
 
 void InternAtoms(Display* display) {
     Atom atoms[std::size(kAtoms)] = {};
@@ -198,6 +201,44 @@ void PlaceNewWindow(Fl_Window* window, const int* place) {
     XSetWMNormalHints(fl_display, id, &hints);
 }
 
+// A user time of 0 asks the window manager not to give the focus.
+void SetUserTime(Window id, unsigned long time) {
+    XChangeProperty(fl_display, id, XInternAtom(fl_display, "_NET_WM_USER_TIME", False), XA_CARDINAL, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(&time), 1);
+}
+
+// A request to the window manager, about the main window.
+void SendToRoot(Atom type, std::initializer_list<long> values) {
+    XEvent ask = {};
+    ask.xclient.type = ClientMessage;
+    ask.xclient.window = g_main.id;
+    ask.xclient.message_type = type;
+    ask.xclient.format = 32;
+    std::copy(values.begin(), values.end(), ask.xclient.data.l);
+    XSendEvent(fl_display, RootWindow(fl_display, fl_screen), False,
+               SubstructureRedirectMask | SubstructureNotifyMask, &ask);
+}
+
+bool IsMinimized() {
+    if (g_main.id == None) return false;
+    const Atom state = XInternAtom(fl_display, "WM_STATE", False);
+    const std::vector<unsigned long> now = ReadProperty(g_main.id, state, state);
+    return !now.empty() && now[0] == IconicState;
+}
+
+// The start's name ends in the time of the press that began it.
+void TellWhoAsked(Window id) {
+    const char* token = std::getenv("DESKTOP_STARTUP_ID");
+    if (!token || !*token) token = std::getenv("XDG_ACTIVATION_TOKEN");
+    if (!token || !*token) return;
+    XChangeProperty(fl_display, id, XInternAtom(fl_display, "_NET_STARTUP_ID", False),
+                    XInternAtom(fl_display, "UTF8_STRING", False), 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(token), static_cast<int>(std::strlen(token)));
+    const char* time = std::strstr(token, "_TIME");
+    const unsigned long asked = time ? std::strtoul(time + 5, nullptr, 10) : 0;
+    if (asked != 0) SetUserTime(id, asked & 0xFFFFFFFF);
+}
+
 bool FitsDirectly() {
     const XVisualInfo* visual = fl_visual;
     return visual && visual->c_class == TrueColor && (visual->depth == 24 || visual->depth == 32) &&
@@ -287,7 +328,7 @@ int DisplayScale() {
     return std::clamp(static_cast<int>(dpi / 96 + 0.25), 1, 4);
 }
 
-void ShowFirst(Fl_Window* window, const int* place, bool topmost) {
+void ShowFirst(Fl_Window* window, const int* place, bool topmost, Focus focus) {
     // While the server is grabbed the window manager cannot see the window half made: it finds state and
     // place set when it maps it.
     XGrabServer(fl_display);
@@ -299,6 +340,8 @@ void ShowFirst(Fl_Window* window, const int* place, bool topmost) {
         XChangeProperty(fl_display, id, g_state, XA_ATOM, 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(&state), 1);
     }
+    if (focus == Focus::kLeave) SetUserTime(id, 0);
+    if (focus == Focus::kAsked) TellWhoAsked(id);
     XUngrabServer(fl_display);
     g_main = MainWindowState();
     g_main.id = id;
@@ -325,16 +368,14 @@ void Hide(Fl_Window*) {
     XFlush(fl_display);
 }
 
-// A user time of 0 asks the window manager not to give the focus.
+// Window managers that take the message leave the focus where it is, and some of them give it to a window
+// that is mapped; others know only the mapping.
 void Unminimize() {
-    if (g_main.id == None) return;
-    const Atom state = XInternAtom(fl_display, "WM_STATE", False);
-    const std::vector<unsigned long> now = ReadProperty(g_main.id, state, state);
-    if (now.empty() || now[0] != IconicState) return;
-    const unsigned long never = 0;
-    XChangeProperty(fl_display, g_main.id, XInternAtom(fl_display, "_NET_WM_USER_TIME", False), XA_CARDINAL,
-                    32, PropModeReplace, reinterpret_cast<const unsigned char*>(&never), 1);
-    XMapWindow(fl_display, g_main.id);
+    if (!IsMinimized()) return;
+    SetUserTime(g_main.id, 0);
+    SendToRoot(XInternAtom(fl_display, "WM_CHANGE_STATE", False), {NormalState});
+    for (int waited = 0; waited < kRestorePatience && IsMinimized(); ++waited) SleepMilliseconds(1);
+    if (IsMinimized()) XMapWindow(fl_display, g_main.id);
     XFlush(fl_display);
 }
 
@@ -354,16 +395,8 @@ void KeepOnTop(Fl_Window*) {
         XRaiseWindow(fl_display, g_main.id);
         return;
     }
-    XEvent ask = {};
-    ask.xclient.type = ClientMessage;
-    ask.xclient.window = g_main.id;
-    ask.xclient.message_type = g_state;
-    ask.xclient.format = 32;
-    ask.xclient.data.l[0] = 1;  // add
-    ask.xclient.data.l[1] = static_cast<long>(g_above);
-    ask.xclient.data.l[3] = 1;  // from an application
-    XSendEvent(fl_display, RootWindow(fl_display, fl_screen), False,
-               SubstructureRedirectMask | SubstructureNotifyMask, &ask);
+    constexpr long kAdd = 1, kFromApplication = 1;
+    SendToRoot(g_state, {kAdd, static_cast<long>(g_above), 0, kFromApplication});
 }
 
 void Flush() {

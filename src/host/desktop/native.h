@@ -24,9 +24,15 @@ bool HasDisplay();   // tries to connect, and disconnects
 bool OpenDisplay();  // false when there is none; cheap once it is open
 int DisplayScale();  // 1 on ordinary screens
 
+enum class Focus {
+    kUsual,  // as the window manager does it
+    kLeave,  // without the focus
+    kAsked,  // with it: the user has started the program, as the environment tells
+};
+
 // Shows a new window, black, topmost from the start. place: outer corner, null lets the window manager
 // choose.
-void ShowFirst(Fl_Window* window, const int* place, bool topmost);
+void ShowFirst(Fl_Window* window, const int* place, bool topmost, Focus focus);
 void Hide(Fl_Window* window);  // it keeps its place
 void Unminimize();             // without the focus
 void MoveOuter(Fl_Window* window, int x, int y);

@@ -22,6 +22,10 @@ struct State {
     std::unique_ptr<PlayerWindow> window;
     bool display_open = false;
     int scale = 1;
+    bool leave_focus = false;
+    bool hidden = false;
+    bool has_place = false;
+    Rect place = {};  // when it was last asked for, hidden or closed
 };
 
 State g_state;
@@ -60,6 +64,22 @@ void SetProgramIcon(const Icon& icon) {
 }
 
 namespace {
+
+// Whoever starts programs for a user says so in the environment.
+native::Focus WantedFocus() {
+    if (!g_state.leave_focus) return native::Focus::kUsual;
+    for (const char* name : {"DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN"}) {
+        const char* token = std::getenv(name);
+        if (token && *token) return native::Focus::kAsked;
+    }
+    return native::Focus::kLeave;
+}
+
+void KeepPlace() {
+    if (!native::HasCome(g_state.window.get())) return;
+    g_state.place = GetWindowPlace().outer;
+    g_state.has_place = true;
+}
 
 int ChooseScale() {
     const char* text = std::getenv("LUMETRA_SCALE");
@@ -111,22 +131,24 @@ bool HasDisplay() {
 bool OpenWindow(const WindowRequest& request) {
     CloseWindow();
     if (!OpenDisplay()) return false;
+    g_state.hidden = g_state.has_place = false;
     Fl_Group::current(nullptr);
     g_state.window = std::make_unique<PlayerWindow>(request.width, request.height, Scale());
     PlayerWindow* window = g_state.window.get();
     window->copy_label(request.title.c_str());
     SetProgramIcon(request.icon);
     if (request.x == kDefaultPlace || request.y == kDefaultPlace) {
-        native::ShowFirst(window, nullptr, request.topmost);
+        native::ShowFirst(window, nullptr, request.topmost, WantedFocus());
     } else {
         const int place[2] = {RootX(request.x), RootY(request.y)};
-        native::ShowFirst(window, place, request.topmost);
+        native::ShowFirst(window, place, request.topmost, WantedFocus());
     }
     return true;
 }
 
 void CloseWindow() {
     if (!g_state.window) return;
+    if (!g_state.hidden) KeepPlace();
     native::Forget(g_state.window.get());
     g_state.window->hide();
     Fl::flush();
@@ -134,7 +156,10 @@ void CloseWindow() {
 }
 
 void HideWindow() {
-    if (g_state.window) native::Hide(g_state.window.get());
+    if (!g_state.window) return;
+    if (!g_state.hidden) KeepPlace();
+    g_state.hidden = true;
+    native::Hide(g_state.window.get());
 }
 
 WindowPlace GetWindowPlace() {
@@ -185,6 +210,26 @@ void GetDesktopSize(int* width, int* height) {
     const Rect bounds = DesktopBounds();
     *width = (bounds.right - bounds.left) / Scale();
     *height = (bounds.bottom - bounds.top) / Scale();
+}
+
+std::vector<Rect> Screens() {
+    std::vector<Rect> screens;
+    for (int i = 0; OpenDisplay() && i < Fl::screen_count(); ++i) {
+        int x, y, w, h;
+        Fl::screen_xywh(x, y, w, h, i);
+        screens.push_back({LogicalX(x), LogicalY(y), LogicalX(x + w), LogicalY(y + h)});
+    }
+    return screens;
+}
+
+bool LastPlace(Rect* outer) {
+    if (g_state.window && !g_state.hidden) KeepPlace();
+    *outer = g_state.place;
+    return g_state.has_place;
+}
+
+void LeaveFocus() {
+    g_state.leave_focus = true;
 }
 
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride) {

@@ -193,9 +193,14 @@ struct SentLine {
 const std::vector<SentLine>& SentLines();
 bool HasLeftList();
 
+// ---- files that are written ----
+void WriteEvent(const std::string& path);  // of a file; reported when its folder is watched
+const std::vector<std::string>& WatchedFolders();
+
 // ---- failures ----
 
 void FailOpenWindow(bool fail);
 void FailListInstances(bool fail);
+void FailWatch(bool fail);
 
 }  // namespace headless

@@ -97,6 +97,10 @@ void LeaveStartToChild() {}
 
 void SetDeaf() {}
 
+bool PostWasRefused() {
+    return false;
+}
+
 void WithdrawInstance() {
     g_state.announced.clear();
 }

@@ -18,6 +18,7 @@ struct State {
     uint64_t frames = 0;
     bool keep = true;
     Picture picture;
+    host::Rect last{};
 };
 State g_state;
 
@@ -128,6 +129,7 @@ bool OpenWindow(const WindowRequest& request) {
 }
 
 void CloseWindow() {
+    if (g_state.window.open) g_state.last = GetWindowPlace().outer;
     g_state.window.open = false;
 }
 
@@ -172,6 +174,18 @@ void GetDesktopSize(int* width, int* height) {
     *width = g_state.desktop_width;
     *height = g_state.desktop_height;
 }
+
+std::vector<Rect> Screens() {
+    return {{0, 0, g_state.desktop_width, g_state.desktop_height}};
+}
+
+bool LastPlace(Rect* outer) {
+    if (g_state.window.open) g_state.last = GetWindowPlace().outer;
+    *outer = g_state.last;
+    return g_state.last.right > g_state.last.left;
+}
+
+void LeaveFocus() {}  // there is none
 
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride) {
     if (!g_state.window.open) return;

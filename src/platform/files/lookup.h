@@ -18,3 +18,11 @@ std::vector<std::string> FindSiblings(std::string_view name, const std::vector<s
 
 // Drops cached listings.
 void ForgetLookups();
+
+// From now on what is looked up is noted, in place of what was noted before.
+void NoteLookups();
+struct NotedLookups {
+    std::vector<std::string> found;    // paths of files, also of siblings
+    std::vector<std::string> missing;  // where names that were not found would be, as they are spelled
+};
+NotedLookups TakeLookups();  // ends the noting
