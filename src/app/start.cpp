@@ -14,7 +14,9 @@
 #include "app/load.h"
 #include "host/host.h"
 #include "platform/files/filename.h"
+#include "platform/files/folder.h"
 #include "platform/window/commandline.h"
+#include "platform/window/dialog.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
 
@@ -24,6 +26,7 @@ namespace {
 int g_announced = -1;  // the end of a pipe that tells the caller of --open
 
 void TellAnnounced() {
+    if (g_announced < 0) return;
     [[maybe_unused]] const ssize_t written = write(g_announced, "a", 1);
     close(g_announced);
 }
@@ -35,11 +38,12 @@ std::string SpeedOption(double speed) {
     return speed >= 8 ? "-M8" : text;
 }
 
+// Without a path the player asks for one.
 std::vector<std::string> PlayerLine(const LongOptions& options, const std::string& path, int measure) {
     std::vector<std::string> line = {"lumetra", "-P", "-N" + std::to_string(measure)};
     if (options.speed) line.push_back(SpeedOption(*options.speed));
     line.insert(line.end(), options.passed.begin(), options.passed.end());
-    line.push_back(path);
+    if (!path.empty()) line.push_back(path);
     return line;
 }
 
@@ -70,44 +74,61 @@ void Detach() {
     closed ? std::exit(code) : std::_Exit(code);
 }
 
-// Returns once the player's window is announced. The child keeps the lock of starts until then.
-int StartPlayer(const std::vector<std::string>& line) {
+// Returns once the player's window is announced, or at once where the user is asked first. The child keeps
+// the lock of starts until then.
+int StartPlayer(const std::vector<std::string>& line, bool asks) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return kNotStarted;
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        g_announced = ends[1];
+        g_announced = asks ? -1 : ends[1];
+        if (asks) close(ends[1]);
         RunChild(line);
     }
     host::LeaveStartToChild();
     close(ends[1]);
     char byte;
-    const bool announced = child > 0 && read(ends[0], &byte, 1) == 1;
+    const bool announced = child > 0 && (asks || read(ends[0], &byte, 1) == 1);
     close(ends[0]);
     if (!announced) Say("the player could not be started");
     return announced ? kDone : kNotStarted;
 }
 
-int StartWith(const LongOptions& options, const std::string& path) {
-    const Probe probe = ProbeChart(path);
-    if (!probe.refusal.empty()) {
-        Say(options.file + ": " + probe.refusal);
-        return kRefused;
-    }
-    if (!host::HasDisplay()) {
-        Say("no display to open a window on; lumetra-render works without one");
-        return kNotStarted;
-    }
+void SayNoDisplay() {
+    Say("no X display to open a window on (a Wayland desktop has one through XWayland); "
+        "lumetra-render works without one");
+}
+
+int StartWith(const LongOptions& options, const Target& target) {
     LoadRequest request;
-    request.path = path, request.measure = options.measure, request.line = options.line;
-    bool clamped;
-    const int measure = StartMeasure(request, probe, &clamped);
-    if (clamped) Say("the chart has no such measure; it plays from its last, " + std::to_string(measure));
-    const std::vector<std::string> line = PlayerLine(options, path, measure);
-    if (!options.foreground) return StartPlayer(line);
+    request.path = target.path, request.measure = options.measure, request.line = options.line;
+    int measure = options.measure.value_or(-1);
+    if (!target.ask) {
+        const Probe probe = ProbeChart(target.path);
+        if (!probe.refusal.empty()) {
+            Say(options.file + ": " + probe.refusal);
+            return kRefused;
+        }
+        bool clamped;
+        measure = StartMeasure(request, probe, &clamped);
+        if (clamped) Say("the chart has no such measure; it plays from its last, " + std::to_string(measure));
+    }
+    if (!host::HasDisplay()) return SayNoDisplay(), kNotStarted;
+    if (target.ask) AnswerNextOpenDialog(target.path.c_str());
+    const std::vector<std::string> line = PlayerLine(options, target.ask ? "" : target.path, measure);
+    if (!options.foreground) return StartPlayer(line, target.ask);
     ServeChannel(nullptr);
     return RunLine(line);
+}
+
+// A folder is its only chart, or the question which.
+Target FindTarget(const std::string& file) {
+    if (file.empty()) return {"", true};
+    const std::string path = AbsolutePath(file);
+    if (!IsFolder(path)) return {path, false};
+    const std::string chart = OnlyChart(path);
+    return chart.empty() ? Target{path, true} : Target{chart, false};
 }
 
 }  // namespace
@@ -118,17 +139,26 @@ int RunSystem(int argc, const char* const* argv) {
     constexpr int kRemote = 1;
     // Neither opened a window nor passed a command on: say so if the display is missing.
     if (code == kRemote || g_hWnd || host::HasDisplay()) return code;
-    Say("no display to open a window on; lumetra-render works without one");
+    SayNoDisplay();
     return -1;
 }
 
 int Open(const LongOptions& options) {
-    const std::string path = AbsolutePath(options.file);
+    const Target target = FindTarget(options.file);
+    if (target.ask && options.line) {
+        Say("--at needs a chart");
+        return kWrongUse;
+    }
     host::LockStart(true);
-    int code = OpenInRunning(options, path);
-    if (code == kNoneRuns) code = StartWith(options, path);
+    int code = OpenInRunning(options, target);
+    if (code == kNoneRuns) code = StartWith(options, target);
     host::UnlockStart();
     return code == kDone && options.wait && !options.foreground ? WaitUntilHeard() : code;
+}
+
+void SayHowToStart() {
+    if (!g_bPlaying)
+        Say("the chart waits: Enter in its window plays it, or lumetra --play; with -P it plays at once");
 }
 
 }  // namespace app
