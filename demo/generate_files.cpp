@@ -14,7 +14,7 @@ void Put(Bytes* out, uint32_t value, int bytes) {
 }
 
 void PutTag(Bytes* out, const char* tag) {
-    out->insert(out->end(), tag, tag + 4);
+    for (int i = 0; i < 4; ++i) out->push_back(static_cast<uint8_t>(tag[i]));
 }
 
 std::vector<int16_t> ToSamples(const Wave& wave) {

@@ -38,8 +38,8 @@ version""".split())
 OS_MACRO = re.compile(r"\b(_WIN32|_WIN64|WIN32|__linux__|linux|__unix__|__APPLE__|__MACH__|__FreeBSD__|_POSIX_\w+|__GLIBC__)\b")
 SCREEN_LIBRARY = re.compile(r"^(FL/|SDL|X11/|fontconfig/)")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
-SOURCE_FOLDERS = ("src", "tools", "tests", "bench", "fuzz", "demo")
-DOC_PATH = re.compile(r"`((?:\./)?(?:src|docs|tests|tools|demo|fuzz|bench|cmake|\.ci)/[\w./+-]*|\./[\w.-]+)`")
+SOURCE_FOLDERS = ("src", "tools", "tests", "bench", "demo")
+DOC_PATH = re.compile(r"`((?:\./)?(?:src|docs|tests|tools|demo|bench|cmake|\.ci)/[\w./+-]*|\./[\w.-]+)`")
 
 
 def files(root, folder, endings):

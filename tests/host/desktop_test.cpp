@@ -10,12 +10,12 @@
 #include <ctime>
 
 #include "host/desktop/clicks.h"
+#include "host/desktop/dropped.h"
 #include "host/desktop/file_list.h"
 #include "host/desktop/inbox.h"
 #include "host/desktop/instance_folder.h"
 #include "host/desktop/instance_message.h"
 #include "host/desktop/instances.h"
-#include "host/desktop/main_window.h"
 #include "host/host.h"
 #include "support/tempfolder.h"
 
@@ -274,6 +274,7 @@ TEST(DroppedPath, TakesTheFirstLocalFile) {
         {"file:///%zz%4", "/%zz%4"},
         {"file://", ""},
         {"relative.bms", ""},
+        {"file:relative.bms\nfile:///a%00.bms\n/b", "/b"},
         {"", ""}};
     for (const auto& [text, path] : rows) EXPECT_EQ(DroppedPath(text), path) << text;
 }

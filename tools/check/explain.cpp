@@ -56,7 +56,11 @@ std::string Explain(size_t index) {
     std::string text = "## " + std::string(info.name) + "\n\n" + Severities(info) + ": " +
                        std::string(info.meaning) + ".\n\n" + std::string(explanation.why) + "\n\n";
     if (!explanation.example.empty()) text += Indented(explanation.example) + "\n\n";
-    return text + "To fix it: " + std::string(explanation.fix) + "\n";
+    text += "To fix it: " + std::string(explanation.fix) + "\n\n";
+    if (!explanation.edit.empty()) return text + std::string(explanation.edit) + "\n";
+    const bool harmless = explanation.fix.starts_with("Nothing");
+    return text + "`--fix` changes nothing here" +
+           (harmless ? ".\n" : ": only the author can know what is meant.\n");
 }
 
 std::string ExplainAll() {

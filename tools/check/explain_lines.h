@@ -6,28 +6,39 @@
 namespace check {
 
 inline constexpr std::string_view kCrLf = "Save the file with CR LF line ends.";
+inline constexpr std::string_view kEditLineEnds =
+    "`--fix` writes CR LF. Lines that were hidden are then read, as other players read them.";
 
 inline constexpr Explanation kLineExplanations[] = {
     {"lone-lf", "Only CR LF ends a line. The player reads up to the first LF and skips the rest up to CR LF.",
-     "", kCrLf},
+     "", kCrLf, kEditLineEnds},
     {"lone-cr", "Only CR LF ends a line. What follows the CR becomes part of the value or the data.", "",
-     kCrLf},
+     kCrLf, "`--fix` writes CR LF, and deletes CRs directly before a CR LF."},
     {"nul", "A NUL byte ends a line like CR LF, so what follows it is read as a line of its own.", "",
-     "Delete the NUL byte."},
+     "Delete the NUL byte.",
+     "`--fix` changes nothing here: without the NUL, the two lines would become one."},
     {"utf-16", "The player reads bytes. In UTF-16 every second byte of a command is 0, so it finds none.", "",
-     "Save the file as Shift-JIS or UTF-8 without a byte order mark."},
+     "Save the file as Shift-JIS or UTF-8 without a byte order mark.",
+     "`--fix` changes no encoding: not every text of one can be written in another."},
     {"byte-order-mark",
      "The three bytes come before the `#` of the first line, so that line is not a command.", "",
-     "Save the file without a byte order mark, or start it with an empty line."},
+     "Save the file without a byte order mark, or start it with an empty line.", "`--fix` deletes the mark."},
     {"line-too-long",
      "The player cuts a line after 1,023 bytes. The rest of the data then divides the measure differently, "
      "so all "
      "objects of the line move.",
      "", "Split the measure into several lines of the same channel, or write it on a coarser grid."},
     {"tab", "The player cuts a line at its first TAB.", "#TITLE<TAB>name",
-     "Replace the TAB with a blank, or delete it."},
+     "Replace the TAB with a blank, or delete it.",
+     "`--fix` changes nothing here: the player would read what it has not read before."},
+    {"trailing-blank",
+     "The player trims nothing. A blank becomes part of a title, of the name of a file, which is then not "
+     "found, or of the data, where two blanks move all objects of the line.",
+     "#WAV01 kick.wav<BLANK>", "Delete the blanks.",
+     "`--fix` deletes blanks and TABs at the end of a command, unless the player would then no longer take "
+     "it as the same command, or a file with such a name exists."},
     {"leading-blank", "A command begins with `#` in column 1. Other lines are comments.", " #00111:01",
-     "Delete the blank."},
+     "Delete the blank.", "`--fix` changes nothing here: some authors switch a command off so."},
     {"wide-hash", "A command begins with the ASCII character `#`. The full-width sign is another one.",
      "\xEF\xBC\x83WAV01 kick.wav", "Write `#`."},
     {"missing-hash", "A line without `#` is a comment.", "00111:01", "Add the `#`, or delete the line."},

@@ -39,6 +39,11 @@ inline constexpr Explanation kObjectExplanations[] = {
      "Delete one of them, or move it to channel 01."},
     {"double-sound", "A sound has one voice. Started twice at once, it is heard once, and not louder.",
      "#00101:01\n#00111:01", "Delete one of the objects."},
+    {"off-grid", "Objects a few ticks beside their grid mostly come from a conversion or a slip of the hand.",
+     "#00111:00000000000000000000000000000000000000000000000000000000000000000000000000000001",
+     "Move the objects to the grid, unless the shift is wanted."},
+    {"late-start", "Measure 0 starts after one second. People skip a chart that seems to have no sound.",
+     "#09901:01", "Leave out the empty measures, unless the silence is wanted."},
     {"too-late", "Times are milliseconds in 32 bits, which end after 24 days.", "",
      "Check tempos and lengths."},
     {"idle-end", "The chart lasts longer than its last sound, note or picture.", "#09902:1",
@@ -59,10 +64,29 @@ inline constexpr Explanation kObjectExplanations[] = {
      "Get the file again from its source."},
     {"sound-empty", "The file has a header and no samples.", "",
      "Replace the file, or delete the `#WAV` line if silence is wanted."},
+    {"late-attack",
+     "The sound starts with its note, but what is heard comes later. Silence is all that is 40 dB below the "
+     "loudest sample. From 20 ms on, people who play feel it; encoders alone can add 26 ms.",
+     "", "Cut the silence off, or start the sound so much earlier."},
+    {"sound-restarted",
+     "Each sound has one voice, and a new start takes it over. Reported are cuts where a part is lost that "
+     "reaches a tenth of the sound's loudest sample.",
+     "#WAV01 cymbal.wav\n#00111:0101",
+     "Nothing, if that is how it should sound. Otherwise define the file under a second number and take "
+     "turns."},
+    {"clipping",
+     "The sounds add up to more than a sample can hold. This player turns the whole mix down for a moment; "
+     "others cut the tops off, which crackles.",
+     "", "Save the loudest sounds more quietly."},
     {"name-case", "Some systems distinguish letter case in names. This player does not.", "#WAV01 KICK.WAV",
-     kRename},
+     kRename, "`--fix` writes the letters as on the disk. Letters of two bytes stay as they are."},
+    {"name-separator",
+     "Everywhere `/` separates a folder from a file. A backslash does so only on some systems.",
+     "#WAV01 drums\\kick.wav", "Write `/`.",
+     "`--fix` writes `/`. Second bytes of characters that look like a backslash stay."},
     {"name-encoding", "Names on disks are usually UTF-8, charts often Shift-JIS. Not all players convert.",
-     "", "Use names of ASCII characters only."},
+     "", "Use names of ASCII characters only.",
+     "`--fix` changes nothing here: players that expect the chart's encoding would lose the file."},
     {"stand-in",
      "Packages often hold Ogg or PNG files where the chart names WAV and BMP. This player converts them, but "
      "not "

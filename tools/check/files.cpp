@@ -69,21 +69,43 @@ std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
 
 }  // namespace
 
-void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
+// The name as the disk has it where only letter case, separators and the ending differ, so that the chart's
+// encoding does not matter; empty if that is not so, or if the player would not find the same file by it.
+static std::string NameOnDisk(const Definition& definition, const std::string& found) {
+    const std::string &name = definition.name, ending = EndingOf(found);
+    const size_t stem = name.size() - EndingOf(name).size(), size = stem + ending.size();
+    if (found.size() <= size || found[found.size() - size - 1] != '/') return "";
+    const std::string disk = found.substr(found.size() - size);
+    for (size_t i = 0; i < stem; ++i) {
+        const bool trail = i > 0 && static_cast<unsigned char>(name[i - 1]) >= 0x80;  // it may be no letter
+        const bool same = name[i] == disk[i] || (name[i] == '\\' && disk[i] == '/') ||
+                          (!trail && AsciiUpper(name[i]) == AsciiUpper(disk[i]));
+        if (!same) return "";
+    }
+    if (!definition.path.ends_with(name)) return "";  // cut
+    const std::string path = definition.path.substr(0, definition.path.size() - name.size()) + disk;
+    return path.size() < BMS_PATH && FindNamed(path) == found ? disk : "";
+}
+
+void CheckSpelling(Spelling spelling, const Definition& definition, const std::string& found,
                    Findings* findings) {
     struct Kind {
         Code code;
         const char* effect;
     };
     static constexpr Kind kKinds[] = {
+        {"name-separator", "; players that take a backslash as part of a name do not find it"},
         {"name-case", ", in another letter case; players that need the exact name do not find it"},
         {"name-encoding", ", in another encoding; players that need the exact name do not find it"},
         {"stand-in", ", which substitutes for it; only some players do this"}};
-    if (spelling == Spelling::kSame) return;
-    const Kind& kind = kKinds[static_cast<int>(spelling) - 1];
-    findings->Add(place, kind.code, [&] {
-        return Quote(name) + " is found as " + Quote(found.substr(found.rfind('/') + 1)) + kind.effect;
-    });
+    const std::string& name = definition.name;
+    const std::string disk = NameOnDisk(definition, found);
+    if (spelling == Spelling::kSame && (disk.empty() || disk == name)) return;
+    const Kind& kind = kKinds[static_cast<int>(spelling)];
+    const std::string& shown = spelling == Spelling::kSame ? disk : found.substr(found.rfind('/') + 1);
+    findings->Add(definition.NamePlace(), kind.code,
+                  [&] { return Quote(name) + " is found as " + Quote(shown) + kind.effect; });
+    if (!disk.empty()) findings->Propose(definition.NamePlace(), kind.code, name, disk);
 }
 
 Spelling CompareSpelling(const std::string& name, const std::string& found) {
@@ -109,8 +131,8 @@ std::string FindOpened(const std::string& path, MediaKind kind, bool loaded) {
     return own != others.end() ? *own : "";
 }
 
-bool IsConverted(Spelling spelling, const std::string& found) {
-    return spelling == Spelling::kSubstitute && !IsOwnKind(found);
+bool IsConverted(const std::string& found) {
+    return !IsOwnKind(found);
 }
 
 std::string WhyMissing(const Definition& definition, MediaKind kind) {

@@ -17,16 +17,17 @@ enum class Spelling {
 };
 Spelling CompareSpelling(const std::string& name, const std::string& found);
 
-// Reports a name that differs. place: of the name.
-void CheckSpelling(Spelling spelling, const std::string& name, const std::string& found, Place place,
+// Reports a name that differs from the file's, and proposes the file's where that is safe.
+void CheckSpelling(Spelling spelling, const Definition& definition, const std::string& found,
                    Findings* findings);
 
 // The file that the player opened for a name, as this machine names it: the named one or a substitute. Empty
 // if there is none. loaded: whether the player could use it.
 std::string FindOpened(const std::string& path, MediaKind kind, bool loaded);
 
-// Whether the player reads bytes that were converted from the file, and not the file itself.
-bool IsConverted(Spelling spelling, const std::string& found);
+// Of a file that the player has loaded: whether it reads bytes that were converted from the file, and not the
+// file itself.
+bool IsConverted(const std::string& found);
 
 // The end of a sentence that begins with the name of a file that was not found: " does not exist", and why.
 std::string WhyMissing(const Definition& definition, MediaKind kind);

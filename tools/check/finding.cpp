@@ -8,9 +8,11 @@
 namespace check {
 
 void Findings::Sort() {
-    std::stable_sort(kept_.begin(), kept_.end(), [](const Finding& a, const Finding& b) {
+    const auto before = [](const auto& a, const auto& b) {
         return a.place.line != b.place.line ? a.place.line < b.place.line : a.place.column < b.place.column;
-    });
+    };
+    std::stable_sort(kept_.begin(), kept_.end(), before);
+    std::stable_sort(proposals_.begin(), proposals_.end(), before);
 }
 
 std::map<std::string_view, int64_t> Findings::LeftOut() const {

@@ -24,6 +24,14 @@ struct Finding {
     std::string_view code;
     std::string text;
     int32_t character = 0;  // the column in characters, once they are counted
+    int64_t offset = 0;     // of the place in the file, once they are counted
+};
+
+// A safe edit that mends a finding: the bytes at a place and what replaces them.
+struct Proposal {
+    Place place;
+    size_t code;  // of the finding, by place in the list
+    std::string from, to;
 };
 
 // The findings of one chart. Keeps a bounded number of each code and counts the others: a file may have the
@@ -31,6 +39,7 @@ struct Finding {
 class Findings {
 public:
     static constexpr int64_t kMostOfOneCode = 1000;
+    static constexpr size_t kMostProposals = size_t{1} << 20;
 
     // Findings of other codes are dropped.
     explicit Findings(const CodeSet& wanted = CodeSet().set()) : wanted_(wanted) {}
@@ -47,9 +56,14 @@ public:
         ++of_code_[code.Index()][static_cast<int>(severity)];
         if (CountOfCode(code.Index()) > kMostOfOneCode) return;
         if constexpr (std::is_invocable_v<Text>)
-            kept_.push_back({place, severity, code->name, text(), 0});
+            kept_.push_back({place, severity, code->name, text(), 0, 0});
         else
-            kept_.push_back({place, severity, code->name, text, 0});
+            kept_.push_back({place, severity, code->name, text, 0, 0});
+    }
+    // Line ends need no proposal: edits.h knows them from the text.
+    void Propose(Place place, Code code, const std::string& from, const std::string& to) {
+        if (!wanted_[code.Index()] || proposals_.size() == kMostProposals) return;
+        proposals_.push_back({place, code.Index(), from, to});
     }
 
     int64_t Count(Severity severity) const { return counts_[static_cast<int>(severity)]; }
@@ -64,9 +78,10 @@ public:
     void MovePlaces(const Move& move) {
         for (Finding& finding : kept_) finding.place = move(finding.place);
     }
-    void Sort();                                        // by place
-    void CountCharacterColumns(std::string_view text);  // of the chart; after Sort
+    void Sort();                              // by place
+    void FindColumns(std::string_view text);  // in characters, and offsets, in the chart's text; after Sort
     const std::vector<Finding>& Kept() const { return kept_; }
+    const std::vector<Proposal>& Proposals() const { return proposals_; }
     std::map<std::string_view, int64_t> LeftOut() const;  // by code, how many were only counted
 
 private:
@@ -74,6 +89,7 @@ private:
     int64_t of_code_[std::size(kCodes)][3] = {};
     CodeSet wanted_;
     std::vector<Finding> kept_;
+    std::vector<Proposal> proposals_;
 };
 
 // A name from a chart or a disk as text: UTF-8 or else CP932, with `\xE9` for control characters and for

@@ -6,9 +6,12 @@
 
 #include "chart/text.h"
 #include "check/read.h"
+#include "platform/files/lookup.h"
 
 namespace check {
 namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 const char* Find(const char* from, const char* end, char c) {
     const void* found = std::memchr(from, c, static_cast<size_t>(end - from));
@@ -29,6 +32,10 @@ bool LacksHash(const char* text) {
     if (GetMeasureNo(text) >= 0) return digit(3) && digit(4) && text[5] == ':';
     const bool definition = HasHeadI(text, "WAV") || HasHeadI(text, "BMP") || HasHeadI(text, "BPM");
     return definition && IsId(text + 3) && text[5] == ' ';
+}
+
+bool SplitsMeasure(const Line& line) {
+    return GetMeasureNo(line.text + 1) >= 0 && line.text[6] == ':';
 }
 
 }  // namespace
@@ -79,6 +86,7 @@ void LineChecker::Check(Line* line) {
         CheckNoCommand(*line);
         return;
     }
+    CheckBlanks(*line);
     int32_t measure, channel;
     if (SplitChannel(line->text, &measure, &channel))
         CheckChannel(line, measure, channel);
@@ -132,7 +140,7 @@ void LineChecker::CheckCut(const Line& line, const char* end) {
     if (tab - line.raw > LINE_BUFFER - 1) {
         const int64_t bytes = tab - line.raw;
         findings_->Add(line.At(LINE_BUFFER - 1), "line-too-long", [bytes, &line] {
-            const bool channel = GetMeasureNo(line.text + 1) >= 0 && line.text[6] == ':';
+            const bool channel = SplitsMeasure(line);
             return "the line has " + std::to_string(bytes) + " bytes, and the player reads only " +
                    std::to_string(LINE_BUFFER - 1) +
                    (channel
@@ -150,13 +158,48 @@ void LineChecker::CheckCut(const Line& line, const char* end) {
     }
 }
 
+// Whether the command stays what it is, but for its value, when its line ends after so many bytes.
+bool LineChecker::MayTrim(const Line& line, int length) {
+    if (length >= line.length) return true;  // a TAB or the limit cuts the line before
+    char text[LINE_BUFFER] = {};
+    std::memcpy(text, line.text, static_cast<size_t>(length));
+    if (!IsCommand(text, length)) return false;
+    int32_t measure, channel;
+    if (SplitChannel(text, &measure, &channel)) return text[7] != '\0';
+    if (HasHeadI(text + 1, "PATH_WAV")) return false;  // reading it would act on the lines below
+    const Reading before = probe_.Read(line.text, line.length), after = probe_.Read(text, length);
+    const bool file = before.keyword == Keyword::kWav || before.keyword == Keyword::kBmp;
+    if (file && before.taken && !FindNamed(before.path).empty()) return false;
+    return before.SameAs(after);
+}
+
+void LineChecker::CheckBlanks(const Line& line) {
+    const char* end = Find(line.raw, line.raw_end, '\n');
+    const char* last = end;
+    while (last[-1] == ' ' || last[-1] == '\t') --last;  // there is a `#` before them
+    if (last == end || !MayTrim(line, static_cast<int>(std::min<int64_t>(last - line.raw, LINE_BUFFER))))
+        return;
+    const Place place = line.At(last - line.raw);
+    const bool read = last - line.raw < line.length;
+    findings_->Add(place, "trailing-blank", [&] {
+        return CountOf(end - last, "blank") + " at the end of the line" +
+               (!read                 ? ", without an effect"
+                : SplitsMeasure(line) ? ", which the player takes as part of the data"
+                                      : ", which the player takes as part of the value");
+    });
+    findings_->Propose(place, "trailing-blank", {last, end}, "");
+}
+
 bool LineChecker::CheckMark(const Line& line) {
-    if (line.raw != text_ || !Begins(text_, end_, "\xEF\xBB\xBF")) return false;
+    if (line.raw != text_ || !Begins(text_, end_, kByteOrderMark)) return false;
     const bool command = line.length > 7 && line.text[3] == '#';
     findings_->Add(line.place, "byte-order-mark", command ? kError : kNote,
                    command ? "the file begins with a byte order mark, which hides this line; save the file "
                              "without it"
                            : "the file begins with a byte order mark; the player skips this line");
+    const char* after = text_;
+    while (Begins(after, end_, kByteOrderMark)) after += kByteOrderMark.size();
+    findings_->Propose(line.place, "byte-order-mark", {text_, after}, "");
     return true;
 }
 

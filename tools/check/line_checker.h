@@ -37,6 +37,8 @@ private:
     void CheckCut(const Line& line, const char* end);
     void CheckNoCommand(const Line& line);
     bool CheckMark(const Line& line);
+    void CheckBlanks(const Line& line);
+    bool MayTrim(const Line& line, int length);
 
     // keywords (keyword_lines.cpp)
     void CheckKeyword(const Line& line);

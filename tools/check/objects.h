@@ -26,6 +26,14 @@ ObjectList NotesOf(const Subject& subject);
 ObjectList PicturesOf(const Subject& subject);
 ObjectList TemposOf(const Subject& subject);
 
+// A sound that the player starts.
+struct Fire {
+    int32_t ms;
+    int32_t number;
+    Place place;
+};
+std::vector<Fire> FiresOf(const Subject& subject);  // by time, then by number
+
 inline bool IsVisible(int32_t channel) {
     return channel >= 0x11 && channel <= 0x29;
 }

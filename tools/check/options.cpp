@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "common/arguments.h"
+#include "common/branches.h"
 
 namespace check {
 
@@ -25,6 +26,10 @@ const char kHelp[] =
     "                         (default) or note; with note, text lists notes too\n"
     "      --strict           the same as --fail-on note\n"
     "      --all              list every finding; by default text has one line for each code\n"
+    "      --fix              make safe edits in the files: line ends, byte order marks, blanks at\n"
+    "                         line ends, names as on the disk; then report what remains. The\n"
+    "                         mended chart of - goes to standard output, the report to standard error\n"
+    "      --diff             print what --fix would change as a unified diff; exit with 1 if it would\n"
     "      --modern           check the chart as lumetra --modern plays it\n"
     "      --seed N           with --modern: take the branches of #RANDOM by this seed\n"
     "      --random N,...     with --modern: take these branches, one for each #RANDOM\n"
@@ -42,7 +47,7 @@ const char kHelp[] =
     "something is not played as written; warning, probably a mistake; note, no effect on the\n"
     "player. A file lumetra-check.toml in the chart's folder or above may set select, ignore and\n"
     "fail-on. Exit codes: 0 clean, 1 findings, 2 a chart cannot be read or the arguments are\n"
-    "wrong, 3 the output cannot be written.\n";
+    "wrong, 3 the report or a mended chart cannot be written.\n";
 
 namespace {
 
@@ -97,23 +102,14 @@ std::string SetJobs(const std::string& value, Options* options) {
 }
 
 std::string SetSeed(const std::string& value, Options* options) {
-    options->choice.kind = dialect::Choice::kSeed;
-    return tools::ReadWithin(value, uint64_t{0}, UINT64_MAX, &options->choice.seed)
-               ? ""
-               : "--seed takes a whole number";
+    return tools::ReadSeed(value, &options->choice) ? "" : "--seed takes a whole number";
 }
 
 std::string SetRandom(const std::string& value, Options* options) {
-    options->choice.kind = dialect::Choice::kList;
     options->choice.list.clear();
-    for (size_t begin = 0, end; begin <= value.size(); begin = end + 1) {
-        end = std::min(value.find(',', begin), value.size());
-        int32_t branch = 0;
-        if (!tools::ReadWithin(value.substr(begin, end - begin), 1, INT32_MAX, &branch))
-            return "--random takes branches from 1 with commas between them";
-        options->choice.list.push_back(branch);
-    }
-    return "";
+    return tools::ReadBranches(value, &options->choice)
+               ? ""
+               : "--random takes branches from 1 with commas between them";
 }
 
 struct ValueOption {
@@ -135,6 +131,10 @@ std::string SetFlag(const std::string& name, Options* options) {
         options->statistics = true;
     else if (name == "--all")
         options->all = true;
+    else if (name == "--fix")
+        options->fix = true;
+    else if (name == "--diff")
+        options->diff = true;
     else if (name == "--modern")
         options->modern = true;
     else
@@ -161,6 +161,11 @@ std::string CheckTogether(const Options& options) {
     if (inputs == 0 && !options.path.empty()) return "--path needs - as a chart";
     if (!options.modern && options.choice.kind != dialect::Choice::kFirst)
         return "--seed and --random need --modern";
+    if (options.fix && options.diff) return "--fix and --diff exclude each other";
+    if (options.diff && (options.format != Format::kText || options.statistics))
+        return "--diff prints only a diff, in no other format";
+    if (options.fix && inputs > 0 && (options.charts.size() > 1 || options.format != Format::kText))
+        return "--fix writes the chart of - to standard output; give no other chart and no other format";
     const bool other = options.format == Format::kSarif || options.format == Format::kGithub;
     return options.statistics && other ? "--statistics works with text and json" : "";
 }

@@ -17,7 +17,9 @@ struct Options {
     Rules rules;
     bool color = false;
     bool statistics = false;
-    bool all = false;  // text lists every finding
+    bool all = false;   // text lists every finding
+    bool fix = false;   // mend the files
+    bool diff = false;  // print what fix would change
     bool modern = false;
     dialect::Choice choice;  // of branches, with modern
     unsigned jobs = 0;       // 0: one for each core

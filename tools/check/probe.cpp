@@ -1,5 +1,6 @@
 #include "check/probe.h"
 
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -8,6 +9,15 @@
 #include "chart/text.h"
 
 namespace check {
+
+bool Reading::SameAs(const Reading& other) const {
+    const auto numbers = [](const Reading& r) {
+        const BgaDef& b = r.bga;
+        return std::array{r.number, r.value, b.nX1, b.nY1, b.nX2, b.nY2, b.nDX, b.nDY, b.nBmp};
+    };
+    const bool same_tempo = tempo == other.tempo || (std::isnan(tempo) && std::isnan(other.tempo));
+    return keyword == other.keyword && taken == other.taken && same_tempo && numbers(*this) == numbers(other);
+}
 
 Probe::Probe(const char* chart_path) : scratch_(std::make_unique<CBMS>(nullptr, nullptr)) {
     GetDirName(chart_path, folder_, BMS_PATH);

@@ -36,6 +36,8 @@ struct Reading {
     int32_t value = 0;  // of kPlayer
     BgaDef bga{};
     std::string path;  // of a sound or a picture
+
+    bool SameAs(const Reading& other) const;  // but for the path
 };
 
 // Reads lines in order, as the player does: #PATH_WAV affects the lines below it.

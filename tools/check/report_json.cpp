@@ -5,20 +5,42 @@
 namespace check {
 namespace {
 
-void WriteFindings(const Findings& findings, Json* json) {
+void WriteEdits(const std::vector<ListedEdit>& edits, Json* json) {
+    json->Key("edits");
+    json->Begin('[');
+    for (const Edit& edit : edits) {
+        json->Begin('{');
+        json->Member("offset", edit.offset);
+        json->Member("length", edit.length);
+        json->Member("text", edit.text);
+        json->End('}');
+    }
+    json->End(']');
+}
+
+void WriteFindings(const Subject& subject, Json* json) {
+    const Findings& findings = subject.findings;
+    const ListedEdits edits = ListEdits(subject.edits, findings);
     json->Key("findings");
     json->Begin('[');
-    for (const Finding& finding : findings.Kept()) {
+    for (size_t i = 0; i < findings.Kept().size(); ++i) {
+        const Finding& finding = findings.Kept()[i];
         json->NewLine();
         json->Begin('{');
         json->Member("line", finding.place.line);
         json->Member("column", finding.place.column);
+        json->Member("character", finding.character);
         json->Member("severity", NameOf(finding.severity));
         json->Member("code", finding.code);
         json->Member("text", finding.text);
+        if (!edits.of_finding[i].empty()) WriteEdits(edits.of_finding[i], json);
         json->End('}');
     }
     json->End(']');
+    json->Member("fixable", subject.edits.Mended());
+    if (subject.edited >= 0) json->Member("fixed", subject.edited);
+    json->Key("editsListed");
+    json->Flag(edits.whole);
     json->Key("leftOut");
     json->Begin('{');
     for (const auto& [code, count] : findings.LeftOut()) json->Member(code, count);
@@ -115,6 +137,8 @@ void WriteFigures(const Figures& figures, Json* json) {
     json->Member("measures", figures.measures);
     const auto number = [json](const char* key, double value) { json->Key(key), json->Number(value); };
     number("endMs", figures.end_ms);
+    number("firstSoundMs", figures.first_sound_ms);
+    number("lastSoundMs", figures.last_sound_ms);
     number("soundEndMs", figures.sound_end_ms);
     number("slowestTempo", figures.slowest);
     number("fastestTempo", figures.fastest);
@@ -226,7 +250,7 @@ void WriteJson(const Subject& subject, std::string* out, const tools::Sink* sink
     json.Flag(subject.refused);
     WriteVerdict(subject.verdict, &json);
     WriteHeader(*subject.chart, &json);
-    WriteFindings(subject.findings, &json);
+    WriteFindings(subject, &json);
     WriteFiles(subject, &json);
     if (!subject.refused) {
         WriteFigures(subject.figures, &json);

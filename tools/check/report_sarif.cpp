@@ -28,16 +28,20 @@ void WriteMessage(const char* key, std::string_view text, Json* json) {
     json->End('}');
 }
 
+void WriteArtifact(const std::string& name, Json* json) {
+    json->Key("artifactLocation");
+    json->Begin('{');
+    json->Member("uri", UriOf(name));
+    json->End('}');
+}
+
 void WriteLocation(const std::string& name, const Finding* finding, Json* json) {
     json->Key("locations");
     json->Begin('[');
     json->Begin('{');
     json->Key("physicalLocation");
     json->Begin('{');
-    json->Key("artifactLocation");
-    json->Begin('{');
-    json->Member("uri", UriOf(name));
-    json->End('}');
+    WriteArtifact(name, json);
     if (finding) {
         json->Key("region");
         json->Begin('{');
@@ -48,6 +52,38 @@ void WriteLocation(const std::string& name, const Finding* finding, Json* json) 
     json->End('}');
     json->End('}');
     json->End(']');
+}
+
+void WriteReplacement(const ListedEdit& edit, Json* json) {
+    json->Begin('{');
+    json->Key("deletedRegion");
+    json->Begin('{');
+    json->Member("startLine", edit.line);
+    json->Member("startColumn", edit.column);
+    json->Member("endLine", edit.end_line);
+    json->Member("endColumn", edit.end_column);
+    json->Member("byteOffset", edit.offset);
+    json->Member("byteLength", edit.length);
+    json->End('}');
+    json->Key("insertedContent");
+    json->Begin('{');
+    json->Member("text", edit.text);
+    json->End('}');
+    json->End('}');
+}
+
+void WriteFix(const std::string& name, const std::vector<ListedEdit>& edits, Json* json) {
+    json->Key("fixes");
+    json->Begin('[');
+    json->Begin('{');
+    json->Key("artifactChanges");
+    json->Begin('[');
+    json->Begin('{');
+    WriteArtifact(name, json);
+    json->Key("replacements");
+    json->Begin('[');
+    for (const ListedEdit& edit : edits) WriteReplacement(edit, json);
+    for (const char bracket : std::string_view("]}]}]")) json->End(bracket);
 }
 
 void WriteRule(size_t index, Json* json) {
@@ -84,13 +120,16 @@ void WriteSarifHead(const char* version, std::string* out) {
 
 void WriteSarif(const Subject& subject, std::string* out) {
     Json json(out);
-    for (const Finding& finding : subject.findings.Kept()) {
+    const ListedEdits edits = ListEdits(subject.edits, subject.findings);
+    for (size_t i = 0; i < edits.of_finding.size(); ++i) {
+        const Finding& finding = subject.findings.Kept()[i];
         json.Begin('{');
         json.Member("ruleId", finding.code);
         json.Member("ruleIndex", static_cast<int64_t>(*IndexOfCode(finding.code)));
         json.Member("level", NameOf(finding.severity));
         WriteMessage("message", finding.text, &json);
         WriteLocation(subject.file_name, &finding, &json);
+        if (!edits.of_finding[i].empty()) WriteFix(subject.file_name, edits.of_finding[i], &json);
         json.Key("properties");
         json.Begin('{');
         json.Member("byteColumn", finding.place.column);

@@ -16,14 +16,6 @@ __attribute__((format(printf, 1, 2))) std::string Format(const char* format, ...
     return text;
 }
 
-// Minutes, seconds and milliseconds.
-std::string TimeOf(double ms) {
-    if (!(ms < 1e15)) return "never";
-    const auto whole = static_cast<int64_t>(ms + 0.5);
-    return Format("%lld:%02d.%03d", static_cast<long long>(whole / 60000),
-                  static_cast<int>(whole / 1000 % 60), static_cast<int>(whole % 1000));
-}
-
 std::string MegabytesOf(int64_t bytes) {
     return Format("%.1f MB", static_cast<double>(bytes) / 1e6);
 }
@@ -43,8 +35,10 @@ void WriteLanes(const Figures& figures, std::string* out) {
 
 void WriteFigures(const Subject& subject, std::string* out) {
     const Figures& figures = subject.figures;
-    *out += "  length    " + CountOf(figures.measures, "measure") + ", " + TimeOf(figures.end_ms) +
-            (figures.voices > 0 ? ", sounds until " + TimeOf(figures.sound_end_ms) : "") + "\n";
+    *out += "  length    " + CountOf(figures.measures, "measure") + ", " + TimeOf(figures.end_ms) + "\n";
+    if (figures.voices > 0)
+        *out += "  sounds    first at " + TimeOf(figures.first_sound_ms) + ", last at " +
+                TimeOf(figures.last_sound_ms) + ", until " + TimeOf(figures.sound_end_ms) + "\n";
     *out += "  tempo     " + Format("%.6g", figures.slowest);
     if (figures.fastest != figures.slowest) *out += " to " + Format("%.6g", figures.fastest);
     *out += "\n";
@@ -61,11 +55,14 @@ void WriteFigures(const Subject& subject, std::string* out) {
             MegabytesOf(figures.picture_bytes) + " of pictures\n";
 }
 
-void WriteSummary(const std::string& name, const Findings& findings, bool notes_listed, std::string* out) {
+void WriteSummary(const std::string& name, const Subject& subject, bool notes_listed, std::string* out) {
+    const Findings& findings = subject.findings;
+    if (subject.edited >= 0) *out += name + ": " + CountOf(subject.edited, "finding") + " fixed\n";
     const int64_t notes = findings.Count(kNote);
     *out += name + ": " + CountOf(findings.Count(kError), "error") + ", " +
             CountOf(findings.Count(kWarning), "warning") + ", " + CountOf(notes, "note");
     if (notes > 0 && !notes_listed) *out += " (shown with --strict)";
+    if (!subject.edits.Empty()) *out += "; --fix mends " + std::to_string(subject.edits.Mended());
     *out += "\n";
 }
 
@@ -111,11 +108,18 @@ void WriteOneOfEach(const std::string& name, const Findings& findings, const Tex
 
 }  // namespace
 
+std::string TimeOf(double ms) {
+    if (!(ms < 1e15)) return "never";
+    const auto whole = static_cast<int64_t>(ms + 0.5);
+    return Format("%lld:%02d.%03d", static_cast<long long>(whole / 60000),
+                  static_cast<int>(whole / 1000 % 60), static_cast<int>(whole % 1000));
+}
+
 void WriteText(const Subject& subject, const TextStyle& style, std::string* out) {
     const std::string name = ShownName(subject.file_name);
     *out += name + ": " + SentenceOf(subject.verdict) + "\n";
     (style.all ? WriteAll : WriteOneOfEach)(name, subject.findings, style, out);
-    WriteSummary(name, subject.findings, style.notes, out);
+    WriteSummary(name, subject, style.notes, out);
     if (!subject.refused) WriteFigures(subject, out);
 }
 

@@ -5,16 +5,18 @@
 #include <cstring>
 
 #include "check/collect.h"
+#include "check/mend.h"
 #include "check/report.h"
 #include "check/statistics.h"
 #include "common/arguments.h"
 #include "common/messages.h"
+#include "common/signals.h"
 #include "platform/files/filename.h"
 
 namespace check {
 namespace {
 
-// What comes back from the process that checked a chart, followed by the reason of a failure.
+// What comes back from the process that checked a chart, followed by a complaint.
 struct Result {
     int32_t code = kClean;
     Statistics statistics;
@@ -50,16 +52,15 @@ public:
         Rules rules;
         std::string why = settings_.Find(paths_[item], options_.rules, &rules);
         if (why.empty()) {
-            // Some megabytes, released before the next chart.
-            const auto subject = std::make_unique<Subject>(paths_[item], rules.Wanted());
-            if (charts_[item] == "-") subject->provided = input_;
-            if (options_.modern) subject->modern = options_.choice;
-            if (CheckChart(subject.get(), &why)) {
-                subject->file_name = ShownAs(charts_[item], options_);
-                Report(*subject, rules, sink);
-                result.code = Fails(subject->findings, rules.FailOn()) ? kFindings : kClean;
-                result.statistics.Count(subject->findings);
-                return Pack(result);
+            Outcome outcome = Examine(item, rules, sink, &why);
+            if (outcome.subject) {
+                Subject& subject = *outcome.subject;
+                subject.file_name = ShownAs(charts_[item], options_);
+                if (!options_.diff) Report(subject, rules, sink);
+                result.code = outcome.differs || Fails(subject.findings, rules.FailOn()) ? kFindings : kClean;
+                if (!why.empty()) result.code = kOutput;
+                result.statistics.Count(subject.findings);
+                return Pack(result, why);
             }
         }
         result.code = kUnreadable;
@@ -68,6 +69,66 @@ public:
     }
 
 private:
+    struct Outcome {
+        std::unique_ptr<Subject> subject;  // some megabytes, released before the next chart; null on failure
+        bool differs = false;              // --diff has printed something
+    };
+
+    std::unique_ptr<Subject> Make(size_t item, const Rules& rules) const {
+        auto subject = std::make_unique<Subject>(paths_[item], rules.Wanted());
+        if (charts_[item] == "-") subject->provided = input_;
+        if (options_.modern) subject->modern = options_.choice;
+        return subject;
+    }
+
+    // Without a subject, or with one that is not mended, *why has the reason.
+    Outcome Examine(size_t item, const Rules& rules, const tools::Sink& sink, std::string* why) const {
+        const bool input = charts_[item] == "-";
+        if (options_.fix && !input) return Fix(item, rules, why);
+        Outcome outcome;
+        if (!options_.fix && !options_.diff) {
+            outcome.subject = Make(item, rules);
+            if (!CheckChart(outcome.subject.get(), why)) outcome.subject.reset();
+            return outcome;
+        }
+        ChartFile file;
+        file.bytes = input_;
+        if (!input) *why = ReadChartFile(paths_[item], &file);
+        Mended mended;
+        const auto make = [&] { return Make(item, rules); };
+        if (!why->empty() || !CheckAndMend(make, file.bytes, &mended, why)) return outcome;
+        if (options_.fix)
+            std::fwrite(mended.bytes->Data(), 1, mended.bytes->Size(), stdout);
+        else
+            WriteDiff(ShownAs(charts_[item], options_), TextOf(*file.bytes), mended, sink);
+        outcome.differs = options_.diff && mended.subject->edited > 0;
+        outcome.subject = std::move(mended.subject);
+        return outcome;
+    }
+
+    // The subject is that of the file as it is afterwards.
+    Outcome Fix(size_t item, const Rules& rules, std::string* why) const {
+        constexpr int kMostTries = 3;  // another process may write the same file
+        Outcome outcome;
+        const auto make = [&] { return Make(item, rules); };
+        for (int tries = 1;; ++tries) {
+            ChartFile file;
+            Mended mended;
+            *why = ReadChartFile(paths_[item], &file);
+            if (!why->empty() || !CheckAndMend(make, file.bytes, &mended, why)) return outcome;
+            bool changed = false;
+            if (mended.subject->edited > 0) *why = ReplaceChartFile(file, *mended.bytes, &changed);
+            if (changed && tries < kMostTries) continue;
+            outcome.subject = std::move(mended.subject);
+            if (why->empty()) return outcome;
+            std::string unreadable;
+            outcome.subject = make();
+            outcome.subject->edited = 0;
+            if (!CheckChart(outcome.subject.get(), &unreadable)) outcome.subject.reset();
+            return outcome;
+        }
+    }
+
     void Report(const Subject& subject, const Rules& rules, const tools::Sink& sink) const {
         // Codes that were asked for by name are listed whatever their severity is.
         const bool notes = rules.FailOn() == kNote || rules.select;
@@ -94,7 +155,9 @@ private:
 class Report {
 public:
     Report(const Options& options, const std::vector<std::string>& charts)
-        : options_(options), charts_(charts) {}
+        : options_(options),
+          charts_(charts),
+          out_(options.fix && charts.size() == 1 && charts[0] == "-" ? stderr : stdout) {}
     void Begin();
     void Piece(size_t item, std::string_view piece);
     bool Done(size_t item, const std::string* bytes);  // false when nothing more can be written
@@ -103,10 +166,11 @@ public:
 private:
     void Separate();
     void Fail(size_t item, const std::string& why);
-    void Write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+    void Write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), out_); }
 
     const Options& options_;
     const std::vector<std::string>& charts_;
+    FILE* const out_;  // standard output, unless a mended chart goes there
     Statistics statistics_;
     std::vector<Failure> failures_;
     bool begun_ = false, any_ = false;  // begun_: the output of the current chart
@@ -129,7 +193,7 @@ void Report::Separate() {
     if (begun_) return;
     begun_ = true;
     if (any_ && (options_.format == Format::kJson || options_.format == Format::kSarif)) Write(",\n");
-    if (any_ && options_.format == Format::kText) Write("\n");
+    if (any_ && options_.format == Format::kText && !options_.diff) Write("\n");
     any_ = true;
 }
 
@@ -158,12 +222,17 @@ bool Report::Done(size_t item, const std::string* bytes) {
         result.code = kUnreadable;
         result.statistics.charts = result.statistics.unreadable = 1;
     }
-    if (result.code == kUnreadable)
-        Fail(item, bytes ? bytes->substr(sizeof result) : "the check ended without a result");
+    const std::string why = bytes ? bytes->substr(sizeof result) : "the check ended without a result";
+    if (result.code == kUnreadable) {
+        Fail(item, why);
+    } else if (!why.empty()) {
+        std::fflush(stdout);
+        tools::Complain(kOutput, ShownAs(charts_[item], options_) + ": " + why);
+    }
     statistics_.Add(result.statistics);
     code_ = std::max<int>(code_, result.code);
     begun_ = false;
-    return !std::ferror(stdout);
+    return !std::ferror(stdout) && !tools::Stopped();
 }
 
 int Report::End() {
@@ -182,6 +251,7 @@ int Report::End() {
         WriteStatisticsText(statistics_, &out);
     }
     Write(out);
+    if (tools::Stopped()) return tools::Complain(kOutput, "stopped");
     return tools::FlushOutput() ? code_ : tools::Complain(kOutput, "cannot write the report");
 }
 
@@ -197,6 +267,7 @@ int CheckAll(const Options& options) {
         const std::string error = ReadStandardInput(&input);
         if (!error.empty()) return tools::Complain(kUnreadable, "-: " + error);
     }
+    if (options.fix) tools::CatchSignals();  // a file that is being written is written whole or not at all
     ChartChecker checker(options, charts, input);
     Report report(options, charts);
     report.Begin();

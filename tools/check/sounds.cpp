@@ -127,17 +127,17 @@ void Describe(const CDSBuffer& sound, bool converted, SoundFile* file, bool* pla
 }
 
 void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer& sound, const SoundFile& file,
-                Spelling spelling, bool plain) {
+                bool converted, bool plain) {
     Findings& findings = subject->findings;
     const Place place = definition.NamePlace();
-    CheckSpelling(spelling, definition.name, file.found, place, &findings);
+    CheckSpelling(CompareSpelling(definition.name, file.found), definition, file.found, &findings);
     if (!plain) {
         findings.Add(place, "sound-format", [&] {
             return Quote(definition.name) + " is " + file.format + "; only some players read it";
         });
     }
     const int64_t held = SizeOf(file.found) - sound.m_nDataPos;
-    if (held < sound.m_nDataLen && !IsConverted(spelling, file.found)) {
+    if (held < sound.m_nDataLen && !converted) {
         findings.Add(place, "sound-cut", [&] {
             return Quote(definition.name) + " declares " + std::to_string(sound.m_nDataLen) +
                    " bytes of sound but has only " + std::to_string(std::max<int64_t>(held, 0)) +
@@ -164,10 +164,10 @@ void CheckSound(Subject* subject, const Definition& definition, const Use& use, 
         });
         return;
     }
-    const Spelling spelling = CompareSpelling(definition.name, file->found);
+    const bool converted = file->loaded && IsConverted(file->found);
     bool plain = true;
-    Describe(sound, IsConverted(spelling, file->found), file, &plain);
-    if (file->loaded) return CheckFound(subject, definition, sound, *file, spelling, plain);
+    Describe(sound, converted, file, &plain);
+    if (file->loaded) return CheckFound(subject, definition, sound, *file, converted, plain);
     const std::string log = LogOfLoad(sound);
     subject->findings.Add(definition.NamePlace(), "sound-unreadable", severity, [&] {
         return Quote(definition.name) + " cannot be played: " + WhyUnreadable(*file, log) +

@@ -31,6 +31,20 @@ void CheckNoTempo(Subject* subject) {
     subject->findings.Add({1, 1}, "no-tempo", "no #BPM line sets the tempo; the chart starts at 130");
 }
 
+void CheckContents(bool compiled, Subject* subject) {
+    CheckRefused(subject);
+    CheckNoTempo(subject);
+    CheckSounds(subject);
+    CheckPictures(subject);
+    CheckOutside(subject);
+    CheckIds(subject);
+    if (subject->refused) return;
+    CheckTimes(subject);
+    if (!compiled) CheckGrid(subject);  // a compiled chart has places of its own
+    CheckHearing(subject);
+    CountFigures(subject);
+}
+
 // Lets the player read this text under the chart's name. Returns a copy that ends with a NUL.
 std::unique_ptr<char[]> Provide(const std::string& text, const char* path) {
     const auto block = std::make_shared<ByteBlock>();
@@ -49,7 +63,9 @@ bool CheckChart(Subject* subject, std::string* why) {
     const char* path = subject->path.c_str();
     FileProvide(path, subject->provided);
     int64_t size = 0;
-    const std::unique_ptr<char[]> text(ReadChartText(path, &size));
+    subject->text.reset(ReadChartText(path, &size));
+    const char* text = subject->text.get();
+    const std::string_view bytes(text ? text : "", static_cast<size_t>(size));
     if (text && subject->sound.Init(nullptr, 1) != 0) {
         *why = "no memory for the sounds";
         return false;
@@ -57,7 +73,6 @@ bool CheckChart(Subject* subject, std::string* why) {
     std::optional<Modern> modern;
     std::unique_ptr<char[]> compiled;
     if (text) {
-        const std::string_view bytes(text.get(), static_cast<size_t>(size));
         subject->verdict =
             JudgeChart(bytes, subject->modern.value_or(dialect::Choice{}), subject->modern.has_value());
         if (subject->modern) modern.emplace(bytes, *subject->modern);
@@ -72,22 +87,14 @@ bool CheckChart(Subject* subject, std::string* why) {
         return false;
     }
     subject->refused = subject->chart->Compile() != 0;
-    ReadLines(compiled ? compiled.get() : text.get(), read_size, path, &subject->tables, &subject->findings);
+    ReadLines(compiled ? compiled.get() : text, read_size, path, &subject->tables, &subject->findings);
     if (compiled) modern->MoveToAuthor(subject);
     CheckBudget(std::string_view(headless::Log()).substr(logged), subject);
-    CheckRefused(subject);
-    CheckNoTempo(subject);
-    CheckSounds(subject);
-    CheckPictures(subject);
-    CheckOutside(subject);
-    CheckIds(subject);
-    if (!subject->refused) {
-        CheckTimes(subject);
-        CountFigures(subject);
-    }
+    CheckContents(compiled != nullptr, subject);
     if (modern) modern->AddFindings(subject);
     subject->findings.Sort();
-    subject->findings.CountCharacterColumns({text.get(), static_cast<size_t>(size)});
+    subject->findings.FindColumns(bytes);
+    subject->edits = Edits(bytes, subject->findings);
     return true;
 }
 

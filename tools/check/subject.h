@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "chart/bms.h"
+#include "check/edits.h"
 #include "check/finding.h"
 #include "check/tables.h"
 #include "check/verdict.h"
@@ -38,7 +39,8 @@ struct Figures {
     int32_t measures = 0;  // from 0 to the last that is used
     double end_ms = 0.0;   // chart time at which the player stops; measure 0 starts at 1000
     double sound_end_ms = 0.0;
-    double slowest = 0.0, fastest = 0.0;  // tempos
+    double first_sound_ms = 0.0, last_sound_ms = 0.0;  // their starts
+    double slowest = 0.0, fastest = 0.0;               // tempos
     int64_t notes = 0, invisible = 0, bgm = 0, pictures = 0, tempos = 0;
     int64_t lanes[0x50] = {};  // notes by channel, the two digits read as hexadecimal
     int64_t densest = 0;       // visible notes within one second
@@ -66,7 +68,13 @@ struct Subject {
     Figures figures;
     Verdict verdict;
     Findings findings;
+    std::unique_ptr<char[]> text;  // of the file, with a NUL after its end; for the edits
+    Edits edits;                   // that would mend findings
+    int64_t edited = -1;           // how many were made before this check; -1: not asked for
 };
+
+// Minutes, seconds and milliseconds.
+std::string TimeOf(double ms);
 
 // Loads and checks the chart. False, with a reason, if the player cannot read the file at all.
 bool CheckChart(Subject* subject, std::string* why);
@@ -83,6 +91,8 @@ void CheckPictures(Subject* subject);
 void CheckOutside(Subject* subject);
 void CheckIds(Subject* subject);
 void CheckTimes(Subject* subject);
+void CheckGrid(Subject* subject);
+void CheckHearing(Subject* subject);
 void CountFigures(Subject* subject);
 
 }  // namespace check

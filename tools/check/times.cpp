@@ -30,14 +30,6 @@ ObjectList TemposOf(const Subject& subject) {
     return {chart.m_pTempo, chart.m_ppTempo, chart.m_nTempo, &subject.tables.changes};
 }
 
-namespace {
-
-struct Fire {  // a sound starts
-    int32_t ms;
-    int32_t number;
-    Place place;
-};
-
 std::vector<Fire> FiresOf(const Subject& subject) {
     std::vector<Fire> fires;
     for (const ObjectList& list : {BgmOf(subject), NotesOf(subject)}) {
@@ -53,6 +45,8 @@ std::vector<Fire> FiresOf(const Subject& subject) {
     });
     return fires;
 }
+
+namespace {
 
 void CheckDoubleNotes(Subject* subject) {
     const ObjectList notes = NotesOf(*subject);

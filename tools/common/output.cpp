@@ -139,6 +139,10 @@ bool Output::Seek(int64_t place) {
     return Flush() && CloseHole() && (lseek(fd_, place, SEEK_SET) == place || Fail());
 }
 
+bool Output::Sync() {
+    return Flush() && (fsync(fd_) == 0 || errno == EINVAL || Fail());  // a pipe has nothing to wait for
+}
+
 bool Output::CopyTo(int to) {
     char chunk[kBuffer];
     for (;;) {

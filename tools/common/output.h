@@ -28,6 +28,7 @@ public:
     bool Write(const void* bytes, size_t count);  // buffered
     bool WriteZeros(uint64_t count);              // takes no room on the disk where the file may have holes
     bool Seek(int64_t place);                     // from the start; if seekable
+    bool Sync();  // what is written reaches the disk before Commit replaces a file
     bool Commit();
     bool seekable() const { return seekable_; }
     const std::string& path() const { return temporary_; }

@@ -123,7 +123,7 @@ void Crew::Hire(Worker* worker) {
 
 void Crew::Dismiss(Worker* worker) {
     if (worker->process < 0) return;
-    if (worker->item) kill(worker->process, SIGKILL);
+    if (worker->item) kill(worker->process, SIGTERM);  // it may want to end a file in order
     close(worker->socket);
     waitpid(worker->process, nullptr, 0);
     *worker = {};

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "host/desktop/desktop.h"
+#include "host/desktop/dropped.h"
 
 namespace host::desktop {
 namespace {
@@ -25,39 +26,6 @@ void OnClose(Fl_Widget*, void*) {
     PushEvent(event);
 }
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-std::string DecodePercent(const std::string& text) {
-    std::string out;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const int high = text[i] == '%' && i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
-        const int low = high >= 0 ? HexDigit(text[i + 2]) : -1;
-        if (low < 0) {
-            out += text[i];
-        } else {
-            out += static_cast<char>(high * 16 + low);
-            i += 2;
-        }
-    }
-    return out;
-}
-
-std::string PathOfLine(const std::string& line) {
-    static const std::string kScheme = "file:";
-    if (line.compare(0, kScheme.size(), kScheme) != 0) return line[0] == '/' ? line : "";
-    std::string path = line.substr(kScheme.size());
-    if (path.compare(0, 2, "//") == 0) {
-        const size_t slash = path.find('/', 2);  // after the host name, which is empty for this machine
-        path = slash == std::string::npos ? "" : path.substr(slash);
-    }
-    return DecodePercent(path);
-}
-
 // FLTK's own drawing asks for the picture row by row.
 void GiveRow(void* user, int x, int y, int width, unsigned char* out) {
     const native::Picture& picture = *static_cast<const native::Picture*>(user);
@@ -71,18 +39,6 @@ void GiveRow(void* user, int x, int y, int width, unsigned char* out) {
 }
 
 }  // namespace
-
-std::string DroppedPath(const std::string& text) {
-    for (size_t at = 0; at < text.size();) {
-        const size_t end = std::min(text.find_first_of("\r\n", at), text.size());
-        const std::string line = text.substr(at, end - at);
-        at = end + 1;
-        if (line.empty() || line[0] == '#') continue;
-        const std::string path = PathOfLine(line);
-        if (!path.empty()) return path;
-    }
-    return "";
-}
 
 PlayerWindow::PlayerWindow(int width, int height, int scale) : Fl_Window(width * scale, height * scale) {
     m_picture.scale = scale;

@@ -31,7 +31,4 @@ private:
     native::Picture m_picture;  // what the window shows, to redraw exposed parts
 };
 
-// The first local file of a list of URIs or paths, one per line; empty when there is none.
-std::string DroppedPath(const std::string& text);
-
 }  // namespace host::desktop

@@ -34,6 +34,7 @@ const Sdl* LoadSdl() {
         Find("SDL_OpenAudioDevice", &g_sdl.OpenAudioDevice) &&
         Find("SDL_PauseAudioDevice", &g_sdl.PauseAudioDevice) &&
         Find("SDL_CloseAudioDevice", &g_sdl.CloseAudioDevice) &&
+        Find("SDL_GetAudioDeviceStatus", &g_sdl.GetAudioDeviceStatus) &&
         Find("SDL_GetCurrentAudioDriver", &g_sdl.GetCurrentAudioDriver) &&
         Find("SDL_GetError", &g_sdl.GetError);
     return complete ? &g_sdl : nullptr;

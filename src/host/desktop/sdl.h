@@ -15,6 +15,7 @@ struct Sdl {
     decltype(&SDL_OpenAudioDevice) OpenAudioDevice;
     decltype(&SDL_PauseAudioDevice) PauseAudioDevice;
     decltype(&SDL_CloseAudioDevice) CloseAudioDevice;
+    decltype(&SDL_GetAudioDeviceStatus) GetAudioDeviceStatus;
     decltype(&SDL_GetCurrentAudioDriver) GetCurrentAudioDriver;
     decltype(&SDL_GetError) GetError;
 };

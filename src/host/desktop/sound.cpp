@@ -3,11 +3,11 @@
 #include <array>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <system_error>
 #include <thread>
 
@@ -22,6 +22,10 @@ namespace {
 // server. With 256 frames a server underruns now and then while all processors are busy.
 constexpr int kFrames = 384;
 
+// How often an open device is asked whether it is still there, and a lost one is tried again.
+constexpr std::chrono::milliseconds kLookAgain(500);
+constexpr std::chrono::hours kForEver(100000);
+
 // One opening of the output. Its thread opens the device, waits for the stop and closes the device: a driver
 // may take for ever over either, and nothing else waits for it.
 struct Output {
@@ -31,7 +35,7 @@ struct Output {
     const int rate;
     const host::MixCallback callback;
     void* const user;
-    host::DriftTracker clock;          // on SDL's thread
+    host::DriftTracker clock;          // on SDL's thread while a device is open
     std::shared_ptr<Output> previous;  // closes first: SDL is for one thread at a time
     const host::desktop::Sdl* sdl = nullptr;
     SDL_AudioDeviceID device = 0;
@@ -101,18 +105,6 @@ bool OpenDevice(Output* output) {
     return true;
 }
 
-// Mixes at the pace of a device and drops the result.
-void RunSilent(Output* output) {
-    std::array<float, 2 * kFrames> block;
-    const double length = output->clock.Length();
-    double time = static_cast<double>(host::Nanoseconds());
-    do {
-        time += length;
-        const double ahead = time - static_cast<double>(host::Nanoseconds());
-        if (ahead > 0) Pause(static_cast<uint64_t>(ahead));
-    } while (Mix(output, block.data(), kFrames, static_cast<uint64_t>(time - length)));
-}
-
 bool WaitUntil(Output* output, const bool Output::*flag, std::chrono::milliseconds limit) {
     std::unique_lock<std::mutex> hold(output->lock);
     return output->changed.wait_for(hold, limit, [=] { return output->*flag; });
@@ -126,18 +118,57 @@ void Set(Output* output, bool Output::*flag) {
     output->changed.notify_all();
 }
 
-void RunDevice(Output* output) {
-    if (!OpenDevice(output)) {
-        char line[256];
-        const int length = std::snprintf(line, sizeof line, "No sound device (%s): playing silently\n",
-                                         output->sdl ? output->sdl->GetError() : "SDL is not installed");
-        host::DebugText(line, std::min(static_cast<size_t>(length), sizeof line - 1));
-        return RunSilent(output);
-    }
-    while (!WaitUntil(output, &Output::stop, std::chrono::hours(1))) {
+// Mixes at the pace of a device and drops the result, until the output is stopped or the limit has passed.
+void RunSilent(Output* output, std::chrono::milliseconds limit) {
+    std::array<float, 2 * kFrames> block;
+    const double length = output->clock.Length();
+    const auto start = static_cast<double>(host::Nanoseconds());
+    const double end = start + 1e6 * static_cast<double>(limit.count());
+    double time = start;
+    do {
+        time += length;
+        const double ahead = time - static_cast<double>(host::Nanoseconds());
+        if (ahead > 0) Pause(static_cast<uint64_t>(ahead));
+    } while (Mix(output, block.data(), kFrames, static_cast<uint64_t>(time - length)) && time < end);
+}
+
+void Log(const std::string& line) {
+    host::DebugText(line.data(), line.size());
+}
+
+// Uses the open device and closes it. True when it was lost: unplugged, or its sound server has ended.
+bool UseDevice(Output* output) {
+    bool lost = false, stop = false;
+    while (!stop && !lost) {
+        stop = WaitUntil(output, &Output::stop, kLookAgain);
+        lost = output->sdl->GetAudioDeviceStatus(output->device) == SDL_AUDIO_STOPPED;
     }
     output->sdl->CloseAudioDevice(output->device);
     output->sdl->QuitSubSystem(SDL_INIT_AUDIO);
+    return !stop;
+}
+
+// Mixes silently until the device can be opened again; false when the output was stopped before.
+bool AwaitDevice(Output* output) {
+    do {
+        RunSilent(output, kLookAgain);
+        if (WaitUntil(output, &Output::stop, std::chrono::milliseconds(0))) return false;
+        output->clock = host::DriftTracker(output->rate, kFrames);
+    } while (!OpenDevice(output));
+    return true;
+}
+
+void RunDevice(Output* output) {
+    if (!OpenDevice(output)) {
+        const std::string why = output->sdl ? output->sdl->GetError() : "SDL is not installed";
+        Log("No sound device (" + why + "): playing silently\n");
+        return RunSilent(output, kForEver);
+    }
+    while (UseDevice(output)) {
+        Log("The sound device is lost: playing silently until it returns\n");
+        if (!AwaitDevice(output)) return;
+        Log("The sound device is back\n");
+    }
 }
 
 // Opening a device takes longer than the rest of the start-up, so it has its own thread. A sound that is

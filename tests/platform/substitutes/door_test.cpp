@@ -45,7 +45,7 @@ TEST(Door, AFileIsConvertedAgainOnlyWhenItChanged) {
 // other up.
 TEST(Door, ThreadsThatNeedTheSameFileDecodeItOnce) {
     test::TempFolder folder;
-    folder.Write("a.flac", Stored("../../tests/platform/substitutes/data/silence_95s.flac"));
+    folder.Write("a.flac", Stored("../../platform/substitutes/data/silence_95s.flac"));
     const std::string path = folder.Path("a.flac");
     std::atomic<int> decoded{0}, begun{0};
     std::vector<std::thread> threads;

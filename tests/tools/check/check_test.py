@@ -12,9 +12,11 @@ import os
 import random
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import wave
 
 TOOL, SOURCE = map(os.path.abspath, sys.argv[1:3])
 UPDATE = "--update" in sys.argv
@@ -31,7 +33,7 @@ def expect(condition, what):
 def run(*arguments, folder=CHARTS, output=subprocess.PIPE, text=b""):
     done = subprocess.run([TOOL, *arguments], cwd=folder, stdout=output, stderr=subprocess.PIPE, input=text,
                           timeout=60)
-    report = (done.stdout or b"").decode("utf-8")
+    report = (done.stdout or b"").decode("utf-8", "replace" if "--diff" in arguments else "strict")
     seen.update(re.findall(r"\[([a-z0-9-]+)\]$", report, re.M))
     return done.returncode, report, done.stderr.decode("utf-8")
 
@@ -234,19 +236,156 @@ def test_charts_made_here(folder):
     expect(chart["readable"] is False and chart["fileBytes"] == gone.hex() and chart["why"], f"{chart}")
 
 
+def test_hearing(folder):
+    """What the samples tell: each chart has this finding and no other of the kind."""
+    os.mkdir(folder)
+
+    def sound(name, *parts):
+        """parts: milliseconds and level."""
+        with wave.open(os.path.join(folder, name), "wb") as file:
+            file.setparams((1, 2, 44100, 0, "NONE", ""))
+            for ms, level in parts:
+                file.writeframes(struct.pack("<h", level) * (ms * 441 // 10))
+
+    sound("late.wav", (60, 100), (100, 20000))
+    sound("soon.wav", (60, 300), (100, 20000))
+    sound("long.wav", (1200, 9000))
+    sound("tail.wav", (400, 9000), (800, 800))
+    sound("full.wav", (50, 32767))
+    grid = b"".join(b"#%03d11:%s\r\n" % (measure, b"01" * 16) for measure in range(1, 9))
+    slip = b"#00512:" + b"00" * 25 + b"01" + b"00" * 166
+    for lines, want in [
+            (b"#WAV01 late.wav\r\n#00111:01", "2:8: warning: `late.wav` begins with 60 ms of silence"),
+            (b"#WAV01 late.wav\r\n#00101:01", ""), (b"#WAV01 soon.wav\r\n#00111:01", ""),
+            (b"#WAV01 long.wav\r\n#00101:01010000\r\n#00301:01", "3:10: note: `long.wav` lasts 1200 ms and is started "
+             "again after 500 ms or more, 1 time"),
+            (b"#WAV01 long.wav\r\n#00101:01\r\n#00201:01", ""), (b"#WAV01 tail.wav\r\n#00101:01010000", ""),
+            (b"#WAV01 full.wav\r\n#WAV02 full.wav\r\n#WAV03 full.wav\r\n#00101:01\r\n#00101:02\r\n#00101:0003",
+             "6:8: note: the mix passes full scale by up to 6.0 dB, at 0:03.000, and in 1 second in all"),
+            (b"#WAV01 full.wav\r\n#WAV02 full.wav\r\n#00101:0102", ""),
+            (b"#00611:01\r\n#WAV01 tail.wav", "2:8: note: the first sound comes at 0:13.000"),
+            (grid + slip, "10:58: warning: 1 object is up to 2/192 of a measure beside the grid of 1/16 that 99 %"),
+            (grid + slip + b"\r\n#00513:" + b"00" * 27 + b"01" + b"00" * 164, ""), (slip, "")]:
+        with open(os.path.join(folder, "c.bms"), "wb") as chart:
+            chart.write(b"#BPM 120\r\n" + lines)
+        for options in [], ["--modern"]:
+            report = run("--select", "late-attack,sound-restarted,clipping,late-start,off-grid", *options, "c.bms",
+                         folder=folder)[1]
+            found = re.findall(r"^c.bms:(\d.*)$", report, re.M)
+            expect(len(found) == bool(want) and (not want or found[0].startswith(want)), f"{lines}: {found}")
+
+
+def apply_edits(chart):
+    """The bytes of a chart's file with the edits that JSON lists."""
+    with open(chart["file"], "rb") as file:
+        text = file.read()
+    edits = [edit for finding in chart["findings"] for edit in finding.get("edits", [])]
+    for edit in sorted(edits, key=lambda edit: edit["offset"], reverse=True):
+        text = text[:edit["offset"]] + edit["text"].encode() + text[edit["offset"] + edit["length"]:]
+    return text
+
+
+def test_fix(folder):
+    def path(name):
+        return os.path.join(folder, name)
+
+    def write(name, text):
+        with open(path(name), "wb") as file:
+            file.write(text)
+
+    def content(name):
+        with open(path(name), "rb") as file:
+            return file.read()
+
+    os.makedirs(path("snd"))
+    for source, name in ("a.wav", "snd/kick.wav"), ("a.wav", "b.wav"), ("a.wav", "\u30bd.wav"), \
+            ("a.wav", "blank.wav "), ("song.ogg", "song.ogg"), ("pic.png", "pic.png"):
+        shutil.copy(os.path.join(CHARTS, source), path(name))
+    head = b"#BPM 120\r\n"
+    for before, after in [
+            (b"#TITLE x \n#00111:01  \n\n#00211:01", b"#TITLE x\r\n#00111:01\r\n\r\n#00211:01"),
+            (b"#TITLE a\r\r\n#00111:01\r#00211:01\r", b"#TITLE a\r\n#00111:01\r\n#00211:01\r\n"),
+            (b"\xef\xbb\xbf\xef\xbb\xbf#TITLE a\r\n", b"#TITLE a\r\n"),
+            (head + b"#WAV01 SND\\Kick.WAV \r\n#WAV02 song.wav\tx\r\n#BMP01 pic.bmp\r\n",
+             head + b"#WAV01 snd/kick.wav\r\n#WAV02 song.ogg\tx\r\n#BMP01 pic.png\r\n"),
+            (b"#WAV01 snd\\kick.wav\r\n#wav02  \r\n", b"#WAV01 snd/kick.wav\r\n#wav02  \r\n"),
+            (b"\x83\x5c \r\n#TITLE \x83\x5c \r\n", b"\x83\x5c \r\n#TITLE \x83\x5c\r\n")] + [
+                (same, same) for same in (
+                    b"#BPM120 \r\n", b"#BGA02 01 0 0 8 8 0 0 \r\n", b"#PATH_WAV a \r\n", b"#WAV01 blank.wav \r\n",
+                    b"#WAV01 \x83\x5c.WAV\r\n", b"#00111: \r\n", b" #00111:01\r\n", b"#TITLE a\0#00111:01\r\n",
+                    "#TITLE a \n".encode("utf-16-le"))]:
+        write("c.bms", before)
+        shown = run("--diff", "c.bms", folder=folder, text=before)
+        run("--fix", "c.bms", folder=folder)
+        expect(content("c.bms") == after, f"{before} became {content('c.bms')}")
+        expect(shown[0] == 1 if before != after else not shown[1], f"{before}: {shown}")
+        mended = subprocess.run([TOOL, "--fix", "-"], cwd=folder, input=before, capture_output=True)
+        expect(mended.stdout == after and b"fixed" in mended.stderr, f"standard input: {mended}")
+    # By the way that a name is given, by links, and by what protects a file.
+    write("c.bms", b"#TITLE a \r\n#00111:01")
+    os.chmod(path("c.bms"), 0o640)
+    os.symlink("c.bms", path("link.bms"))
+    code, report, _ = run("--fix", "--select", "name-case", "link.bms", folder=folder)
+    expect(code == 0 and "0 findings fixed" in report, report)
+    run("--fix", "--ignore", "no-tempo", "link.bms", "c.bms", folder=folder)
+    expect(content("c.bms") == b"#TITLE a\r\n#00111:01" and os.path.islink(path("link.bms")), "through a link")
+    expect(os.stat(path("c.bms")).st_mode & 0o777 == 0o640, "the mode")
+    for protect, text in (lambda: os.link(path("c.bms"), path("two.bms")), "hard links"), \
+            (lambda: os.chmod(path("c.bms"), 0o440), "write-protected"):
+        write("c.bms", b"#TITLE a \r\n#00111:01")
+        protect()
+        code, report, errors = run("--fix", "c.bms", folder=folder)
+        expect(code == 3 and text in errors and "--fix mends 1" in report, f"{code} {report} {errors}")
+        expect(content("c.bms").startswith(b"#TITLE a \r"), "a protected file")
+        if os.path.exists(path("two.bms")):
+            os.remove(path("two.bms"))
+    expect(not [name for name in os.listdir(folder) if name.startswith(".")], "temporary files stay")
+
+
+def test_any_bytes_are_fixed_once(folder):
+    """--fix twice does what it does once, and so do a patch of the diff and the edits of JSON, in some rounds."""
+    patched, edited = folder + ".patched", folder + ".edited"
+    for copy in patched, edited:
+        shutil.copytree(folder, copy)
+    with open(os.path.join(patched, "all.diff"), "wb") as patch:
+        subprocess.run([TOOL, "--diff", "."], cwd=patched, stdout=patch, check=False)
+    subprocess.run(["patch", "-p0", "-s", "-i", "all.diff"], cwd=patched, check=False)
+    before = [chart["verdict"]["played"] for chart in charts_of(folder)]
+    for _ in range(6):
+        for chart in charts_of(edited):
+            text = apply_edits(chart)
+            with open(chart["file"], "wb") as file:
+                file.write(text)
+    for chart, played in zip(charts_of("--fix", folder), before):
+        expect(chart["fixable"] == 0 and chart["verdict"]["played"] >= played, f"{chart['file']}: {chart['verdict']}")
+    expect(all(chart["fixed"] == 0 for chart in charts_of("--fix", folder)), "a second --fix changes something")
+    for name in os.listdir(folder):
+        texts = []
+        for place in folder, patched, edited:
+            with open(os.path.join(place, name), "rb") as file:
+                texts.append(file.read())
+        expect(texts[0] == texts[1] == texts[2], f"{name}: {texts}")
+
+
 def test_any_bytes(folder):
     generator = random.Random(7)
     words = [b"#", b"#WAV", b"01", b"ZZ", b" ", b"\r\n", b"\n", b"\r", b"\t", b"\0", b"#BPM", b":",
              b"#00111:", b"#00208:", b"#00302:", b"1e999", b"-1", b"\x83\x5c", b"\xe3\x83", b"\"", b"\\",
              b"#TITLE ", b"#BGA01 01 ", b"_", b"\x1b[2J"]
-    paths = [os.path.join(SOURCE, "fuzz", "inputs", target, name) for target in ("fuzz_check", "fuzz_chart")
-             for name in os.listdir(os.path.join(SOURCE, "fuzz", "inputs", target))]
+    paths = [os.path.join(SOURCE, "tests", "fuzz", "inputs", target, name) for target in ("fuzz_check", "fuzz_chart")
+             for name in os.listdir(os.path.join(SOURCE, "tests", "fuzz", "inputs", target))]
+    os.mkdir(os.path.join(folder, "any"))
     for number in range(200):
-        paths.append(os.path.join(folder, f"r{number}.bms"))
+        paths.append(os.path.join(folder, "any", f"r{number}.bms"))
         with open(paths[-1], "wb") as chart:
             for _ in range(generator.randrange(200)):
                 chart.write(generator.choice(words) if generator.random() < 0.9 else generator.randbytes(3))
     expect(len(charts_of(*paths)) == len(paths), "one member for each chart")
+    for path in paths:
+        if path.startswith(folder):
+            continue
+        shutil.copy(path, os.path.join(folder, "any", os.path.basename(path) + ".bms"))
+    test_any_bytes_are_fixed_once(os.path.join(folder, "any"))
 
 
 codes = test_reports()
@@ -258,6 +397,8 @@ with tempfile.TemporaryDirectory() as scratch:
     test_charts_made_here(scratch)
     test_any_bytes(scratch)
     test_settings(scratch)
+    test_fix(os.path.join(scratch, "fix"))
+    test_hearing(os.path.join(scratch, "hearing"))
 expect(seen == codes, f"codes in no report: {sorted(codes - seen)}")
 for failure in failures:
     print(failure)
