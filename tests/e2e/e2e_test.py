@@ -422,6 +422,10 @@ class EndToEnd(unittest.TestCase):
                 self.assertEqual(screen.remote("--quit"), 0)
                 until("the end", lambda: not os.path.exists(f"/proc/{pid}"))
 
+            def settled(window):  # the window manager moves it in steps
+                time.sleep(0.3)
+                return screen.client(window)
+
             screen.run("xdotool", "windowactivate", "--sync", str(editor))
             for press in range(6):
                 self.assertEqual(screen.remote("--wait", "--open", charts[press % 2]), 0)
@@ -433,13 +437,13 @@ class EndToEnd(unittest.TestCase):
             until("its window", lambda: "Normal" in screen.property(player, "WM_STATE"))
             self.assertEqual(active(), editor)
             screen.run("xdotool", "windowmove", "--sync", player, "50", "60")
-            place = screen.client(player)
+            place = settled(player)
             quit_it()
             for more in ((), ("-X300", "-Y200"), ()):
                 self.assertEqual(screen.remote("--wait", *more, "--open", charts[0]), 0)
                 player = screen.window("E2E")
                 until("its place", lambda: (screen.client(player) == place) == (not more))
-                place = screen.client(player)
+                place = settled(player)
                 self.assertEqual(active(), editor)
                 quit_it()
             screen.env["DESKTOP_STARTUP_ID"] = "launcher_TIME4000000000"
