@@ -324,6 +324,19 @@ int OnDisplayLost(Display*) {
     _exit(255);
 }
 
+// FLTK ends the program when it cannot open the display, so it gets an open one.
+void GiveToFltk(Display* display) {
+#if FL_API_VERSION >= 10400
+    fl_x11_use_display(display);
+    fl_open_display();
+    // We enlarge by ourselves.
+    for (int screen = 0; screen < Fl::screen_count(); ++screen) Fl::screen_scale(screen, 1);
+    Fl::keyboard_screen_scaling(0);
+#else
+    fl_open_display(display);
+#endif
+}
+
 }  // namespace
 
 bool HasDisplay() {
@@ -336,14 +349,13 @@ bool OpenDisplay() {
     if (fl_display) return true;
     // From version 1.4 on FLTK prefers Wayland, whose windows can neither place themselves nor stay on top.
     setenv("FLTK_BACKEND", "x11", 1);
-    // FLTK ends the program when it cannot open the display, so it gets an open one.
     Display* display = XOpenDisplay(nullptr);
     if (!display) return false;
     XSetErrorHandler(OnError);
     XSetIOErrorHandler(OnDisplayLost);
     InternAtoms(display);
     XSetLocaleModifiers("@im=none");  // see InputMethod
-    fl_open_display(display);
+    GiveToFltk(display);
     Fl::add_system_handler(Watch, nullptr);
     return true;
 }
