@@ -20,6 +20,30 @@ namespace host {
 namespace desktop {
 namespace {
 
+// The desktop's own font, until a letter needs another.
+class NameInput : public Fl_Input {
+public:
+    using Fl_Input::Fl_Input;
+
+    void Set(const std::string& text) {
+        value(text.c_str());
+        ChooseFont();
+    }
+    int handle(int event) override {
+        const int handled = Fl_Input::handle(event);
+        ChooseFont();
+        return handled;
+    }
+
+private:
+    void ChooseFont() {
+        const Fl_Font font = FontFor(value());
+        if (font == textfont()) return;
+        textfont(font);
+        redraw();
+    }
+};
+
 class FileDialog : public DialogWindow {
 public:
     FileDialog(const FileRequest& request, ModalLoop* loop);
@@ -50,7 +74,7 @@ private:
     Fl_Box *m_where = nullptr, *m_notice = nullptr;
     Fl_Button* m_cancel = nullptr;
     FileBrowser* m_browser = nullptr;
-    Fl_Input* m_input = nullptr;
+    NameInput* m_input = nullptr;
     // No choice menu: while one is open, FLTK runs a loop in which messages of other instances would wait.
     Fl_Check_Button* m_all = nullptr;
 };
@@ -151,9 +175,8 @@ void FileDialog::BuildHeads() {
 void FileDialog::BuildButtons(int top) {
     const int edge = DialogUnit(12), row = DialogUnit(28), label = DialogUnit(56), button = DialogUnit(96);
     const int gap = DialogUnit(8), input_w = w() - 2 * edge - gap - label - button;
-    m_input = new Fl_Input(edge + label, top, input_w, row, "Name:");
+    m_input = new NameInput(edge + label, top, input_w, row, "Name:");
     m_input->box(FL_BORDER_BOX);
-    m_input->textfont(FontForAnything());
     m_input->textsize(DialogTextSize());
     m_input->textcolor(fl_contrast(FL_FOREGROUND_COLOR, FL_BACKGROUND2_COLOR));
     m_input->cursor_color(m_input->textcolor());
@@ -197,7 +220,7 @@ void FileDialog::Fill(const std::string& mark) {
 
 void FileDialog::ShowMarked() {
     const FileEntry* entry = m_browser->Marked();
-    m_input->value(entry && !entry->folder ? entry->shown.c_str() : "");
+    m_input->Set(entry && !entry->folder ? entry->shown : "");
     m_notice->label("");
 }
 
