@@ -6,6 +6,8 @@
 
 #include <clocale>
 
+#if FL_API_VERSION < 10400
+
 // FLTK 1.3 filters and looks up the keys of the focused window through this context. Whenever the focus moves
 // to another window it creates a new one from the input method that the display was opened with. It exports
 // the variable but declares it nowhere.
@@ -92,3 +94,15 @@ InputMethod::~InputMethod() {
 }
 
 }  // namespace host::desktop
+
+#else
+
+// Later versions keep their context to themselves, and their own input method with it.
+namespace host::desktop {
+
+InputMethod::InputMethod(Fl_Window* window) : m_window(window), m_outer(nullptr) {}
+InputMethod::~InputMethod() = default;
+
+}  // namespace host::desktop
+
+#endif

@@ -332,6 +332,7 @@ void GiveToFltk(Display* display) {
     // We enlarge by ourselves.
     for (int screen = 0; screen < Fl::screen_count(); ++screen) Fl::screen_scale(screen, 1);
     Fl::keyboard_screen_scaling(0);
+    fl_contrast_mode(FL_CONTRAST_LEGACY);  // the other one writes black on the blue of what is marked
 #else
     fl_open_display(display);
 #endif
