@@ -13,6 +13,7 @@
 #include "app/watch.h"
 #include "chart/bms.h"
 #include "host/host.h"
+#include "platform/files/folder.h"
 #include "platform/window/dialog.h"
 #include "shell/options.h"
 #include "shell/shell.h"
@@ -39,6 +40,7 @@ struct Channel {
     Status latest;
     bool loading = true, busy = false;
     void (*announced)() = nullptr;
+    void (*loaded)() = nullptr;
 };
 Channel& g_channel = *new Channel;  // the host's thread may outlive main
 
@@ -70,7 +72,8 @@ void OnLine(uint64_t client, const std::string& line) {
         g_channel.observers.push_back(client);
         return Answer(client, id, ToJson(g_channel.status));
     }
-    static const char* const kCommands[] = {"open", "play", "stop", "restart", "seek", "speed", "quit"};
+    static const char* const kCommands[] = {"open",    "ask",  "play",  "stop",
+                                            "restart", "seek", "speed", "quit"};
     if (std::find(std::begin(kCommands), std::end(kCommands), command) == std::end(kCommands))
         return Refuse(client, id, "unknown-command", "there is no such command");
     if (g_channel.status.host)
@@ -185,10 +188,32 @@ void Open(const Request& request) {
     Reload(load, measure);
 }
 
+// The dialog opens when the request has been answered: it may stay open for long.
+void AskUser(const Request& request) {
+    const std::string folder = PathOf(request.body);
+    if (!folder.empty() && (folder[0] != '/' || !IsFolder(folder)))
+        return Refuse(request.client, request.id, "wrong-value", "ask takes the absolute path of a folder");
+    const json* measure = Whole(request.body, "measure");
+    std::optional<int> hundredths;
+    if (!TakeSpeed(request.body, &hundredths))
+        return Refuse(request.client, request.id, "wrong-value", "speed takes a number from 0.1 to 8");
+    const json modern = request.body.value("modern", json(false));
+    if (!modern.is_boolean())
+        return Refuse(request.client, request.id, "wrong-value", "modern is true or false");
+    SetModern(modern);
+    g_nStartMeasure = ClampMeasure(measure ? measure->get<int>() : -1);
+    if (hundredths) SetSpeed(SpeedFromMessage(*hundredths));
+    AnswerNextOpenDialog(folder.c_str());
+    host::Unminimize();
+    PostMessageA(g_hWnd, WM_REMOTE_LOAD, 0, 0);
+    Answer(request.client, request.id, json::object());
+}
+
 void Execute(const Request& request) {
     const json& command = request.body["command"];
     if (!HasChart()) return Refuse(request.client, request.id, "no-chart", "no chart is loaded");
     if (command == "open") return Open(request);
+    if (command == "ask") return AskUser(request);
     if (command == "play") return Play(request);
     if (command == "stop") return Post(request, WM_REMOTE_STOP);
     if (command == "restart") return Post(request, WM_REMOTE_RESTART);
@@ -199,7 +224,7 @@ void Execute(const Request& request) {
 
 // Whether a request has to wait: a load for the end of a box or menu. A file dialog makes way.
 bool MustWait(const Request& request) {
-    if (request.body["command"] != "open") return false;
+    if (request.body["command"] != "open" && request.body["command"] != "ask") return false;
     host::CancelFileDialog();
     return host::InnermostModal() != host::Modal::kNone;
 }
@@ -252,13 +277,18 @@ void OnTitle(const std::string& title) {
     g_channel.status = g_channel.latest;
 }
 
+void CallOnce(void (**function)()) {
+    if (*function) (*function)();
+    *function = nullptr;
+}
+
 // A request that loads pumps messages when the load fails: nothing else is taken meanwhile.
 void OnPump(const std::string* title) {
     if (g_bHost) host::SetDeaf();
     if (title) OnTitle(*title);
     Publish();
-    if (g_channel.announced) g_channel.announced();
-    g_channel.announced = nullptr;
+    CallOnce(&g_channel.announced);
+    if (title && !g_channel.loading) CallOnce(&g_channel.loaded);
     if (title || g_channel.busy) return;
     g_channel.busy = true;
     Request request;
@@ -269,8 +299,9 @@ void OnPump(const std::string* title) {
 
 }  // namespace
 
-void ServeChannel(void (*announced)()) {
+void ServeChannel(void (*announced)(), void (*loaded)()) {
     g_channel.announced = announced;
+    g_channel.loaded = loaded;
     host::ServeLines(OnLine);
     host::OnPump(OnPump);
 }
@@ -282,7 +313,7 @@ void ResetChannel() {
     g_channel.observers.clear();
     g_channel.loading = true;
     g_channel.busy = false;
-    g_channel.announced = nullptr;
+    g_channel.announced = g_channel.loaded = nullptr;
     ResetWatch();
 }
 

@@ -6,8 +6,8 @@
 namespace app {
 
 // Before the program: from the announcement on the channel answers. announced: called once, when the window
-// has been announced and its title set; may be null.
-void ServeChannel(void (*announced)());
+// has been announced and its title set; loaded: once, when the first chart has been loaded. Both may be null.
+void ServeChannel(void (*announced)(), void (*loaded)() = nullptr);
 
 // For tests: as in a fresh process.
 void ResetChannel();

@@ -89,7 +89,8 @@ int Tell(uint64_t id, json command, const std::string& file, json* result) {
         if (!answer.is_object()) return NoAnswer();
         const json status = answer.value("result", json::object());
         if (answer["id"] == 1) return *result = status, Result(answer, file);
-        if (command["command"] != "open" || !status.value("modal", false)) continue;
+        const bool waits = command["command"] == "open" || command["command"] == "ask";
+        if (!waits || !status.value("modal", false)) continue;
         Say("the chart is opened when the box or menu in the player is closed");
         return kDone;
     }
@@ -168,10 +169,11 @@ int RunCommand(const LongOptions& options) {
     return Tell(id, command, "", &result);
 }
 
-int OpenInRunning(const LongOptions& options, const std::string& path) {
+int OpenInRunning(const LongOptions& options, const Target& target) {
     uint64_t id;
     if (const int code = FindOne(&id)) return code;
-    json command = {{"command", "open"}, {"uri", PathToUri(path)}}, result;
+    json command = {{"command", target.ask ? "ask" : "open"}}, result;
+    if (!target.path.empty()) command["uri"] = PathToUri(target.path);
     if (options.measure) command["measure"] = *options.measure;
     if (options.line) command["line"] = *options.line;
     if (options.modern) command["modern"] = true;

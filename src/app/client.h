@@ -10,8 +10,14 @@ namespace app {
 // Exit codes of long_options.h; what went wrong is one line on standard error.
 int RunCommand(const LongOptions& options);
 
+// What --open means: a chart, or a folder whose charts the user is asked for.
+struct Target {
+    std::string path;  // absolute; a folder may be empty: where the player asked last
+    bool ask = false;
+};
+
 // --open where an instance runs: kNoneRuns without a word where none does, so that one is started.
-int OpenInRunning(const LongOptions& options, const std::string& path);
+int OpenInRunning(const LongOptions& options, const Target& target);
 
 // Until the instance plays and its device has asked for sound, 10 s at most.
 int WaitUntilHeard();

@@ -75,13 +75,13 @@ private:
     void TakeVerb(const VerbName& row) {
         if (m_out.verb != Verb::kNone) return Fail("only one of the long commands can be given");
         m_out.verb = row.verb;
-        if (!row.value) return;
+        if (!row.value || (row.verb == Verb::kOpen && m_at == m_arguments.size())) return;
         const std::string value = Value(row.name);
         int measure = 0;
         double speed = 0;
         if (row.verb == Verb::kOpen) {
             m_out.file = value;
-            if (value.empty()) Fail("--open needs a chart");
+            if (value.empty()) Fail("--open needs a chart or a folder");
         } else if (row.verb == Verb::kSeek) {
             if (!ReadNumber(value, &measure) || measure < -1) Fail("--seek needs a measure, -1 or more");
             m_out.measure = measure;

@@ -15,7 +15,7 @@ enum class Verb { kNone, kOpen, kStatus, kPlay, kStop, kRestart, kSeek, kSpeed, 
 struct LongOptions {
     Verb verb = Verb::kNone;  // kNone: the line is the system's
     std::string error;        // wrong use: what to say; empty otherwise
-    std::string file;         // of --open, as it was given
+    std::string file;         // of --open, as it was given; empty: ask for one
     std::optional<int> measure, line;
     std::optional<double> speed;
     bool modern = false;  // charts of today are compiled

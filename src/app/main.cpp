@@ -1,9 +1,11 @@
 // lumetra: the player on a user's desktop.
+#include <strings.h>
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
 #include <string>
 #include <vector>
 
@@ -39,15 +41,28 @@ come first, with their value attached; everything after them is the chart's name
   --watch    load the chart anew when it, or a file that it uses, has been saved,
              and go on at the same measure; with --open it belongs to that chart.
              LUMETRA_WATCH=1 does the same
-  --help     print this help and exit
+  -h, --help
+             print this help and exit
   --version  print the version and exit
 
-  --open FILE [-N<n>] [-M<x>] [--at LINE[:COLUMN]] [--wait]
-             play FILE in the running instance, or start one for it
-  --status [--follow]
-             print what each instance is doing, as JSON
-  --play --stop --restart --quit --seek N --speed X
-             control the running instance; the exit code tells whether it did
+Long commands say by their exit code whether they worked:
+
+  --open FILE
+             play FILE in the running instance, or start one for it; of a folder
+             its only chart. Without FILE, or where there are several, it asks
+  --at LINE[:COLUMN]
+             with --open: start at the measure that holds this line of the file
+  --wait     with --open: return when the chart is heard
+  --foreground
+             with --open: if no instance is running, be the player
+  --status   print what each instance is doing, as JSON
+  --follow   with --status: print each change until the last instance ends
+  --play     resume, or start a chart that stands still
+  --stop     stop
+  --restart  restart from the start measure
+  --seek N   play from measure N
+  --speed X  set the scroll speed
+  --quit     quit
 
 While an instance is running, these options control it:
 
@@ -64,7 +79,8 @@ lumetra-render renders a chart to files and needs no display.
 // The text for --help or --version among the options; null when neither is given.
 const char* AnswerAtOnce(int argc, char** argv) {
     for (int i = 1; i < argc && (!*argv[i] || IsOptionArgument(argv[i])); ++i) {
-        if (std::strcmp(argv[i], "--help") == 0) return kHelp;
+        const bool help = std::strcmp(argv[i], "--help") == 0;
+        if (help || strcasecmp(argv[i], "-h") == 0) return kHelp;
         if (std::strcmp(argv[i], "--version") == 0) return "lumetra " LUMETRA_VERSION "\n";
     }
     return nullptr;
@@ -91,7 +107,7 @@ int Run(int argc, char** argv) {
     app::SayWhatIsIgnored(argc, argv);
     host::LockStart(!IsQuit(argc, argv));
     const int others = CountInstances();
-    app::ServeChannel(nullptr);
+    app::ServeChannel(nullptr, app::SayHowToStart);
     const int code = app::RunSystem(argc, argv);
     host::UnlockStart();
     if (g_hWnd || code == 1) app::SayHowItEnded(argc, argv, code, others);

@@ -17,7 +17,9 @@
 #include "app/watch.h"
 #include "host/host.h"
 #include "platform/files/filename.h"
+#include "platform/files/folder.h"
 #include "platform/window/commandline.h"
+#include "platform/window/dialog.h"
 #include "playback/layout.h"
 #include "shell/shell.h"
 
@@ -27,6 +29,7 @@ namespace {
 int g_announced = -1;  // the end of a pipe that tells the caller of --open
 
 void TellAnnounced() {
+    if (g_announced < 0) return;
     [[maybe_unused]] const ssize_t written = write(g_announced, "a", 1);
     close(g_announced);
 }
@@ -40,7 +43,7 @@ std::string SpeedOption(double speed) {
 
 struct Player {
     const LongOptions& options;
-    std::string path;
+    std::string path;  // empty: the player asks for one
     int measure;
 };
 
@@ -50,7 +53,7 @@ std::vector<std::string> PlayerLine(const Player& player) {
     if (options.speed) line.push_back(SpeedOption(*options.speed));
     const std::vector<std::string> place = options.passed.empty() ? PlaceOptions() : options.passed;
     line.insert(line.end(), place.begin(), place.end());
-    line.push_back(player.path);
+    if (!player.path.empty()) line.push_back(player.path);
     return line;
 }
 
@@ -88,42 +91,51 @@ int RunPlayer(const Player& player) {
     closed ? std::exit(code) : std::_Exit(code);
 }
 
-// Returns once the player's window is announced. The child keeps the lock of starts until then.
+// Returns once the player's window is announced, or at once where the user is asked first. The child keeps
+// the lock of starts until then.
 int StartPlayer(const Player& player) {
+    const bool asks = player.path.empty();
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return kNotStarted;
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        g_announced = ends[1];
+        g_announced = asks ? -1 : ends[1];
+        if (asks) close(ends[1]);
         RunChild(player);
     }
     host::LeaveStartToChild();
     close(ends[1]);
     char byte;
-    const bool announced = child > 0 && read(ends[0], &byte, 1) == 1;
+    const bool announced = child > 0 && (asks || read(ends[0], &byte, 1) == 1);
     close(ends[0]);
     if (!announced) Say("the player could not be started");
     return announced ? kDone : kNotStarted;
 }
 
-int StartWith(const LongOptions& options, const std::string& path) {
+void SayNoDisplay() {
+    Say("no X display to open a window on (a Wayland desktop has one through XWayland); "
+        "lumetra-render works without one");
+}
+
+int StartWith(const LongOptions& options, const Target& target) {
     NoteUse();
-    const Probe probe = ProbeChart(path);
-    if (!probe.refusal.empty()) {
-        Say(options.file + ": " + probe.refusal);
-        return kRefused;
-    }
-    if (!host::HasDisplay()) {
-        Say("no display to open a window on; lumetra-render works without one");
-        return kNotStarted;
-    }
     LoadRequest request;
-    request.path = path, request.measure = options.measure, request.line = options.line;
-    bool clamped;
-    const int measure = StartMeasure(request, probe, &clamped);
-    if (clamped) Say("the chart has no such measure; it plays from its last, " + std::to_string(measure));
-    const Player player = {options, path, measure};
+    request.path = target.path, request.measure = options.measure, request.line = options.line;
+    int measure = options.measure.value_or(-1);
+    if (!target.ask) {
+        const Probe probe = ProbeChart(target.path);
+        if (!probe.refusal.empty()) {
+            Say(options.file + ": " + probe.refusal);
+            return kRefused;
+        }
+        bool clamped;
+        measure = StartMeasure(request, probe, &clamped);
+        if (clamped) Say("the chart has no such measure; it plays from its last, " + std::to_string(measure));
+    }
+    if (!host::HasDisplay()) return SayNoDisplay(), kNotStarted;
+    if (target.ask) AnswerNextOpenDialog(target.path.c_str());
+    const Player player = {options, target.ask ? "" : target.path, measure};
     if (!options.foreground) return StartPlayer(player);
     ServeChannel(nullptr);
     return RunPlayer(player);
@@ -136,6 +148,15 @@ void SayWhetherItWatches(const std::string& path) {
     host::WatchFolders({}, &problem);
 }
 
+// A folder is its only chart, or the question which.
+Target FindTarget(const std::string& file) {
+    if (file.empty()) return {"", true};
+    const std::string path = AbsolutePath(file);
+    if (!IsFolder(path)) return {path, false};
+    const std::string chart = OnlyChart(path);
+    return chart.empty() ? Target{path, true} : Target{chart, false};
+}
+
 }  // namespace
 
 int RunSystem(int argc, const char* const* argv) {
@@ -144,18 +165,28 @@ int RunSystem(int argc, const char* const* argv) {
     constexpr int kRemote = 1;
     // Neither opened a window nor passed a command on: say so if the display is missing.
     if (code == kRemote || g_hWnd || host::HasDisplay()) return code;
-    Say("no display to open a window on; lumetra-render works without one");
+    SayNoDisplay();
     return -1;
 }
 
 int Open(const LongOptions& options) {
-    const std::string path = AbsolutePath(options.file);
+    const Target target = FindTarget(options.file);
+    if (target.ask && options.line) {
+        Say("--at needs a chart");
+        return kWrongUse;
+    }
     host::LockStart(true);
-    int code = OpenInRunning(options, path);
-    if (code == kNoneRuns) code = StartWith(options, path);
+    int code = OpenInRunning(options, target);
+    if (code == kNoneRuns) code = StartWith(options, target);
     host::UnlockStart();
-    if (code == kDone && options.watch && !options.foreground) SayWhetherItWatches(path);
+    if (code == kDone && options.watch && !target.ask && !options.foreground)
+        SayWhetherItWatches(target.path);
     return code == kDone && options.wait && !options.foreground ? WaitUntilHeard() : code;
+}
+
+void SayHowToStart() {
+    if (!g_bPlaying)
+        Say("the chart waits: Enter in its window plays it, or lumetra --play; with -P it plays at once");
 }
 
 }  // namespace app

@@ -11,4 +11,7 @@ int RunSystem(int argc, const char* const* argv);
 // --open: in the instance that runs, or in one that is started as a process of its own. An exit code.
 int Open(const LongOptions& options);
 
+// After a chart has been loaded: how to start one that stands still.
+void SayHowToStart();
+
 }  // namespace app

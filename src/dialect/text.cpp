@@ -25,7 +25,7 @@ std::optional<double> ReadNumber(std::string_view text) {
     text = TrimBlanks(text);
     const bool negative = !text.empty() && text[0] == '-';
     if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
-    if (text.empty() || !(IsDecimal(text[0]) || text[0] == '.')) return {};
+    if (text.empty() || (text[0] != '.' && !IsDecimal(text[0]))) return {};
     double value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc::invalid_argument) return {};

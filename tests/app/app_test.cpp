@@ -36,6 +36,7 @@ TEST(App, WithoutADisplay) {
         {"-D -Q --version", 0, 1, version},
         {"/P '' --version", 0, 1, version},
         {"--help", 0, -1, "usage: lumetra"},
+        {"-D -h", 0, -1, "usage: lumetra"},
         {"song.bms", 255, 1, "lumetra-render"},
         {"-P -D song.bms", 255, 1, "lumetra-render"},
         {"--watch --modern song.bms", 255, 1, "lumetra-render"},
@@ -45,7 +46,9 @@ TEST(App, WithoutADisplay) {
         {"--stop", 4, 1, "no instance is running"},
         {"-z -Q", 1, 2, "-z is unknown"},
         {"--open nothing.bms", 3, 1, "nothing.bms"},
-        {"--open", 2, 1, "needs"},
+        {"--open", 255, 1, "XWayland"},
+        {"--open ''", 2, 1, "needs"},
+        {"--at 5 --open", 2, 1, "--at"},
         {"-D -N5 -M2 -Q song.bms", 1, 0, ""},
     };
     for (const auto& row : rows) {

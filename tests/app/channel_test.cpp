@@ -98,6 +98,29 @@ TEST_F(ChannelTest, OpenWaitsForABoxAndCancelsADialog) {
     Reset();
 }
 
+// The question is answered before the dialog opens, and what it brings plays from the measure asked for.
+TEST_F(ChannelTest, AskOpensTheDialogInAFolder) {
+    const std::string other =
+        folder_.Write("other.bms", test::Chart({"#TITLE other", "#00111:05", "#00311:05"}));
+    Ask(500, R"({"command":"ask","uri":"file:///nowhere"})", "wrong-value");
+    At(1000, Call([this] {
+           ReceiveLine(7, R"({"command":"ask","measure":2,"uri":"file://)" + folder_.Path() + R"("})");
+       }));
+    At(1100, Call([this] {
+           EXPECT_TRUE(Last().value("ok", false));
+           ASSERT_EQ(FileDialogs().size(), 1u);
+           EXPECT_EQ(FileDialogs()[0].folder, folder_.Path());
+       }));
+    At(1200, ChooseFile(other));
+    At(1300, Call([] {
+           EXPECT_EQ(Titles().back(), "-(no genre)- other  [(no artist)] ");
+           EXPECT_EQ(g_nStartMeasure, 2);
+       }));
+    ExpectState(1300, "Running");
+    At(1400, Key(test::kEscape));
+    EXPECT_EQ(Run(), 0);
+}
+
 TEST(ChartLines, BothWays) {
     const app::ChartLines lines(
         "#TITLE x\r\n#00102:0.5\r\n#00111:0000\r\n#00113:00AA\r\n#00111:01\n\n#00308:01\n#xx\n");
@@ -134,7 +157,8 @@ TEST(LongOptions, Lines) {
         {{"--open", "a", "--at", "0"}, app::Verb::kOpen, false},
         {{"--open", "a", "b"}, app::Verb::kOpen, false},
         {{"--open", "a", "-D"}, app::Verb::kOpen, false},
-        {{"--open"}, app::Verb::kOpen, false},
+        {{"-N4", "--open"}, app::Verb::kOpen, true},
+        {{"--open", ""}, app::Verb::kOpen, false},
         {{"--seek", "-1"}, app::Verb::kSeek, true},
         {{"--seek", "x"}, app::Verb::kSeek, false},
         {{"--speed", "8.5"}, app::Verb::kSpeed, false},

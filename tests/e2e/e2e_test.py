@@ -147,6 +147,7 @@ class EndToEnd(unittest.TestCase):
         with Screen() as screen:
             player = screen.player(screen.chart(), env={"LC_ALL": "C.UTF-8"})
             window = player.find()
+            self.assertIn("the chart waits", player.log())
             screen.chart("二曲目.bms", title="SECOND")
             screen.chart("zz.txt", title="NO CHART")
             screen.keys(window, "shift+F10", "l")
@@ -175,6 +176,13 @@ class EndToEnd(unittest.TestCase):
                 screen.run("xdotool", "key", "ctrl+a", *heart, "period", "b", "m", "s", last)
                 until("the dialog to close", lambda: DIALOG not in screen.windows())
             player.find("THIRD")
+            self.assertEqual(screen.remote("--open", screen.folder), 0)  # of several charts it asks which
+            screen.keys(screen.window(DIALOG), "Home", "Down", "s", "o", "Return")
+            player.find("E2E")
+            os.mkdir(os.path.join(screen.folder, "alone"))
+            screen.chart("alone/only.BME", title="FOURTH")
+            self.assertEqual(screen.remote("--open", os.path.join(screen.folder, "alone")), 0)
+            player.find("FOURTH")
             screen.click(player, 700)
             time.sleep(0.3)
             self.assertNotIn(DIALOG, screen.windows())
@@ -321,7 +329,7 @@ class EndToEnd(unittest.TestCase):
             broken = screen.chart("zero.bms", "#BPM 120\n#00011:01\n")
             for command in (("--status",), ("--stop",), ("--seek", "3")):
                 self.assertEqual(call(*command)[0], 4)
-            for command in (("--open",), ("--open", first, "--at", "x"), ("--seek", "x"),
+            for command in (("--open", ""), ("--open", first, "--at", "x"), ("--seek", "x"),
                             ("--stop", "--quit")):
                 self.assertEqual(call(*command)[0], 2)
             code, _, text = call("--open", broken)

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "host/desktop/chart_head.h"
 #include "host/desktop/clicks.h"
 #include "host/desktop/dropped.h"
 #include "host/desktop/file_list.h"
@@ -16,6 +17,8 @@
 #include "host/desktop/instance_folder.h"
 #include "host/desktop/instance_message.h"
 #include "host/desktop/instances.h"
+#include "host/desktop/main_window.h"
+#include "host/desktop/settings_text.h"
 #include "host/host.h"
 #include "support/tempfolder.h"
 
@@ -321,6 +324,78 @@ TEST(FileList, WhatAUserTyped) {
                                                         {"~x", nullptr}};
     for (const auto& [typed, found] : rows)
         EXPECT_EQ(FindTyped(folder.Path(), typed, "BMS"), found ? folder.Path(found) : "") << typed;
+}
+
+TEST(ChartHead, ReadsWhatTheListShows) {
+    const struct {
+        std::string text, shown;
+    } rows[] = {{"#TITLE A\r\n#artist  B \r\n#PLAYLEVEL 12\r\n", "A|B |12"},
+                {"x\n#TITLE old\n#TITLE \x8B\xC8\t1\n#ARTIST", "\xE6\x9B\xB2 1||"},
+                {"#TITLE" + std::string(1, '\0') + "#TITLE a\x1B[b", "a [b||"},
+                {"#TITLE " + std::string(199, 'a') + "\xE6\x9B\xB2", std::string(199, 'a') + "||"},
+                {"#TITLEX", "||"},
+                {"#TITLE   ", "||"}};
+    for (const auto& [text, shown] : rows) {
+        const ChartHead head = ParseChartHead(text);
+        EXPECT_EQ(head.title + "|" + head.artist + "|" + head.level, shown);
+    }
+    test::TempFolder folder;
+    mkfifo(folder.Path("pipe").c_str(), 0600);
+    HeadReader reader;
+    reader.Read({{1, folder.Path("none")}, {2, folder.Path("pipe")}, {3, folder.Write("a.bms", "#TITLE x")}});
+    std::vector<HeadReader::Result> results;
+    while (results.size() < 3) {
+        for (HeadReader::Result& result : reader.TakeResults()) results.push_back(std::move(result));
+        SleepMilliseconds(1);
+    }
+    EXPECT_EQ(results[0].head.title + results[1].head.title + results[2].head.title, "x");
+    EXPECT_EQ(results[2].id, 3u);
+}
+
+TEST(DesktopSettings, FontsAndColors) {
+    const struct {
+        const char* text;
+        const char* family;
+        double points;
+    } fonts[] = {{"Noto Sans 10", "Noto Sans", 10},
+                 {"Noto Sans, Bold Italic 10.5", "Noto Sans", 10.5},
+                 {"Cantarell Semi-Bold 11", "Cantarell", 11},
+                 {"Font 3 of 4", "Font 3 of", 4},
+                 {"Sans", "Sans", 0},
+                 {"12", "12", 0},
+                 {"Sans -4", "Sans -4", 0},
+                 {"", "", 0}};
+    for (const auto& [text, family, points] : fonts) {
+        const FontName font = ParseFontName(text);
+        EXPECT_EQ(font.family, family) << text;
+        EXPECT_EQ(font.points, points) << text;
+    }
+    for (const char* text : {"#336699", "#369", "#336699ff", "rgb(51, 102,153)", "51,102,153", " #336699 "})
+        EXPECT_EQ(ParseColor(text), 0x336699u) << text;
+    for (const char* text : {"", "#", "#12345", "rgb(1,2)", "256,0,0", "alpha(@x, 0.5)"})
+        EXPECT_FALSE(ParseColor(text)) << text;
+    const auto colors = ParseThemeColors(
+        "@define-color bg #112233;\n@define-color theme_bg_color @bg; @define-color x shade(@bg, "
+        "2);\n@define-color y");
+    EXPECT_EQ(colors, (std::map<std::string, uint32_t>{{"bg", 0x112233}, {"theme_bg_color", 0x112233}}));
+    const Settings ini = ParseIni("[Settings]\n# c=d\ngtk-font-name = \"Sans 9\"\r\nnothing\n[");
+    EXPECT_EQ(ini, (Settings{{"Settings/gtk-font-name", "Sans 9"}}));
+}
+
+// Cut anywhere, the bytes give the settings before the cut.
+TEST(DesktopSettings, XSettings) {
+    const std::string little(
+        "\0\0\0\0\1\0\0\0\3\0\0\0"
+        "\1\0\3\0Aa/\0\0\0\0\0\5\0\0\0Sans9\0\0\0"
+        "\2\0\1\0C\0\0\0\0\0\0\0\1\2\3\4\5\6\7\10"
+        "\0\0\4\0Size\0\0\0\0\376\377\377\377",
+        72);
+    EXPECT_EQ(ParseXSettings(little), (Settings{{"Aa/", "Sans9"}, {"C", ""}, {"Size", "-2"}}));
+    for (size_t length = 0; length < little.size(); ++length)
+        EXPECT_EQ(ParseXSettings(little.substr(0, length)).count("Size"), 0u) << length;
+    const std::string big("\1\0\0\0\0\0\0\1\0\0\0\1\0\0\0\1N\0\0\0\0\0\0\0\0\0\1\2", 28);
+    EXPECT_EQ(ParseXSettings(big), (Settings{{"N", "258"}}));
+    EXPECT_TRUE(ParseXSettings(std::string("\0\0\0\0\0\0\0\0\377\377\377\377\11\0\0\0", 16)).size() <= 1);
 }
 
 TEST(ClickCounter, TellsDoubleClicks) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "host/desktop/desktop.h"
+#include "host/desktop/look.h"
 #include "host/desktop/native.h"
 
 namespace host {
@@ -48,6 +49,7 @@ size_t FitLine(const std::string& text, int width) {
 ModalLoop::ModalLoop(Modal kind, Pump pump) : m_kind(kind), m_pump(pump), m_outer(g_innermost) {
     g_innermost = this;
     OpenPopupGivesWay();
+    if (g_depth == 0) ApplyLook();
     ++g_depth;
 }
 
@@ -83,12 +85,18 @@ void DialogWindow::draw() {
     Fl_Window::draw();
 }
 
+DefaultButton::DefaultButton(int x, int y, int w, int h, const char* label)
+    : Fl_Return_Button(x, y, w, h, label) {
+    color(FL_SELECTION_COLOR, FL_SELECTION_COLOR);
+    labelcolor(fl_contrast(FL_WHITE, FL_SELECTION_COLOR));
+}
+
 int DialogUnit(int pixels) {
-    return pixels * Scale();
+    return (pixels * DialogTextSize() + 6) / 13;
 }
 
 int DialogTextSize() {
-    return DialogUnit(13);
+    return LookTextSize();
 }
 
 Fl_Font FontForAnything() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <FL/Enumerations.H>
+#include <FL/Fl_Return_Button.H>
 #include <FL/Fl_Window.H>
 
 #include <string>
@@ -48,7 +49,16 @@ protected:
     void draw() override;
 };
 
-// Text sizes and lengths of dialogs follow the scale of the display.
+// The button that Enter presses, in the colour of what is marked.
+class DefaultButton : public Fl_Return_Button {
+public:
+    DefaultButton(int x, int y, int w, int h, const char* label);
+
+protected:
+    void draw() override { Fl_Button::draw(); }  // without FLTK's arrow
+};
+
+// Text has the desktop's size. Lengths follow it: they are given for text of 13 pixels.
 int DialogUnit(int pixels);
 int DialogTextSize();
 

@@ -2,41 +2,23 @@
 #include <FL/Fl_Box.H>
 #include <FL/Fl_Button.H>
 #include <FL/Fl_Check_Button.H>
-#include <FL/Fl_Hold_Browser.H>
 #include <FL/Fl_Input.H>
-#include <FL/Fl_Return_Button.H>
 #include <FL/Fl_Window.H>
+#include <FL/fl_draw.H>
 
+#include <algorithm>
 #include <cctype>
 
-#include "host/desktop/clicks.h"
 #include "host/desktop/desktop.h"
 #include "host/desktop/dialogs.h"
+#include "host/desktop/file_browser.h"
 #include "host/desktop/file_list.h"
 #include "host/desktop/input_method.h"
-#include "host/desktop/native.h"
+#include "host/desktop/look.h"
 
 namespace host {
 namespace desktop {
 namespace {
-
-class FileDialog;
-
-class FileBrowser : public Fl_Hold_Browser {
-public:
-    FileBrowser(int x, int y, int w, int h, FileDialog* dialog)
-        : Fl_Hold_Browser(x, y, w, h), m_dialog(dialog) {}
-    int handle(int event) override;
-    bool IsDoubleClick() const { return m_double; }
-
-private:
-    bool HandleKey();
-    FileDialog* m_dialog;
-    ClickCounter m_clicks;
-    bool m_double = false;  // the last press was a double click
-    std::string m_typed;    // the beginning of a name, typed quickly
-    uint64_t m_typed_at = 0;
-};
 
 class FileDialog : public DialogWindow {
 public:
@@ -54,16 +36,17 @@ public:
 
 private:
     void Build();
+    void BuildHeads();
+    void BuildButtons(int top);
+    Fl_Box* AddText(int x, int y, int w, int h);
     void Fill(const std::string& mark);
     bool HandleKey();
-    const FileEntry* Marked() const;
     void Open(const FileEntry& entry);
     std::string Patterns() const { return m_all->value() ? "" : m_request.filter.patterns; }
 
     const FileRequest& m_request;
     ModalLoop* m_loop;
     std::string m_folder, m_chosen;
-    std::vector<FileEntry> m_entries;
     Fl_Box *m_where = nullptr, *m_notice = nullptr;
     Fl_Button* m_cancel = nullptr;
     FileBrowser* m_browser = nullptr;
@@ -88,38 +71,6 @@ std::string Label(std::string text) {
     return text;
 }
 
-int FileBrowser::handle(int event) {
-    if (event == FL_KEYBOARD && HandleKey()) return 1;
-    if (event == FL_PUSH)
-        m_double = m_clicks.Press(native::EventTime(), Fl::event_x_root(), Fl::event_y_root());
-    return Fl_Hold_Browser::handle(event);
-}
-
-bool FileBrowser::HandleKey() {
-    const int key = Fl::event_key();
-    if (key == FL_Enter || key == FL_KP_Enter) {
-        m_dialog->Activate();
-        return true;
-    }
-    if (key == FL_Home || key == FL_End) {
-        value(key == FL_Home ? 1 : size());
-        middleline(value());
-        do_callback();
-        return true;
-    }
-    if (Fl::event_length() == 0 || Fl::event_text()[0] == '\t' ||
-        Fl::event_state(FL_CTRL | FL_ALT | FL_META)) {
-        return false;
-    }
-    if (static_cast<unsigned char>(Fl::event_text()[0]) < ' ' || Fl::event_text()[0] == 127) return false;
-    const uint64_t now = Nanoseconds();
-    if (now - m_typed_at > 1'000'000'000) m_typed.clear();
-    m_typed_at = now;
-    m_typed += Fl::event_text();
-    m_dialog->JumpTo(m_typed);
-    return true;
-}
-
 void OnList(Fl_Widget* list, void* dialog) {
     if (Fl::event() == FL_RELEASE && static_cast<FileBrowser*>(list)->IsDoubleClick()) {
         static_cast<FileDialog*>(dialog)->Activate();
@@ -142,91 +93,110 @@ void OnFilter(Fl_Widget*, void* dialog) {
 }
 
 FileDialog::FileDialog(const FileRequest& request, ModalLoop* loop)
-    : DialogWindow(DialogUnit(480), DialogUnit(380)), m_request(request), m_loop(loop) {
+    : DialogWindow(DialogUnit(680), DialogUnit(460)), m_request(request), m_loop(loop) {
     Build();
     end();
     xclass("lumetra");
     callback(OnCancel, loop);
     set_modal();
     resizable(m_browser);
-    size_range(DialogUnit(320), DialogUnit(240));
+    size_range(DialogUnit(420), DialogUnit(280));
+}
+
+Fl_Box* FileDialog::AddText(int x, int y, int w, int h) {
+    Fl_Box* box = new Fl_Box(x, y, w, h);
+    box->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
+    box->labelsize(DialogTextSize());
+    return box;
 }
 
 void FileDialog::Build() {
-    const Fl_Font font = FontForAnything();
-    const int size = DialogTextSize(), edge = DialogUnit(10), row = DialogUnit(26), label = DialogUnit(56);
-    const int button = DialogUnit(90);
-    m_where = new Fl_Box(edge, DialogUnit(6), w() - 2 * edge, row);
-    m_where->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
-    m_where->labelfont(font);
-    m_where->labelsize(size);
-    m_notice = new Fl_Box(edge, h() - row, w() - 2 * edge, row - DialogUnit(4));
-    m_notice->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
-    m_notice->labelfont(font);
-    m_notice->labelsize(size);
-    m_notice->labelcolor(FL_DARK_RED);
-    const int list_top = m_where->y() + row, list_bottom = m_notice->y() - 2 * row - DialogUnit(14);
-    m_browser = new FileBrowser(edge, list_top, w() - 2 * edge, list_bottom - list_top, this);
-    m_browser->textfont(font);
-    m_browser->textsize(size);
-    m_browser->format_char(0);  // names may hold any letter
-    m_browser->column_char(0);
+    const int edge = DialogUnit(12), row = DialogUnit(28), wide = w() - 2 * edge;
+    m_where = AddText(edge, DialogUnit(8), wide, row);
+    m_notice = AddText(edge, h() - row - DialogUnit(2), wide, row - DialogUnit(4));
+    m_notice->labelfont(FontForAnything());
+    m_notice->labelcolor(fl_contrast(FL_DARK_RED, FL_BACKGROUND_COLOR));
+    const int list_top = m_where->y() + 2 * row - DialogUnit(8);
+    const int list_bottom = m_notice->y() - 2 * row - DialogUnit(16);
+    m_browser = new FileBrowser(edge, list_top, wide, list_bottom - list_top);
+    m_browser->box(FL_BORDER_BOX);
+    m_browser->textsize(DialogTextSize());
     m_browser->callback(OnList, this);
-    const int input_y = list_bottom + DialogUnit(8), input_w = w() - 3 * edge - label - button;
-    m_input = new Fl_Input(edge + label, input_y, input_w, row, "Name:");
-    m_input->textfont(font);
-    Fl_Return_Button* open = new Fl_Return_Button(w() - edge - button, input_y, button, row, "Open");
+    m_browser->on_enter = [this] { Activate(); };
+    m_browser->on_typed = [this](const std::string& beginning) { JumpTo(beginning); };
+    BuildHeads();
+    BuildButtons(list_bottom + DialogUnit(8));
+}
+
+// Above the columns of the list.
+void FileDialog::BuildHeads() {
+    const FileBrowser::Columns at = m_browser->FindColumns();
+    const int height = DialogUnit(20), top = m_browser->y() - height;
+    const struct {
+        const char* text;
+        int left, right;
+    } heads[] = {{"Name", at.name, at.title},
+                 {"Title", at.title, at.artist},
+                 {"Artist", at.artist, at.level},
+                 {"Level", at.level, at.end}};
+    for (const auto& [text, left, right] : heads) {
+        Fl_Box* box = AddText(left - 3, top, right - left + 3, height);  // FLTK indents labels by 3
+        box->label(text);
+        box->labelsize(DialogTextSize() * 7 / 8);
+        box->labelcolor(FL_INACTIVE_COLOR);
+        if (left == at.level) box->align(FL_ALIGN_RIGHT | FL_ALIGN_INSIDE);
+    }
+}
+
+void FileDialog::BuildButtons(int top) {
+    const int edge = DialogUnit(12), row = DialogUnit(28), label = DialogUnit(56), button = DialogUnit(96);
+    const int gap = DialogUnit(8), input_w = w() - 2 * edge - gap - label - button;
+    m_input = new Fl_Input(edge + label, top, input_w, row, "Name:");
+    m_input->box(FL_BORDER_BOX);
+    m_input->textfont(FontForAnything());
+    m_input->textsize(DialogTextSize());
+    m_input->textcolor(fl_contrast(FL_FOREGROUND_COLOR, FL_BACKGROUND2_COLOR));
+    m_input->cursor_color(m_input->textcolor());
+    DefaultButton* open = new DefaultButton(w() - edge - button, top, button, row, "Open");
     open->callback(OnAccept, m_input);
     m_input->when(FL_WHEN_ENTER_KEY | FL_WHEN_NOT_CHANGED);
     m_input->callback(OnAccept, m_input);
-    const int choice_y = input_y + row + DialogUnit(8);
-    Fl_Box* type = new Fl_Box(edge, choice_y, label + input_w - button, row);
+    const int choice_y = top + row + gap;
+    Fl_Box* type = AddText(edge, choice_y, label + input_w - button - gap, row);
     type->copy_label(Label("Type: " + m_request.filter.name).c_str());
-    type->align(FL_ALIGN_LEFT | FL_ALIGN_INSIDE | FL_ALIGN_CLIP);
-    m_all = new Fl_Check_Button(type->x() + type->w(), choice_y, button, row, "&All files");
+    m_all = new Fl_Check_Button(w() - edge - 2 * button - gap, choice_y, button, row, "&All files");
+    m_all->down_box(FL_BORDER_BOX);
     m_all->callback(OnFilter, this);
     m_cancel = new Fl_Button(w() - edge - button, choice_y, button, row, "Cancel");
     m_cancel->callback(OnCancel, m_loop);
-    for (Fl_Widget* widget :
-         {static_cast<Fl_Widget*>(m_input), static_cast<Fl_Widget*>(open), static_cast<Fl_Widget*>(type),
-          static_cast<Fl_Widget*>(m_all), static_cast<Fl_Widget*>(m_cancel)}) {
-        widget->labelsize(size);
+    for (Fl_Widget* widget : {static_cast<Fl_Widget*>(m_input), static_cast<Fl_Widget*>(open),
+                              static_cast<Fl_Widget*>(m_all), static_cast<Fl_Widget*>(m_cancel)}) {
+        widget->labelsize(DialogTextSize());
     }
-    m_input->textsize(size);
 }
 
 void FileDialog::Enter(const std::string& folder, const std::string& mark) {
     if (!folder.empty()) m_folder = folder;
-    m_where->copy_label(Label(ShownName(m_folder)).c_str());
+    const std::string shown = Label(ShownName(m_folder));
+    m_where->labelfont(FontFor(shown));
+    m_where->copy_label(shown.c_str());
     Fill(mark);
 }
 
 void FileDialog::Fill(const std::string& mark) {
-    m_entries = ListFolder(m_folder, Patterns());
-    m_browser->clear();
-    int marked = 0, first = 0;  // lines from 1; first: of the files
-    for (size_t row = 0; row < m_entries.size(); ++row) {
-        const FileEntry& entry = m_entries[row];
-        m_browser->add((entry.folder ? entry.shown + "/" : entry.shown).c_str());
-        if (!entry.folder && first == 0) first = static_cast<int>(row) + 1;
-        if (entry.name == mark) marked = static_cast<int>(row) + 1;
-    }
-    if (marked == 0) marked = first;
-    if (marked == 0 && !m_entries.empty()) marked = 1;
-    if (marked) {
-        m_browser->value(marked);
-        m_browser->middleline(marked);
-    }
+    m_browser->Fill(m_folder, ListFolder(m_folder, Patterns()));
+    const std::vector<FileEntry>& entries = m_browser->entries();
+    const auto named = [&](const FileEntry& entry) { return entry.name == mark; };
+    const auto file = [](const FileEntry& entry) { return !entry.folder; };
+    auto marked = std::find_if(entries.begin(), entries.end(), named);
+    if (marked == entries.end()) marked = std::find_if(entries.begin(), entries.end(), file);
+    if (marked == entries.end()) marked = entries.begin();
+    if (!entries.empty()) m_browser->Mark(static_cast<size_t>(marked - entries.begin()));
     ShowMarked();
 }
 
-const FileEntry* FileDialog::Marked() const {
-    const int line = m_browser->value();
-    return line >= 1 && line <= static_cast<int>(m_entries.size()) ? &m_entries[line - 1] : nullptr;
-}
-
 void FileDialog::ShowMarked() {
-    const FileEntry* entry = Marked();
+    const FileEntry* entry = m_browser->Marked();
     m_input->value(entry && !entry->folder ? entry->shown.c_str() : "");
     m_notice->label("");
 }
@@ -240,7 +210,7 @@ void FileDialog::Open(const FileEntry& entry) {
 }
 
 void FileDialog::Activate() {
-    if (const FileEntry* entry = Marked()) {
+    if (const FileEntry* entry = m_browser->Marked()) {
         const FileEntry copy = *entry;
         Open(copy);
     }
@@ -254,7 +224,7 @@ void FileDialog::GoUp() {
 
 void FileDialog::Accept(const std::string& typed) {
     if (typed.empty()) return Activate();
-    for (const FileEntry& entry : m_entries) {
+    for (const FileEntry& entry : m_browser->entries()) {
         if (entry.shown != typed) continue;
         const FileEntry copy = entry;
         return Open(copy);
@@ -271,11 +241,10 @@ void FileDialog::Accept(const std::string& typed) {
 }
 
 void FileDialog::JumpTo(const std::string& beginning) {
-    for (size_t row = 0; row < m_entries.size(); ++row) {
-        const std::string& name = m_entries[row].shown;
-        if (!BeginsWith(name, beginning)) continue;
-        m_browser->value(static_cast<int>(row) + 1);
-        m_browser->middleline(static_cast<int>(row) + 1);
+    const std::vector<FileEntry>& entries = m_browser->entries();
+    for (size_t row = 0; row < entries.size(); ++row) {
+        if (!BeginsWith(entries[row].shown, beginning)) continue;
+        m_browser->Mark(row);
         return ShowMarked();
     }
 }

@@ -1,5 +1,4 @@
 #include <FL/Fl.H>
-#include <FL/Fl_Return_Button.H>
 #include <FL/Fl_Window.H>
 #include <FL/fl_draw.H>
 
@@ -125,8 +124,8 @@ void ShowBox(const std::string& text, const std::string& caption, BoxIcon icon, 
     if (icon_size) new IconWidget(margin, margin, icon_size, icon);
     const int drop = (text_height - layout.line_height * static_cast<int>(layout.lines.size())) / 2;
     new TextWidget(text_x, margin + drop, width - text_x - margin, text_height - drop, layout);
-    Fl_Return_Button* button = new Fl_Return_Button(
-        (width - button_width) / 2, height - margin - button_height, button_width, button_height, "OK");
+    DefaultButton* button = new DefaultButton((width - button_width) / 2, height - margin - button_height,
+                                              button_width, button_height, "OK");
     button->labelsize(DialogTextSize());
     button->callback(OnAnswer, &loop);
     window.end();

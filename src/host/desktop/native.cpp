@@ -32,6 +32,8 @@ struct MainWindowState {
     bool mapped = false;
     bool destroyed = false;   // by another program; id is None
     bool background = false;  // the server still paints exposed parts black
+    bool checked = false;     // whether the window manager knows the state
+    bool told = false;        // that the window does not stay above
     int x = 0, y = 0;
     Frame frame = {0, 0, 0, 0};
     uint64_t last_raise = 0;
@@ -39,7 +41,7 @@ struct MainWindowState {
 };
 
 MainWindowState g_main;
-Atom g_state, g_above, g_extents, g_check;
+Atom g_state, g_above, g_extents, g_check, g_supported;
 
 // Ours come first; the others are those that FLTK asks for one by one while it opens the display and its
 // first window. Xlib caches them, so fetching all at once costs one round trip instead of forty.
@@ -47,6 +49,7 @@ const char* const kAtoms[] = {"_NET_WM_STATE",
                               "_NET_WM_STATE_ABOVE",
                               "_NET_FRAME_EXTENTS",
                               "_NET_SUPPORTING_WM_CHECK",
+                              "_NET_SUPPORTED",
                               "WM_DELETE_WINDOW",
                               "WM_PROTOCOLS",
                               "_MOTIF_WM_HINTS",
@@ -89,7 +92,7 @@ const char* const kAtoms[] = {"_NET_WM_STATE",
 void InternAtoms(Display* display) {
     Atom atoms[std::size(kAtoms)] = {};
     XInternAtoms(display, const_cast<char**>(kAtoms), static_cast<int>(std::size(kAtoms)), False, atoms);
-    g_state = atoms[0], g_above = atoms[1], g_extents = atoms[2], g_check = atoms[3];
+    g_state = atoms[0], g_above = atoms[1], g_extents = atoms[2], g_check = atoms[3], g_supported = atoms[4];
 }
 
 // A property of 32-bit items; empty when it is missing or of another type.
@@ -99,8 +102,8 @@ std::vector<unsigned long> ReadProperty(Window window, Atom name, Atom type) {
     unsigned long count = 0, left;
     unsigned char* data = nullptr;
     std::vector<unsigned long> items;
-    if (XGetWindowProperty(fl_display, window, name, 0, 64, False, type, &actual_type, &format, &count, &left,
-                           &data) == Success &&
+    if (XGetWindowProperty(fl_display, window, name, 0, 1024, False, type, &actual_type, &format, &count,
+                           &left, &data) == Success &&
         data) {
         if (format == 32 && actual_type == type) {
             const unsigned long* values = reinterpret_cast<const unsigned long*>(data);
@@ -331,6 +334,8 @@ bool HasDisplay() {
 
 bool OpenDisplay() {
     if (fl_display) return true;
+    // From version 1.4 on FLTK prefers Wayland, whose windows can neither place themselves nor stay on top.
+    setenv("FLTK_BACKEND", "x11", 1);
     // FLTK ends the program when it cannot open the display, so it gets an open one.
     Display* display = XOpenDisplay(nullptr);
     if (!display) return false;
@@ -410,11 +415,32 @@ void MoveOuter(Fl_Window*, int x, int y) {
     XFlush(fl_display);
 }
 
+namespace {
+
+void TellRefused() {
+    if (!g_main.told) Log("host: the window manager does not keep the window above others\n");
+    g_main.told = true;
+}
+
+// A window manager that does not know the state leaves it as it was set, without effect.
+void CheckKnown() {
+    if (g_main.checked || !g_main.managed || !g_main.mapped) return;
+    g_main.checked = true;
+    const std::vector<unsigned long> known =
+        ReadProperty(RootWindow(fl_display, fl_screen), g_supported, XA_ATOM);
+    if (std::find(known.begin(), known.end(), g_above) == known.end()) TellRefused();
+}
+
+}  // namespace
+
 void KeepOnTop(Fl_Window*) {
+    if (!g_main.topmost || g_main.id == None) return;
+    CheckKnown();
     const bool lost = g_main.managed ? !g_main.above : g_main.covered;
-    if (!g_main.topmost || !lost || g_main.id == None) return;
+    if (!lost) return;
     const uint64_t now = Nanoseconds();
     if (now - g_main.last_raise < kRaiseEvery) return;
+    if (g_main.managed && g_main.last_raise) TellRefused();
     g_main.last_raise = now;
     if (!g_main.managed) {
         XRaiseWindow(fl_display, g_main.id);

@@ -178,7 +178,7 @@ void PopupWindow::draw() {
             fl_color(FL_SELECTION_COLOR);
             fl_rectf(DialogUnit(2), row.y, w() - DialogUnit(4), row.height);
         }
-        fl_color(marked ? FL_WHITE : FL_FOREGROUND_COLOR);
+        fl_color(marked ? fl_contrast(FL_WHITE, FL_SELECTION_COLOR) : FL_FOREGROUND_COLOR);
         fl_font(FL_HELVETICA, DialogTextSize());
         fl_draw_shortcut = 1;  // underlines the letter after `&`
         fl_draw(row.text.c_str(), indent, row.y, w() - 2 * indent, row.height, FL_ALIGN_LEFT, nullptr, 0);

@@ -6,6 +6,7 @@
 
 #include "host/host.h"
 #include "platform/files/filename.h"
+#include "platform/files/folder.h"
 #include "platform/files/pathmatch.h"
 #include "platform/files/text.h"
 #include "platform/resources.h"
@@ -19,6 +20,7 @@ constexpr DWORD kOpenSize = 76;
 struct State {
     std::string sFolder, sName;  // of the last opened chart
     std::string sAnswer;         // path of a dropped file
+    std::string sNextFolder;     // where the next dialog begins, if not in sFolder
 };
 State g_state;
 
@@ -48,8 +50,13 @@ std::string Ask(const OPENFILENAME& open) {
     host::FileRequest request;
     request.title = DisplayText(open.lpstrTitle ? open.lpstrTitle : "");
     request.folder = g_state.sFolder;
-    if (request.folder.empty() && open.lpstrInitialDir) request.folder = open.lpstrInitialDir;
     request.name = g_state.sName;
+    if (request.folder.empty() && open.lpstrInitialDir) request.folder = open.lpstrInitialDir;
+    if (!g_state.sNextFolder.empty()) {
+        request.folder = std::move(g_state.sNextFolder);
+        request.name.clear();
+        g_state.sNextFolder.clear();
+    }
     request.filter = Filter(open);
     request.extension = open.lpstrDefExt ? open.lpstrDefExt : "";
     if (open.hInstance && open.hInstance->nIcons > 0)
@@ -125,4 +132,9 @@ std::string OpenedFile() {
 
 void AnswerNextOpenDialog(const char* pszPath) {
     g_state.sAnswer = pszPath ? pszPath : "";
+    g_state.sNextFolder.clear();
+    if (!IsFolder(g_state.sAnswer)) return;
+    g_state.sNextFolder = std::move(g_state.sAnswer);
+    g_state.sAnswer = OnlyChart(g_state.sNextFolder);
+    if (!g_state.sAnswer.empty()) g_state.sNextFolder.clear();
 }

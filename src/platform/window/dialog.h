@@ -44,5 +44,6 @@ void RememberOpenedFile(const char* pszPath);
 // The path of the chart chosen or opened last; empty when there is none.
 std::string OpenedFile();
 
-// The next GetOpenFileNameA returns this path at once, as if the user had chosen it: a dropped file.
+// The next GetOpenFileNameA returns this path at once, as if the user had chosen it: a dropped file. Of a
+// folder it returns the only chart; if there are several or none, the dialog opens in it.
 void AnswerNextOpenDialog(const char* pszPath);

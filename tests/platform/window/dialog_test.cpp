@@ -77,6 +77,16 @@ TEST_F(Dialog, GivesTheChosenFile) {
     ASSERT_TRUE(GetOpenFileNameA(&open));
     EXPECT_STREQ(szFile + open.nFileOffset, "drop.bms");
     EXPECT_EQ(Beginning(), folder.Path("next"));  // a dropped file answers once
+    // A dropped folder: its only chart, or where the dialog opens, once.
+    AnswerNextOpenDialog(folder.Path("next").c_str());
+    ASSERT_TRUE(GetOpenFileNameA(&open));
+    EXPECT_STREQ(szFile + open.nFileOffset, "drop.bms");
+    folder.Write("next/SECOND.PMS", "chart");
+    AnswerNextOpenDialog(folder.Path("next").c_str());
+    At(0, ChooseFile(path));
+    ASSERT_TRUE(GetOpenFileNameA(&open));
+    EXPECT_EQ(FileDialogs().back().folder + FileDialogs().back().name, folder.Path("next"));
+    EXPECT_EQ(Beginning(), folder.Path());
     open.nMaxFile = 3;
     At(0, ChooseFile("/abc"));
     EXPECT_FALSE(GetOpenFileNameA(&open));
