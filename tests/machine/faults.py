@@ -114,7 +114,7 @@ class Tool:
         """What is wrong with the run in which that call fails; None when all is well."""
         env = {"LD_PRELOAD": self.preload, "FAULT_KIND": kind, "FAULT_AT": str(at)} if kind else {}
         code, files, said = self.run(env, limit)
-        what = f"{self.name}, {kind or 'handles'} {at or limit}: exit code {code}: {said.strip()[-400:]}"
+        what = f"{self.name}, {kind or 'handles'} {at or limit}: exit code {code}: {said.strip()[:300]}"
         if code is None or code < 0 or code == 99 or "crashed" in said:
             return what
         partial = code == self.code and kind != "write"  # such as without a sound, which it has told
