@@ -104,7 +104,7 @@ void Act(uint64_t ms) {
 void Plan(uint64_t hour, uint64_t hours) {
     const uint64_t end = (hour + 1) * kHour;
     for (uint64_t ms = hour * kHour + 1000; ms < end - 2 * kSettle; ms += 5000 + g_random() % 20000) Act(ms);
-    Load(end - kSettle, g_charts[0], false);
+    Load(end - kSettle, g_charts[0], true);
     At(end, Call([=] {
            Row(hour + 1);
            if (hour + 1 < hours) Plan(hour + 1, hours);
