@@ -6,9 +6,6 @@
 
 namespace {
 
-// No sound buffer is larger. A head may declare any length.
-constexpr DWORD kMostPcm = 0x0FFFFFFF;
-
 thread_local DecodedPtr g_pOffered;
 
 bool IsSame(const AcmFormat& a, const AcmFormat& b) {
@@ -34,8 +31,8 @@ DecodedPtr DecodeAhead(const SharedBytes& pFile, const std::function<bool(size_t
         !DescribeAcmFormat(wave.Format(), &pDecoded->format))
         return nullptr;
     const DWORD nPcm = AcmPcmBytes(pDecoded->format, wave.nDeclared);
-    if (nPcm > kMostPcm || (mayHold && !mayHold(pFile->Size() + nPcm)) || !pDecoded->pcm.Resize(nPcm))
-        return nullptr;
+    if (pFile->Size() + nPcm > kMostAhead) return nullptr;
+    if ((mayHold && !mayHold(pFile->Size() + nPcm)) || !pDecoded->pcm.Resize(nPcm)) return nullptr;
     ACMSTREAMHEADER header = {};
     header.pbSrc = const_cast<BYTE*>(wave.pData);
     header.cbSrcLength = wave.nDeclared;
