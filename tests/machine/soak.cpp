@@ -107,7 +107,10 @@ void Plan(uint64_t hour, uint64_t hours) {
     Load(end - kSettle, g_charts[0], true);
     At(end, Call([=] {
            Row(hour + 1);
-           if (hour + 1 < hours) Plan(hour + 1, hours);
+           if (hour + 1 < hours)
+               Plan(hour + 1, hours);
+           else
+               At(end + 1, Close());
        }));
 }
 
@@ -125,7 +128,7 @@ int main(int argc, char** argv) {
     std::puts("| hour | acts | loads | frames | used, KiB | resident, KiB | handles | threads |");
     std::puts("| --- | --- | --- | --- | --- | --- | --- | --- |");
     test::RunOptions options;
-    options.end_ms = hours * kHour + 100;
+    options.end_ms = hours * kHour + 1000;
     options.prepare = [=] {
         KeepPicture(false);
         OnFrame([](const Frame&) { ++g_frames; });
