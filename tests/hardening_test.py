@@ -18,7 +18,8 @@ def faults_of_program(path):
     return [what for what, good in (
         ("its code stands at a fixed place", re.search(r"Type:\s+DYN", headers) and "PIE" in dynamic),
         ("symbols are bound after the start", re.search(r"\(FLAGS_1\).*\bNOW\b", dynamic)),
-        ("tables of addresses stay writable", tables and all(begin <= int(t, 16) < begin + size for t in tables)),
+        ("tables of addresses stay writable",
+         tables and all(begin <= int(table, 16) < begin + size for table in tables)),
         ("its stack is executable", re.search(r"GNU_STACK.*\bRW\b\s+0x", headers)),
         ("a segment is writable and executable", not re.search(r"LOAD.*\bRWE\b", headers)),
         ("its own folder is searched for libraries", not re.search(r"RPATH|RUNPATH", dynamic)),
