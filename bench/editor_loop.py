@@ -181,19 +181,6 @@ class Loop:
         return json.loads(self.screen.run(harness.LUMETRA, "--status"))["state"]
 
 
-def start_sound(screen):
-    """A sound server of its own with a null sink."""
-    folder = os.path.join(screen.folder, "pulse")
-    os.mkdir(folder, 0o700)
-    server = os.path.join(folder, "native")
-    screen.env.update(PULSE_SERVER="unix:" + server, PULSE_RUNTIME_PATH=folder, SDL_AUDIODRIVER="pulseaudio",
-                      LUMETRA_DEBUG="")
-    screen.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-                 "-L", f"module-native-protocol-unix socket={server} auth-anonymous=1",
-                 "-L", f"module-null-sink sink_name=ear rate={RATE}")
-    until("the sound server", lambda: "ear" in screen.run("pactl", "list", "short", "sinks", check=False))
-
-
 def make_noise(screen):
     """A sound of 1.4 s as wav and ogg."""
     source = os.path.join(screen.folder, "noise.wav")
@@ -218,7 +205,7 @@ def main():
     options.add_argument("--kinds", default="wav,ogg")
     options = options.parse_args()
     with Screen() as screen:
-        start_sound(screen)
+        harness.start_sound(screen, RATE)
         make_noise(screen)
         ear = Ear(screen.env)
         rows, loads = {}, {}

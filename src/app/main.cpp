@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 
 #include <string>
 #include <vector>
@@ -122,9 +124,22 @@ int RunLong(const app::LongOptions& options) {
     return options.verb == app::Verb::kOpen ? app::Open(options) : app::RunCommand(options);
 }
 
+// Memory has run out somewhere, on whatever thread. What stays of the instance is cleared by the next start.
+[[noreturn]] void OnTerminate() {
+    try {
+        if (const std::exception_ptr error = std::current_exception()) std::rethrow_exception(error);
+    } catch (const std::bad_alloc&) {
+        std::fputs("lumetra: there is not enough memory\n", stderr);
+        std::_Exit(kExitFailed);
+    } catch (...) {
+    }
+    std::abort();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(OnTerminate);
     if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
     }

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
@@ -30,8 +32,16 @@ uint64_t Shelf::Room() {
 
 void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
     std::atomic<size_t> next = 0;
+    std::mutex mutex;
+    std::exception_ptr failure;  // the first
     const auto run = [&] {
-        for (size_t i = next++; i < count; i = next++) work(i);
+        try {
+            for (size_t i = next++; i < count; i = next++) work(i);
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            if (!failure) failure = std::current_exception();
+            next = count;
+        }
     };
     const size_t cores = std::min<size_t>(count, std::max(1u, std::thread::hardware_concurrency()));
     std::vector<std::thread> threads;
@@ -42,6 +52,7 @@ void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
     }
     run();
     for (std::thread& thread : threads) thread.join();
+    if (failure) std::rethrow_exception(failure);
 }
 
 void Shelf::LoadOne(const std::string& name, Entry* entry) {

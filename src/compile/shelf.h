@@ -12,7 +12,8 @@
 
 namespace compile {
 
-// Runs work(0) to work(count - 1), in any order, on all cores.
+// Runs work(0) to work(count - 1), in any order, on all cores. An exception of one ends the others and comes
+// here.
 void OnAllCores(size_t count, const std::function<void(size_t)>& work);
 
 // Decodes at most kMostDecoded in all, so that a chart of many long files ends.

@@ -188,6 +188,20 @@ class Screen:
             return []
 
 
+def start_sound(screen, rate):
+    """A sound server of its own with a null sink, called ear. Its process."""
+    folder = os.path.join(screen.folder, "pulse")
+    os.makedirs(folder, 0o700, exist_ok=True)
+    server = os.path.join(folder, "native")
+    screen.env.update(PULSE_SERVER="unix:" + server, PULSE_RUNTIME_PATH=folder, SDL_AUDIODRIVER="pulseaudio",
+                      LUMETRA_DEBUG="")
+    process = screen.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+                           "-L", f"module-native-protocol-unix socket={server} auth-anonymous=1",
+                           "-L", f"module-null-sink sink_name=ear rate={rate}")
+    until("the sound server", lambda: "ear" in screen.run("pactl", "list", "short", "sinks", check=False))
+    return process
+
+
 class Player:
     def __init__(self, screen, arguments, env):
         self.screen = screen

@@ -12,12 +12,15 @@ static int PrintExplanation(const std::string& code) {
     return tools::FlushOutput() ? check::kClean : tools::Complain(check::kOutput, "cannot write the text");
 }
 
-int main(int argc, char** argv) {
-    tools::SetProgram("lumetra-check");
+static int Main(int argc, char** argv) {
     int code = check::kClean;
     if (tools::AnswerHelp(argc, argv, check::kHelp, check::kOutput, &code)) return code;
     check::Options options;
     const std::string error = check::ParseOptions(argc, argv, &options);
     if (!error.empty()) return tools::WrongUse(check::kUnreadable, error);
     return options.explain.empty() ? check::CheckAll(options) : PrintExplanation(options.explain);
+}
+
+int main(int argc, char** argv) {
+    return tools::RunTool("lumetra-check", Main, argc, argv);
 }

@@ -3,6 +3,9 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <new>
 
 #include "common/terminal.h"
 
@@ -11,7 +14,33 @@ namespace {
 
 const char* g_program = "lumetra";
 
+// For threads, whose exceptions nobody catches.
+[[noreturn]] void OnTerminate() {
+    try {
+        if (const std::exception_ptr error = std::current_exception()) std::rethrow_exception(error);
+    } catch (const std::bad_alloc&) {
+        _exit(ComplainOfMemory());
+    } catch (...) {
+    }
+    std::abort();
+}
+
 }  // namespace
+
+int RunTool(const char* name, int (*run)(int argc, char** argv), int argc, char** argv) {
+    SetProgram(name);
+    std::set_terminate(OnTerminate);
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        return ComplainOfMemory();
+    }
+}
+
+int ComplainOfMemory() {
+    std::fprintf(stderr, "%s: there is not enough memory\n", g_program);
+    return kOutOfMemory;
+}
 
 void SetProgram(const char* name) {
     g_program = name;

@@ -9,6 +9,13 @@ namespace tools {
 void SetProgram(const char* name);
 const char* Program();
 
+// The main function of a tool. When memory runs out, what was begun is undone, the user is told, and the exit
+// code is that of a failed output, which is the same for all tools.
+constexpr int kOutOfMemory = 3;
+int RunTool(const char* name, int (*run)(int argc, char** argv), int argc, char** argv);
+// Says that memory has run out, and allocates nothing. Returns kOutOfMemory.
+int ComplainOfMemory();
+
 // "PROGRAM: TEXT" as one line on standard error, cleaned for a terminal. Returns the code, for use in a
 // return statement.
 int Complain(int code, const std::string& text);

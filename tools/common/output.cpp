@@ -79,10 +79,10 @@ bool Output::CreateBeside(const std::string& target) {
     struct stat status = {};
     const bool exists = stat(target.c_str(), &status) == 0;
     if (exists && access(target.c_str(), W_OK) != 0) return Fail();
-    std::string path = target.substr(0, target.rfind('/') + 1) + ".lumetra-XXXXXX";
-    fd_ = mkostemp(path.data(), O_CLOEXEC);
-    if (fd_ < 0) return Fail();
-    temporary_ = path;
+    // Known before it is made: whatever fails from there on, it goes with this object.
+    temporary_ = target.substr(0, target.rfind('/') + 1) + ".lumetra-XXXXXX";
+    fd_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (fd_ < 0) return temporary_.clear(), Fail();
     if (exists && fchown(fd_, status.st_uid, status.st_gid) != 0 && errno != EPERM) return Fail();
     return fchmod(fd_, exists ? status.st_mode & 0777 : ModeOfNewFiles()) == 0 || Fail();
 }

@@ -62,7 +62,9 @@ struct Job {
 bool ReadChart(Job* job, std::string* why) {
     job->chart = FindNamed(job->options.chart);
     if (job->chart.empty()) return *why = job->options.chart + ": there is no such file", false;
-    job->chart = fs::absolute(job->chart).string();
+    std::error_code error;
+    job->chart = fs::absolute(job->chart, error).string();
+    if (error) return *why = job->options.chart + ": " + error.message(), false;
     job->chart_name = fs::path(job->chart).filename().string();
     if (tools::ReadFile(job->chart, dialect::kMostBytes, &job->bytes, why)) return true;
     *why = job->options.chart + ": " + *why;

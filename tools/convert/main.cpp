@@ -4,9 +4,8 @@
 #include "common/signals.h"
 #include "convert/convert.h"
 
-int main(int argc, char** argv) {
+static int Main(int argc, char** argv) {
     using namespace convert;
-    tools::SetProgram("lumetra-convert");
     int answered = 0;
     if (tools::AnswerHelp(argc, argv, kHelp, kOutput, &answered)) return answered;
     Options options;
@@ -14,4 +13,8 @@ int main(int argc, char** argv) {
     if (!ParseOptions(argc, argv, &options, &why)) return tools::WrongUse(kUsage, why);
     tools::CatchSignals();
     return Convert(options);
+}
+
+int main(int argc, char** argv) {
+    return tools::RunTool("lumetra-convert", Main, argc, argv);
 }

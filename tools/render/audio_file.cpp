@@ -1,8 +1,14 @@
 #include "render/audio_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 namespace render {
 namespace {
@@ -28,6 +34,46 @@ bool AudioKind(const std::string& name, tools::FileKind* kind) {
     return suffix == ".wav" || suffix == ".flac" || suffix == ".ogg";
 }
 
+AudioFile::Medium::~Medium() {
+    if (fd >= 0) close(fd);
+}
+
+SF_VIRTUAL_IO AudioFile::Medium::Calls() {
+    const auto size = [](void* user) -> sf_count_t {
+        struct stat info;
+        return fstat(static_cast<Medium*>(user)->fd, &info) == 0 ? info.st_size : -1;
+    };
+    const auto seek = [](sf_count_t offset, int from, void* user) -> sf_count_t {
+        auto* medium = static_cast<Medium*>(user);
+        struct stat info = {};
+        if (from == SEEK_END) fstat(medium->fd, &info);
+        return medium->place = offset + (from == SEEK_CUR   ? medium->place
+                                         : from == SEEK_END ? sf_count_t{info.st_size}
+                                                            : 0);
+    };
+    const auto read = [](void* bytes, sf_count_t count, void* user) -> sf_count_t {
+        auto* medium = static_cast<Medium*>(user);
+        const ssize_t done = pread(medium->fd, bytes, static_cast<size_t>(count), medium->place);
+        medium->place += std::max<ssize_t>(done, 0);
+        return std::max<ssize_t>(done, 0);
+    };
+    const auto write = [](const void* bytes, sf_count_t count, void* user) -> sf_count_t {
+        auto* medium = static_cast<Medium*>(user);
+        const auto* at = static_cast<const char*>(bytes);
+        sf_count_t done = 0;
+        while (done < count && medium->error == 0) {
+            const ssize_t n =
+                pwrite(medium->fd, at + done, static_cast<size_t>(count - done), medium->place + done);
+            if (n < 0 && errno != EINTR) medium->error = errno;
+            done += std::max<ssize_t>(n, 0);
+        }
+        medium->place += done;
+        return done;
+    };
+    const auto tell = [](void* user) -> sf_count_t { return static_cast<Medium*>(user)->place; };
+    return {size, seek, read, write, tell};
+}
+
 bool AudioFile::Fail(const std::string& why) {
     error_ = name_ + ": cannot write: " + why;
     return false;
@@ -44,7 +90,10 @@ bool AudioFile::Open(const std::string& name, const AudioQuality& quality) {
     info.channels = 2;
     info.samplerate = 44100;
     info.format = FormatOf(kind, quality);
-    file_.reset(sf_open(out_.path().c_str(), SFM_WRITE, &info));
+    medium_.fd = open(out_.path().c_str(), O_RDWR | O_CLOEXEC);
+    if (medium_.fd < 0) return Fail(std::strerror(errno));
+    SF_VIRTUAL_IO calls = Medium::Calls();
+    file_.reset(sf_open_virtual(&calls, SFM_WRITE, &info, &medium_));
     if (!file_) return Fail(sf_strerror(nullptr));
     double vorbis_quality = kVorbisQuality;
     sf_command(file_.get(), SFC_SET_VBR_ENCODING_QUALITY, &vorbis_quality, sizeof vorbis_quality);
@@ -71,13 +120,16 @@ int64_t AudioFile::WriteBlock(const float* samples, int64_t frames) {
 bool AudioFile::Write(const float* samples, int64_t frames) {
     for (; frames > 0; frames -= kBlock, samples += 2 * kBlock) {
         const int64_t count = std::min(frames, kBlock);
-        if (WriteBlock(samples, count) != count) return Fail(sf_strerror(file_.get()));
+        if (WriteBlock(samples, count) != count)
+            return Fail(medium_.error ? std::strerror(medium_.error) : sf_strerror(file_.get()));
     }
     return true;
 }
 
 bool AudioFile::Commit() {
-    if (sf_close(file_.release()) != 0) return Fail("the file could not be finished");
+    const bool closed = sf_close(file_.release()) == 0;
+    if (medium_.error) return Fail(std::strerror(medium_.error));
+    if (!closed) return Fail("the file could not be finished");
     if (!out_.Commit()) return error_ = out_.error(), false;
     return true;
 }

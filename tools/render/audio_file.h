@@ -25,6 +25,14 @@ public:
     const std::string& error() const { return error_; }
 
 private:
+    // What the library writes to: it does not tell of writes that fail while it closes.
+    struct Medium {
+        ~Medium();
+        int fd = -1;
+        sf_count_t place = 0;
+        int error = 0;  // errno of the first failure
+        static SF_VIRTUAL_IO Calls();
+    };
     bool Fail(const std::string& why);
     int64_t WriteBlock(const float* samples, int64_t frames);
 
@@ -32,6 +40,7 @@ private:
     tools::Output out_;
     AudioQuality quality_;
     bool lossy_ = false;
+    Medium medium_;
     std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file_{nullptr, sf_close};
 };
 

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <new>
 
+#include "common/messages.h"
 #include "common/output.h"
 #include "common/signals.h"
 
@@ -21,7 +23,12 @@ namespace {
         dup2(printed, STDOUT_FILENO);
         dup2(printed, STDERR_FILENO);
     }
-    const ExitCode code = pass();
+    int code = kOutput;
+    try {
+        code = pass();
+    } catch (const std::bad_alloc&) {  // the parent's outputs are not to be undone here
+        code = tools::ComplainOfMemory();
+    }
     std::fflush(nullptr);
     _exit(code);
 }

@@ -57,9 +57,8 @@ ExitCode RenderAll(const Options& options) {
 }  // namespace
 }  // namespace render
 
-int main(int argc, char** argv) {
+static int Main(int argc, char** argv) {
     using namespace render;
-    tools::SetProgram("lumetra-render");
     int answered = 0;
     if (tools::AnswerHelp(argc, argv, kHelp, kOutput, &answered)) return answered;
     Options options;
@@ -70,4 +69,8 @@ int main(int argc, char** argv) {
     const ExitCode code = RenderAll(options);
     if (code != kStopped) return code;
     return Complain(kOutput, "stopped; no partial output is left");
+}
+
+int main(int argc, char** argv) {
+    return tools::RunTool("lumetra-render", Main, argc, argv);
 }

@@ -159,11 +159,14 @@ int Run(const Words& words) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    tools::SetProgram("lumetra-xa");
+static int Main(int argc, char** argv) {
     int code = kGood;
     if (tools::AnswerHelp(argc, argv, kHelp, kOutput, &code)) return code;
     Words words;
     const std::string complaint = Parse(argc, argv, &words);
     return complaint.empty() ? Run(words) : WrongUse(complaint);
+}
+
+int main(int argc, char** argv) {
+    return tools::RunTool("lumetra-xa", Main, argc, argv);
 }

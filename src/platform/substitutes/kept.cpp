@@ -84,8 +84,10 @@ void KeptConversions::Add(const FileIdentity& file, const Conversion& conversion
     const size_t nWeight = Weight(conversion);
     if (nWeight > m_nMost) return;
     while (m_nBytes + nWeight > m_nMost) Remove(std::prev(m_entries.end()));
-    m_entries.push_front({file, conversion});
-    m_byPath[file.sPath] = m_entries.begin();
+    Entries made;  // either both have it or none
+    made.push_front({file, conversion});
+    m_byPath[file.sPath] = made.begin();
+    m_entries.splice(m_entries.begin(), made);
     m_nBytes += nWeight;
 }
 

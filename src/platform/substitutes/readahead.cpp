@@ -1,6 +1,7 @@
 #include "platform/substitutes/readahead.h"
 
 #include <algorithm>
+#include <new>
 #include <system_error>
 
 #ifdef __GLIBC__
@@ -132,10 +133,15 @@ void ReadAhead::RunJob(std::unique_lock<std::mutex>* pLock, size_t nJob) {
     Job& job = m_jobs[nJob];  // the list does not change while threads run
     job.state = State::kRunning;
     pLock->unlock();
-    const Make make = m_prepare(job.name, m_kind);
-    SubstitutePtr pMade =
-        make ? make([&](size_t nBytes) { return TryReserve(nJob, nBytes); }) : std::make_shared<Substitute>();
-    if (pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
+    SubstitutePtr pMade;
+    try {
+        const Make make = m_prepare(job.name, m_kind);
+        pMade = make ? make([&](size_t nBytes) { return TryReserve(nJob, nBytes); })
+                     : std::make_shared<Substitute>();
+    } catch (const std::bad_alloc&) {
+        pMade = nullptr;  // the reader tries it again
+    }
+    if (pMade && pMade->bOverBudget) pMade = nullptr;  // the reader may have spent less by then
     const size_t nMade = pMade ? BytesOf(*pMade) : 0;
     pLock->lock();
     job.state = State::kDone;

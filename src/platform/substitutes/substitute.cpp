@@ -72,11 +72,18 @@ Outcome Decode(int nFile, size_t nBytes, MediaKind kind, const ConversionLimits&
     return Outcome::kTaken;
 }
 
+// However the making ends: others wait for it.
+struct Ending {
+    ~Ending() { TheKeptConversions().End(path); }
+    const std::string& path;
+};
+
 // The kept conversion, or a new one, which no other thread makes meanwhile.
 Outcome FindOrDecode(int nFile, const FileIdentity& file, MediaKind kind, const ConversionLimits& limits,
                      Conversion* pOut, bool* pbDecoded) {
     KeptConversions& kept = TheKeptConversions();
     if (kept.FindOrBegin(file, pOut)) return Outcome::kTaken;
+    const Ending ending{file.sPath};
     ConversionLimits telling = limits;
     if (limits.mayHold) {
         telling.mayHold = [&](size_t nBytes) {
@@ -89,7 +96,6 @@ Outcome FindOrDecode(int nFile, const FileIdentity& file, MediaKind kind, const 
     const Outcome outcome = Decode(nFile, static_cast<size_t>(file.nSize), kind, telling, pOut);
     *pbDecoded = outcome == Outcome::kTaken || outcome == Outcome::kUnreadable;
     if (*pbDecoded) kept.Add(file, *pOut);
-    kept.End(file.sPath);
     return outcome;
 }
 
