@@ -30,7 +30,9 @@ bool IsName(std::string_view text, size_t offset) {
 void AddDifferences(const Proposal& proposal, int64_t offset, std::vector<Edit>* edits) {
     const std::string &from = proposal.from, &to = proposal.to;
     // Names of different length differ in their ending.
-    const size_t dot = from.size() == to.size() ? from.size() : std::min(from.rfind('.'), from.size());
+    const size_t last = from.find_last_of("./\\");
+    const bool whole = from.size() == to.size() || last == from.npos || from[last] != '.';
+    const size_t dot = whole ? from.size() : last;
     const size_t alike = std::min(dot, to.size());
     for (size_t begin = 0, end; begin < alike; begin = end + 1) {
         for (end = begin; end < alike && from[end] != to[end];) ++end;
