@@ -67,6 +67,10 @@ void Edits::Take(const Proposal& proposal, int64_t offset) {
     const bool named = proposal.code != kMark && proposal.code != kBlanks;
     if (at > text_.size() || text_.substr(at, proposal.from.size()) != proposal.from) return;
     if (named && !IsName(text_, at)) return;
+    // Where the edit of a line end would have the same offset, it comes alone; the next pass has this one.
+    const size_t end = at + proposal.from.size();
+    if (lone_cr_ && at > 0 && text_[at - 1] == '\r') return;
+    if (lone_lf_ && proposal.to.size() > proposal.from.size() && text_.substr(end, 1) == "\n") return;
     if (!listed_.empty() && listed_.back().offset + listed_.back().length > offset) return;
     AddDifferences(proposal, offset, &listed_);
     ++mended_;
@@ -93,7 +97,7 @@ void Edits::ForLineEnds(const Function& take) const {
 void Edits::ForEach(const std::function<void(const Edit&)>& take) const {
     auto listed = listed_.begin();
     const auto take_listed = [&](int64_t before) {
-        for (; listed != listed_.end() && listed->offset <= before; ++listed) take(*listed);
+        for (; listed != listed_.end() && listed->offset + listed->length <= before; ++listed) take(*listed);
     };
     if (lone_lf_ || lone_cr_) ForLineEnds([&](const Edit& edit) { take_listed(edit.offset), take(edit); });
     take_listed(INT64_MAX);

@@ -334,6 +334,8 @@ def test_fix(folder):
              head + b"#WAV01 snd/kick.wav\r\n#WAV02 song.ogg\tx\r\n#BMP01 pic.png\r\n"),
             (b"#WAV01 snd\\kick.wav\r\n#wav02  \r\n", b"#WAV01 snd/kick.wav\r\n#wav02  \r\n"),
             (b"#WAV01 d.d\\\xe3\x82\xbd\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n"),
+            (b"#00111:01\r \r\n#00211:01", b"#00111:01\r\n \r\n#00211:01"),
+            (b"#WAV01 d.d/\xe3\x82\xbd\n#WAV02 b.wav\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n#WAV02 b.wav\r\n"),
             (b"#WAV01 song.wav\r#WAV02 b.wav\r\n", b"#WAV01 song.ogg\r\n#WAV02 b.wav\r\n"),
             (b"\x83\x5c \r\n#TITLE \x83\x5c \r\n", b"\x83\x5c \r\n#TITLE \x83\x5c\r\n")] + [
                 (same, same) for same in (
