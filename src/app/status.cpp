@@ -54,7 +54,9 @@ void UpdatePlaying(Status* status) {
     if (!g_pBMS || !g_pBMS->m_pMeasure || g_nBarCount == 0) return;
     status->state = PlayingState();
     status->tempo = g_dBPM;
-    status->time_ms = static_cast<int32_t>(static_cast<uint32_t>(g_dwSeekTime) - g_dwStartTime + g_dwNowTime);
+    // Between a start and its first frame the frame's clock is older than the start's.
+    const auto elapsed = static_cast<int32_t>(g_dwNowTime - g_dwStartTime);
+    status->time_ms = g_dwSeekTime + std::max(elapsed, 0);
     // A seek sets the clock one millisecond before the bar.
     const double time = status->time_ms + 1;
     status->measure = MeasureAtTime(*g_pBMS, time);

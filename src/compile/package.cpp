@@ -17,6 +17,8 @@ namespace {
 
 using dialect::Severity;
 
+constexpr int kMostFilms = 64;  // that are looked at: a look may start another program
+
 class Compiler {
 public:
     Compiler(std::string_view bytes, const std::string& folder, const Settings& settings)
@@ -37,6 +39,7 @@ private:
     const Settings& settings_;
     std::shared_ptr<StemSource> source_ = std::make_shared<StemSource>();
     bool measured_ = false;
+    int films_looked_at_ = 0;
     dialect::Plan plan_;
     Package package_;
 };
@@ -147,7 +150,8 @@ Package Compiler::Run() {
     if (settings_.film) {
         options.film = [this](std::string_view name) {
             const std::string path = FindFilm(folder_ + std::string(name));
-            return path.empty() ? dialect::FilmLook() : settings_.film(path);
+            return path.empty() || ++films_looked_at_ > kMostFilms ? dialect::FilmLook()
+                                                                   : settings_.film(path);
         };
     }
     options.sound_ms = [this](std::string_view name) { return LengthOf(name); };

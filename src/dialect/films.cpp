@@ -11,7 +11,8 @@ namespace dialect {
 namespace {
 
 constexpr int32_t kPictureNumbers = 575, kCutNumbers = 1295;
-constexpr double kMostRate = 30;       // stills in a second; the player draws twice as many frames
+constexpr double kMostRate = 30;  // stills in a second; the player draws twice as many frames
+constexpr double kMostShiftMs = 5;
 constexpr int32_t kStillPlaces = 480;  // of a measure: 4 ms apart at 120 BPM
 constexpr size_t kMostStillEvents = kMostObjects;
 constexpr size_t kMostFilms = 64;
@@ -64,6 +65,7 @@ private:
     Findings* findings_;
     std::vector<size_t> film_of_ = std::vector<size_t>(kNumbers, kNoFilm);  // by the author's number
     std::vector<Showing> showings_;
+    size_t tries_ = 0;  // stills for which a place was looked for
     std::vector<double> shown_ms_ = std::vector<double>(plan_->films.size());  // the most of each film
     std::vector<int32_t> numbers_;                                             // free for cuts
     std::vector<std::vector<int32_t>> stills_{plan_->films.size()};            // their numbers
@@ -94,6 +96,20 @@ void FilmPlanner::FindShowings() {
         const double room = showing.end_ms - plan_->events[showing.event].ms;
         shown = std::max(shown, std::min(room, plan_->films[showing.film].ms));
     }
+}
+
+// 1 for the end of the measure. Slow measures need more places than one grid has; each grid is a line of the
+// text, so there are few.
+Fraction StillPlace(double value, bool fine) {
+    constexpr int32_t kGrids[] = {kStillPlaces, 493, 497, 499, 501, 503, 505, 507};
+    Fraction best{0, 1};
+    for (const int32_t grid : kGrids) {
+        const Fraction place{static_cast<int32_t>(std::lround(value * grid)), grid};
+        if (grid == kStillPlaces || std::fabs(place.Value() - value) < std::fabs(best.Value() - value))
+            best = place;
+        if (!fine) break;
+    }
+    return best;
 }
 
 // Those of the rectangles and of the pictures that something shows stay.
@@ -172,14 +188,16 @@ bool FilmPlanner::PlaceAt(double ms, int32_t* measure, Fraction* place) const {
         const int32_t middle = low + (high - low) / 2;
         (times_.MeasureMs(middle) <= ms ? low : high) = middle;
     }
-    const Knot* knot = times_.End(low) - 1;
-    while (knot != times_.Begin(low) && knot->ms > ms) --knot;
+    const Knot* const begin = times_.Begin(low);
+    const Knot* knot = std::upper_bound(begin + 1, times_.End(low), ms,
+                                        [](double value, const Knot& k) { return value < k.ms; }) -
+                       1;
     if (ms < knot->after) return false;
     const double per_measure = times_.Length(low) * (kMeasureMs / knot->bpm);
-    const double value = knot->value + (ms - knot->after) / per_measure;
-    const int32_t num = static_cast<int32_t>(std::lround(std::min(value, 1.0) * kStillPlaces));
-    *measure = num == kStillPlaces ? low + 1 : low;
-    *place = {num % kStillPlaces, kStillPlaces};
+    const double value = std::min(knot->value + (ms - knot->after) / per_measure, 1.0);
+    *place = StillPlace(value, per_measure / kStillPlaces > kMostShiftMs);
+    *measure = place->num == place->den ? low + 1 : low;
+    if (place->num == place->den) *place = {0, 1};
     return *measure < times_.Measures() - 1;
 }
 
@@ -192,7 +210,7 @@ void FilmPlanner::Show(const Showing& showing) {
     for (int32_t still = 1; still < film.stills; ++still) {
         Event next = event;
         next.ms = next.end_ms = begin_ms + still * 1000 / film.rate;
-        if (next.ms >= showing.end_ms || plan_->events.size() >= kMostStillEvents) return;
+        if (next.ms >= showing.end_ms || ++tries_ >= kMostStillEvents) return;
         if (!PlaceAt(next.ms, &next.measure, &next.place)) continue;
         next.at = next.measure + next.place.Value();
         if (next.at >= showing.end_at) return;

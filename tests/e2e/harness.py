@@ -143,6 +143,16 @@ class Screen:
         self.run("xdotool", "windowactivate", "--sync", window)
         self.run("xdotool", "key", "--clearmodifiers", *keys)
 
+    def about(self, window):
+        """The box that the player's menu opens. Keys are lost while a busy window manager moves the focus."""
+        for _ in range(5):
+            self.keys(window, "shift+F10", "a")
+            try:
+                return until("a box", lambda: next((w for n, w in self.windows().items() if "VersionInfo" in n), None), 4)
+            except AssertionError:
+                pass
+        return self.window("VersionInfo")
+
     def click(self, player, delay, count=2):
         """Presses the left button so often in the player's window, delay ms apart."""
         self.run("xdotool", "mousemove", str(player.x + 100), str(player.y + 100),

@@ -19,8 +19,8 @@ extern char** environ;
 namespace tools {
 namespace {
 
-constexpr int kMostQuiet = 60'000;  // ms without output
-constexpr int kLook = 100;          // ms between two looks for a wish to stop
+constexpr int kMostQuiet = 300'000;  // ms without output
+constexpr int kLook = 100;           // ms between two looks for a wish to stop
 
 // Reads until the end. Returns what went wrong, or nothing.
 std::string TakeAll(int pipe, const std::function<bool(const char*, size_t)>& take) {

@@ -13,7 +13,7 @@ namespace tools {
 std::string FindProgram(const std::string& name);
 
 // Runs the program at the path arguments[0], without input, and hands over what it writes to standard output
-// as it comes. Ends it when `take` returns false, when nothing comes for a minute, and on a wish to stop.
+// as it comes. Ends it when `take` returns false, when nothing comes for five minutes, and on a wish to stop.
 // False unless it succeeds and all was taken; *why is then its last line of standard error, or what happened.
 bool ReadProgram(const std::vector<std::string>& arguments,
                  const std::function<bool(const char* bytes, size_t count)>& take, std::string* why);

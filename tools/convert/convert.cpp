@@ -19,7 +19,9 @@
 #include "convert/folder.h"
 #include "convert/names.h"
 #include "convert/report.h"
+#include "platform/files/handle.h"
 #include "platform/files/lookup.h"
+#include "platform/substitutes/substitute.h"
 
 namespace convert {
 namespace {
@@ -67,6 +69,33 @@ bool ReadChart(Job* job, std::string* why) {
     return false;
 }
 
+// Whether a file is a sound or picture by its first bytes. A chart may name any file of its reader's, and
+// packages are passed on.
+bool IsMedia(const std::string& path) {
+    int64_t size = 0;
+    const int file = OpenRegularFile(path.c_str(), &size);
+    if (file < 0) return false;
+    BYTE head[kForeignHead] = {};
+    const size_t count = ReadFileAt(file, head, sizeof head, 0);
+    close(file);
+    const std::string_view text(reinterpret_cast<const char*>(head), count);
+    return text.starts_with("RIFF") || text.starts_with("KWD1") || text.starts_with("BM") ||
+           ForeignKind(head, count, path) != MediaKind::kNone;
+}
+
+void AddFile(const std::string& name, const compile::UsedFile& file, const std::string& folder, Job* job) {
+    std::error_code error;
+    const std::string path = fs::canonical(file.path, error).string();
+    const bool within = path.starts_with(fs::canonical(folder, error).string() + "/");
+    if (!name.empty() && (within || IsMedia(path))) {
+        job->files[name] = path;
+    } else if (!file.path.empty()) {
+        job->package.findings.push_back(
+            {dialect::Severity::kWarning, "outside", file.source,
+             dialect::Quote(file.name) + " lies outside the chart's folder and is left out"});
+    }
+}
+
 void Compile(Job* job) {
     const std::string folder = job->chart.substr(0, job->chart.rfind('/') + 1);
     Names names(folder, job->chart_name);
@@ -86,17 +115,8 @@ void Compile(Job* job) {
     }
     job->package = compile::CompileChart(
         {reinterpret_cast<const char*>(job->bytes.data()), job->bytes.size()}, folder, settings);
-    for (const compile::UsedFile& file : job->package.used) {
-        std::error_code error;
-        const std::string name = names.NameInFolder(file);
-        if (!name.empty()) {
-            job->files[name] = fs::canonical(file.path, error).string();
-        } else if (!file.path.empty()) {
-            job->package.findings.push_back(
-                {dialect::Severity::kWarning, "outside", file.source,
-                 dialect::Quote(file.name) + " lies outside the chart's folder and is left out"});
-        }
-    }
+    for (const compile::UsedFile& file : job->package.used)
+        AddFile(names.NameInFolder(file), file, folder, job);
     AddFileFindings(job->failures, &job->package);
 }
 

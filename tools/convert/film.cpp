@@ -22,8 +22,8 @@ const char* const kGuards[] = {"-protocol_whitelist", "file",
                                "-format_whitelist",   "asf,avi,flv,matroska,mov,mpeg,mpegts,mpegvideo,ogg",
                                "-max_pixels",         "67108864"};
 
-std::vector<std::string> Line(const char* program, const char* quiet) {
-    std::vector<std::string> line = {tools::FindProgram(program), "-v", quiet};
+std::vector<std::string> Line(const char* program) {
+    std::vector<std::string> line = {tools::FindProgram(program), "-v", "fatal"};
     line.insert(line.end(), std::begin(kGuards), std::end(kGuards));
     return line;
 }
@@ -72,7 +72,7 @@ bool HasFfmpeg() {
 }
 
 dialect::FilmLook LookAtFilm(const std::string& path, std::string* why) {
-    std::vector<std::string> line = Line("ffprobe", "error");
+    std::vector<std::string> line = Line("ffprobe");
     for (const char* word :
          {"-count_packets", "-select_streams", "v:0", "-show_entries",
           "format=duration:stream=avg_frame_rate,nb_read_packets", "-of", "default=noprint_wrappers=1"})
@@ -99,7 +99,7 @@ bool MakeFilmSheets(const compile::FilmFile& file,
                     const std::function<bool(const dialect::Sheet& sheet, const ByteBlock& bmp)>& write,
                     std::string* why) {
     const std::vector<dialect::Sheet>& sheets = file.film.sheets;
-    std::vector<std::string> line = Line("ffmpeg", "error");
+    std::vector<std::string> line = Line("ffmpeg");
     for (const std::string& word : std::vector<std::string>{
              "-nostdin", "-i", "file:" + file.path, "-map", "0:v:0", "-vf", Filters(file.film), "-frames:v",
              std::to_string(sheets.size()), "-pix_fmt", "bgr24", "-f", "rawvideo", "pipe:1"})

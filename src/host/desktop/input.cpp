@@ -70,6 +70,7 @@ using namespace desktop;
 
 bool PollEvent(Event* event) {
     AskToCloseWithoutWindow();
+    native::AcceptFocus();
     if (g_pump) g_pump(nullptr);
     if (g_held_until != 0 && Nanoseconds() < g_held_until) return false;
     if (g_events.empty()) PumpWindowSystem(0);

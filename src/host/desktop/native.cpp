@@ -17,7 +17,8 @@
 namespace host::desktop::native {
 namespace {
 
-constexpr int kRestorePatience = 30;           // ms
+constexpr int kRestorePatience = 30;                                     // ms
+constexpr uint64_t kRefuseFocus = 1'000'000'000, kSettle = 100'000'000;  // ns
 constexpr uint64_t kRaiseEvery = 500'000'000;  // ns; does not flood a window manager that refuses
 
 struct MainWindowState {
@@ -36,6 +37,7 @@ struct MainWindowState {
     int x = 0, y = 0;
     Frame frame = {0, 0, 0, 0};
     uint64_t last_raise = 0;
+    uint64_t takes_input = 0;  // from this time on; 0: always
 };
 
 MainWindowState g_main;
@@ -135,6 +137,12 @@ int OnDestroyed(Window id) {
     return 1;
 }
 
+// The window manager decides about the focus at the same moment.
+void OnMapped() {
+    g_main.mapped = true;
+    if (g_main.takes_input != 0) g_main.takes_input = std::min(g_main.takes_input, Nanoseconds() + kSettle);
+}
+
 // Records the server's events for the main window before FLTK handles them.
 int Watch(void* event, void*) {
     const XEvent& e = *static_cast<XEvent*>(event);
@@ -145,7 +153,7 @@ int Watch(void* event, void*) {
         case ReparentNotify:
         case MapNotify:
             g_main.place_known = false;
-            if (e.type == MapNotify) g_main.mapped = true;
+            if (e.type == MapNotify) OnMapped();
             break;
         case VisibilityNotify:
             g_main.covered = e.xvisibility.state != VisibilityUnobscured;
@@ -227,6 +235,23 @@ bool IsMinimized() {
     const Atom state = XInternAtom(fl_display, "WM_STATE", False);
     const std::vector<unsigned long> now = ReadProperty(g_main.id, state, state);
     return !now.empty() && now[0] == IconicState;
+}
+
+void SetTakesInput(bool takes) {
+    XWMHints* hints = XGetWMHints(fl_display, g_main.id);
+    if (!hints) return;
+    hints->flags |= InputHint;
+    hints->input = takes ? True : False;
+    XSetWMHints(fl_display, g_main.id, hints);
+    XFree(hints);
+}
+
+// For a window that appears without the focus: some window managers understand the time, and the others that
+// it takes no input at all, which is so until it is there.
+void RefuseFocus() {
+    SetUserTime(g_main.id, 0);
+    SetTakesInput(false);
+    g_main.takes_input = Nanoseconds() + kRefuseFocus;
 }
 
 // The start's name ends in the time of the press that began it.
@@ -345,11 +370,11 @@ void ShowFirst(Fl_Window* window, const int* place, bool topmost, Focus focus) {
         XChangeProperty(fl_display, id, g_state, XA_ATOM, 32, PropModeReplace,
                         reinterpret_cast<const unsigned char*>(&state), 1);
     }
-    if (focus == Focus::kLeave) SetUserTime(id, 0);
-    if (focus == Focus::kAsked) TellWhoAsked(id);
-    XUngrabServer(fl_display);
     g_main = MainWindowState();
     g_main.id = id;
+    if (focus == Focus::kLeave) RefuseFocus();
+    if (focus == Focus::kAsked) TellWhoAsked(id);
+    XUngrabServer(fl_display);
     g_main.gc = XCreateGC(fl_display, id, 0, nullptr);
     g_main.topmost = topmost;
     g_main.above = topmost;
@@ -377,7 +402,7 @@ void Hide(Fl_Window*) {
 // that is mapped; others know only the mapping.
 void Unminimize() {
     if (!IsMinimized()) return;
-    SetUserTime(g_main.id, 0);
+    RefuseFocus();
     SendToRoot(XInternAtom(fl_display, "WM_CHANGE_STATE", False), {NormalState});
     for (int waited = 0; waited < kRestorePatience && IsMinimized(); ++waited) SleepMilliseconds(1);
     if (IsMinimized()) XMapWindow(fl_display, g_main.id);
@@ -423,6 +448,12 @@ void KeepOnTop(Fl_Window*) {
     }
     constexpr long kAdd = 1, kFromApplication = 1;
     SendToRoot(g_state, {kAdd, static_cast<long>(g_above), 0, kFromApplication});
+}
+
+void AcceptFocus() {
+    if (g_main.takes_input == 0 || g_main.id == None || Nanoseconds() < g_main.takes_input) return;
+    g_main.takes_input = 0;
+    SetTakesInput(true);
 }
 
 void Flush() {

@@ -37,7 +37,8 @@ void Hide(Fl_Window* window);  // it keeps its place
 void Unminimize();             // without the focus
 void MoveOuter(Fl_Window* window, int x, int y);
 void KeepOnTop(Fl_Window* window);
-void Flush();  // sends pending requests without waiting for an answer
+void AcceptFocus();  // call often: ends the refusal of a window that came without the focus
+void Flush();        // sends pending requests without waiting for an answer
 
 // The client area's corner and the frame. Asks the display only when something has changed.
 void WhereIs(Fl_Window* window, int* x, int* y, Frame* frame);

@@ -31,6 +31,7 @@ DecodedPtr DecodeAhead(const SharedBytes& pFile, const std::function<bool(size_t
         !DescribeAcmFormat(wave.Format(), &pDecoded->format))
         return nullptr;
     const DWORD nPcm = AcmPcmBytes(pDecoded->format, wave.nDeclared);
+    if (pFile->Size() + nPcm > kMostAhead) return nullptr;
     if ((mayHold && !mayHold(pFile->Size() + nPcm)) || !pDecoded->pcm.Resize(nPcm)) return nullptr;
     ACMSTREAMHEADER header = {};
     header.pbSrc = const_cast<BYTE*>(wave.pData);

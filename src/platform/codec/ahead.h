@@ -24,8 +24,11 @@ constexpr size_t kWaveHead = 64;  // bytes that NeedsDecoding looks at
 // Whether a WAV file that begins so has more to it than copying. False where its head does not tell.
 bool NeedsDecoding(const BYTE* pHead, size_t nBytes);
 
-// Null when the file cannot be decoded whole, or when mayHold refuses: it is asked for the bytes of the file
-// and the samples. Safe on any thread.
+// Larger sounds, file and samples together, are left to the program: they would hold up the others.
+constexpr size_t kMostAhead = size_t{16} << 20;
+
+// Null when the file cannot be decoded whole, has more than kMostAhead, or when mayHold refuses: it is asked
+// for the bytes of the file and the samples. Safe on any thread.
 DecodedPtr DecodeAhead(const SharedBytes& pFile, const std::function<bool(size_t nBytes)>& mayHold);
 
 // What this thread's conversions may use from now on; null: nothing.

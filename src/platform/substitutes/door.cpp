@@ -30,7 +30,7 @@ DecodedPtr Decode(const std::string& path, const MayHold& mayHold) {
     if (nFile < 0) return nullptr;
     const auto nBytes = static_cast<size_t>(nSize);
     const auto pFile = std::make_shared<ByteBlock>();
-    const bool bRead = nBytes <= kMaxSoundFile && (!mayHold || mayHold(nBytes)) && pFile->Resize(nBytes) &&
+    const bool bRead = nBytes <= kMostAhead && mayHold(nBytes) && pFile->Resize(nBytes) &&
                        ReadFileAt(nFile, pFile->Data(), nBytes, 0) == nBytes;
     close(nFile);
     return bRead ? DecodeAhead(pFile, mayHold) : nullptr;
@@ -68,6 +68,7 @@ void Door::ExpectNoMore() {
 void Door::BeginLoad() {
     ExpectNoMore();
     m_budget.Reset();
+    m_nDecodedAhead = 0;
     m_told.clear();
     m_nToldOverBudget = 0;
     m_bToldFilm = false;
@@ -123,9 +124,11 @@ ReadAhead::Make Door::Prepare(const std::string& name, MediaKind kind) {
     else if (const Way way = WayOf(path, kind); way == Way::kConverted)
         paths = {path};
     else if (way == Way::kDecoded)
-        return [path](const MayHold& mayHold) {
+        return [this, path](const MayHold& mayHold) {
             auto pMade = std::make_shared<Substitute>();
-            pMade->pDecoded = Decode(path, mayHold);
+            // The reader itself decodes as it converts.
+            if (mayHold && m_nDecodedAhead < kMostSoundWork) pMade->pDecoded = Decode(path, mayHold);
+            if (pMade->pDecoded) m_nDecodedAhead += pMade->pDecoded->pcm.Size();
             return pMade;
         };
     if (paths.empty()) return nullptr;

@@ -3,6 +3,7 @@
 // lines are here, once.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -61,10 +62,11 @@ private:
     void TellOverBudget(const std::string& name, MediaKind kind);
 
     Budget m_budget;
-    Makers m_makers;                          // changes only while no thread reads ahead
-    MediaKind m_expected = MediaKind::kNone;  // of the list
-    std::unordered_set<std::string> m_told;   // names whose substitute the log has told
-    unsigned m_nToldOverBudget = 0;           // a bit for each kind
+    std::atomic<uint64_t> m_nDecodedAhead{0};  // bytes of samples, of one load
+    Makers m_makers;                           // changes only while no thread reads ahead
+    MediaKind m_expected = MediaKind::kNone;   // of the list
+    std::unordered_set<std::string> m_told;    // names whose substitute the log has told
+    unsigned m_nToldOverBudget = 0;            // a bit for each kind
     bool m_bToldFilm = false;
     ReadAhead m_readAhead;  // last: its threads use the others
 };

@@ -122,8 +122,15 @@ bool IsFilmName(std::string_view path) {
 std::string FindFilm(const std::string& name) {
     std::string path = FindNamed(name);
     if (!path.empty() || !IsFilmName(name)) return IsFilmName(path) ? path : "";
-    std::vector<std::string> paths = FindSiblings(name, {std::begin(kFilmEndings), std::end(kFilmEndings)});
-    return paths.empty() ? "" : std::move(paths[0]);
+    for (const std::string& sibling :
+         FindSiblings(name, {std::begin(kFilmEndings), std::end(kFilmEndings)})) {
+        int64_t nSize;
+        const int nFile = OpenRegularFile(sibling.c_str(), &nSize);
+        if (nFile < 0) continue;
+        close(nFile);
+        return sibling;
+    }
+    return "";
 }
 
 std::vector<std::string> SubstitutePaths(std::string_view path, MediaKind kind) {

@@ -155,20 +155,26 @@ TEST_F(Convert, Failure) {
     EXPECT_EQ(Tree(""), before);
 }
 
-// Names that lead out of the folder, or mean the chart or the manifest, become names of the package.
+// Names that lead out of the folder, or mean the chart or the manifest, become names of the package. What is
+// no sound or picture stays outside, also behind a link.
 TEST_F(Convert, HostileNames) {
     folder_.Write("above.wav", test::SquareWav(441));
     folder_.Write("song/.lumetra-convert", "x");
+    folder_.Write("key", "secret");
+    fs::create_symlink("../key", folder_.Path("song/key.wav"));
     folder_.Write("song/hostile.bms",
                   "#BPM 120\n#WAV01 ..\\above.wav\n#WAV02 " + folder_.Path("above.wav") +
                       "\n#WAV03 .lumetra-convert\n#WAV04 hostile.bms\n#WAV05 sub/../kick.wav\n"
-                      "#WAV06 ../../../../../../etc/passwd\n#00111:010203040506\n#00151:0101\n");
+                      "#WAV06 ../../../../../../etc/passwd\n#WAV07 ../key\n#WAV08 key.wav\n"
+                      "#00111:0102030405060708\n#00151:0101\n");
     const std::string before = Tree("song");
-    EXPECT_EQ(Run("--copy song/hostile.bms out").code, 0);
+    ExpectSays(Run("--copy song/hostile.bms out"), 0, "`key.wav` lies outside", "a link");
     for (const auto& entry : fs::recursive_directory_iterator(folder_.Path("out"))) {
         const std::string name = entry.path().filename();
         EXPECT_TRUE(name == "hostile.bms" || name == ".lumetra-convert" || name.find("stem-named-00") == 0)
             << name;
+        const std::string content = test::ReadFile(entry.path());
+        EXPECT_TRUE(content.find("secret") == content.npos && content.find("root:") == content.npos) << name;
     }
     const std::string text = test::ReadFile(folder_.Path("out/hostile.bms"));
     EXPECT_NE(text.find("#WAV01 stem-named-001.wav\r\n"), std::string::npos) << text;
