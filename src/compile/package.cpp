@@ -182,9 +182,4 @@ Package CompileChart(std::string_view bytes, const std::string& folder, const Se
     return Compiler(bytes, folder, settings).Run();
 }
 
-double SoundMs(const std::string& name) {
-    const SoundPtr sound = LoadSound(name);
-    return sound ? sound->Ms() : -1;
-}
-
 }  // namespace compile

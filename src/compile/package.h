@@ -68,8 +68,4 @@ struct Package {
 // costs its reading.
 Package CompileChart(std::string_view bytes, const std::string& folder, const Settings& settings);
 
-// How long the sound of a name lasts when the player opens it, in ms; negative when it cannot be read.
-// Decodes it. Safe on any thread.
-double SoundMs(const std::string& name);
-
 }  // namespace compile

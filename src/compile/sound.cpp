@@ -1,5 +1,7 @@
 #include "compile/sound.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -11,7 +13,10 @@
 #include "compile/package.h"
 #include "platform/bytes.h"
 #include "platform/codec/acm.h"
+#include "platform/codec/acm_codec.h"
 #include "platform/codec/wavefile.h"
+#include "platform/files/handle.h"
+#include "platform/files/lookup.h"
 #include "platform/sound/format.h"
 #include "platform/sound/resampler.h"
 #include "platform/substitutes/sound.h"
@@ -153,10 +158,14 @@ void Copy(const Source& source, Sound* sound) {
     }
 }
 
-// At another rate, with what the filter rings behind the end, as the player's mixer.
+// With what the filter rings behind the end, as in the player's mixer.
+int64_t FramesAfter(const audio::Filter& filter, audio::Step step, int64_t frames) {
+    return audio::FramesUntil({}, step, frames + (frames == 0 ? 0 : filter.Taps() / 2));
+}
+
+// At another rate.
 void Resample(const Source& source, const audio::Filter& filter, audio::Step step, Sound* sound) {
-    const int64_t end = source.Frames() + (source.Frames() == 0 ? 0 : filter.Taps() / 2);
-    sound->samples.resize(static_cast<size_t>(audio::FramesUntil({}, step, end)) * 2);
+    sound->samples.resize(static_cast<size_t>(FramesAfter(filter, step, source.Frames())) * 2);
     constexpr size_t kOverrun = audio::Filter::kOverrun;
     std::vector<float> in[2], out[2], scratch(kBlock + 2 * kOverrun);
     for (auto& side : out) side.resize(kBlock + 2 * kOverrun);
@@ -171,11 +180,15 @@ void Resample(const Source& source, const audio::Filter& filter, audio::Step ste
     }
 }
 
+bool IsTooLong(int64_t frames, const audio::Format& format) {
+    return static_cast<double>(frames) / format.rate > kMaxSoundPcm / 4.0 / kStemRate;
+}
+
 SoundPtr ToStereo(const Pcm& pcm) {
     audio::Format format;
     if (!audio::ParseFormat(pcm.format, &format)) return nullptr;
     const Source source(pcm, format);
-    if (static_cast<double>(source.Frames()) / format.rate > kMaxSoundPcm / 4.0 / kStemRate) return nullptr;
+    if (IsTooLong(source.Frames(), format)) return nullptr;
     auto sound = std::make_shared<Sound>();
     const auto filter = audio::FilterFor(format.rate, kStemRate);
     if (filter)
@@ -185,10 +198,56 @@ SoundPtr ToStereo(const Pcm& pcm) {
     return sound;
 }
 
+double MsOf(int64_t frames) {
+    return static_cast<double>(frames) * 1000 / kStemRate;
+}
+
+// The samples of a file that are played as they are; negative when its head does not tell.
+int64_t FramesByHead(const std::string& path, audio::Format* format) {
+    constexpr size_t kHead = size_t{64} << 10;
+    int64_t size = 0;
+    const int file = OpenRegularFile(path.c_str(), &size);
+    if (file < 0) return -1;
+    std::vector<BYTE> head(std::min(static_cast<size_t>(size), kHead));
+    head.resize(ReadFileAt(file, head.data(), head.size(), 0));
+    close(file);
+    WaveFile wave;
+    AcmFormat acm;
+    if (static_cast<size_t>(size) > kMostFile || !ReadWaveFile(head.data(), head.size(), &wave)) return -1;
+    const int64_t bytes = std::min<int64_t>(wave.nDeclared, size - (wave.pData - head.data()));
+    const bool played = wave.Format()->wFormatTag == WAVE_FORMAT_PCM &&
+                        DescribeAcmFormat(wave.Format(), &acm) && acm.method == AcmMethod::kCopy &&
+                        audio::ParseFormat(acm.wfxPcm, format);
+    if (!played || bytes == 0 || bytes > int64_t{kMaxSoundPcm}) return -1;
+    return bytes / format->frame_bytes;
+}
+
 }  // namespace
 
 double Sound::Ms() const {
-    return static_cast<double>(Frames()) * 1000 / kStemRate;
+    return MsOf(static_cast<int64_t>(Frames()));
+}
+
+double SoundClock::Measure(const std::string& name) {
+    constexpr double kMostDecodedMs = 6.0 * 60 * 60 * 1000;
+    audio::Format format;
+    const int64_t frames = FramesByHead(FindNamed(name), &format);
+    if (frames >= 0 && !IsTooLong(frames, format)) {
+        const auto filter = audio::FilterFor(format.rate, kStemRate);
+        if (!filter) return MsOf(frames);
+        last_filter_ = filter;
+        return MsOf(FramesAfter(*filter, audio::MakeStep(format.rate, kStemRate), frames));
+    }
+    const SoundPtr sound = decoded_ms_ < kMostDecodedMs ? LoadSound(name) : nullptr;
+    if (!sound) return -1;
+    decoded_ms_ += sound->Ms();
+    return sound->Ms();
+}
+
+double SoundClock::Ms(const std::string& name) {
+    const auto [known, fresh] = known_.try_emplace(name);
+    if (fresh) known->second = Measure(name);
+    return known->second;
 }
 
 SoundPtr DecodeSound(const BYTE* bytes, size_t size) {

@@ -2,11 +2,16 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/byteblock.h"
+
+namespace audio {
+class Filter;
+}
 
 namespace compile {
 
@@ -23,5 +28,20 @@ SoundPtr LoadSound(const std::string& name);
 
 // The same for bytes of a RIFF WAVE or XA file. Accepts arbitrary bytes.
 SoundPtr DecodeSound(const BYTE* bytes, size_t size);
+
+// Tells how long sounds last. Reads only the head of PCM files of 8 or 16 bits and decodes all others.
+class SoundClock {
+public:
+    // In ms, as LoadSound's result would last; negative when that would be null, and for those that would
+    // have to be decoded after six hours of others.
+    double Ms(const std::string& name);
+
+private:
+    double Measure(const std::string& name);
+
+    std::map<std::string, double> known_;
+    std::shared_ptr<const audio::Filter> last_filter_;  // kept: most sounds of a chart have one rate
+    double decoded_ms_ = 0.0;
+};
 
 }  // namespace compile

@@ -23,6 +23,11 @@ inline void CheckReports(const std::string& path, size_t choice) {
     check::WriteSarifEnd({{path, why}}, &report);
     check::WriteGithub(*subject, true, &report);
     if (!IsUtf8(report)) std::abort();
+    int64_t done = 0;
+    subject->edits.ForEach([&](const check::Edit& edit) {
+        if (edit.offset < done) std::abort();
+        done = edit.offset + edit.length;
+    });
     for (const check::Finding& finding : subject->findings.Kept()) {
         if (finding.place.line < 1 || finding.place.column < 1 || finding.character < 1 ||
             finding.character > finding.place.column)

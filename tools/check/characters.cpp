@@ -36,7 +36,7 @@ int32_t CharacterCounter::Count(const char* from, const char* to) const {
         const auto c = static_cast<unsigned char>(*p);
         if (utf8_)
             while (p + 1 < to && (static_cast<unsigned char>(p[1]) & 0xC0) == 0x80) ++p;
-        else if (IsCp932Lead(c) && p + 1 < to)
+        else if (IsCp932Lead(c) && p + 1 < to && Cp932CodePoint(p, 2) != 0)
             ++p;
     }
     return count;

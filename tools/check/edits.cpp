@@ -30,7 +30,9 @@ bool IsName(std::string_view text, size_t offset) {
 void AddDifferences(const Proposal& proposal, int64_t offset, std::vector<Edit>* edits) {
     const std::string &from = proposal.from, &to = proposal.to;
     // Names of different length differ in their ending.
-    const size_t dot = from.size() == to.size() ? from.size() : std::min(from.rfind('.'), from.size());
+    const size_t last = from.find_last_of("./\\");
+    const bool whole = from.size() == to.size() || last == from.npos || from[last] != '.';
+    const size_t dot = whole ? from.size() : last;
     const size_t alike = std::min(dot, to.size());
     for (size_t begin = 0, end; begin < alike; begin = end + 1) {
         for (end = begin; end < alike && from[end] != to[end];) ++end;
@@ -65,6 +67,10 @@ void Edits::Take(const Proposal& proposal, int64_t offset) {
     const bool named = proposal.code != kMark && proposal.code != kBlanks;
     if (at > text_.size() || text_.substr(at, proposal.from.size()) != proposal.from) return;
     if (named && !IsName(text_, at)) return;
+    // Where the edit of a line end would have the same offset, it comes alone; the next pass has this one.
+    const size_t end = at + proposal.from.size();
+    if (lone_cr_ && at > 0 && text_[at - 1] == '\r') return;
+    if (lone_lf_ && proposal.to.size() > proposal.from.size() && text_.substr(end, 1) == "\n") return;
     if (!listed_.empty() && listed_.back().offset + listed_.back().length > offset) return;
     AddDifferences(proposal, offset, &listed_);
     ++mended_;
@@ -91,7 +97,7 @@ void Edits::ForLineEnds(const Function& take) const {
 void Edits::ForEach(const std::function<void(const Edit&)>& take) const {
     auto listed = listed_.begin();
     const auto take_listed = [&](int64_t before) {
-        for (; listed != listed_.end() && listed->offset <= before; ++listed) take(*listed);
+        for (; listed != listed_.end() && listed->offset + listed->length <= before; ++listed) take(*listed);
     };
     if (lone_lf_ || lone_cr_) ForLineEnds([&](const Edit& edit) { take_listed(edit.offset), take(edit); });
     take_listed(INT64_MAX);

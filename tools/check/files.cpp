@@ -73,6 +73,8 @@ std::string HintAboutMissing(const Definition& definition, MediaKind kind) {
 // encoding does not matter; empty if that is not so, or if the player would not find the same file by it.
 static std::string NameOnDisk(const Definition& definition, const std::string& found) {
     const std::string &name = definition.name, ending = EndingOf(found);
+    const auto control = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
+    if (std::any_of(name.begin(), name.end(), control)) return "";  // lines that a lone CR or LF joins
     const size_t stem = name.size() - EndingOf(name).size(), size = stem + ending.size();
     if (found.size() <= size || found[found.size() - size - 1] != '/') return "";
     const std::string disk = found.substr(found.size() - size);

@@ -1,9 +1,11 @@
 #include "check/modern.h"
 
 #include <algorithm>
+#include <set>
 
 #include "check/files.h"
 #include "check/probe.h"
+#include "compile/sound.h"
 #include "dialect/text.h"
 
 namespace check {
@@ -64,9 +66,11 @@ std::string_view WordOf(std::string_view line) {
 
 }  // namespace
 
-Modern::Modern(std::string_view bytes, const dialect::Choice& choice) {
+Modern::Modern(std::string_view bytes, const std::string& path, const dialect::Choice& choice) {
     dialect::Options options;
     options.choice = choice;
+    options.sound_ms = [clock = compile::SoundClock(), folder = std::string(Probe(path.c_str()).Folder())](
+                           std::string_view name) mutable { return clock.Ms(folder + std::string(name)); };
     plan_ = dialect::MakePlan(bytes, options);
     FindLineStarts(bytes);
     if (plan_.unchanged) return;
@@ -238,7 +242,14 @@ void Modern::CheckUnplaced(Subject* subject) const {
 
 void Modern::AddFindings(Subject* subject) const {
     if (Compiled()) CheckUnplaced(subject);
+    // The player's own reading says the same of them.
+    std::set<int32_t> unused;
+    for (const Finding& finding : subject->findings.Kept()) {
+        if (finding.code == "unused-header") unused.insert(finding.place.line);
+    }
     for (const dialect::Finding& finding : plan_.findings) {
+        if (std::string_view(finding.code) == "no-effect" && unused.contains(FromDialect(finding.place).line))
+            continue;
         subject->findings.Add(FromDialect(finding.place), CodeOf(finding.code),
                               static_cast<Severity>(finding.severity),
                               [&] { return ShownName(finding.text); });

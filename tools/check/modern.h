@@ -13,8 +13,8 @@ namespace check {
 
 class Modern {
 public:
-    // bytes: the author's file; they must outlive this.
-    Modern(std::string_view bytes, const dialect::Choice& choice);
+    // bytes: the author's file; they must outlive this. path: of the chart, as the player gets it.
+    Modern(std::string_view bytes, const std::string& path, const dialect::Choice& choice);
 
     bool Compiled() const { return !plan_.unchanged; }
     const std::string& Text() const { return text_; }  // empty unless compiled

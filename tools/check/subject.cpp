@@ -75,7 +75,7 @@ bool CheckChart(Subject* subject, std::string* why) {
     if (text) {
         subject->verdict =
             JudgeChart(bytes, subject->modern.value_or(dialect::Choice{}), subject->modern.has_value());
-        if (subject->modern) modern.emplace(bytes, *subject->modern);
+        if (subject->modern) modern.emplace(bytes, subject->path, *subject->modern);
         if (modern && modern->Compiled()) compiled = Provide(modern->Text(), path);
     }
     const int64_t read_size = compiled ? static_cast<int64_t>(modern->Text().size()) : size;

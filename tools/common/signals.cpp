@@ -14,7 +14,7 @@ void CatchSignals() {
     struct sigaction action = {};
     action.sa_handler = [](int signal) { g_signal = signal; };
     for (int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &action, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
+    for (int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
 }
 
 bool Stopped() {

@@ -3,8 +3,8 @@
 
 namespace tools {
 
-// From now on SIGINT, SIGTERM and SIGHUP only set a flag, so that outputs are given up in order, and a closed
-// pipe is an error of its write.
+// From now on SIGINT, SIGTERM and SIGHUP only set a flag, so that outputs are given up in order. A closed
+// pipe and a file beyond its permitted size are errors of their writes.
 void CatchSignals();
 
 bool Stopped();  // one of them has come

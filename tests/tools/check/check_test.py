@@ -11,6 +11,7 @@ import json
 import os
 import random
 import re
+import resource
 import shutil
 import struct
 import subprocess
@@ -109,6 +110,21 @@ def test_folders_and_formats():
     with open(os.path.join(CHARTS, "sounds.bms"), "rb") as chart:
         got = run("--strict", "--all", "--path", name, "-", folder=os.path.dirname(CHARTS), text=chart.read())[1]
     expect(got == reports[names.index("sounds.bms")], "a chart on standard input")
+
+
+def test_columns(folder):
+    """In bytes and in characters, in JSON and SARIF."""
+    for title, column, character in [
+            ("\u30bd\u8868".encode("cp932"), 12, 10), ("\u30bd\u8868".encode(), 14, 10), ("\U0001f600".encode(), 12, 9),
+            ("\uff71".encode("cp932"), 9, 9), (b"\x83 \x83", 11, 11), ("\xe9".encode(), 10, 9)]:
+        chart = os.path.join(folder, "title.bms")
+        with open(chart, "wb") as file:
+            file.write(b"#TITLE " + title + b" \r\n#00111:01")
+        found = [(f["column"], f["character"]) for f in charts_of("--select", "trailing-blank", chart)[0]["findings"]]
+        result, = json.loads(run("--format=sarif", "--select", "trailing-blank", chart)[1])["runs"][0]["results"]
+        region = result["fixes"][0]["artifactChanges"][0]["replacements"][0]["deletedRegion"]
+        expect(found == [(column, character)] and result["properties"]["byteColumn"] == column and
+               (region["startColumn"], region["byteOffset"]) == (character, column - 1), f"{title}: {found} {result}")
 
 
 def test_settings(folder):
@@ -225,6 +241,13 @@ def test_charts_made_here(folder):
     for name in "clean.bms", "a.wav", "a.bmp":
         shutil.copy(os.path.join(CHARTS, name), deep)
     expect("clean.bms: 0 errors, 0 warnings, 0 notes\n" in run("clean.bms", folder=deep)[1], "a deep folder")
+    digits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"
+    ids = [high + low for high in digits for low in digits][1:900]
+    shutil.copy(os.path.join(CHARTS, "a.wav"), folder)
+    write("share.bms", b"#BPM 120", *[f"#WAV{i} a.wav".encode() for i in ids],
+          *[f"#{measure + 1:03}11:{i}".encode() for measure, i in enumerate(ids)])
+    report = run("--modern", "--strict", "--all", "share.bms", folder=folder)[1]
+    expect(re.findall(r"\[(.*)\]", report) == [], report)  # no sound is mixed: the lengths are known
     name = "e\x1b]0;pwned\x07\nfake.bms:1:1: error: x\x9b\u202e"
     write(name, b"#BPM 120", b"#00111:01")
     for arguments in ([name], ["--json", name], [name + "?"]):
@@ -281,7 +304,7 @@ def apply_edits(chart):
         text = file.read()
     edits = [edit for finding in chart["findings"] for edit in finding.get("edits", [])]
     for edit in sorted(edits, key=lambda edit: edit["offset"], reverse=True):
-        text = text[:edit["offset"]] + edit["text"].encode() + text[edit["offset"] + edit["length"]:]
+        text = text[:edit["offset"]] + edit["text"].encode("ascii") + text[edit["offset"] + edit["length"]:]
     return text
 
 
@@ -298,8 +321,9 @@ def test_fix(folder):
             return file.read()
 
     os.makedirs(path("snd"))
+    os.makedirs(path("d.d"))
     for source, name in ("a.wav", "snd/kick.wav"), ("a.wav", "b.wav"), ("a.wav", "\u30bd.wav"), \
-            ("a.wav", "blank.wav "), ("song.ogg", "song.ogg"), ("pic.png", "pic.png"):
+            ("a.wav", "blank.wav "), ("song.ogg", "song.ogg"), ("song.ogg", "d.d/\u30bd.ogg"), ("pic.png", "pic.png"):
         shutil.copy(os.path.join(CHARTS, source), path(name))
     head = b"#BPM 120\r\n"
     for before, after in [
@@ -309,6 +333,10 @@ def test_fix(folder):
             (head + b"#WAV01 SND\\Kick.WAV \r\n#WAV02 song.wav\tx\r\n#BMP01 pic.bmp\r\n",
              head + b"#WAV01 snd/kick.wav\r\n#WAV02 song.ogg\tx\r\n#BMP01 pic.png\r\n"),
             (b"#WAV01 snd\\kick.wav\r\n#wav02  \r\n", b"#WAV01 snd/kick.wav\r\n#wav02  \r\n"),
+            (b"#WAV01 d.d\\\xe3\x82\xbd\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n"),
+            (b"#00111:01\r \r\n#00211:01", b"#00111:01\r\n \r\n#00211:01"),
+            (b"#WAV01 d.d/\xe3\x82\xbd\n#WAV02 b.wav\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n#WAV02 b.wav\r\n"),
+            (b"#WAV01 song.wav\r#WAV02 b.wav\r\n", b"#WAV01 song.ogg\r\n#WAV02 b.wav\r\n"),
             (b"\x83\x5c \r\n#TITLE \x83\x5c \r\n", b"\x83\x5c \r\n#TITLE \x83\x5c\r\n")] + [
                 (same, same) for same in (
                     b"#BPM120 \r\n", b"#BGA02 01 0 0 8 8 0 0 \r\n", b"#PATH_WAV a \r\n", b"#WAV01 blank.wav \r\n",
@@ -316,6 +344,10 @@ def test_fix(folder):
                     "#TITLE a \n".encode("utf-16-le"))]:
         write("c.bms", before)
         shown = run("--diff", "c.bms", folder=folder, text=before)
+        for _ in range(3):
+            write("c.bms", apply_edits(*charts_of(path("c.bms"))))
+        expect(content("c.bms") == after, f"edits made {content('c.bms')} of {before}")
+        write("c.bms", before)
         run("--fix", "c.bms", folder=folder)
         expect(content("c.bms") == after, f"{before} became {content('c.bms')}")
         expect(shown[0] == 1 if before != after else not shown[1], f"{before}: {shown}")
@@ -331,10 +363,12 @@ def test_fix(folder):
     expect(content("c.bms") == b"#TITLE a\r\n#00111:01" and os.path.islink(path("link.bms")), "through a link")
     expect(os.stat(path("c.bms")).st_mode & 0o777 == 0o640, "the mode")
     for protect, text in (lambda: os.link(path("c.bms"), path("two.bms")), "hard links"), \
+            (lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (8, -1)), "too large"), \
             (lambda: os.chmod(path("c.bms"), 0o440), "write-protected"):
         write("c.bms", b"#TITLE a \r\n#00111:01")
         protect()
         code, report, errors = run("--fix", "c.bms", folder=folder)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (-1, -1))
         expect(code == 3 and text in errors and "--fix mends 1" in report, f"{code} {report} {errors}")
         expect(content("c.bms").startswith(b"#TITLE a \r"), "a protected file")
         if os.path.exists(path("two.bms")):
@@ -396,6 +430,7 @@ test_exit_codes()
 with tempfile.TemporaryDirectory() as scratch:
     test_charts_made_here(scratch)
     test_any_bytes(scratch)
+    test_columns(scratch)
     test_settings(scratch)
     test_fix(os.path.join(scratch, "fix"))
     test_hearing(os.path.join(scratch, "hearing"))
