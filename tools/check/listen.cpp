@@ -107,14 +107,20 @@ void CheckClipping(const std::vector<Fire>& fires, const std::vector<Samples>& s
                           });
 }
 
-void CheckStart(const std::vector<Fire>& fires, Subject* subject) {
+// Of sounds that are heard: those that are loaded, or made by the compiler.
+void CheckStart(const std::vector<Fire>& fires, const std::vector<Samples>& samples, Subject* subject) {
     Figures& figures = subject->figures;
-    if (fires.empty()) return;
-    figures.first_sound_ms = fires.front().ms;
-    figures.last_sound_ms = fires.back().ms;
-    if (fires.front().ms < kLateStartMs) return;
-    subject->findings.Add(fires.front().place, "late-start", [&] {
-        return "the first sound comes at " + TimeOf(fires.front().ms) + "; nothing is heard before";
+    const auto heard = [&](const Fire& fire) {
+        const auto number = static_cast<size_t>(fire.number);
+        return samples[number].frames > 0 || subject->tables.sounds[number].made;
+    };
+    const auto first = std::find_if(fires.begin(), fires.end(), heard);
+    if (first == fires.end()) return;
+    figures.first_sound_ms = first->ms;
+    figures.last_sound_ms = std::find_if(fires.rbegin(), fires.rend(), heard)->ms;
+    if (first->ms < kLateStartMs) return;
+    subject->findings.Add(first->place, "late-start", [&] {
+        return "the first sound comes at " + TimeOf(first->ms) + "; nothing is heard before";
     });
 }
 
@@ -183,7 +189,7 @@ void CheckHearing(Subject* subject) {
         samples[at] = SamplesOf(*subject, i);
         envelopes[at] = EnvelopeOf(samples[at]);
     }
-    CheckStart(fires, subject);
+    CheckStart(fires, samples, subject);
     CheckAttacks(envelopes, subject);
     CheckRestarts(fires, samples, envelopes, subject);
     CheckClipping(fires, samples, envelopes, subject);

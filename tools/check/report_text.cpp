@@ -36,7 +36,7 @@ void WriteLanes(const Figures& figures, std::string* out) {
 void WriteFigures(const Subject& subject, std::string* out) {
     const Figures& figures = subject.figures;
     *out += "  length    " + CountOf(figures.measures, "measure") + ", " + TimeOf(figures.end_ms) + "\n";
-    if (figures.voices > 0)
+    if (figures.first_sound_ms >= 0.0)
         *out += "  sounds    first at " + TimeOf(figures.first_sound_ms) + ", last at " +
                 TimeOf(figures.last_sound_ms) + ", until " + TimeOf(figures.sound_end_ms) + "\n";
     *out += "  tempo     " + Format("%.6g", figures.slowest);

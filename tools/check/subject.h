@@ -1,6 +1,7 @@
 // A chart, what the player makes of it, and what the checker finds.
 #pragma once
 
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,7 +40,7 @@ struct Figures {
     int32_t measures = 0;  // from 0 to the last that is used
     double end_ms = 0.0;   // chart time at which the player stops; measure 0 starts at 1000
     double sound_end_ms = 0.0;
-    double first_sound_ms = 0.0, last_sound_ms = 0.0;  // their starts
+    double first_sound_ms = NAN, last_sound_ms = NAN;  // starts of what is heard; NaN: there are none
     double slowest = 0.0, fastest = 0.0;               // tempos
     int64_t notes = 0, invisible = 0, bgm = 0, pictures = 0, tempos = 0;
     int64_t lanes[0x50] = {};  // notes by channel, the two digits read as hexadecimal
