@@ -61,6 +61,8 @@ def chart(path, objects, sounds, measures=100, stops=False):
 
 
 def seconds(command):
+    # A virtual machine's host takes free memory back; touching it again would cost ten times a load.
+    subprocess.run([sys.executable, "-c", "bytearray(b'1') * (512 << 20)"], check=True)
     begin = time.perf_counter()
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     end = time.perf_counter()
@@ -84,6 +86,7 @@ class Row:
 
     def measure(self):
         for size in SIZES:
+            seconds(self.command(size))  # the first run after others is slower
             self.times[size].append(seconds(self.command(size)))
 
     def ratios(self):
