@@ -75,51 +75,46 @@ void TakeFont(const std::string& name, double dpi, DesktopLook* look) {
     if (font.points > 0) look->text_size = static_cast<int>(font.points * dpi / 72 + 0.5);
 }
 
-struct Named {
-    const char* name;
-    uint32_t* color;
-};
+// In the order of the names that each desktop has for them.
+constexpr uint32_t DesktopLook::*kPalette[] = {&DesktopLook::window, &DesktopLook::text,
+                                               &DesktopLook::list,   &DesktopLook::list_text,
+                                               &DesktopLook::marked, &DesktopLook::marked_text};
+using PaletteNames = const char* const[std::size(kPalette)];
 
-// Takes the palette only as a whole: half of one and half of another may be unreadable.
+// Takes the palette only as a whole: half of one and half of another may be unreadable. find: the colour of a
+// name, or none.
 template <class Find>
-bool TakeColors(const std::vector<Named>& wanted, Find find) {
-    std::vector<uint32_t> colors;
-    for (const Named& each : wanted) {
-        const std::optional<uint32_t> color = find(each.name);
+bool TakeColors(const PaletteNames& names, DesktopLook* look, Find find) {
+    DesktopLook taken = *look;
+    for (size_t i = 0; i < std::size(kPalette); ++i) {
+        const std::optional<uint32_t> color = find(names[i]);
         if (!color) return false;
-        colors.push_back(*color);
+        taken.*kPalette[i] = *color;
     }
-    for (size_t i = 0; i < wanted.size(); ++i) *wanted[i].color = colors[i];
+    *look = taken;
     return true;
 }
 
 bool TakeKde(const Settings& settings, DesktopLook* look) {
-    const auto find = [&](const std::string& name) -> std::optional<uint32_t> {
+    constexpr PaletteNames kNames = {
+        "Colors:Window/BackgroundNormal",    "Colors:Window/ForegroundNormal",
+        "Colors:View/BackgroundNormal",      "Colors:View/ForegroundNormal",
+        "Colors:Selection/BackgroundNormal", "Colors:Selection/ForegroundNormal"};
+    return TakeColors(kNames, look, [&](const char* name) -> std::optional<uint32_t> {
         const auto at = settings.find(name);
         return at == settings.end() ? std::nullopt : ParseColor(at->second);
-    };
-    return TakeColors({{"Colors:Window/BackgroundNormal", &look->window},
-                       {"Colors:Window/ForegroundNormal", &look->text},
-                       {"Colors:View/BackgroundNormal", &look->list},
-                       {"Colors:View/ForegroundNormal", &look->list_text},
-                       {"Colors:Selection/BackgroundNormal", &look->marked},
-                       {"Colors:Selection/ForegroundNormal", &look->marked_text}},
-                      find);
+    });
 }
 
 bool TakeTheme(const std::string& css, DesktopLook* look) {
+    constexpr PaletteNames kNames = {"theme_bg_color",          "theme_fg_color",
+                                     "theme_base_color",        "theme_text_color",
+                                     "theme_selected_bg_color", "theme_selected_fg_color"};
     const std::map<std::string, uint32_t> colors = ParseThemeColors(css);
-    const auto find = [&](const std::string& name) -> std::optional<uint32_t> {
+    return TakeColors(kNames, look, [&](const char* name) {
         const auto at = colors.find(name);
-        return at == colors.end() ? std::nullopt : std::optional<uint32_t>(at->second);
-    };
-    return TakeColors({{"theme_bg_color", &look->window},
-                       {"theme_fg_color", &look->text},
-                       {"theme_base_color", &look->list},
-                       {"theme_text_color", &look->list_text},
-                       {"theme_selected_bg_color", &look->marked},
-                       {"theme_selected_fg_color", &look->marked_text}},
-                      find);
+        return at == colors.end() ? std::optional<uint32_t>() : at->second;
+    });
 }
 
 // The colours of an installed theme; the theme that GTK has built in has no file.
