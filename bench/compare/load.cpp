@@ -2,8 +2,8 @@
 // also converts each to 44.1 kHz stereo with 16 bits, using the mixer's converter. The device is opened
 // before timing starts.
 #include <algorithm>
+#include <bit>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -35,8 +35,23 @@ double Seconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+// Rounds to even, as lrintf does, but inline and for many samples at once: a float of this size has no room
+// left for a fraction, and its lowest bits are the integer.
 int16_t ToSample(float f) {
-    return static_cast<int16_t>(std::lrintf(std::clamp(f * 32768, -32768.0f, 32767.0f)));
+    constexpr float kNoFraction = 3 << 22;
+    const float clamped = std::clamp(f * 32768, -32768.0f, 32767.0f);
+    return static_cast<int16_t>(std::bit_cast<int32_t>(clamped + kNoFraction));
+}
+
+// In blocks of one size, which the compiler vectorises.
+void Interleave(const float* left, const float* right, size_t frames, int16_t* to) {
+    constexpr size_t kBlock = 64;
+    size_t i = 0;
+    for (; i + kBlock <= frames; i += kBlock) {
+        for (size_t k = i; k < i + kBlock; ++k)
+            to[2 * k] = ToSample(left[k]), to[2 * k + 1] = ToSample(right[k]);
+    }
+    for (; i < frames; ++i) to[2 * i] = ToSample(left[i]), to[2 * i + 1] = ToSample(right[i]);
 }
 
 // Scratch buffers, reused for every sound.
@@ -91,10 +106,7 @@ std::vector<int16_t> ToStereo44(const CDSBuffer& loaded, Space* space) {
     }
     if (sides == 1) out[1] = out[0];
     std::vector<int16_t> stereo(2 * made);
-    for (size_t i = 0; i < made; ++i) {
-        stereo[2 * i] = ToSample(out[0][i]);
-        stereo[2 * i + 1] = ToSample(out[1][i]);
-    }
+    Interleave(out[0], out[1], made, stereo.data());
     loaded.m_pDSB->Unlock(data, bytes, nullptr, 0);
     return stereo;
 }
