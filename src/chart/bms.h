@@ -22,8 +22,8 @@ constexpr int64_t BMS_OBJECT_LIMIT = int64_t{8}
 // A timed object, in file order.
 struct BmsObject {
     int32_t nMeasure;
-    double dPos;       // position in the measure, 0 <= dPos < 1
     int32_t nChannel;  // the two digits in the file, read as hexadecimal
+    double dPos;       // position in the measure, 0 <= dPos < 1
     double dTime;      // chart time in ms; 0.0 until Compile has run
     union {
         void* pObject;  // sounds: CDSBuffer or null. Pictures: CDib, or BgaDef with BGADEF_CHANNEL_BASE

@@ -18,14 +18,15 @@ int CompareObjects(const BmsObject* pA, const BmsObject* pB) {
     return pA->nChannel < pB->nChannel ? -1 : 1;
 }
 
+// Positions and channels are never negative, so their bits are in the order of their values. The place in the
+// list makes every key different and the sort stable, and finds the object again.
 struct SortKey {
-    double dPosition;
-    int32_t nChannel;
-    BmsObject* pObject;
+    uint64_t qwPosition;
+    uint64_t qwChannel;  // and the place, in the lower half
 };
 
 static bool IsLess(const SortKey& a, const SortKey& b) {
-    return (a.dPosition < b.dPosition) | ((a.dPosition == b.dPosition) & (a.nChannel < b.nChannel));
+    return (a.qwPosition < b.qwPosition) | ((a.qwPosition == b.qwPosition) & (a.qwChannel < b.qwChannel));
 }
 
 // Merges [nFirst, nMiddle) and [nMiddle, nEnd), both ascending. pSpare has room for the first run.
@@ -65,34 +66,53 @@ static void SortKeys(SortKey* pKeys, int32_t nCount, SortKey* pSpare) {
     }
 }
 
-// Both buffers hold nCount keys.
-static void SortSpan(BmsObject** ppList, int32_t nCount, SortKey* pKeys, SortKey* pSpare) {
-    for (int32_t i = 0; i < nCount; ++i) pKeys[i] = {PositionOf(ppList[i]), ppList[i]->nChannel, ppList[i]};
-    SortKeys(pKeys, nCount, pSpare);
-    for (int32_t i = 0; i < nCount; ++i) ppList[i] = pKeys[i].pObject;
+// Room for the sort of one list, nCount entries each.
+struct SortSpace {
+    SortKey* pKeys;
+    SortKey* pSpare;
+    BmsObject** ppFrom;
+};
+
+static SortKey KeyOf(const BmsObject* p, int32_t nPlace) {
+    SortKey key;
+    const double dPosition = PositionOf(p);
+    std::memcpy(&key.qwPosition, &dPosition, sizeof key.qwPosition);
+    key.qwChannel =
+        static_cast<uint64_t>(static_cast<uint32_t>(p->nChannel)) << 32 | static_cast<uint32_t>(nPlace);
+    return key;
 }
 
-// Sorts measure by measure, which touches only as much of the buffers as the largest measure needs. False
-// when the measures themselves are out of order.
-static bool SortMeasures(BmsObject** ppList, int32_t nCount, SortKey* pKeys, SortKey* pSpare) {
+static void SortSpan(BmsObject** ppList, int32_t nCount, const SortSpace& space) {
+    for (int32_t i = 0; i < nCount; ++i) space.pKeys[i] = KeyOf(ppList[i], i);
+    SortKeys(space.pKeys, nCount, space.pSpare);
+    std::memcpy(space.ppFrom, ppList, static_cast<size_t>(nCount) * sizeof *ppList);
+    for (int32_t i = 0; i < nCount; ++i)
+        ppList[i] = space.ppFrom[static_cast<uint32_t>(space.pKeys[i].qwChannel)];
+}
+
+// Sorts measure by measure, which touches only as much of the space as the largest measure needs. False when
+// the measures themselves are out of order.
+static bool SortMeasures(BmsObject** ppList, int32_t nCount, const SortSpace& space) {
     for (int32_t nFirst = 0, nEnd; nFirst < nCount; nFirst = nEnd) {
         nEnd = nFirst + 1;
         while (nEnd < nCount && ppList[nEnd]->nMeasure == ppList[nFirst]->nMeasure) ++nEnd;
-        SortSpan(ppList + nFirst, nEnd - nFirst, pKeys, pSpare);
+        SortSpan(ppList + nFirst, nEnd - nFirst, space);
         if (nFirst > 0 && CompareObjects(ppList[nFirst - 1], ppList[nFirst]) > 0) return false;
     }
     return true;
 }
 
 void SortObjects(BmsObject** ppList, int32_t nCount) {
-    SortKey* pKeys = new (std::nothrow) SortKey[static_cast<size_t>(nCount)];
-    SortKey* pSpare = new (std::nothrow) SortKey[static_cast<size_t>(nCount)];
-    if (!pKeys || !pSpare) {  // slower, but needs no memory
+    const size_t nSize = static_cast<size_t>(nCount);
+    const SortSpace space = {new (std::nothrow) SortKey[nSize], new (std::nothrow) SortKey[nSize],
+                             new (std::nothrow) BmsObject*[nSize]};
+    if (!space.pKeys || !space.pSpare || !space.ppFrom) {  // slower, but needs no memory
         std::stable_sort(ppList, ppList + nCount,
                          [](const BmsObject* pA, const BmsObject* pB) { return CompareObjects(pA, pB) < 0; });
-    } else if (!SortMeasures(ppList, nCount, pKeys, pSpare)) {
-        SortSpan(ppList, nCount, pKeys, pSpare);
+    } else if (!SortMeasures(ppList, nCount, space)) {
+        SortSpan(ppList, nCount, space);
     }
-    delete[] pKeys;
-    delete[] pSpare;
+    delete[] space.pKeys;
+    delete[] space.pSpare;
+    delete[] space.ppFrom;
 }
