@@ -1,8 +1,16 @@
-# lumetra_headers_compile_alone(TARGET FOLDER LIBRARIES...): compiles each header below FOLDER on its own.
+# lumetra_headers_compile_alone(TARGET FOLDER LIBRARIES...): compiles each header below FOLDER on its own. One with a
+# source beside it stands first there, which shows the same.
 function(lumetra_headers_compile_alone target folder)
   file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/src ${folder}/*.h)
   set(sources)
   foreach(header IN LISTS headers)
+    string(REGEX REPLACE "\\.h$" ".cpp" beside ${folder}/${header})
+    if(EXISTS ${beside})
+      file(STRINGS ${beside} first REGEX "^ *# *include" LIMIT_COUNT 1)
+      if(first MATCHES "\"${header}\"")
+        continue()
+      endif()
+    endif()
     set(source ${PROJECT_BINARY_DIR}/headers/${header}.cpp)
     file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${header}\"\n")
     list(APPEND sources ${source})
