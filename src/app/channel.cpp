@@ -7,6 +7,8 @@
 #include <deque>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "app/load.h"
@@ -31,6 +33,14 @@ struct Request {
     json id, body;
 };
 
+// What an `ask` wants for the chart that the user chooses.
+struct Wanted {
+    int measure = -1;
+    std::optional<int> hundredths;
+    bool modern = false, watch = false;
+    bool asked = false;  // the dialog has opened
+};
+
 struct Channel {
     std::mutex lock;  // guards status, requests and observers
     Status status;
@@ -39,6 +49,7 @@ struct Channel {
     // The main thread's own.
     Status latest;
     bool loading = true, busy = false;
+    std::optional<Wanted> wanted;
     void (*announced)() = nullptr;
     void (*loaded)() = nullptr;
 };
@@ -158,6 +169,7 @@ std::string PathOf(const json& body) {
 }
 
 void Open(const Request& request) {
+    g_channel.wanted.reset();
     LoadRequest load;
     load.path = PathOf(request.body);
     if (load.path.empty() || load.path[0] != '/' || load.path.find('\0') != std::string::npos)
@@ -198,11 +210,10 @@ void AskUser(const Request& request) {
     if (!TakeSpeed(request.body, &hundredths))
         return Refuse(request.client, request.id, "wrong-value", "speed takes a number from 0.1 to 8");
     const json modern = request.body.value("modern", json(false));
-    if (!modern.is_boolean())
-        return Refuse(request.client, request.id, "wrong-value", "modern is true or false");
-    SetModern(modern);
-    g_nStartMeasure = ClampMeasure(measure ? measure->get<int>() : -1);
-    if (hundredths) SetSpeed(SpeedFromMessage(*hundredths));
+    const json watch = request.body.value("watch", json(false));
+    if (!modern.is_boolean() || !watch.is_boolean())
+        return Refuse(request.client, request.id, "wrong-value", "modern and watch are true or false");
+    g_channel.wanted = {ClampMeasure(measure ? measure->get<int>() : -1), hundredths, modern, watch};
     AnswerNextOpenDialog(folder.c_str());
     host::Unminimize();
     PostMessageA(g_hWnd, WM_REMOTE_LOAD, 0, 0);
@@ -220,6 +231,26 @@ void Execute(const Request& request) {
     if (command == "seek") return Seek(request);
     if (command == "speed") return Speed(request);
     Quit(request);
+}
+
+// A load begins: the user has chosen.
+void ApplyWanted() {
+    if (!g_channel.wanted) return;
+    const Wanted wanted = *std::exchange(g_channel.wanted, std::nullopt);
+    SetModern(wanted.modern);
+    SetWatch(wanted.watch);
+    g_nStartMeasure = wanted.measure;
+    if (wanted.hundredths) SetSpeed(SpeedFromMessage(*wanted.hundredths));
+}
+
+// The dialog has closed, and nothing was chosen.
+void DropWanted() {
+    if (!g_channel.wanted) return;
+    if (host::InnermostModal() != host::Modal::kNone) {
+        g_channel.wanted->asked = true;
+    } else if (g_channel.wanted->asked) {
+        g_channel.wanted.reset();
+    }
 }
 
 // Whether a request has to wait: a load for the end of a box or menu. A file dialog makes way.
@@ -265,6 +296,7 @@ void Publish() {
 void OnTitle(const std::string& title) {
     g_channel.loading = title == LOADING_TITLE;
     if (g_channel.loading) {
+        ApplyWanted();
         NoteUse();
         g_channel.latest.path = OpenedFile();
         g_channel.latest.title.clear();
@@ -286,6 +318,7 @@ void CallOnce(void (**function)()) {
 void OnPump(const std::string* title) {
     if (g_bHost) host::SetDeaf();
     if (title) OnTitle(*title);
+    DropWanted();
     Publish();
     CallOnce(&g_channel.announced);
     if (title && !g_channel.loading) CallOnce(&g_channel.loaded);
@@ -313,6 +346,7 @@ void ResetChannel() {
     g_channel.observers.clear();
     g_channel.loading = true;
     g_channel.busy = false;
+    g_channel.wanted.reset();
     g_channel.announced = g_channel.loaded = nullptr;
     ResetWatch();
 }

@@ -186,17 +186,23 @@ int OpenInRunning(const LongOptions& options, const Target& target) {
     return code;
 }
 
-int WaitUntilHeard() {
-    const uint64_t end = host::Nanoseconds() + kLongest;
+int WaitUntilHeard(bool asks) {
+    bool chosen = !asks;
+    uint64_t end = host::Nanoseconds() + kLongest;
     for (; host::Nanoseconds() < end; host::SleepMilliseconds(kPause / 1'000'000)) {
         const std::vector<uint64_t> ids = Running();
         if (ids.size() != 1) continue;
         host::LineClient client(ids[0]);
         const json status = ReadStatus(&client);
-        if (status.is_object() && status.value("state", "") == "running" && status.value("sounding", false))
+        if (!status.is_object()) continue;
+        const bool asking = asks && status.value("modal", false),
+                   loading = status.value("state", "") == "loading";
+        if (asking || loading) end = host::Nanoseconds() + kLongest;
+        chosen = chosen || asking || loading;
+        if (chosen && !asking && status.value("state", "") == "running" && status.value("sounding", false))
             return kDone;
     }
-    Say("the chart is not heard after 10 seconds");
+    Say("no sound after 10 seconds");
     return kCannotTake;
 }
 

@@ -19,8 +19,9 @@ struct Target {
 // --open where an instance runs: kNoneRuns without a word where none does, so that one is started.
 int OpenInRunning(const LongOptions& options, const Target& target);
 
-// Until the instance plays and its device has asked for sound, 10 s at most.
-int WaitUntilHeard();
+// Until the instance plays and its device has asked for sound, at most 10 s after the load. asks: the user
+// chooses the chart first.
+int WaitUntilHeard(bool asks);
 
 void Say(const std::string& line);  // on standard error, as this program's
 

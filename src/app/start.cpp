@@ -177,16 +177,19 @@ int Open(const LongOptions& options) {
     }
     host::LockStart(true);
     int code = OpenInRunning(options, target);
-    if (code == kNoneRuns) code = StartWith(options, target);
+    const bool starts = code == kNoneRuns;
+    if (starts) code = StartWith(options, target);
     host::UnlockStart();
+    if (!starts || code != kDone) host::EndLaunch();
     if (code == kDone && options.watch && !target.ask && !options.foreground)
         SayWhetherItWatches(target.path);
-    return code == kDone && options.wait && !options.foreground ? WaitUntilHeard() : code;
+    return code == kDone && options.wait && !options.foreground ? WaitUntilHeard(target.ask) : code;
 }
 
 void SayHowToStart() {
     if (!g_bPlaying)
-        Say("the chart waits: Enter in its window plays it, or lumetra --play; with -P it plays at once");
+        Say(std::string("the chart is not playing: press Enter in its window") +
+            (g_bHost ? "" : " or run lumetra --play") + " (-P plays at once)");
 }
 
 }  // namespace app

@@ -6,6 +6,8 @@
 #include "app/channel_test.h"
 #include "app/chart_lines.h"
 #include "app/long_options.h"
+#include "app/watch.h"
+#include "compile/modern.h"
 #include "platform/window/dialog.h"
 
 namespace {
@@ -98,7 +100,8 @@ TEST_F(ChannelTest, OpenWaitsForABoxAndCancelsADialog) {
     Reset();
 }
 
-// The question is answered before the dialog opens, and what it brings plays from the measure asked for.
+// The question is answered before the dialog opens, and what it brings plays as asked for. A cancelled one
+// changes nothing.
 TEST_F(ChannelTest, AskOpensTheDialogInAFolder) {
     const std::string other =
         folder_.Write("other.bms", test::Chart({"#TITLE other", "#00111:05", "#00311:05"}));
@@ -117,7 +120,17 @@ TEST_F(ChannelTest, AskOpensTheDialogInAFolder) {
            EXPECT_EQ(g_nStartMeasure, 2);
        }));
     ExpectState(1300, "Running");
-    At(1400, Key(test::kEscape));
+    At(1400,
+       Call([] { ReceiveLine(7, R"({"command":"ask","measure":1,"speed":3,"modern":true,"watch":true})"); }));
+    At(1500, CancelFile());
+    At(1600, DoubleClick());
+    At(1700, ChooseFile(other));
+    At(1800, Call([] {
+           EXPECT_EQ(g_nStartMeasure, 2);
+           EXPECT_EQ(g_fSpeed, 1.0f);
+           EXPECT_FALSE(compile::PlaysModern() || app::WatchWanted());
+       }));
+    At(1900, Key(test::kEscape));
     EXPECT_EQ(Run(), 0);
 }
 
