@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 
 #include "host/desktop/desktop.h"
 #include "host/desktop/portal.h"
@@ -175,14 +176,13 @@ void SetColor(Fl_Color which, uint32_t color) {
                   static_cast<unsigned char>(color));
 }
 
-// FLTK keeps the pointer. A family's first character is its style.
+// FLTK keeps the pointer, and compares the next name with what it points to. A family's first character is
+// its style.
 void SetFont(const std::string& family) {
-    static std::string plain, bold;
-    if (family.empty() || plain == " " + family) return;
-    plain = " " + family;
-    bold = "B" + family;
-    Fl::set_font(FL_HELVETICA, plain.c_str());
-    Fl::set_font(FL_HELVETICA_BOLD, bold.c_str());
+    static std::deque<std::string> names;
+    if (family.empty() || (!names.empty() && names.back() == "B" + family)) return;
+    Fl::set_font(FL_HELVETICA, names.emplace_back(" " + family).c_str());
+    Fl::set_font(FL_HELVETICA_BOLD, names.emplace_back("B" + family).c_str());
 }
 
 void Give(const DesktopLook& look) {
