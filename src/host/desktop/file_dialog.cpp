@@ -216,6 +216,7 @@ void FileDialog::Fill(const std::string& mark) {
     if (marked == entries.end()) marked = entries.begin();
     if (!entries.empty()) m_browser->Mark(static_cast<size_t>(marked - entries.begin()));
     ShowMarked();
+    if (!IsReadable(m_folder)) m_notice->label("This folder cannot be read");
 }
 
 void FileDialog::ShowMarked() {
@@ -246,7 +247,9 @@ void FileDialog::GoUp() {
 }
 
 void FileDialog::Accept(const std::string& typed) {
-    if (typed.empty()) return Activate();
+    // Two names may look the same: the marked one is meant.
+    const FileEntry* marked = m_browser->Marked();
+    if (typed.empty() || (marked && marked->shown == typed)) return Activate();
     for (const FileEntry& entry : m_browser->entries()) {
         if (entry.shown != typed) continue;
         const FileEntry copy = entry;

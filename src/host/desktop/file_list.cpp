@@ -4,6 +4,7 @@
 #include <dirent.h>
 #include <iconv.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -159,6 +160,10 @@ bool IsFile(const std::string& path) {
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
+bool IsReadable(const std::string& folder) {
+    return access(folder.c_str(), R_OK) == 0;
+}
+
 std::string FindTyped(const std::string& folder, const std::string& typed, const std::string& extension) {
     std::string name = WithoutQuotes(typed);
     if (name.empty()) return "";
@@ -191,8 +196,7 @@ std::string AbsoluteFolder(const std::string& folder) {
 std::vector<FileEntry> ListFolder(const std::string& folder, const std::string& patterns) {
     std::vector<FileEntry> entries;
     DIR* dir = opendir(folder.c_str());
-    if (!dir) return entries;
-    while (const dirent* item = readdir(dir)) {
+    while (const dirent* item = dir ? readdir(dir) : nullptr) {
         FileEntry entry;
         entry.name = item->d_name;
         if (entry.name[0] == '.') continue;
@@ -203,7 +207,7 @@ std::vector<FileEntry> ListFolder(const std::string& folder, const std::string& 
         entry.shown = ShownName(entry.name);
         entries.push_back(entry);
     }
-    closedir(dir);
+    if (dir) closedir(dir);
     std::sort(entries.begin(), entries.end(), Before);
     if (folder != "/") entries.insert(entries.begin(), {"..", "..", true});
     return entries;

@@ -12,9 +12,9 @@ struct FileEntry {
     bool folder = false;
 };
 
-// Folders first, then the files that match, both sorted by name with numbers by value; empty when the folder
-// cannot be read. patterns: "*.bms;*.bme", in any letter case; empty matches all. Leaves out names that begin
-// with a dot, except `..`.
+// Folders first, then the files that match, both sorted by name with numbers by value; only `..` when the
+// folder cannot be read. patterns: "*.bms;*.bme", in any letter case; empty matches all. Leaves out names
+// that begin with a dot, except `..`.
 std::vector<FileEntry> ListFolder(const std::string& folder, const std::string& patterns);
 
 bool FitsPatterns(const std::string& name, const std::string& patterns);
@@ -32,6 +32,7 @@ std::string JoinPath(const std::string& folder, const std::string& name);
 std::string ParentFolder(const std::string& folder);
 bool IsFolder(const std::string& path);
 bool IsFile(const std::string& path);
+bool IsReadable(const std::string& folder);
 // The folder's real path when it exists, else the user's home, else "/".
 std::string AbsoluteFolder(const std::string& folder);
 
