@@ -8,7 +8,7 @@ namespace {
 
 bool IsChartName(const std::string& name) {
     const size_t nDot = name.rfind('.');
-    if (nDot == name.npos || nDot == 0) return false;
+    if (nDot == name.npos || name[0] == '.') return false;  // some archives hold `._song.bms`
     for (const char* pszEnding : {".bms", ".bme", ".bml", ".pms"}) {
         if (strcasecmp(name.c_str() + nDot, pszEnding) == 0) return true;
     }
