@@ -59,6 +59,7 @@ std::vector<Rect> Screens();  // the monitors; none without a display
 bool LastPlace(Rect* outer);  // of the window, also when it was hidden or closed; false when it never came
 void LeaveFocus();            // the window that opens next does not take the focus, unless the environment
                               // says that the user has just asked for it
+void EndLaunch();             // for a start that opens no window: whoever launched it need not wait for one
 
 // Shows pixels 0x00RRGGBB at x, y of the client area, clipped to it. stride: pixels from row to row.
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride);

@@ -147,7 +147,7 @@ class EndToEnd(unittest.TestCase):
         with Screen() as screen:
             player = screen.player(screen.chart(), env={"LC_ALL": "C.UTF-8"})
             window = player.find()
-            self.assertIn("the chart waits", player.log())
+            self.assertIn("the chart is not playing", player.log())
             screen.chart("二曲目.bms", title="SECOND")
             screen.chart("zz.txt", title="NO CHART")
             screen.keys(window, "shift+F10", "l")

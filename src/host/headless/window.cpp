@@ -186,6 +186,7 @@ bool LastPlace(Rect* outer) {
 }
 
 void LeaveFocus() {}  // there is none
+void EndLaunch() {}
 
 void ShowPixels(int x, int y, int width, int height, const uint32_t* pixels, int stride) {
     if (!g_state.window.open) return;

@@ -29,6 +29,7 @@ int OnDestroyed(Window id) {
 
 // The window manager decides about the focus at the same moment.
 void OnMapped() {
+    if (!g_main.mapped) EndLaunch(fl_display);
     g_main.mapped = true;
     if (g_main.takes_input != 0) g_main.takes_input = std::min(g_main.takes_input, Nanoseconds() + kSettle);
 }

@@ -52,6 +52,9 @@ int Watch(void* event, void*);
 // For a window that appears without the focus.
 void RefuseFocus();
 
+// Tells the launcher that started the program, if any, that it has started.
+void EndLaunch(Display* display);
+
 // Passes on what the environment tells about the press that started the program.
 void TellWhoAsked(Window id);
 
