@@ -160,6 +160,14 @@ void LoadAnew() {
     g_dwNowTime = g_dwStartTime;  // no frame reads the clock from here on
 }
 
+void TakeWrites(uint64_t now) {
+    std::string path;
+    for (int n = 0; n < kMostAtOnce && host::TakeWritten(&path); ++n) {
+        if (Concerns(path)) g_watch.written = now;
+        if (path.empty()) g_watch.working = false, g_watch.tried = 0;
+    }
+}
+
 // Folders that were not there may be by now; what was written in them meanwhile is not known.
 void TryAgain(uint64_t now) {
     if (g_watch.working || now - g_watch.tried < kTryAgain) return;
@@ -187,6 +195,7 @@ const std::string& WatchRefusal() {
 
 void NoteUse() {
     if (!g_watch.wanted || g_watch.noting) return;
+    TakeWrites(host::Nanoseconds());  // the load that begins reads them
     g_watch.noting = true;
     g_watch.load_began = Today();
     NoteLookups();
@@ -220,11 +229,7 @@ void PollWatch() {
     if (!g_watch.wanted || !HasChart()) return;
     const uint64_t now = host::Nanoseconds();
     TryAgain(now);
-    std::string path;
-    for (int n = 0; n < kMostAtOnce && host::TakeWritten(&path); ++n) {
-        if (Concerns(path)) g_watch.written = now;
-        if (path.empty()) g_watch.working = false, g_watch.tried = 0;
-    }
+    TakeWrites(now);
     if (g_watch.written == 0 || now - g_watch.written < kQuiet) return;
     if (host::InnermostModal() != host::Modal::kNone) return;
     g_watch.written = 0;

@@ -39,15 +39,15 @@ protected:
 };
 
 TEST_F(WatchTest, GoesOnAtTheMeasureOrStandsThere) {
-    Save(3900, "one");  // measure 1 is playing
-    Save(3940, "one");
-    ExpectLoads(3985, 1);
-    ExpectLoads(4010, 2);
-    ExpectStatus(4020, "title", "one");
-    ExpectStatus(4020, "measure", 1);
-    ExpectStatus(4020, "watch", true);
-    ExpectState(4020, "Running");
-    At(5000, Key(test::kSpace));
+    Save(3700, "one");  // measure 1 is playing
+    Save(3740, "one");
+    ExpectLoads(3785, 1);
+    ExpectLoads(3810, 2);
+    ExpectStatus(3820, "title", "one");
+    ExpectStatus(3820, "measure", 1);
+    ExpectStatus(3820, "watch", true);
+    ExpectState(3820, "Running");
+    At(4800, Key(test::kSpace));
     Save(5100, "two");
     ExpectState(5200, "Paused");
     ExpectStatus(5200, "time_ms", 2999);  // the start of measure 1
@@ -86,6 +86,11 @@ TEST_F(WatchTest, WhatConcernsTheChart) {
     ExpectLoads(2300, 5);
     ExpectStatus(2300, "refused", "");
     ExpectState(2300, "Paused");
+    At(2310, Call([this] {
+           WriteEvent(folder_.Path("song.bms"));
+           ReceiveLine(7, R"({"command":"open","watch":true,"file":")" + folder_.Path("song.bms") + R"("})");
+       }));
+    ExpectLoads(2390, 6);
     At(2400, Call([this] {
            ReceiveLine(7, R"({"command":"open","file":")" + folder_.Path("song.bms") + R"("})");
        }));
