@@ -11,6 +11,7 @@
 #include "chart/bms.h"
 #include "host/host.h"
 #include "platform/files/text.h"
+#include "platform/timer.h"
 #include "platform/window/dialog.h"
 #include "playback/playback.h"
 #include "report/losses.h"
@@ -54,8 +55,9 @@ void UpdatePlaying(Status* status) {
     if (!g_pBMS || !g_pBMS->m_pMeasure || g_nBarCount == 0) return;
     status->state = PlayingState();
     status->tempo = g_dBPM;
-    // Between a start and its first frame the frame's clock is older than the start's.
-    const auto elapsed = static_cast<int32_t>(g_dwNowTime - g_dwStartTime);
+    // Between a start or a resume and its next frame the frame's clock is older than the start's.
+    const uint32_t now = status->state == State::kRunning ? timeGetTime() : g_dwNowTime;
+    const auto elapsed = static_cast<int32_t>(now - g_dwStartTime);
     status->time_ms = g_dwSeekTime + std::max(elapsed, 0);
     // A seek sets the clock one millisecond before the bar.
     const double time = status->time_ms + 1;
