@@ -58,6 +58,8 @@ public:
         while (m_at < m_arguments.size() && m_out.error.empty()) Take(m_arguments[m_at++]);
         if (m_out.error.empty() && m_out.follow && m_out.verb != Verb::kStatus)
             Fail("--follow belongs to --status");
+        if (m_out.error.empty() && !m_of_open.empty() && m_out.verb != Verb::kOpen)
+            Fail(m_of_open + " belongs to --open");
         return m_out;
     }
 
@@ -95,6 +97,7 @@ private:
     void TakeShort(const std::string& option) {
         const int letter = option.size() > 1 ? std::toupper(static_cast<unsigned char>(option[1])) : 0;
         const std::string value = option.substr(std::min<size_t>(2, option.size()));
+        m_of_open = option;
         int number = 0;
         double speed = 0;
         switch (letter) {
@@ -121,6 +124,7 @@ private:
 
     void Take(const std::string& argument) {
         if (const VerbName* row = FindVerb(argument.c_str())) return TakeVerb(*row);
+        if (argument == "--at" || argument == "--wait" || argument == "--foreground") m_of_open = argument;
         if (argument == "--at") {
             if (!ReadPlace(Value(argument), &m_out.line)) Fail("--at needs LINE or LINE:COLUMN");
         } else if (argument == "--wait") {
@@ -138,6 +142,7 @@ private:
 
     std::vector<std::string> m_arguments;
     size_t m_at = 0;
+    std::string m_of_open;  // an option that says how a chart is opened
     LongOptions m_out;
 };
 

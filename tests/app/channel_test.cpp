@@ -177,6 +177,8 @@ TEST(LongOptions, Lines) {
         {{"--speed", "8.5"}, app::Verb::kSpeed, false},
         {{"--play", "--stop"}, app::Verb::kPlay, false},
         {{"--stop", "--follow"}, app::Verb::kStop, false},
+        {{"--restart", "-N12"}, app::Verb::kRestart, false},
+        {{"--wait", "--play"}, app::Verb::kPlay, false},
     };
     for (auto row : rows) {
         row.line.insert(row.line.begin(), "lumetra");
