@@ -1,5 +1,7 @@
 // lumetra: the player on a user's desktop.
+#include <fcntl.h>
 #include <strings.h>
+#include <unistd.h>
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -136,9 +138,18 @@ int RunLong(const app::LongOptions& options) {
     std::abort();
 }
 
+// Whoever starts the player may have closed its streams: no other file may get their numbers.
+void OpenStreams() {
+    int file;
+    do file = open("/dev/null", O_RDWR | O_CLOEXEC);
+    while (file >= 0 && file <= STDERR_FILENO);
+    if (file >= 0) close(file);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    OpenStreams();
     std::set_terminate(OnTerminate);
     if (const char* pszAnswer = AnswerAtOnce(argc, argv)) {
         return std::fputs(pszAnswer, stdout) < 0 || std::fflush(stdout) ? kExitFailed : 0;
