@@ -26,6 +26,8 @@ namespace {
 using nlohmann::json;
 
 constexpr int kMostNested = 64;
+constexpr size_t kMostObservers = 64;  // also those that are gone
+constexpr char kHostText[] = "this instance was started with -D or beside one";
 constexpr size_t kMaxRequests = 1000;  // that wait for the main thread
 
 struct Request {
@@ -49,6 +51,7 @@ struct Channel {
     // The main thread's own.
     Status latest;
     bool loading = true, busy = false;
+    bool starting = false;  // loaded, and its clock does not run yet
     std::optional<Wanted> wanted;
     void (*announced)() = nullptr;
     void (*loaded)() = nullptr;
@@ -68,6 +71,18 @@ void Refuse(uint64_t client, const json& id, const char* code, const std::string
     host::SendLine(client, Dump({{"id", id}, {"ok", false}, {"error", {{"code", code}, {"text", text}}}}));
 }
 
+// Both need the lock.
+void TellObservers() {
+    const std::string line = Dump({{"event", "status"}, {"status", ToJson(g_channel.status)}});
+    std::erase_if(g_channel.observers, [&](uint64_t client) { return !host::SendLine(client, line); });
+}
+void Observe(uint64_t client) {
+    auto& observers = g_channel.observers;
+    if (std::find(observers.begin(), observers.end(), client) != observers.end()) return;
+    if (observers.size() >= kMostObservers) TellObservers();
+    observers.push_back(client);
+}
+
 // ---- the host's thread: what can be answered at once is ----
 
 void OnLine(uint64_t client, const std::string& line) {
@@ -80,15 +95,14 @@ void OnLine(uint64_t client, const std::string& line) {
     const std::lock_guard<std::mutex> hold(g_channel.lock);
     if (command == "status") return Answer(client, id, ToJson(g_channel.status));
     if (command == "observe") {
-        g_channel.observers.push_back(client);
+        Observe(client);
         return Answer(client, id, ToJson(g_channel.status));
     }
     static const char* const kCommands[] = {"open",    "ask",  "play",  "stop",
                                             "restart", "seek", "speed", "quit"};
     if (std::find(std::begin(kCommands), std::end(kCommands), command) == std::end(kCommands))
         return Refuse(client, id, "unknown-command", "there is no such command");
-    if (g_channel.status.host)
-        return Refuse(client, id, "host", "this instance was started with -D or beside one");
+    if (g_channel.status.host) return Refuse(client, id, "host", kHostText);
     if (g_channel.requests.size() >= kMaxRequests)
         return Refuse(client, id, "busy", "too many commands wait");
     g_channel.requests.push_back({client, id, body});
@@ -168,6 +182,12 @@ std::string PathOf(const json& body) {
     return file != body.end() && file->is_string() ? file->get<std::string>() : "";
 }
 
+// Who asks for the status after the answer to `open` must not see the chart before.
+void SayLoading() {
+    const std::lock_guard<std::mutex> hold(g_channel.lock);
+    g_channel.status.state = State::kLoading;
+}
+
 void Open(const Request& request) {
     g_channel.wanted.reset();
     LoadRequest load;
@@ -196,6 +216,7 @@ void Open(const Request& request) {
     }
     bool clamped;
     const int measure = StartMeasure(load, probe, &clamped);
+    SayLoading();
     Answer(request.client, request.id, {{"measure", measure}, {"clamped", clamped}});
     Reload(load, measure);
 }
@@ -222,6 +243,8 @@ void AskUser(const Request& request) {
 
 void Execute(const Request& request) {
     const json& command = request.body["command"];
+    if (g_bHost) return Refuse(request.client, request.id, "host", kHostText);
+    if (command == "quit") return Quit(request);
     if (!HasChart()) return Refuse(request.client, request.id, "no-chart", "no chart is loaded");
     if (command == "open") return Open(request);
     if (command == "ask") return AskUser(request);
@@ -229,8 +252,7 @@ void Execute(const Request& request) {
     if (command == "stop") return Post(request, WM_REMOTE_STOP);
     if (command == "restart") return Post(request, WM_REMOTE_RESTART);
     if (command == "seek") return Seek(request);
-    if (command == "speed") return Speed(request);
-    Quit(request);
+    Speed(request);
 }
 
 // A load begins: the user has chosen.
@@ -256,6 +278,7 @@ void DropWanted() {
 // Whether a request has to wait: a load for the end of a box or menu. A file dialog makes way.
 bool MustWait(const Request& request) {
     if (request.body["command"] != "open" && request.body["command"] != "ask") return false;
+    if (!HasChart()) return false;  // the box ends the instance
     host::CancelFileDialog();
     return host::InnermostModal() != host::Modal::kNone;
 }
@@ -274,7 +297,7 @@ bool TakeRequest(Request* request) {
 void Publish() {
     Status& latest = g_channel.latest;
     UpdatePlaying(&latest);
-    if (g_channel.loading) latest.state = State::kLoading;
+    if (g_channel.loading || g_channel.starting) latest.state = State::kLoading;
     latest.modal = host::InnermostModal() != host::Modal::kNone;
     latest.watch = Watches();
     latest.refused = WatchRefusal();
@@ -289,8 +312,7 @@ void Publish() {
     shown.sounding = latest.sounding, shown.modal = latest.modal, shown.watch = latest.watch;
     if (changed) shown.refused = latest.refused;
     if (!changed || g_channel.observers.empty()) return;
-    const std::string line = Dump({{"event", "status"}, {"status", ToJson(shown)}});
-    std::erase_if(g_channel.observers, [&](uint64_t client) { return !host::SendLine(client, line); });
+    TellObservers();
 }
 
 void OnTitle(const std::string& title) {
@@ -302,6 +324,7 @@ void OnTitle(const std::string& title) {
         g_channel.latest.title.clear();
         g_channel.latest.lines = ChartLines();
     } else {
+        g_channel.starting = true;
         KeepUse();
         UpdateChart(&g_channel.latest);
     }
@@ -317,7 +340,11 @@ void CallOnce(void (**function)()) {
 // A request that loads pumps messages when the load fails: nothing else is taken meanwhile.
 void OnPump(const std::string* title) {
     if (g_bHost) host::SetDeaf();
-    if (title) OnTitle(*title);
+    if (title) {
+        OnTitle(*title);
+    } else {
+        g_channel.starting = false;
+    }
     DropWanted();
     Publish();
     CallOnce(&g_channel.announced);
@@ -345,7 +372,7 @@ void ResetChannel() {
     g_channel.requests.clear();
     g_channel.observers.clear();
     g_channel.loading = true;
-    g_channel.busy = false;
+    g_channel.busy = g_channel.starting = false;
     g_channel.wanted.reset();
     g_channel.announced = g_channel.loaded = nullptr;
     ResetWatch();

@@ -76,7 +76,7 @@ json ReadStatus(host::LineClient* client) {
 // Sends one command and waits for its answer as long as the instance shows life: a load may take its time.
 int Tell(uint64_t id, json command, const std::string& file, json* result) {
     uint64_t alive = host::Nanoseconds();
-    const uint64_t end = alive + kLongest;
+    uint64_t end = alive + kLongest;
     host::LineClient client(id);
     command["id"] = 1;
     if (!client.Write(command.dump(-1, ' ', false, json::error_handler_t::replace))) return NoAnswer();
@@ -89,6 +89,7 @@ int Tell(uint64_t id, json command, const std::string& file, json* result) {
         if (!answer.is_object()) return NoAnswer();
         const json status = answer.value("result", json::object());
         if (answer["id"] == 1) return *result = status, Result(answer, file);
+        if (status.value("state", "") == "loading") end = alive + kLongest;
         const bool waits = command["command"] == "open" || command["command"] == "ask";
         if (!waits || !status.value("modal", false)) continue;
         Say("the chart is opened when the box or menu in the player is closed");

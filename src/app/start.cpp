@@ -181,9 +181,9 @@ int Open(const LongOptions& options) {
     if (starts) code = StartWith(options, target);
     host::UnlockStart();
     if (!starts || code != kDone) host::EndLaunch();
-    if (code == kDone && options.watch && !target.ask && !options.foreground)
-        SayWhetherItWatches(target.path);
-    return code == kDone && options.wait && !options.foreground ? WaitUntilHeard(target.ask) : code;
+    const bool ended = starts && options.foreground;
+    if (code == kDone && options.watch && !target.ask && !ended) SayWhetherItWatches(target.path);
+    return code == kDone && options.wait && !ended ? WaitUntilHeard(target.ask) : code;
 }
 
 void SayHowToStart() {
