@@ -54,8 +54,7 @@ same() {
 
 # In a bare Debian 12: installs, looks, removes; whatever it leaves behind fails.
 bare() {
-  local tree=$out/bare root=() code=0
-  [ "$(id -u)" -eq 0 ] || root=(sudo)
+  local tree=$out/bare code=0
   "${root[@]}" mmdebstrap --variant=minbase bookworm "$tree" --mode=root \
     --include=shared-mime-info,desktop-file-utils,hicolor-icon-theme,man-db || return 1
   "${root[@]}" cp "$out"/first/lumetra_*.deb "$top/packaging/bare.sh" /etc/resolv.conf "$tree/tmp/"
@@ -65,6 +64,10 @@ bare() {
   return $code
 }
 
+root=()
+[ "$(id -u)" -eq 0 ] || root=(sudo)
+# Of an earlier run that was interrupted; its files belong to root.
+[ ! -e "$out/bare" ] || "${root[@]}" rm -rf "$out/bare"
 rm -rf "$out"
 mkdir -p "$out"
 [ -z "$(git -C "$top" status --porcelain)" ] || echo "What is not committed is left out." >&2
