@@ -16,6 +16,7 @@ missing_elsewhere() {
   for name in fontconfig xft xcursor xinerama nlohmann_json sdl2 sndfile libpng libturbojpeg; do
     pkg-config --exists "$name" 2>/dev/null || echo "$name"
   done
+  echo '#include <gif_lib.h>' | c++ -E -x c++ - >/dev/null 2>&1 || echo giflib
 }
 
 install_missing() {
