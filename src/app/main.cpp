@@ -42,37 +42,38 @@ come first, with their value attached; everything after them is the chart's name
   -D         run beside other instances; none of them accepts commands afterwards
   --modern   play charts of today: numbers up to ZZ, long notes, stops and more;
              with --open it belongs to that chart. LUMETRA_MODERN=1 does the same
-  --watch    load the chart anew when it, or a file that it uses, has been saved,
+  --watch    reload the chart when it, or a file that it uses, has been saved,
              and go on at the same measure; with --open it belongs to that chart.
              LUMETRA_WATCH=1 does the same
   -h, --help
              print this help and exit
   --version  print the version and exit
 
-Long commands say by their exit code whether they worked:
+The exit code of a long command tells whether it worked:
 
   --open FILE
-             play FILE in the running instance, or start one for it; of a folder
-             its only chart. Without FILE, or where there are several, it asks
+             play FILE, or the only chart of a folder, in the running instance, or
+             start one. Asks without FILE, and where a folder has several or none
   --at LINE[:COLUMN]
              with --open: start at the measure that holds this line of the file
-  --wait     with --open: return when the chart is heard
+  --wait     with --open: return when the chart starts to sound
   --foreground
              with --open: if no instance is running, be the player
   --status   print what each instance is doing, as JSON
   --follow   with --status: print each change until the last instance ends
-  --play     resume, or start a chart that stands still
+  --play     resume, or start a chart that is not playing
   --stop     stop
   --restart  restart from the start measure
   --seek N   play from measure N
   --speed X  set the scroll speed
   --quit     quit
 
-While an instance is running, these options control it:
+While an instance is running, these options control it, and -P resumes, -N<n> plays
+from measure n and -M<x> sets the scroll speed:
 
-  -P         resume       -R     restart from the start measure
-  -S         stop         -N<n>  play from measure n
-  -Q         quit         -M<x>  set the scroll speed
+  -S         stop
+  -R         restart from the start measure
+  -Q         quit
 
 Keys: Enter restarts, Space pauses and resumes, Esc quits. Double-click the window
 or drop a chart on it to load another chart; right-click it for the menu.
