@@ -6,8 +6,8 @@
 BUILD is a build directory with the benchmarks, such as build/release. Prints one table: for each kind of work the time of
 its smallest size and, for every size, the time per piece of work as a ratio to that of the smallest. Nothing grows faster
 than its work when no ratio is above 1. The programs' own start-up is in the times of the rows marked with a star, so their
-ratios fall. --write puts table and plot into performance.md and performance.svg of that folder. Needs an idle machine and
-2 GB of room for temporary files; takes about three minutes. Start and reload need a window: editor_loop.py measures those.
+ratios fall. --write puts table and plot into performance.md and performance.svg of that folder. Needs an idle machine,
+Xvfb and 2 GB of room for temporary files; takes about four minutes.
 """
 import argparse
 import math
@@ -22,6 +22,9 @@ import sys
 import tempfile
 import time
 from pathlib import Path
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../tests/e2e"))
+from harness import Screen
 
 SIZES = (1, 3, 10, 30, 100)
 DIGITS = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ"
@@ -60,9 +63,13 @@ def chart(path, objects, sounds, measures=100, stops=False):
     path.write_bytes("".join(line + "\r\n" for line in lines).encode())
 
 
-def seconds(command):
-    # A virtual machine's host takes free memory back; touching it again would cost ten times a load.
+def warm():
+    """A virtual machine's host takes free memory back; touching it again would cost ten times a load."""
     subprocess.run([sys.executable, "-c", "bytearray(b'1') * (512 << 20)"], check=True)
+
+
+def seconds(command):
+    warm()
     begin = time.perf_counter()
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     end = time.perf_counter()
@@ -77,17 +84,41 @@ def seconds(command):
     return end - begin
 
 
-class Row:
-    """command(size) is timed; per_piece tells that its result is a time per piece already."""
+class Player:
+    """The real player on a virtual screen, until its chart is heard."""
 
-    def __init__(self, name, unit, command, starred=False, per_piece=False):
-        self.name, self.unit, self.command = name + ("*" if starred else ""), unit, command
+    def __init__(self, program, screen):
+        self.program, self.env = program, {**screen.env, "SDL_AUDIODRIVER": "dummy"}
+
+    def call(self, *arguments, check=True):
+        subprocess.run([self.program, *arguments], env=self.env, stderr=subprocess.DEVNULL, check=check)
+
+    def open(self, path):
+        begin = time.perf_counter()
+        self.call("--open", path, "--wait")
+        return time.perf_counter() - begin
+
+    def start(self, path):
+        self.call("--quit", check=False)
+        warm()
+        return self.open(path)
+
+    def reload(self, path):
+        self.start(path)
+        return self.open(path)
+
+
+class Row:
+    """measured(size) gives the seconds; per_piece tells that they are those of a piece already."""
+
+    def __init__(self, name, unit, measured, starred=False, per_piece=False):
+        self.name, self.unit, self.measured = name + ("*" if starred else ""), unit, measured
         self.per_piece, self.times = per_piece, {size: [] for size in SIZES}
 
     def measure(self):
         for size in SIZES:
-            seconds(self.command(size))  # the first run after others is slower
-            self.times[size].append(seconds(self.command(size)))
+            self.measured(size)  # the first run after others is slower
+            self.times[size].append(self.measured(size))
 
     def ratios(self):
         cost = {s: statistics.median(t) / (1 if self.per_piece else s) for s, t in self.times.items()}
@@ -97,7 +128,7 @@ class Row:
         return statistics.median(self.times[1])
 
 
-def rows(build, work):
+def rows(build, work, screen):
     tools = {n: build / "tools" / n.split("-")[1] / n for n in ("lumetra-check", "lumetra-render", "lumetra-convert")}
     bench = build / "bench"
     for size in SIZES:
@@ -116,18 +147,23 @@ def rows(build, work):
         chart(long / "long.bms", 72 * size, 5, measures=9 * size)
     of = lambda size, name: work / str(size) / name
     at = ",".join(str(t) for t in range(2000, 42000, 1000))
+    player = Player(build / "src/app/lumetra", screen)
     return [
-        Row("read and compile a chart", "800 objects", lambda s: [bench / "parse", of(s, "text.bms")]),
+        Row("read and compile a chart", "800 objects", lambda s: seconds([bench / "parse", of(s, "text.bms")])),
         Row("compile a chart of today", "800 objects",
-            lambda s: [tools["lumetra-convert"], "--dry-run", of(s, "modern.bms"), work / "none"], starred=True),
-        Row("load sounds", "5 files of 88 kB", lambda s: [bench / "load", work / str(s)]),
-        Row("mix", "4 voices", lambda s: [bench / "mix", str(4 * s), "full", work / "100"], per_piece=True),
+            lambda s: seconds([tools["lumetra-convert"], "--dry-run", of(s, "modern.bms"), work / "none"]), starred=True),
+        Row("load sounds", "5 files of 88 kB", lambda s: seconds([bench / "load", work / str(s)])),
+        Row("mix", "4 voices", lambda s: seconds([bench / "mix", str(4 * s), "full", work / "100"]), per_piece=True),
         Row("draw 40 frames", "8 objects a measure",
-            lambda s: [tools["lumetra-render"], "--png", work / "png", "--at", at, of(s, "dense.bms")], starred=True),
-        Row("render sound", "9 measures",
-            lambda s: [tools["lumetra-render"], "--wav", work / "out.wav", work / f"long{s}" / "long.bms"],
+            lambda s: seconds([tools["lumetra-render"], "--png", work / "png", "--at", at, of(s, "dense.bms")]),
             starred=True),
-        Row("check a package", "5 files of 88 kB", lambda s: [tools["lumetra-check"], of(s, "song.bms")], starred=True),
+        Row("start until heard", "5 files of 88 kB", lambda s: player.start(of(s, "song.bms")), starred=True),
+        Row("reload until heard", "5 files of 88 kB", lambda s: player.reload(of(s, "song.bms")), starred=True),
+        Row("render sound", "9 measures",
+            lambda s: seconds([tools["lumetra-render"], "--wav", work / "out.wav", work / f"long{s}" / "long.bms"]),
+            starred=True),
+        Row("check a package", "5 files of 88 kB", lambda s: seconds([tools["lumetra-check"], of(s, "song.bms")]),
+            starred=True),
     ]
 
 
@@ -156,7 +192,7 @@ def plot(measured):
     width, height, left, top = 640, 360, 60, 20
     x = lambda size: left + math.log(size) / math.log(100) * (width - left - 190)
     y = lambda ratio: top + (math.log10(2) - math.log10(max(ratio, 0.005))) / (math.log10(2) + 2.3) * (height - top - 50)
-    colours = ("#c0392b", "#2471a3", "#1e8449", "#b9770e", "#6c3483", "#117a65", "#4d5656")
+    colours = ("#c0392b", "#2471a3", "#1e8449", "#b9770e", "#6c3483", "#117a65", "#4d5656", "#d35400", "#2e4053")
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" font-family="sans-serif" font-size="12">',
            f'<rect width="{width}" height="{height}" fill="white"/>']
     for ratio in (0.01, 0.1, 1):
@@ -194,10 +230,11 @@ def main():
     arguments = parser.parse_args()
     work = Path(tempfile.mkdtemp(prefix="lumetra-scale-"))
     try:
-        measured = rows(arguments.build.resolve(), work)
-        for _ in range(arguments.rounds):
-            for row in measured:
-                row.measure()
+        with Screen() as screen:
+            measured = rows(arguments.build.resolve(), work, screen)
+            for _ in range(arguments.rounds):
+                for row in measured:
+                    row.measure()
         text = table(measured, arguments.rounds)
         print(text)
         if arguments.write:
