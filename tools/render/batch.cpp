@@ -24,13 +24,32 @@ bool IsChartName(const fs::path& path) {
     return suffix == ".bms" || suffix == ".bme" || suffix == ".bml" || suffix == ".pms";
 }
 
-// The name with so many of the chart's folders in front.
-std::string NameWithFolders(const fs::path& chart, int folders) {
-    std::string name = chart.stem().string();
-    fs::path folder = chart.parent_path();
-    for (; folders > 0 && folder.has_relative_path(); --folders, folder = folder.parent_path())
-        name = folder.filename().string() + "-" + name;
-    return name;
+// How a chart is named, with so many of its folders in front.
+struct PreviewName {
+    fs::path chart;
+    std::string own;  // without its ending, unless a chart of the same folder differs in that alone
+    int folders = 0;
+    std::string With(int count) const {
+        std::string name = own;
+        fs::path folder = chart.parent_path();
+        for (; count > 0 && folder.has_relative_path(); --count, folder = folder.parent_path())
+            name = folder.filename().string() + "-" + name;
+        return name;
+    }
+};
+
+std::vector<PreviewName> OwnNames(const std::vector<std::string>& charts) {
+    std::vector<PreviewName> names;
+    std::map<fs::path, int> alike;
+    for (const std::string& chart : charts) {
+        names.push_back({tools::FollowLinks(chart), "", 0});
+        ++alike[fs::path(names.back().chart).replace_extension()];
+    }
+    for (PreviewName& name : names) {
+        const bool shared = alike[fs::path(name.chart).replace_extension()] > 1;
+        name.own = (shared ? name.chart.filename() : name.chart.stem()).string();
+    }
+    return names;
 }
 
 struct Counts {
@@ -95,26 +114,26 @@ bool FindCharts(const std::vector<std::string>& names, std::vector<std::string>*
 }
 
 std::vector<PreviewJob> NamePreviews(const std::vector<std::string>& charts, const std::string& folder) {
-    std::vector<PreviewJob> jobs;
-    std::vector<int> folders(charts.size(), 0);
+    std::vector<PreviewName> names = OwnNames(charts);
     for (bool changed = true; changed;) {
         changed = false;
-        std::map<std::string, std::vector<size_t>> owners;
-        for (size_t i = 0; i < charts.size(); ++i)
-            owners[NameWithFolders(tools::FollowLinks(charts[i]), folders[i])].push_back(i);
-        for (const auto& [name, indexes] : owners) {
-            for (const size_t i : indexes) {
-                const std::string longer = NameWithFolders(tools::FollowLinks(charts[i]), folders[i] + 1);
-                if (indexes.size() < 2 || longer == name) continue;
-                ++folders[i];
+        std::map<std::string, std::vector<PreviewName*>> owners;
+        for (PreviewName& name : names) owners[name.With(name.folders)].push_back(&name);
+        for (const auto& [text, sharers] : owners) {
+            const fs::path folder_of_first = sharers[0]->chart.parent_path();
+            const bool apart = std::any_of(sharers.begin(), sharers.end(), [&](const PreviewName* name) {
+                return name->chart.parent_path() != folder_of_first;
+            });
+            for (PreviewName* name : sharers) {
+                if (!apart || name->With(name->folders + 1) == text) continue;
+                ++name->folders;
                 changed = true;
             }
         }
     }
-    for (size_t i = 0; i < charts.size(); ++i) {
-        const std::string name = NameWithFolders(tools::FollowLinks(charts[i]), folders[i]);
-        jobs.push_back({charts[i], (fs::path(folder) / (name + ".ogg")).string()});
-    }
+    std::vector<PreviewJob> jobs;
+    for (size_t i = 0; i < charts.size(); ++i)
+        jobs.push_back({charts[i], (fs::path(folder) / (names[i].With(names[i].folders) + ".ogg")).string()});
     return jobs;
 }
 
@@ -131,8 +150,11 @@ ExitCode RenderPreviews(const Options& options, const std::function<ExitCode(con
     // A preview of one chart may have the name of another's sound.
     tools::OutputRules rules(true);
     for (const std::string& chart : charts) ProtectNamed(chart, &rules);
+    std::set<std::string> outputs;
     for (const PreviewJob& job : NamePreviews(charts, options.output_dir)) {
-        if (options.force && !rules.Allow(job.output, tools::FileKind::kOgg, &why))
+        if (!outputs.insert(tools::FollowLinks(job.output)).second)
+            counts.Add(Complain(kUsage, job.chart + ": another chart's preview has the name " + job.output));
+        else if (options.force && !rules.Allow(job.output, tools::FileKind::kOgg, &why))
             counts.Add(Complain(kUsage, why));
         else if (!options.force && fs::exists(job.output, error))
             ++counts.existing;

@@ -121,6 +121,17 @@ TEST_F(Render, PreviewsManyChartsAndOutlivesBrokenOnes) {
     ExpectSays(Run("--force " + arguments), 2, "3 written, 0 skipped", "force");
 }
 
+TEST_F(Render, PreviewsOfOneFolderDoNotShareAName) {
+    for (const char* name : {"a/s.bms", "a/s.bme", "a/s.bms.bml", "b/s.bms"})
+        folder_.Write(std::string("all/") + name, "#WAV01 a.wav\r\n#00111:0101\r\n");
+    for (const std::string force : {"", "--force "}) {
+        ExpectSays(Run(force + "--preview --output-dir p ../all"), 1,
+                   force.empty() ? "3 written, 0 skipped because they exist, 1 failed" : "3 written", force);
+    }
+    for (const char* name : {"s.bms.ogg", "s.bme.ogg", "s.ogg"})
+        EXPECT_TRUE(fs::exists(folder_.Path(std::string("out/p/") + name))) << name;
+}
+
 TEST_F(Render, StripShowsTheWholeChart) {
     folder_.Write(
         "song/song.bms",
