@@ -89,7 +89,17 @@ static std::string NameOnDisk(const Definition& definition, const std::string& f
     return path.size() < BMS_PATH && FindNamed(path) == found ? disk : "";
 }
 
-void CheckSpelling(Spelling spelling, const Definition& definition, const std::string& found,
+// Whether a substitute is also read under its own name. A film stays what the chart asks for.
+static bool IsReadUnder(const std::string& disk, const Definition& definition, const std::string& found,
+                        MediaKind kind) {
+    if (IsFilmName(definition.name)) return false;
+    if (IsOwnKind(found)) return true;
+    BYTE head[kForeignHead];
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(found.c_str(), "rb"), std::fclose);
+    return file && ForeignKind(head, std::fread(head, 1, sizeof head, file.get()), disk) == kind;
+}
+
+void CheckSpelling(Spelling spelling, const Definition& definition, const std::string& found, MediaKind media,
                    Findings* findings) {
     struct Kind {
         Code code;
@@ -107,7 +117,8 @@ void CheckSpelling(Spelling spelling, const Definition& definition, const std::s
     const std::string& shown = spelling == Spelling::kSame ? disk : found.substr(found.rfind('/') + 1);
     findings->Add(definition.NamePlace(), kind.code,
                   [&] { return Quote(name) + " is found as " + Quote(shown) + kind.effect; });
-    if (!disk.empty()) findings->Propose(definition.NamePlace(), kind.code, name, disk);
+    const bool safe = spelling != Spelling::kSubstitute || IsReadUnder(disk, definition, found, media);
+    if (!disk.empty() && safe) findings->Propose(definition.NamePlace(), kind.code, name, disk);
 }
 
 Spelling CompareSpelling(const std::string& name, const std::string& found) {

@@ -18,7 +18,7 @@ enum class Spelling {
 Spelling CompareSpelling(const std::string& name, const std::string& found);
 
 // Reports a name that differs from the file's, and proposes the file's where that is safe.
-void CheckSpelling(Spelling spelling, const Definition& definition, const std::string& found,
+void CheckSpelling(Spelling spelling, const Definition& definition, const std::string& found, MediaKind media,
                    Findings* findings);
 
 // The file that the player opened for a name, as this machine names it: the named one or a substitute. Empty

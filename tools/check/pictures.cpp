@@ -73,7 +73,8 @@ void CheckLoaded(Subject* subject, const Definition& definition, const CDib& dib
     file->width = dib.GetWidth();
     file->height = dib.GetHeight() < 0 ? static_cast<int>(-int64_t{dib.GetHeight()}) : dib.GetHeight();
     file->bytes = dib.m_nDataSize;
-    CheckSpelling(CompareSpelling(definition.name, file->found), definition, file->found, &subject->findings);
+    CheckSpelling(CompareSpelling(definition.name, file->found), definition, file->found, MediaKind::kPicture,
+                  &subject->findings);
     CheckShape(subject, definition, dib, *file, IsConverted(file->found));
     const bool whole = subject->chart->m_aBgaDef[file->number].nBmp == 0 &&
                        subject->tables.picture_uses[static_cast<size_t>(file->number)].objects > 0;

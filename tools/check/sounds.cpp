@@ -130,7 +130,8 @@ void CheckFound(Subject* subject, const Definition& definition, const CDSBuffer&
                 bool converted, bool plain) {
     Findings& findings = subject->findings;
     const Place place = definition.NamePlace();
-    CheckSpelling(CompareSpelling(definition.name, file.found), definition, file.found, &findings);
+    CheckSpelling(CompareSpelling(definition.name, file.found), definition, file.found, MediaKind::kSound,
+                  &findings);
     if (!plain) {
         findings.Add(place, "sound-format", [&] {
             return Quote(definition.name) + " is " + file.format + "; only some players read it";

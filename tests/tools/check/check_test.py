@@ -22,6 +22,7 @@ import wave
 TOOL, SOURCE = map(os.path.abspath, sys.argv[1:3])
 UPDATE = "--update" in sys.argv
 CHARTS = os.path.join(SOURCE, "tests", "tools", "check", "charts")
+TONE = os.path.join(SOURCE, "tests", "platform", "substitutes", "data", "tone.mp3")
 failures = []
 seen = set()  # codes in reports
 
@@ -323,7 +324,8 @@ def test_fix(folder):
     os.makedirs(path("snd"))
     os.makedirs(path("d.d"))
     for source, name in ("a.wav", "snd/kick.wav"), ("a.wav", "b.wav"), ("a.wav", "\u30bd.wav"), \
-            ("a.wav", "blank.wav "), ("song.ogg", "song.ogg"), ("song.ogg", "d.d/\u30bd.ogg"), ("pic.png", "pic.png"):
+            ("a.wav", "blank.wav "), ("song.ogg", "song.ogg"), ("song.ogg", "d.d/\u30bd.ogg"), ("pic.png", "pic.png"), \
+            ("pic.png", "film.png"), (TONE, "tone.ogg"), (TONE, "real.mp3"):
         shutil.copy(os.path.join(CHARTS, source), path(name))
     head = b"#BPM 120\r\n"
     for before, after in [
@@ -333,6 +335,8 @@ def test_fix(folder):
             (head + b"#WAV01 SND\\Kick.WAV \r\n#WAV02 song.wav\tx\r\n#BMP01 pic.bmp\r\n",
              head + b"#WAV01 snd/kick.wav\r\n#WAV02 song.ogg\tx\r\n#BMP01 pic.png\r\n"),
             (b"#WAV01 snd\\kick.wav\r\n#wav02  \r\n", b"#WAV01 snd/kick.wav\r\n#wav02  \r\n"),
+            (b"#WAV01 tone.wav\r\n#WAV02 real.wav\r\n#BMP01 film.mpg\r\n",
+             b"#WAV01 tone.wav\r\n#WAV02 real.mp3\r\n#BMP01 film.mpg\r\n"),
             (b"#WAV01 d.d\\\xe3\x82\xbd\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n"),
             (b"#00111:01\r \r\n#00211:01", b"#00111:01\r\n \r\n#00211:01"),
             (b"#WAV01 d.d/\xe3\x82\xbd\n#WAV02 b.wav\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n#WAV02 b.wav\r\n"),
