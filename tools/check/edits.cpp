@@ -67,11 +67,12 @@ void Edits::Take(const Proposal& proposal, int64_t offset) {
     const bool named = proposal.code != kMark && proposal.code != kBlanks;
     if (at > text_.size() || text_.substr(at, proposal.from.size()) != proposal.from) return;
     if (named && !IsName(text_, at)) return;
-    // Where the edit of a line end would have the same offset, it comes alone; the next pass has this one.
+    // No two edits have one offset, so that their order never matters; the next pass has the second one.
     const size_t end = at + proposal.from.size();
     if (lone_cr_ && at > 0 && text_[at - 1] == '\r') return;
     if (lone_lf_ && proposal.to.size() > proposal.from.size() && text_.substr(end, 1) == "\n") return;
-    if (!listed_.empty() && listed_.back().offset + listed_.back().length > offset) return;
+    if (!listed_.empty() && listed_.back().offset + std::max<int64_t>(listed_.back().length, 1) > offset)
+        return;
     AddDifferences(proposal, offset, &listed_);
     ++mended_;
 }

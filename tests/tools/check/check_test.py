@@ -304,6 +304,7 @@ def apply_edits(chart):
     with open(chart["file"], "rb") as file:
         text = file.read()
     edits = [edit for finding in chart["findings"] for edit in finding.get("edits", [])]
+    expect(len({edit["offset"] for edit in edits}) == len(edits), f"edits at one offset: {edits}")
     for edit in sorted(edits, key=lambda edit: edit["offset"], reverse=True):
         text = text[:edit["offset"]] + edit["text"].encode("ascii") + text[edit["offset"] + edit["length"]:]
     return text
@@ -337,6 +338,7 @@ def test_fix(folder):
             (b"#WAV01 snd\\kick.wav\r\n#wav02  \r\n", b"#WAV01 snd/kick.wav\r\n#wav02  \r\n"),
             (b"#WAV01 tone.wav\r\n#WAV02 real.wav\r\n#BMP01 film.mpg\r\n",
              b"#WAV01 tone.wav\r\n#WAV02 real.mp3\r\n#BMP01 film.mpg\r\n"),
+            (b"#WAV01 song\t\r\n#WAV02 song\t x\r\n", b"#WAV01 song.ogg\r\n#WAV02 song.ogg\t x\r\n"),
             (b"#WAV01 d.d\\\xe3\x82\xbd\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n"),
             (b"#00111:01\r \r\n#00211:01", b"#00111:01\r\n \r\n#00211:01"),
             (b"#WAV01 d.d/\xe3\x82\xbd\n#WAV02 b.wav\r\n", b"#WAV01 d.d/\xe3\x82\xbd.ogg\r\n#WAV02 b.wav\r\n"),
