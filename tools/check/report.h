@@ -13,7 +13,8 @@ constexpr int kJsonVersion = 1;
 
 // A chart that could not be checked.
 struct Failure {
-    std::string file, why;
+    std::string file;
+    std::string why;  // as ShownName makes it
 };
 
 struct TextStyle {

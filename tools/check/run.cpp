@@ -204,7 +204,7 @@ void Report::Piece(size_t item, std::string_view piece) {
 }
 
 void Report::Fail(size_t item, const std::string& why) {
-    const Failure failure = {ShownAs(charts_[item], options_), why};
+    const Failure failure = {ShownAs(charts_[item], options_), ShownName(why)};
     std::fflush(stdout);  // a terminal shows both in order
     tools::Complain(kUnreadable, failure.file + ": " + why);
     std::string out;

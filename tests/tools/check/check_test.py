@@ -150,6 +150,13 @@ def test_settings(folder):
         found = re.findall(r"\[(.*)\]$", report, re.M)
         expect(code == want and found == codes.split(), f"{settings!r} {arguments}: {code} {found} {errors}")
         expect((code == 2) == ("lumetra-check.toml:1: " in errors), errors)
+    odd = os.path.join(os.fsencode(folder), b"\xff")
+    os.rename(os.path.join(folder, "a"), odd)
+    with open(os.path.join(odd, b"lumetra-check.toml"), "w", encoding="ascii") as file:
+        file.write(r'ignore = ["\n::warning title=forged::"]')
+    for form in "github", "json", "sarif":
+        report = run("--format", form, odd)[1]
+        expect(r"unknown code: \x0A::warning" in report.replace(r"\\", "\\"), f"{form}: {report[-500:]}")
 
 
 def bytes_read():
