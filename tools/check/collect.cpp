@@ -17,17 +17,17 @@ bool IsChartName(const std::string& name) {
     return ends(".bms") || ends(".bme") || ends(".bml") || ends(".pms");
 }
 
-void Walk(const std::string& folder, std::vector<std::string>* charts, std::vector<std::string>* errors) {
+void Walk(const std::string& folder, std::vector<std::string>* charts, std::vector<Failure>* failures) {
     std::error_code error;
     std::vector<fs::directory_entry> entries;
     for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
         entries.push_back(*it);
-    if (error) errors->push_back(folder + ": " + error.message());
+    if (error) failures->push_back({folder, error.message()});
     std::sort(entries.begin(), entries.end());
     for (const fs::directory_entry& entry : entries) {
         const std::string name = entry.path().filename();
         if (entry.is_directory(error) && !entry.is_symlink(error)) {
-            if (name[0] != '.') Walk(entry.path(), charts, errors);
+            if (name[0] != '.') Walk(entry.path(), charts, failures);
         } else if (IsChartName(name) && entry.is_regular_file(error)) {
             charts->push_back(entry.path());
         }
@@ -51,16 +51,16 @@ std::string ReadStandardInput(SharedBytes* bytes) {
 }
 
 std::vector<std::string> CollectCharts(const std::vector<std::string>& names,
-                                       std::vector<std::string>* errors) {
+                                       std::vector<Failure>* failures) {
     std::vector<std::string> charts;
     for (const std::string& name : names) {
         std::error_code error;
-        const size_t before = charts.size() + errors->size();
+        const size_t before = charts.size() + failures->size();
         if (name == "-" || !fs::is_directory(name, error))
             charts.push_back(name);
         else
-            Walk(name, &charts, errors);
-        if (charts.size() + errors->size() == before) errors->push_back(name + ": no chart found");
+            Walk(name, &charts, failures);
+        if (charts.size() + failures->size() == before) failures->push_back({name, "no chart found"});
     }
     return charts;
 }

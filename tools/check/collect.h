@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "check/report.h"
 #include "platform/byteblock.h"
 
 namespace check {
@@ -12,9 +13,8 @@ namespace check {
 std::string ReadStandardInput(SharedBytes* bytes);
 
 // Files as they are given, folders replaced by the charts in them and below, sorted by name. Hidden folders
-// and links to folders are skipped. Adds an error message for each folder that cannot be read or has no
+// and links to folders are skipped. Adds a failure for each folder that cannot be read or has no
 // charts.
-std::vector<std::string> CollectCharts(const std::vector<std::string>& names,
-                                       std::vector<std::string>* errors);
+std::vector<std::string> CollectCharts(const std::vector<std::string>& names, std::vector<Failure>* failures);
 
 }  // namespace check

@@ -11,10 +11,10 @@ namespace check {
 
 constexpr int kJsonVersion = 1;
 
-// A chart that could not be checked.
+// A chart that could not be checked or fixed, or a folder without charts.
 struct Failure {
-    std::string file;
-    std::string why;  // as ShownName makes it
+    std::string file;  // empty in SARIF: the whole run
+    std::string why;   // as ShownName makes it
 };
 
 struct TextStyle {

@@ -39,6 +39,7 @@ void WriteFindings(const Subject& subject, Json* json) {
     json->End(']');
     json->Member("fixable", subject.edits.Mended());
     if (subject.edited >= 0) json->Member("fixed", subject.edited);
+    if (!subject.not_fixed.empty()) json->Member("notFixed", subject.not_fixed);
     json->Key("editsListed");
     json->Flag(edits.whole);
     json->Key("leftOut");

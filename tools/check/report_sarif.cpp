@@ -152,7 +152,7 @@ void WriteSarifEnd(const std::vector<Failure>& failures, std::string* out) {
         json.Begin('{');
         json.Member("level", "error");
         WriteMessage("message", failure.why, &json);
-        WriteLocation(failure.file, nullptr, &json);
+        if (!failure.file.empty()) WriteLocation(failure.file, nullptr, &json);
         json.End('}');
     }
     json.End(']');

@@ -56,6 +56,7 @@ public:
             if (outcome.subject) {
                 Subject& subject = *outcome.subject;
                 subject.file_name = ShownAs(charts_[item], options_);
+                subject.not_fixed = ShownName(why);
                 if (!options_.diff) Report(subject, rules, sink);
                 result.code = outcome.differs || Fails(subject.findings, rules.FailOn()) ? kFindings : kClean;
                 if (!why.empty()) result.code = kOutput;
@@ -158,14 +159,14 @@ public:
         : options_(options),
           charts_(charts),
           out_(options.fix && charts.size() == 1 && charts[0] == "-" ? stderr : stdout) {}
-    void Begin();
+    void Begin(const std::vector<Failure>& folders);  // folders: those without charts
     void Piece(size_t item, std::string_view piece);
     bool Done(size_t item, const std::string* bytes);  // false when nothing more can be written
     int End();
 
 private:
     void Separate();
-    void Fail(size_t item, const std::string& why);
+    void Fail(int code, const std::string& file, const std::string& why);
     void Write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), out_); }
 
     const Options& options_;
@@ -177,7 +178,7 @@ private:
     int code_ = kClean;
 };
 
-void Report::Begin() {
+void Report::Begin(const std::vector<Failure>& folders) {
     if (options_.format == Format::kJson) {
         Write("{\"format\":\"lumetra-check\",\"version\":" + std::to_string(kJsonVersion) +
               ",\"program\":\"" LUMETRA_VERSION "\",\"charts\":[\n");
@@ -185,6 +186,10 @@ void Report::Begin() {
         std::string head;
         WriteSarifHead(LUMETRA_VERSION, &head);
         Write(head);
+    }
+    for (const Failure& folder : folders) {
+        Fail(kUnreadable, folder.file, folder.why);
+        begun_ = false;
     }
 }
 
@@ -203,15 +208,18 @@ void Report::Piece(size_t item, std::string_view piece) {
     Write(piece);
 }
 
-void Report::Fail(size_t item, const std::string& why) {
-    const Failure failure = {ShownAs(charts_[item], options_), ShownName(why)};
+// code: of what went wrong; a chart that could only not be fixed has its own member in JSON.
+void Report::Fail(int code, const std::string& file, const std::string& why) {
+    const Failure failure = {file, ShownName(why)};
     std::fflush(stdout);  // a terminal shows both in order
-    tools::Complain(kUnreadable, failure.file + ": " + why);
-    std::string out;
-    if (options_.format == Format::kJson) WriteUnreadableJson(failure, &out);
-    if (options_.format == Format::kGithub) WriteGithubFailure(failure, &out);
-    Piece(item, out);
+    code_ = std::max(code_, tools::Complain(code, file + ": " + why));
     failures_.push_back(failure);
+    std::string out;
+    if (options_.format == Format::kJson && code == kUnreadable) WriteUnreadableJson(failure, &out);
+    if (options_.format == Format::kGithub) WriteGithubFailure(failure, &out);
+    if (out.empty()) return;
+    Separate();
+    Write(out);
 }
 
 bool Report::Done(size_t item, const std::string* bytes) {
@@ -223,12 +231,7 @@ bool Report::Done(size_t item, const std::string* bytes) {
         result.statistics.charts = result.statistics.unreadable = 1;
     }
     const std::string why = bytes ? bytes->substr(sizeof result) : "the check ended without a result";
-    if (result.code == kUnreadable) {
-        Fail(item, why);
-    } else if (!why.empty()) {
-        std::fflush(stdout);
-        tools::Complain(kOutput, ShownAs(charts_[item], options_) + ": " + why);
-    }
+    if (result.code == kUnreadable || !why.empty()) Fail(result.code, ShownAs(charts_[item], options_), why);
     statistics_.Add(result.statistics);
     code_ = std::max<int>(code_, result.code);
     begun_ = false;
@@ -246,6 +249,7 @@ int Report::End() {
         }
         out += "}\n";
     } else if (options_.format == Format::kSarif) {
+        if (tools::Stopped()) failures_.push_back({"", "stopped before all charts were checked"});
         WriteSarifEnd(failures_, &out);
     } else if (options_.statistics) {
         WriteStatisticsText(statistics_, &out);
@@ -258,10 +262,8 @@ int Report::End() {
 }  // namespace
 
 int CheckAll(const Options& options) {
-    std::vector<std::string> errors;
-    const std::vector<std::string> charts = CollectCharts(options.charts, &errors);
-    int code = kClean;
-    for (const std::string& error : errors) code = tools::Complain(kUnreadable, error);
+    std::vector<Failure> folders;
+    const std::vector<std::string> charts = CollectCharts(options.charts, &folders);
     SharedBytes input;
     if (std::find(charts.begin(), charts.end(), "-") != charts.end()) {
         const std::string error = ReadStandardInput(&input);
@@ -270,13 +272,13 @@ int CheckAll(const Options& options) {
     if (options.fix) tools::CatchSignals();  // a file that is being written is written whole or not at all
     ChartChecker checker(options, charts, input);
     Report report(options, charts);
-    report.Begin();
+    report.Begin(folders);
     std::fflush(stdout);
     tools::RunInOrder(charts.size(), options.jobs,
                       [&](size_t item, const tools::Sink& sink) { return checker.Check(item, sink); },
                       {[&](size_t item, std::string_view piece) { report.Piece(item, piece); },
                        [&](size_t item, const std::string* result) { return report.Done(item, result); }});
-    return std::max(code, report.End());
+    return report.End();
 }
 
 }  // namespace check

@@ -72,6 +72,7 @@ struct Subject {
     std::unique_ptr<char[]> text;  // of the file, with a NUL after its end; for the edits
     Edits edits;                   // that would mend findings
     int64_t edited = -1;           // how many were made before this check; -1: not asked for
+    std::string not_fixed;         // why they could not be written; empty: they were
 };
 
 // Minutes, seconds and milliseconds.

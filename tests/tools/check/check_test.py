@@ -93,9 +93,9 @@ def test_folders_and_formats():
     for jobs in "1", "3":
         got = run("--strict", "--all", "-j", jobs, "charts", folder=os.path.dirname(CHARTS))[1]
         expect(got == "\n".join(reports), f"order of {jobs} jobs")
-    compare("reports.github", run("--strict", "--format", "github", *names, "gone%.bms")[1])
+    compare("reports.github", run("--strict", "--format", "github", *names, "gone%.bms", "s")[1])
     compare("reports.statistics", run("--statistics", "--strict", *names)[1])
-    log = json.loads(run("--format=sarif", *names, "gone.bms")[1])["runs"][0]
+    log = json.loads(run("--format=sarif", *names, "gone.bms", "s")[1])["runs"][0]
     rules = [rule["id"] for rule in log["tool"]["driver"]["rules"]]
     found = []
     for result in log["results"]:
@@ -106,7 +106,12 @@ def test_folders_and_formats():
                      f"[{result['ruleId']}]")
     listed = re.findall(r"charts/(.*\])$", "\n".join(reports), re.M)
     expect(found == listed, "results of SARIF")
-    expect(not log["invocations"][0]["executionSuccessful"], "a chart that cannot be read")
+    said, = log["invocations"]
+    told = [(note["locations"][0]["physicalLocation"]["artifactLocation"]["uri"], note["message"]["text"])
+            for note in said["toolExecutionNotifications"]]
+    want = [("s", "no chart found"), ("gone.bms", "No such file or directory")]
+    expect(not said["executionSuccessful"] and told == want,
+           f"charts that cannot be read: {said}")
     name = "charts/sounds.bms"
     with open(os.path.join(CHARTS, "sounds.bms"), "rb") as chart:
         got = run("--strict", "--all", "--path", name, "-", folder=os.path.dirname(CHARTS), text=chart.read())[1]
@@ -185,7 +190,7 @@ def test_files_are_found_once():
 
 
 def test_json():
-    code, output, _ = run("--json", "values.bms", "sounds.bms", "pictures.bms", "empty.bms", "gone.bms")
+    code, output, _ = run("--json", "values.bms", "sounds.bms", "pictures.bms", "empty.bms", "gone.bms", "s")
     expect(code == 2, f"exit code {code}")
     output = output.replace(CHARTS, "FOLDER")
     compare("reports.json", re.sub(r'"program":"[0-9.]+"', '"program":"VERSION"', output))
@@ -381,8 +386,11 @@ def test_fix(folder):
         write("c.bms", b"#TITLE a \r\n#00111:01")
         protect()
         code, report, errors = run("--fix", "c.bms", folder=folder)
+        chart, = json.loads(run("--fix", "--json", "c.bms", folder=folder)[1])["charts"]
+        log = json.loads(run("--fix", "--format=sarif", "c.bms", folder=folder)[1])["runs"][0]
         resource.setrlimit(resource.RLIMIT_FSIZE, (-1, -1))
         expect(code == 3 and text in errors and "--fix mends 1" in report, f"{code} {report} {errors}")
+        expect(text in chart["notFixed"] and not log["invocations"][0]["executionSuccessful"], f"{chart} {log}")
         expect(content("c.bms").startswith(b"#TITLE a \r"), "a protected file")
         if os.path.exists(path("two.bms")):
             os.remove(path("two.bms"))
