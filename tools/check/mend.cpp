@@ -32,9 +32,12 @@ SharedBytes ReadAll(int fd, size_t size) {
     return block;
 }
 
-bool IsSame(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
-           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
+// Whether the file is still as it was read. *now: what it is.
+bool IsUnchanged(const ChartFile& file, struct stat* now) {
+    const struct stat &a = *now, &b = file.status;
+    return stat(file.path.c_str(), now) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino &&
+           a.st_size == b.st_size && a.st_mtim.tv_sec == b.st_mtim.tv_sec &&
+           a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
 }
 
 // False without memory.
@@ -81,15 +84,17 @@ std::string ReadChartFile(const std::string& name, ChartFile* file) {
 }
 
 std::string ReplaceChartFile(const ChartFile& file, const ByteBlock& bytes, bool* changed) {
+    constexpr char kChanged[] = "not fixed: it was changed meanwhile";
     struct stat now = {};
-    *changed = stat(file.path.c_str(), &now) != 0 || !IsSame(now, file.status);
-    if (*changed) return "not fixed: it was changed meanwhile";
+    *changed = !IsUnchanged(file, &now);
+    if (*changed) return kChanged;
     if (now.st_nlink > 1) return "not fixed: it has other names (hard links), which would keep the old text";
     if ((now.st_mode & 0222) == 0) return "not fixed: it is write-protected";
     tools::Output out;
-    const bool done =
-        out.Open(file.path) && out.Write(bytes.Data(), bytes.Size()) && out.Sync() && out.Commit();
-    return done ? "" : "not fixed: " + out.error();
+    const bool written = out.Open(file.path) && out.Write(bytes.Data(), bytes.Size()) && out.Sync();
+    *changed = written && !IsUnchanged(file, &now);  // writing to the disk takes its time
+    if (*changed) return kChanged;
+    return written && out.Commit() ? "" : "not fixed: " + out.error();
 }
 
 bool CheckAndMend(const std::function<std::unique_ptr<Subject>()>& make, const SharedBytes& bytes,
