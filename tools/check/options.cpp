@@ -78,6 +78,7 @@ std::string SetColor(const std::string& value, Options* options) {
 }
 
 std::string SetSelect(const std::string& value, Options* options) {
+    if (value.empty()) return "--select: no code given";
     if (!options->rules.select) options->rules.select.emplace();
     return AddCodes(value, &*options->rules.select);
 }

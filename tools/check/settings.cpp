@@ -2,7 +2,9 @@
 
 #include <toml++/toml.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
@@ -33,21 +35,26 @@ std::string ReadCodes(const toml::node& node, CodeSet* codes) {
 
 std::string ReadSetting(std::string_view key, const toml::node& node, Rules* rules) {
     if (key == "ignore") return ReadCodes(node, &rules->ignore);
-    if (key == "select") return ReadCodes(node, &rules->select.emplace());
+    if (key == "select") {
+        const std::string error = ReadCodes(node, &rules->select.emplace());
+        return error.empty() && rules->select->none() ? At(node, "no code given") : error;
+    }
     if (key != "fail-on") return At(node, "unknown setting: " + std::string(key));
     rules->fail_on = SeverityOf(node.value_or(std::string_view()));
     return rules->fail_on ? "" : At(node, "fail-on is error, warning or note");
 }
 
-// Empty without *exists if there is no such regular file.
-std::string ReadFile(const std::string& path, bool* exists) {
+// *exists: whether there is such a regular file. Returns an error message, or an empty string.
+std::string ReadFile(const std::string& path, bool* exists, std::string* text) {
     std::error_code error;
     *exists = fs::is_regular_file(path, error);  // opening a pipe would wait
     if (!*exists) return "";
     const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
-    std::string text(kMostBytes, '\0');
-    text.resize(file ? std::fread(text.data(), 1, text.size(), file.get()) : 0);
-    return text;
+    if (!file) return std::string("1: ") + std::strerror(errno);
+    text->resize(kMostBytes);
+    text->resize(std::fread(text->data(), 1, text->size(), file.get()));
+    if (std::ferror(file.get())) return "1: cannot be read";
+    return text->size() == kMostBytes ? "1: too large" : "";
 }
 
 }  // namespace
@@ -83,10 +90,9 @@ const SettingsFinder::Found& SettingsFinder::InFolder(const std::string& folder)
     if (!fresh) return found;
     const std::string path = (folder == "/" ? "" : folder) + "/" + kFileName;
     bool exists = false;
-    const std::string text = ReadFile(path, &exists);
+    std::string text, error = ReadFile(path, &exists, &text);
     if (exists) {
-        const std::string error =
-            text.size() == kMostBytes ? "1: too large" : ReadSettings(text, &found.rules);
+        if (error.empty()) error = ReadSettings(text, &found.rules);
         if (!error.empty()) found.error = path + ":" + error;
     } else if (folder.size() > 1) {
         found = InFolder(FolderOf(folder));

@@ -148,7 +148,7 @@ def test_settings(folder):
             ("fail-on = 'error'\nignore = ['sound-missing']", "--fail-on warning", 1, "unknown-command"),
             ("select = ['tab']", "", 0, ""), ("select = ['tab']", "--select no-tempo", 0, "no-tempo"),
             ("ignore = ['tabb']", "", 2, ""), ("ignore = 'tab'", "", 2, ""), ("[x]", "", 2, ""),
-            ("a = [", "", 2, "")]:
+            ("a = [", "", 2, ""), ("select = []", "", 2, "")]:
         with open(os.path.join(folder, "a", "lumetra-check.toml"), "w", encoding="ascii") as file:
             file.write(settings)
         code, report, errors = run(*arguments.split(), chart)
@@ -211,7 +211,8 @@ def test_exit_codes():
             ("--modern --strict --all --random 2 young.bms", 1, "branch 2 of 2"),
             ("--modern --strict --all --seed 2 young.bms", 1, "branch 1 of 2"),
             ("--modern --strict --all --seed 3 young.bms", 1, "branch 2 of 2"),
-            ("--select tabb clean.bms", 2, "unknown code: tabb"), ("--format xml .", 2, "format: xml"),
+            ("--select tabb clean.bms", 2, "unknown code: tabb"),
+            ("--select= channels.bms", 2, "no code given"), ("--format xml .", 2, "format: xml"),
             ("--explain nul", 0, "## nul\n"), ("--path x clean.bms", 2, "--path"),
             ("s", 2, "s: no chart found"),
             ("--color always no_tempo.bms --strict", 1, "\x1b[1;36mnote\x1b[0m: no #BPM"),
