@@ -149,7 +149,7 @@ ExitCode RenderPreviews(const Options& options, const std::function<ExitCode(con
     std::vector<PreviewJob> jobs;
     // A preview of one chart may have the name of another's sound.
     tools::OutputRules rules(true);
-    for (const std::string& chart : charts) ProtectNamed(chart, &rules);
+    for (size_t i = 0; options.force && i < charts.size(); ++i) ProtectNamed(charts[i], &rules);
     std::set<std::string> outputs;
     for (const PreviewJob& job : NamePreviews(charts, options.output_dir)) {
         if (!outputs.insert(tools::FollowLinks(job.output)).second)

@@ -7,7 +7,10 @@
 #include "chart/bms.h"
 #include "common/output.h"
 #include "common/output_rules.h"
+#include "platform/ascii.h"
 #include "platform/files/files.h"
+#include "platform/files/lookup.h"
+#include "platform/substitutes/substitute.h"
 #include "render/audio_file.h"
 #include "render/strip.h"
 #include "system/globals.h"
@@ -15,9 +18,16 @@
 namespace render {
 namespace {
 
-// Files of header lines such as #STAGEFILE, which the player does not open. A preview is what renderers
-// write.
-void ProtectHeaders(const std::string& chart, tools::OutputRules* rules) {
+// Of what substitutes for the name: by its ending, or else by the line.
+MediaKind KindOfLine(std::string_view line, std::string_view name) {
+    const MediaKind kind = KindOfName(name);
+    if (kind == MediaKind::kNone && AsciiEqual(line.substr(0, 4), "#WAV")) return MediaKind::kSound;
+    return kind == MediaKind::kNone && AsciiEqual(line.substr(0, 4), "#BMP") ? MediaKind::kPicture : kind;
+}
+
+// Also files of header lines such as #STAGEFILE, which the player does not open. A preview is what renderers
+// write. Every file that may substitute for a name is protected: to know which one does takes decoding it.
+void ProtectLines(const std::string& chart, tools::OutputRules* rules) {
     std::vector<uint8_t> bytes;
     std::string why;
     if (!tools::ReadFile(chart, BMS_FILE_LIMIT, &bytes, &why)) return;
@@ -30,8 +40,10 @@ void ProtectHeaders(const std::string& chart, tools::OutputRules* rules) {
         const size_t blank = line.find_first_of(" \t"), name = line.find_first_not_of(" \t", blank);
         if (line.empty() || line[0] != '#' || name == line.npos || line.substr(0, 8) == "#PREVIEW") continue;
         const std::string_view rest = line.substr(name, line.find_last_not_of(" \t") + 1 - name);
-        const std::string found = FileFind((folder + std::string(rest)).c_str());
-        if (!found.empty()) rules->Protect(found);
+        const std::string path = folder + std::string(rest), found = FindNamed(path);
+        rules->Protect(found);
+        if (!found.empty()) continue;
+        for (const std::string& other : SubstitutePaths(path, KindOfLine(line, rest))) rules->Protect(other);
     }
 }
 
@@ -49,7 +61,7 @@ void ProtectInputs(const std::string& chart, tools::OutputRules* rules) {
 void ProtectNamed(const std::string& chart, tools::OutputRules* rules) {
     const std::string found = FileFind(chart.c_str());
     for (const std::string& name : {chart, found}) rules->Protect(name);
-    ProtectHeaders(found, rules);
+    ProtectLines(found, rules);
 }
 
 std::string PictureName(const Options& options, size_t index) {

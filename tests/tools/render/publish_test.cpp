@@ -4,6 +4,7 @@
 #include <sndfile.h>
 
 #include <cmath>
+#include <fstream>
 
 #include "tools/render/render_support.h"
 
@@ -130,6 +131,22 @@ TEST_F(Render, PreviewsOfOneFolderDoNotShareAName) {
     }
     for (const char* name : {"s.bms.ogg", "s.bme.ogg", "s.ogg"})
         EXPECT_TRUE(fs::exists(folder_.Path(std::string("out/p/") + name))) << name;
+}
+
+TEST_F(Render, PreviewsSpareSubstitutesAndReadNoneForNothing) {
+    const auto bytes_read = [] {  // by this process and those that it has waited for
+        std::ifstream counts("/proc/self/io");
+        int64_t count = 0;
+        counts.ignore(7) >> count;
+        return count;
+    };
+    folder_.Write("all/x.bms", "#WAV01 y\r\n#WAV02 y.wav\r\n#00111:01\r\n");
+    folder_.Write("all/y.bms", "#00111:01\r\n");
+    folder_.Write("all/y.ogg", "OggS" + std::string(8 << 20, '\0'));
+    ExpectSays(Run("--force --preview --output-dir ../all ../all"), 1, "y.ogg: is an input", "force");
+    const int64_t before = bytes_read();
+    ExpectSays(Run("--preview --output-dir ../all ../all"), 0, "0 written, 2 skipped", "again");
+    EXPECT_LT(bytes_read() - before, 8 << 20);
 }
 
 TEST_F(Render, StripShowsTheWholeChart) {
