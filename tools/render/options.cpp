@@ -1,5 +1,6 @@
 #include "render/options.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "common/arguments.h"
@@ -22,7 +23,7 @@ const char kHelp[] =
     "                      or as DIR/NAME.ogg for --output-dir DIR, on all cores\n"
     "    --from START        m12, 20s or 35% (default: the densest passage, from a measure on)\n"
     "    --length S          seconds (default 30)\n"
-    "    --fade S            fade out at its end, seconds (default 2)\n"
+    "    --fade S            fade out at its end, seconds (default 2, or all of a shorter one)\n"
     "    --trim              leave out silence at both ends\n"
     "  --video FILE        picture and sound; the suffix selects the format (needs ffmpeg)\n"
     "  --png DIR --at LIST a picture at each chart time of the comma-separated list: milliseconds,\n"
@@ -213,6 +214,7 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
         else
             options->charts.push_back(words.name());
     }
+    if (options->fade < 0) options->fade = std::min(2.0, options->length);
     if (why->empty()) *why = Wrong(*options);
     if (!options->charts.empty()) options->chart = options->charts[0];
     if (options->preview) options->from = -1;

@@ -47,7 +47,7 @@ struct Options {
     AudioQuality quality;
     std::optional<double> loudness;  // LUFS
     bool preview = false, trim = false;
-    double length = 30, fade = 2;  // of a preview, seconds
+    double length = 30, fade = -1;  // of a preview, seconds; fade -1: none given, ParseOptions sets it
     PassageStart start;
     std::string output_dir;
     std::string strip;  // empty: not wanted

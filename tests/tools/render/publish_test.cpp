@@ -102,6 +102,14 @@ TEST_F(Render, PreviewIsTheDensestPassageAsItSoundsInTheWhole) {
         EXPECT_EQ(passage.back(), 0);
         EXPECT_NEAR(passage[7 * 44100], same[7 * 44100] / 2, 2);
     }
+    // The fade is no longer than the passage, and every chart has a passage.
+    folder_.Write("song/fast.bms", "#BPM 1e9\r\n#WAV01 long.wav\r\n#00111:01\r\n");
+    for (const char* chart : {"song.bms", "fast.bms"}) {
+        ASSERT_EQ(Run(std::string("--preview --length 1 --audio p.wav ../song/") + chart).text, "");
+        const std::vector<int16_t> passage = Samples(Out("p.wav"));
+        ASSERT_EQ(passage.size(), 2u * 44100) << chart;
+        EXPECT_NEAR(std::abs(passage[66150]), 4096, 2) << chart;
+    }
 }
 
 TEST_F(Render, PreviewsManyChartsAndOutlivesBrokenOnes) {
