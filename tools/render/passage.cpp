@@ -62,7 +62,9 @@ int64_t StartOfPassage(const PassageStart& wanted, int64_t length) {
             }
         }
     }
-    return start < end ? start : -1;
+    // Measures that take less than a millisecond begin at the end.
+    const bool inside = start < end || (wanted.kind == PassageStart::kDensest && start == end);
+    return inside ? start : -1;
 }
 
 int64_t EarliestHeard(int64_t time) {
