@@ -91,7 +91,10 @@ inline constexpr Explanation kObjectExplanations[] = {
      "Packages often hold Ogg or PNG files where the chart names WAV and BMP. This player converts them, but "
      "not "
      "every player does.",
-     "#WAV01 kick.wav", "Nothing, or name the file that exists if your players need it."},
+     "#WAV01 kick.wav", "Nothing, or name the file that exists if your players need it.",
+     "`--fix` writes the ending of the file that substitutes, unless the player would not read the file "
+     "under "
+     "that name, or the name is that of a film."},
     {"over-budget",
      "The player bounds what all files of one chart may take: 1 GiB of pictures and 2 GiB of decoded sounds. "
      "Beyond "
