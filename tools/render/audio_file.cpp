@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "render/ogg_serial.h"
+
 namespace render {
 namespace {
 
@@ -95,12 +97,14 @@ bool AudioFile::Open(const std::string& name, const AudioQuality& quality) {
     SF_VIRTUAL_IO calls = Medium::Calls();
     file_.reset(sf_open_virtual(&calls, SFM_WRITE, &info, &medium_));
     if (!file_) return Fail(sf_strerror(nullptr));
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);  // it holds the time of day
     double vorbis_quality = kVorbisQuality;
     sf_command(file_.get(), SFC_SET_VBR_ENCODING_QUALITY, &vorbis_quality, sizeof vorbis_quality);
     return true;
 }
 
 void AudioFile::SetTags(const std::string& title, const std::string& artist) {
+    tags_ = title + '\n' + artist;
     if (!title.empty()) sf_set_string(file_.get(), SF_STR_TITLE, title.c_str());
     if (!artist.empty()) sf_set_string(file_.get(), SF_STR_ARTIST, artist.c_str());
 }
@@ -129,7 +133,8 @@ bool AudioFile::Write(const float* samples, int64_t frames) {
 bool AudioFile::Commit() {
     const bool closed = sf_close(file_.release()) == 0;
     if (medium_.error) return Fail(std::strerror(medium_.error));
-    if (!closed) return Fail("the file could not be finished");
+    if (!closed || (lossy_ && !SetOggSerial(medium_.fd, tags_)))
+        return Fail("the file could not be finished");
     if (!out_.Commit()) return error_ = out_.error(), false;
     return true;
 }

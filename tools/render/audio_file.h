@@ -36,7 +36,7 @@ private:
     bool Fail(const std::string& why);
     int64_t WriteBlock(const float* samples, int64_t frames);
 
-    std::string name_, error_;
+    std::string name_, error_, tags_;
     tools::Output out_;
     AudioQuality quality_;
     bool lossy_ = false;

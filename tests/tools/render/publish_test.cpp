@@ -58,6 +58,10 @@ TEST_F(Render, WritesAudioOfEveryFormat) {
         EXPECT_EQ(sound.format, row.format) << row.file;
         EXPECT_LE(Difference(sound, plain), row.difference) << row.file;
         EXPECT_EQ(sound.title, "曲") << row.file;
+        const std::string bytes = Out(row.file);
+        EXPECT_EQ(bytes.find("PEAK"), bytes.npos) << "the time of day is in it";
+        Run(std::string("--audio ") + row.file + " " + row.arguments + " ../song/song.bms");
+        EXPECT_TRUE(Out(row.file) == bytes) << row.file;
     }
 }
 
