@@ -11,6 +11,7 @@ namespace render {
 
 const char kHelp[] =
     "Usage: lumetra-render [options] CHART\n"
+    "       lumetra-render --preview [options] --output-dir DIR CHART|FOLDER...\n"
     "\n"
     "Renders a chart to files, faster than real time and identically on every run.\n"
     "\n"
@@ -19,9 +20,9 @@ const char kHelp[] =
     "    --bits 16|24        of .wav and .flac (default 16)\n"
     "    --float             32-bit floats, of .wav\n"
     "    --normalize LUFS    bring to this loudness (EBU R128) with true peaks below -1 dBTP\n"
-    "  --preview           a passage of each chart, also of the charts in folders, for --audio FILE\n"
-    "                      or as DIR/NAME.ogg for --output-dir DIR, on all cores\n"
-    "    --from START        m12, 20s or 35% (default: the densest passage, from a measure on)\n"
+    "  --preview           a passage of one chart (--audio FILE), or of many charts and folders\n"
+    "                      (--output-dir DIR: DIR/NAME.ogg), on all cores\n"
+    "    --from START        m12, 20s or 35% (default: the densest passage that starts on a measure)\n"
     "    --length S          seconds (default 30)\n"
     "    --fade S            fade out at its end, seconds (default 2, or all of a shorter one)\n"
     "    --trim              leave out silence at both ends\n"
@@ -163,7 +164,8 @@ std::string WrongAudio(const Options& o) {
     tools::FileKind kind = tools::FileKind::kOgg;
     const bool named = !o.audio.empty();
     if (named && !AudioKind(o.audio, &kind)) return o.audio + ": --audio writes .wav, .flac and .ogg";
-    if (o.quality.floats && kind != tools::FileKind::kWav) return "--float is for .wav only";
+    if ((o.quality.floats && kind != tools::FileKind::kWav) || (o.quality.bits == 24 && !named))
+        return "--float and --bits go with --audio; --float needs a .wav file";
     if (o.quality.bits == 24 && kind == tools::FileKind::kOgg) return "--bits is for .wav and .flac only";
     if (o.loudness && !named && !o.preview) return "--normalize goes with --audio or --preview";
     return "";
