@@ -38,7 +38,7 @@ inline constexpr Explanation kLineExplanations[] = {
      "`--fix` deletes blanks and TABs at the end of a command, unless the player would then no longer take "
      "it as the same command, or a file with such a name exists."},
     {"leading-blank", "A command begins with `#` in column 1. Other lines are comments.", " #00111:01",
-     "Delete the blank.", "`--fix` changes nothing here: some authors switch a command off so."},
+     "Delete the blank.", "`--fix` changes nothing here: some authors disable a command this way."},
     {"wide-hash", "A command begins with the ASCII character `#`. The full-width sign is another one.",
      "\xEF\xBC\x83WAV01 kick.wav", "Write `#`."},
     {"missing-hash", "A line without `#` is a comment.", "00111:01", "Add the `#`, or delete the line."},

@@ -13,6 +13,7 @@ namespace check {
 
 const char kHelp[] =
     "Usage: lumetra-check [OPTION]... CHART|FOLDER...\n"
+    "       lumetra-check --fix|--diff [OPTION]... CHART|FOLDER...\n"
     "       lumetra-check --explain CODE\n"
     "\n"
     "Reports what the player ignores silently: lines that it skips, sounds and pictures that it\n"
@@ -25,7 +26,7 @@ const char kHelp[] =
     "      --fail-on LEVEL    exit with 1 on findings of this severity or above: error, warning\n"
     "                         (default) or note; with note, text lists notes too\n"
     "      --strict           the same as --fail-on note\n"
-    "      --all              list every finding; by default text has one line for each code\n"
+    "      --all              list every finding; by default text prints one line per code\n"
     "      --fix              make safe edits in the files: line ends, byte order marks, blanks at\n"
     "                         line ends, names as on the disk or of the file that substitutes;\n"
     "                         then report what remains. The mended chart of - goes to standard\n"
