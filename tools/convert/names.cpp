@@ -31,17 +31,20 @@ std::string Names::BelowChart(const std::string& path) const {
 std::string Names::NameInText(const compile::UsedFile& file, const std::string& own) {
     const bool climbs = file.name.find("..") != std::string::npos;  // a folder, or a name that looks like one
     if (file.path.empty() || (!climbs && !BelowChart(file.path).empty())) return file.name;
-    std::string stem = std::to_string(++numbers_);
-    stem.insert(0, 3 - std::min<size_t>(stem.size(), 3), '0');
-    stem.insert(0, own + "named-");
-    renamed_[file.name] = stem + SuffixOf(file.path);
-    return stem + SuffixOf(file.name);
+    const auto [renamed, fresh] = renamed_.try_emplace({file.name, file.kind});
+    if (fresh) {
+        std::string stem = std::to_string(renamed_.size());
+        stem.insert(0, 3 - std::min<size_t>(stem.size(), 3), '0');
+        stem.insert(0, own + "named-");
+        renamed->second = {stem + SuffixOf(file.name), stem + SuffixOf(file.path)};
+    }
+    return renamed->second.in_text;
 }
 
 std::string Names::NameInFolder(const compile::UsedFile& file) const {
     if (file.path.empty()) return "";
-    const auto renamed = renamed_.find(file.name);
-    return renamed == renamed_.end() ? BelowChart(file.path) : renamed->second;
+    const auto renamed = renamed_.find({file.name, file.kind});
+    return renamed == renamed_.end() ? BelowChart(file.path) : renamed->second.in_folder;
 }
 
 }  // namespace convert

@@ -15,17 +15,20 @@ public:
     // folder: of the chart, as the files layer has it in its paths, with its closing `/`, or empty.
     Names(std::string folder, std::string chart) : folder_(std::move(folder)), chart_(std::move(chart)) {}
 
-    // The name that the text is to have for a used file.
+    // The name that the text is to have for a used file; the same each time it is asked.
     std::string NameInText(const compile::UsedFile& file, const std::string& own);
     // Where it stands in the package; empty when it is not in it. The name is safe.
     std::string NameInFolder(const compile::UsedFile& file) const;
 
 private:
+    struct Renamed {
+        std::string in_text, in_folder;
+    };
+
     std::string BelowChart(const std::string& path) const;
 
     const std::string folder_, chart_;
-    std::map<std::string, std::string> renamed_;  // of paths: the names in the folder
-    int numbers_ = 0;
+    std::map<std::pair<std::string, MediaKind>, Renamed> renamed_;  // by the author's names
 };
 
 }  // namespace convert

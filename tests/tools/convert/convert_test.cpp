@@ -166,7 +166,7 @@ TEST_F(Convert, HostileNames) {
                   "#BPM 120\n#WAV01 ..\\above.wav\n#WAV02 " + folder_.Path("above.wav") +
                       "\n#WAV03 .lumetra-convert\n#WAV04 hostile.bms\n#WAV05 sub/../kick.wav\n"
                       "#WAV06 ../../../../../../etc/passwd\n#WAV07 ../key\n#WAV08 key.wav\n"
-                      "#00111:0102030405060708\n#00151:0101\n");
+                      "#WAV09 ..\\above.wav\n#00111:010203040506070809\n#00151:0101\n");
     const std::string before = Tree("song");
     ExpectSays(Run("--copy song/hostile.bms out"), 0, "`key.wav` lies outside", "a link");
     for (const auto& entry : fs::recursive_directory_iterator(folder_.Path("out"))) {
@@ -177,7 +177,8 @@ TEST_F(Convert, HostileNames) {
         EXPECT_TRUE(content.find("secret") == content.npos && content.find("root:") == content.npos) << name;
     }
     const std::string text = test::ReadFile(folder_.Path("out/hostile.bms"));
-    EXPECT_NE(text.find("#WAV01 stem-named-001.wav\r\n"), std::string::npos) << text;
+    for (const char* line : {"#WAV01 stem-named-001.wav\r\n", "#WAV09 stem-named-001.wav\r\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << text;
     EXPECT_EQ(text.find(".."), std::string::npos) << text;
     EXPECT_EQ(test::ReadFile(folder_.Path("out/stem-named-001.wav")), test::SquareWav(441));
     EXPECT_EQ(Tree("song"), before);
