@@ -31,6 +31,8 @@ private:
     void LoadMixed();
     void ListFiles();
     void FindFiles();
+    void MakePlan();
+    bool WantsNames();
     void NameFiles();
     void MakeFiles();
 
@@ -40,6 +42,7 @@ private:
     std::shared_ptr<StemSource> source_ = std::make_shared<StemSource>();
     bool measured_ = false;
     int films_looked_at_ = 0;
+    dialect::Options options_;
     dialect::Plan plan_;
     Package package_;
 };
@@ -93,6 +96,7 @@ void Compiler::LoadMixed() {
 void Compiler::ListFiles() {
     dialect::Findings told_by_the_plan;
     const dialect::Chart chart = dialect::ReadChart(bytes_, settings_.choice, &told_by_the_plan);
+    package_.used.clear();
     const auto list = [this](const std::vector<dialect::Definition>& table,
                              const std::vector<dialect::NamedFile>& planned, MediaKind kind) {
         std::map<std::string_view, dialect::Place> defined;
@@ -120,6 +124,13 @@ void Compiler::FindFiles() {
     });
 }
 
+// Whether a file of an unchanged chart is to have another name.
+bool Compiler::WantsNames() {
+    return settings_.written_name && std::any_of(package_.used.begin(), package_.used.end(), [&](auto& file) {
+               return settings_.written_name(file, plan_.stem_head) != file.name;
+           });
+}
+
 // The listed files are the plan's sounds and pictures, in this order.
 void Compiler::NameFiles() {
     if (!settings_.written_name) return;
@@ -144,25 +155,33 @@ void Compiler::MakeFiles() {
         package_.films.push_back({FindFilm(folder_ + film.name), film});
 }
 
-Package Compiler::Run() {
-    dialect::Options options;
-    options.choice = settings_.choice;
+void Compiler::MakePlan() {
+    options_.choice = settings_.choice;
     if (settings_.film) {
-        options.film = [this](std::string_view name) {
+        options_.film = [this](std::string_view name) {
             const std::string path = FindFilm(folder_ + std::string(name));
             return path.empty() || ++films_looked_at_ > kMostFilms ? dialect::FilmLook()
                                                                    : settings_.film(path);
         };
     }
-    options.sound_ms = [this](std::string_view name) { return LengthOf(name); };
-    plan_ = dialect::MakePlan(bytes_, options);
+    options_.sound_ms = [this](std::string_view name) { return LengthOf(name); };
+    plan_ = dialect::MakePlan(bytes_, options_);
+    if (!settings_.list_used) return;
+    ListFiles();
+    FindFiles();
+    if (!plan_.unchanged || !WantsNames()) return;
+    options_.needs = dialect::kNeedNames;
+    films_looked_at_ = 0;
+    plan_ = dialect::MakePlan(bytes_, options_);
+    ListFiles();
+    FindFiles();
+}
+
+Package Compiler::Run() {
+    MakePlan();
     package_.unchanged = plan_.unchanged;
     package_.needs = plan_.needs;
-    if (settings_.list_used) {
-        ListFiles();
-        FindFiles();
-        if (!plan_.unchanged) NameFiles();
-    }
+    if (settings_.list_used && !plan_.unchanged) NameFiles();
     if (!plan_.unchanged) {
         LoadMixed();
         FitStems(*source_, &plan_);

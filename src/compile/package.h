@@ -32,8 +32,8 @@ struct Settings {
     bool list_used = false;  // fill Package::used; looks for all files and decodes substitutes
     // What the film of this path is; when not set, films stay blank. Called on one thread.
     std::function<dialect::FilmLook(const std::string& path)> film;
-    // The name that the text has for a used file, when set; of a chart that is changed. `own` is a beginning
-    // that no name of the chart has.
+    // The name that the text has for a used file, when set. A chart that needs nothing else is changed for it.
+    // Asked again, it answers the same. `own` is a beginning that no name of the chart has.
     std::function<std::string(const UsedFile& file, const std::string& own)> written_name;
 };
 

@@ -21,6 +21,7 @@ struct FilmLook {
 
 struct Options {
     Choice choice;
+    uint32_t needs = 0;  // of enum Need: why the caller wants the chart compiled in any case
     // How long the sound of this name lasts, in ms; negative when that is not known. Two numbers of one file
     // share one only where this tells that their sounds never overlap. Asked only when some must be mixed.
     std::function<double(std::string_view name)> sound_ms;
@@ -98,7 +99,7 @@ struct Plan {
     std::vector<NamedFile> sounds;
     std::vector<std::string> mixed;  // the author's names of sounds that stems hold
     std::vector<Stem> stems;
-    std::string stem_head;              // what the names of stems begin with
+    std::string stem_head;              // what the names of stems begin with; also when unchanged
     std::vector<int32_t> free_numbers;  // for stems: their parts take the first of these
     std::vector<NamedFile> pictures;
     std::vector<Sheet> sheets;

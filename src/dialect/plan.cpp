@@ -103,7 +103,8 @@ Plan MakePlan(std::string_view bytes, const Options& options) {
     Chart chart = ReadChart(bytes, options.choice, &findings);
     SortObjects(&chart);
     const TimeMap times(chart, &findings);
-    plan.needs = chart.needs | (times.HasStops() || times.HasTroubles() ? kNeedTimes : 0u);
+    plan.stem_head = OwnName(chart, "stem-");
+    plan.needs = options.needs | chart.needs | (times.HasStops() || times.HasTroubles() ? kNeedTimes : 0u);
     plan.events = MakeEvents(chart, times, &plan.needs, &findings);
     plan.needs |= FoldedNumbers(chart, plan.events);
     FindFilms(chart, options, &plan);

@@ -293,7 +293,6 @@ void Planner::Run() {
     MakeVoices();
     ChooseMixed();
     Number();
-    plan_->stem_head = OwnName(chart_, "stem-");
     NumberEvents();
     NumberStems(plan_);
     if (plan_->mixed.empty()) return;

@@ -182,6 +182,10 @@ TEST_F(Convert, HostileNames) {
     EXPECT_EQ(text.find(".."), std::string::npos) << text;
     EXPECT_EQ(test::ReadFile(folder_.Path("out/stem-named-001.wav")), test::SquareWav(441));
     EXPECT_EQ(Tree("song"), before);
+    // A chart that needs nothing else.
+    folder_.Write("song/plain.bms", "#BPM 120\r\n#WAV01 ..\\above.wav\r\n#00111:01\r\n#00211:01\r\n");
+    ExpectSays(Run("song/plain.bms out"), 0, "chart rewritten, 0 stems, 0 sheets, 1 files", "renamed");
+    EXPECT_EQ(Tree("out"), ".lumetra-convert\nplain.bms\nstem-named-001.wav -> ../above.wav\n");
 }
 
 // 700 sounds, of which many have to be mixed, are heard each at its time and nothing else is. The short ones,
