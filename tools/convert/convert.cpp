@@ -71,8 +71,7 @@ bool ReadChart(Job* job, std::string* why) {
     return false;
 }
 
-// Whether a file is a sound or picture by its first bytes. A chart may name any file of its reader's, and
-// packages are passed on.
+// Whether a file is a sound or picture by its first bytes.
 bool IsMedia(const std::string& path) {
     int64_t size = 0;
     const int file = OpenRegularFile(path.c_str(), &size);
@@ -85,17 +84,21 @@ bool IsMedia(const std::string& path) {
            ForeignKind(head, count, path) != MediaKind::kNone;
 }
 
+// A chart may name any file of its reader's, and packages are passed on: besides sounds and pictures, a
+// package takes films, by the name of the file itself, from the chart's folder alone.
 void AddFile(const std::string& name, const compile::UsedFile& file, const std::string& folder, Job* job) {
+    if (file.path.empty()) return;
     std::error_code error;
     const std::string path = fs::canonical(file.path, error).string();
     const bool within = path.starts_with(fs::canonical(folder, error).string() + "/");
-    if (!name.empty() && (within || IsMedia(path))) {
+    if (!name.empty() && (IsMedia(path) || (within && IsFilmName(path)))) {
         job->files[name] = path;
-    } else if (!file.path.empty()) {
-        job->package.findings.push_back(
-            {dialect::Severity::kWarning, "outside", file.source,
-             dialect::Quote(file.name) + " lies outside the chart's folder and is left out"});
+        return;
     }
+    job->package.findings.push_back(
+        {dialect::Severity::kWarning, within ? "no-media" : "outside", file.source,
+         dialect::Quote(file.name) + (within ? " is neither sound nor picture and is left out"
+                                             : " lies outside the chart's folder and is left out")});
 }
 
 void Compile(Job* job) {

@@ -161,12 +161,13 @@ TEST_F(Convert, HostileNames) {
     folder_.Write("above.wav", test::SquareWav(441));
     folder_.Write("song/.lumetra-convert", "x");
     folder_.Write("key", "secret");
+    folder_.Write("song/own", "secret");
     fs::create_symlink("../key", folder_.Path("song/key.wav"));
     folder_.Write("song/hostile.bms",
                   "#BPM 120\n#WAV01 ..\\above.wav\n#WAV02 " + folder_.Path("above.wav") +
                       "\n#WAV03 .lumetra-convert\n#WAV04 hostile.bms\n#WAV05 sub/../kick.wav\n"
                       "#WAV06 ../../../../../../etc/passwd\n#WAV07 ../key\n#WAV08 key.wav\n"
-                      "#WAV09 ..\\above.wav\n#00111:010203040506070809\n#00151:0101\n");
+                      "#WAV09 ..\\above.wav\n#WAV0A own\n#00111:0102030405060708090A\n#00151:0101\n");
     const std::string before = Tree("song");
     ExpectSays(Run("--copy song/hostile.bms out"), 0, "`key.wav` lies outside", "a link");
     for (const auto& entry : fs::recursive_directory_iterator(folder_.Path("out"))) {
