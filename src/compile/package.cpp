@@ -79,14 +79,17 @@ void Compiler::LoadMixed() {
         const double bytes = std::max(ms, 0.0) * kStemRate * 4 / 1000;
         const bool fits = bytes <= room && ms < Shelf::kLongMs;
         if (fits) room -= bytes;
-        if (ms >= 0 && fits)
-            fitting.push_back(source_->names[i]);
-        else
+        if (ms >= 0 && fits) fitting.push_back(source_->names[i]);
+        const auto warn = [&](const char* code, const char* text) {
             plan_.findings.push_back(
-                {Severity::kWarning, ms < 0 ? "missing-sound" : "mix-too-large", places[i],
-                 dialect::Quote(plan_.mixed[i]) +
-                     (ms < 0 ? " cannot be read, it is missing in its stems"
-                             : " is missing in its stems: the sounds to mix are too large")});
+                {Severity::kWarning, code, places[i], dialect::Quote(plan_.mixed[i]) + text});
+        };
+        if (ms < 0)
+            warn("missing-sound", " cannot be read, it is missing in its stems");
+        else if (!fits)
+            warn("mix-too-large", " is missing in its stems: the sounds to mix are too large");
+        else if (ms == 0)
+            warn("empty-sound", " holds no sound, it is silent in its stems");
     }
     source_->shelf.KeepOnly(fitting);
     source_->shelf.Load(fitting);

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/bytes.h"
+#include "platform/codec/chunks.h"
 #include "platform/files/files.h"
 #include "platform/watch.h"
 
@@ -22,9 +23,6 @@ constexpr FOURCC kData = mmioFOURCC('d', 'a', 't', 'a');
 // The length that a writer to a pipe leaves, since it cannot go back: the data ends with the file.
 constexpr DWORD kUnknownLength = 0xFFFFFFFF;
 constexpr int64_t kMaxOffset = INT32_MAX;  // offsets are LONGs to the caller
-// Real files have a dozen chunks. A file of empty ones must not cost a walk over gigabytes.
-constexpr int kMaxChunksSearched = 65536;
-
 bool SeekTo(HMMIO hMmio, int64_t nPos) {
     if (nPos < 0 || FileSeek(hMmio->pStream, nPos, SEEK_SET) != 0) return false;
     hMmio->nPos = nPos;
@@ -54,21 +52,13 @@ bool ReadChunkHeader(HMMIO hMmio, MMCKINFO* pChunk) {
     return true;
 }
 
-bool IsIdByte(BYTE c) {
-    return c >= 0x20 && c < 0x7F;
-}
-
-// The offset of the next chunk. A chunk of odd size is followed by a pad byte, but some writers omit it: a
-// byte that begins a printable chunk name is not a pad byte.
+// The offset of the next chunk.
 int64_t NextChunk(HMMIO hMmio, const MMCKINFO& chunk) {
     const int64_t nEnd = int64_t{chunk.dwDataOffset} + chunk.cksize;
     if (chunk.cksize % 2 == 0 || nEnd >= hMmio->nLength) return nEnd + chunk.cksize % 2;
     BYTE aName[4];
     if (!SeekTo(hMmio, nEnd) || ReadBytes(hMmio, aName, sizeof(aName)) != sizeof(aName)) return nEnd + 1;
-    for (BYTE c : aName) {
-        if (!IsIdByte(c)) return nEnd + 1;
-    }
-    return aName[0] == ' ' ? nEnd + 1 : nEnd;
+    return IsChunkName(aName) ? nEnd : nEnd + 1;
 }
 
 bool IsWanted(const MMCKINFO& chunk, const MMCKINFO& wanted, UINT nFlags) {

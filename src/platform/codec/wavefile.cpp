@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/bytes.h"
+#include "platform/codec/chunks.h"
 
 namespace {
 
@@ -15,13 +16,19 @@ struct Chunk {
     DWORD nDeclared;
 };
 
+// What lies between a chunk of odd size and the next one.
+size_t PadAfter(const BYTE* pFile, size_t nFile, size_t nEnd) {
+    return nEnd + 4 <= nFile && IsChunkName(pFile + nEnd) ? 0 : 1;
+}
+
 // The first chunk of this name from *pnAt on; *pnAt is then behind it.
 bool FindChunk(const BYTE* pFile, size_t nFile, const char* pszName, size_t* pnAt, Chunk* pChunk) {
-    while (nFile >= 8 && *pnAt <= nFile - 8) {
+    for (int i = 0; i < kMaxChunksSearched && nFile >= 8 && *pnAt <= nFile - 8; ++i) {
         const BYTE* pHead = pFile + *pnAt;
         const DWORD nSize = ReadLe32(pHead + 4);
         *pChunk = {pHead + 8, std::min<size_t>(nSize, nFile - *pnAt - 8), nSize};
-        *pnAt += 8 + size_t{nSize} + nSize % 2;
+        *pnAt += 8 + size_t{nSize};
+        if (nSize % 2 != 0) *pnAt += PadAfter(pFile, nFile, *pnAt);
         if (std::memcmp(pHead, pszName, 4) == 0) return true;
     }
     return false;

@@ -194,7 +194,8 @@ TEST_F(Convert, HostileNames) {
 TEST_F(Convert, Sound) {
     constexpr int kSounds = 700, kPerMeasure = 20, kStep = 4410, kStart = 3 * 44100, kOther = 5;
     folder_.Write("many/s1.wav", test::SquareWav(300, 20, {2, 22050, 16}));
-    folder_.Write("many/s2.wav", test::SquareWav(300, 30, {1, 48000, 8}));
+    folder_.Write("many/s2.wav",  // with a chunk of odd size before the data, and no pad byte
+                  test::SquareWav(300, 30, {1, 48000, 8}).insert(36, std::string("LIST\5\0\0\0INFOx", 13)));
     folder_.Write("many/s3.wav", test::SquareWav(300, 40, {2, 44100, 8}));
     folder_.Write("many/s4.ogg", test::ReadFile(STORED_SOUNDS "/ogg"));
     folder_.Write("many/s5.flac", test::ReadFile(STORED_SOUNDS "/flac"));
