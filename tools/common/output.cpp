@@ -19,11 +19,14 @@ namespace {
 
 constexpr size_t kBuffer = 1 << 16;
 
-mode_t ModeOfNewFiles() {
+mode_t ReadMask() {
     const mode_t mask = umask(0);
     umask(mask);
-    return 0666 & ~mask;
+    return mask;
 }
+
+// Read before there are threads: reading it takes it away for a moment, for what others make meanwhile.
+const mode_t g_mask = ReadMask();
 
 std::string TemporaryFolder() {
     const char* folder = std::getenv("TMPDIR");
@@ -84,7 +87,7 @@ bool Output::CreateBeside(const std::string& target) {
     fd_ = mkostemp(temporary_.data(), O_CLOEXEC);
     if (fd_ < 0) return temporary_.clear(), Fail();
     if (exists && fchown(fd_, status.st_uid, status.st_gid) != 0 && errno != EPERM) return Fail();
-    return fchmod(fd_, exists ? status.st_mode & 0777 : ModeOfNewFiles()) == 0 || Fail();
+    return fchmod(fd_, exists ? status.st_mode & 0777 : ModeOfNew(0666)) == 0 || Fail();
 }
 
 bool Output::WriteThrough(int fd, const char* bytes, size_t count) {
@@ -181,6 +184,10 @@ bool ReadFile(const std::string& path, uint64_t limit, std::vector<uint8_t>* byt
         bytes->insert(bytes->end(), chunk, chunk + count);
     }
     return !std::ferror(file.get()) || fail(std::strerror(errno));
+}
+
+mode_t ModeOfNew(mode_t most) {
+    return most & ~g_mask;
 }
 
 int OpenScratchFile() {

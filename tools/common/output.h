@@ -2,6 +2,8 @@
 // or standard output. output_rules.h says which files may be written.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -51,6 +53,9 @@ private:
 
 // The whole file. False with a reason when it cannot be read or has more than limit bytes.
 bool ReadFile(const std::string& path, uint64_t limit, std::vector<uint8_t>* bytes, std::string* why);
+
+// What the mask that the program was started with leaves of the mode. Safe on any thread.
+mode_t ModeOfNew(mode_t most);
 
 // A file without a name in the folder for temporary files, or -1.
 int OpenScratchFile();

@@ -113,9 +113,7 @@ bool PackageFolder::Begin() {
     std::string name = path_.substr(0, path_.rfind('/', path_.size() - 2) + 1) + ".lumetra-convert-XXXXXX";
     if (!mkdtemp(name.data())) return Fail(name, std::strerror(errno));
     staging_ = name + "/";
-    const mode_t mask = umask(0);
-    umask(mask);
-    return chmod(name.c_str(), 0777 & ~mask) == 0 || Fail(name, std::strerror(errno));
+    return chmod(name.c_str(), tools::ModeOfNew(0777)) == 0 || Fail(name, std::strerror(errno));
 }
 
 // The path for a new file, with its folders made.

@@ -30,6 +30,16 @@ protected:
     test::TempFolder folder_;
 };
 
+// Asking for the mask while other threads make files would give those other modes.
+TEST_F(Outputs, HaveTheModeOfTheMaskAtTheStart) {
+    const mode_t mask = umask(0777);
+    tools::Output out;
+    struct stat status = {};
+    EXPECT_TRUE(out.Open(folder_.Path("new.wav")) && stat(out.path().c_str(), &status) == 0);
+    umask(mask);
+    EXPECT_EQ(status.st_mode & 0777, 0666 & ~mask);
+}
+
 TEST_F(Outputs, AreRefusedOverInputsAndOtherKinds) {
     const struct {
         const char* name;
