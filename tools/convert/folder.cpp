@@ -92,6 +92,7 @@ bool PackageFolder::Check(const std::string& folder) {
     path_ = (last == "." || last == ".." || plain == "/" ? fs::canonical(plain, error).string()
                                                          : tools::FollowLinks(plain)) +
             "/";
+    if (error) return Fail(folder, error.message());
     struct stat status = {};
     if (lstat(path_.substr(0, path_.size() - 1).c_str(), &status) != 0) {
         if (errno == ENOENT && fs::is_directory(fs::path(path_).parent_path().parent_path(), error))

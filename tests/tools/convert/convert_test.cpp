@@ -131,6 +131,7 @@ TEST_F(Convert, Refusals) {
         {"song/song.bms out", 1, "not of its package: folder"},
         {"song/song.bms plain", 1, "is not a folder"},
         {"song/song.bms no/out", 1, "is not there"},
+        {"song/song.bms no/.", 1, "No such file"},
         {"out2/song.bms out2", 1, "the chart is in it"},
         {"uses.bms out2", 1, "uses a file in it"},
         {"gone.bms new", 2, "no such file"},
