@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -16,6 +17,12 @@ namespace {
 
 uint64_t BytesOf(const Sound& sound) {
     return sound.samples.size() * sizeof(int16_t);
+}
+
+uint64_t BytesOfFile(const std::string& path) {
+    std::error_code error;
+    const uint64_t bytes = std::filesystem::file_size(path, error);
+    return error ? 0 : bytes;
 }
 
 }  // namespace
@@ -55,15 +62,16 @@ void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
     if (failure) std::rethrow_exception(failure);
 }
 
-void Shelf::LoadOne(const std::string& name, Entry* entry) {
+// A file that yields little or nothing costs its reading.
+void Shelf::LoadOne(const std::string& name, const std::string& path, Entry* entry) {
     if (decoded_ > kMostDecoded) {
         entry->ms = kLongMs;
         return;
     }
     SoundPtr sound = LoadSound(name);
+    decoded_ += std::max(BytesOfFile(path), sound ? BytesOf(*sound) : 0);
     if (!sound) return;
     entry->ms = sound->Ms();
-    decoded_ += BytesOf(*sound);
     if ((kept_ += BytesOf(*sound)) <= Room())
         entry->sound = std::move(sound);
     else
@@ -71,7 +79,11 @@ void Shelf::LoadOne(const std::string& name, Entry* entry) {
 }
 
 void Shelf::Load(const std::vector<std::string>& names) {
-    std::vector<std::pair<const std::string*, Entry*>> missing;
+    struct Missing {
+        const std::string *name, *path;
+        Entry* entry;
+    };
+    std::vector<Missing> missing;
     for (const std::string& name : names) {
         auto [path, fresh] = paths_.try_emplace(name);
         if (fresh) {
@@ -83,13 +95,14 @@ void Shelf::Load(const std::vector<std::string>& names) {
         if (path->second.empty()) continue;
         const auto [entry, first] = entries_.try_emplace(path->second);
         if (!entry->second.sound && (first || entry->second.ms >= 0))
-            missing.emplace_back(&path->first, &entry->second);
+            missing.push_back({&path->first, &entry->first, &entry->second});
     }
     std::sort(missing.begin(), missing.end(),
-              [](const auto& a, const auto& b) { return a.second < b.second; });
-    const auto same = [](const auto& a, const auto& b) { return a.second == b.second; };
+              [](const Missing& a, const Missing& b) { return a.entry < b.entry; });
+    const auto same = [](const Missing& a, const Missing& b) { return a.entry == b.entry; };
     missing.erase(std::unique(missing.begin(), missing.end(), same), missing.end());
-    OnAllCores(missing.size(), [&](size_t i) { LoadOne(*missing[i].first, missing[i].second); });
+    OnAllCores(missing.size(),
+               [&](size_t i) { LoadOne(*missing[i].name, *missing[i].path, missing[i].entry); });
 }
 
 void Shelf::KeepOnly(const std::vector<std::string>& names) {

@@ -16,7 +16,8 @@ namespace compile {
 // here.
 void OnAllCores(size_t count, const std::function<void(size_t)>& work);
 
-// Decodes at most kMostDecoded in all, so that a chart of many long files ends.
+// Decodes at most kMostDecoded in all, a file counting no less than its own bytes, so that a chart of many
+// long files ends.
 class Shelf {
 public:
     static constexpr uint64_t kMostDecoded = uint64_t{4} << 30;  // bytes
@@ -37,7 +38,7 @@ private:
         SoundPtr sound;
         double ms = -1;
     };
-    void LoadOne(const std::string& name, Entry* entry);
+    void LoadOne(const std::string& name, const std::string& path, Entry* entry);
 
     std::unordered_map<std::string, Entry> entries_;  // by path
     std::unordered_map<std::string, std::string> paths_;
