@@ -160,6 +160,7 @@ void Compiler::MakeFiles() {
 
 void Compiler::MakePlan() {
     options_.choice = settings_.choice;
+    options_.most_findings = settings_.most_findings;
     if (settings_.film) {
         options_.film = [this](std::string_view name) {
             const std::string path = FindFilm(folder_ + std::string(name));
@@ -195,6 +196,7 @@ Package Compiler::Run() {
         return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);
     });
     package_.findings = std::move(plan_.findings);
+    package_.findings_left_out = std::move(plan_.findings_left_out);
     return std::move(package_);
 }
 

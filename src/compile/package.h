@@ -29,11 +29,12 @@ struct UsedFile {
 
 struct Settings {
     dialect::Choice choice;
+    int64_t most_findings = dialect::kMostOfOneCode;  // that are kept, of each code and severity
     bool list_used = false;  // fill Package::used; looks for all files and decodes substitutes
     // What the film of this path is; when not set, films stay blank. Called on one thread.
     std::function<dialect::FilmLook(const std::string& path)> film;
-    // The name that the text has for a used file, when set. A chart that needs nothing else is changed for it.
-    // Asked again, it answers the same. `own` is a beginning that no name of the chart has.
+    // The name that the text has for a used file, when set. A chart that needs nothing else is changed for
+    // it. Asked again, it answers the same. `own` is a beginning that no name of the chart has.
     std::function<std::string(const UsedFile& file, const std::string& own)> written_name;
 };
 
@@ -59,6 +60,7 @@ struct Package {
     std::vector<FilmFile> films;
     std::vector<UsedFile> used;  // sounds, then pictures; when asked for
     std::vector<dialect::Finding> findings;
+    std::vector<dialect::LeftOut> findings_left_out;
     uint32_t needs = 0;  // of enum dialect::Need
 };
 

@@ -22,6 +22,7 @@ struct FilmLook {
 struct Options {
     Choice choice;
     uint32_t needs = 0;  // of enum Need: why the caller wants the chart compiled in any case
+    int64_t most_findings = kMostOfOneCode;
     // How long the sound of this name lasts, in ms; negative when that is not known. Two numbers of one file
     // share one only where this tells that their sounds never overlap. Asked only when some must be mixed.
     std::function<double(std::string_view name)> sound_ms;
@@ -91,6 +92,7 @@ struct Plan {
     bool unchanged = false;  // the file plays as it stands; only needs, events and findings are filled then
     uint32_t needs = 0;      // of enum Need: why not
     std::vector<Finding> findings;
+    std::vector<LeftOut> findings_left_out;
     std::vector<Event> events;  // in order of place
     std::vector<std::string> headers;
     double bpm = 130;

@@ -5,21 +5,22 @@
 
 namespace dialect {
 
-Findings::Count& Findings::CountOf(const char* code) {
-    for (Count& count : counts_) {
-        if (std::strcmp(count.code, code) == 0) return count;
+int64_t& Findings::CountOf(Severity severity, const char* code) {
+    for (LeftOut& of : counts_) {
+        if (of.severity == severity && std::strcmp(of.code, code) == 0) return of.count;
     }
-    return counts_.emplace_back(Count{code, 0});
+    return counts_.emplace_back(LeftOut{severity, code, 0}).count;
+}
+
+std::vector<LeftOut> Findings::TellLeftOut() const {
+    std::vector<LeftOut> left_out;
+    for (const LeftOut& of : counts_) {
+        if (of.count > most_) left_out.push_back({of.severity, of.code, of.count - most_});
+    }
+    return left_out;
 }
 
 std::vector<Finding> Findings::Take() {
-    for (const Count& count : counts_) {
-        if (count.count <= kMostOfOneCode) continue;
-        kept_.push_back({Severity::kNote,
-                         count.code,
-                         {},
-                         std::to_string(count.count - kMostOfOneCode) + " more of these"});
-    }
     std::stable_sort(kept_.begin(), kept_.end(), [](const Finding& a, const Finding& b) {
         return a.place.line != b.place.line ? a.place.line < b.place.line : a.place.column < b.place.column;
     });

@@ -27,32 +27,38 @@ struct Finding {
     std::string text;  // one sentence without a full stop
 };
 
-constexpr int32_t kMostOfOneCode = 100;  // findings of a code that are kept with their place
+// Findings of a code that were not kept.
+struct LeftOut {
+    Severity severity;
+    const char* code;
+    int64_t count;
+};
+
+constexpr int64_t kMostOfOneCode = 100;  // findings that are kept, of each code and severity
 
 class Findings {
 public:
+    explicit Findings(int64_t most_of_one_code = kMostOfOneCode) : most_(most_of_one_code) {}
+
     // `text` is a string, or a function that makes it, called only for what is kept.
     template <class Text>
     void Add(Severity severity, const char* code, Place place, Text text) {
-        if (++CountOf(code).count > kMostOfOneCode) return;
+        if (++CountOf(severity, code) > most_) return;
         if constexpr (std::is_invocable_v<Text>) {
             kept_.push_back({severity, code, place, text()});
         } else {
             kept_.push_back({severity, code, place, std::string(text)});
         }
     }
-    // The kept findings in the order of the file, and one for each code of which some were left out.
-    std::vector<Finding> Take();
+    std::vector<Finding> Take();  // those that were kept, in the order of the file
+    std::vector<LeftOut> TellLeftOut() const;
 
 private:
-    struct Count {
-        const char* code;
-        int64_t count;
-    };
-    Count& CountOf(const char* code);
+    int64_t& CountOf(Severity severity, const char* code);
 
+    const int64_t most_;
     std::vector<Finding> kept_;
-    std::vector<Count> counts_;
+    std::vector<LeftOut> counts_;  // of all
 };
 
 // Foreign bytes for a finding: at most 60, control characters blanked, between backquotes.

@@ -93,7 +93,7 @@ std::string OwnName(const Chart& chart, std::string_view name) {
 
 Plan MakePlan(std::string_view bytes, const Options& options) {
     Plan plan;
-    Findings findings;
+    Findings findings(options.most_findings);
     if (bytes.size() > kMostBytes) {
         findings.Add(Severity::kError, "too-large", {}, "the file is too large, it is left as it is");
         plan.unchanged = true;
@@ -127,6 +127,7 @@ Plan MakePlan(std::string_view bytes, const Options& options) {
         PlanFilms(chart, times, &plan, &findings);
     }
     plan.findings = findings.Take();
+    plan.findings_left_out = findings.TellLeftOut();
     return plan;
 }
 

@@ -60,6 +60,12 @@ public:
         else
             kept_.push_back({place, severity, code->name, text, 0, 0});
     }
+    // Counts so many more, whose places are not known. As many as are kept must have been added.
+    void AddUnkept(Code code, Severity severity, int64_t count) {
+        if (!wanted_[code.Index()]) return;
+        counts_[static_cast<int>(severity)] += count;
+        of_code_[code.Index()][static_cast<int>(severity)] += count;
+    }
     // Line ends need no proposal: edits.h knows them from the text.
     void Propose(Place place, Code code, const std::string& from, const std::string& to) {
         if (!wanted_[code.Index()] || proposals_.size() == kMostProposals) return;

@@ -69,6 +69,7 @@ std::string_view WordOf(std::string_view line) {
 Modern::Modern(std::string_view bytes, const std::string& path, const dialect::Choice& choice) {
     dialect::Options options;
     options.choice = choice;
+    options.most_findings = Findings::kMostOfOneCode;
     options.sound_ms = [clock = compile::SoundClock(), folder = std::string(Probe(path.c_str()).Folder())](
                            std::string_view name) mutable { return clock.Ms(folder + std::string(name)); };
     plan_ = dialect::MakePlan(bytes, options);
@@ -254,6 +255,8 @@ void Modern::AddFindings(Subject* subject) const {
                               static_cast<Severity>(finding.severity),
                               [&] { return ShownName(finding.text); });
     }
+    for (const dialect::LeftOut& of : plan_.findings_left_out)
+        subject->findings.AddUnkept(CodeOf(of.code), static_cast<Severity>(of.severity), of.count);
 }
 
 }  // namespace check

@@ -28,7 +28,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kShownFindings = 5;  // of each code
+constexpr size_t kShownFindings = 5;        // of each code
+constexpr int64_t kMostFindings = 100'000;  // of each code with --all
 
 // One line on standard error, if that is a terminal.
 class Progress {
@@ -106,6 +107,7 @@ void Compile(Job* job) {
     Names names(folder, job->chart_name);
     compile::Settings settings;
     settings.choice = job->options.choice;
+    if (job->options.all) settings.most_findings = kMostFindings;
     settings.list_used = true;
     settings.written_name = [&](const compile::UsedFile& file, const std::string& own) {
         return names.NameInText(file, own);
@@ -254,7 +256,7 @@ ExitCode Convert(const Options& options) {
     if (const dialect::Finding* refusal = FindRefusal(job.package))
         return fail(kChart, options.chart + ": " + refusal->text);
     if (!IsApart(job, folder, &why)) return fail(kUsage, options.folder + ": " + why);
-    PrintFindings(options.chart, job.package.findings, options.all ? SIZE_MAX : kShownFindings);
+    PrintFindings(options.chart, job.package, options.all ? SIZE_MAX : kShownFindings);
     if (options.dry_run) {
         PrintList(job);
     } else if (!Write(job, &folder, &why)) {

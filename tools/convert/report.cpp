@@ -43,19 +43,22 @@ void AddFileFindings(const FilmFailures& failures, compile::Package* package) {
     });
 }
 
-void PrintFindings(const std::string& chart, const std::vector<dialect::Finding>& findings, size_t most) {
+void PrintFindings(const std::string& chart, const compile::Package& package, size_t most) {
     const std::string name = tools::CleanText(chart);
-    std::map<std::string_view, size_t> counts;
-    for (const dialect::Finding& finding : findings) {
-        if (++counts[finding.code] > most) continue;
+    std::map<std::string_view, size_t> counts, untold;
+    for (const dialect::LeftOut& of : package.findings_left_out)
+        untold[of.code] += static_cast<size_t>(of.count);
+    for (const dialect::Finding& finding : package.findings) {
+        if (++counts[finding.code] > most) {
+            ++untold[finding.code];
+            continue;
+        }
         std::printf("%s:%d:%d: %s: %s [%s]\n", name.c_str(), finding.place.line, finding.place.column,
                     NameOf(finding.severity), tools::CleanText(finding.text).c_str(), finding.code);
     }
-    for (const auto& [code, count] : counts) {
-        if (count > most)
-            std::printf("%s: %zu more of [%s], --all shows them\n", name.c_str(), count - most,
-                        std::string(code).c_str());
-    }
+    for (const auto& [code, count] : untold)
+        std::printf("%s: %zu more of [%s]%s\n", name.c_str(), count, std::string(code).c_str(),
+                    most == SIZE_MAX ? "" : ", --all shows them");
 }
 
 }  // namespace convert

@@ -15,6 +15,6 @@ using FilmFailures = std::map<std::string, std::string>;  // by path: why a film
 void AddFileFindings(const FilmFailures& failures, compile::Package* package);
 
 // Lines like the checker's, at most so many of each code, and one line for the others.
-void PrintFindings(const std::string& chart, const std::vector<dialect::Finding>& findings, size_t most);
+void PrintFindings(const std::string& chart, const compile::Package& package, size_t most);
 
 }  // namespace convert

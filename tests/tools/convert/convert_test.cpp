@@ -89,6 +89,16 @@ TEST_F(Convert, Package) {
     EXPECT_EQ(Tree("").find(".lumetra-convert-"), std::string::npos) << "leaves nothing beside";
 }
 
+TEST_F(Convert, FindingsAreCounted) {
+    std::string chart = kChart;
+    for (int i = 0; i < 300; ++i) chart += "#00211:010\n";
+    folder_.Write("song/many.bms", chart);
+    ExpectSays(Run("song/many.bms out"), 0, "song/many.bms: 295 more of [odd-data], --all shows them", "few");
+    const std::string all = Run("--all song/many.bms out").text;
+    EXPECT_NE(all.find("song/many.bms:311:"), std::string::npos) << all;
+    EXPECT_TRUE(all.find("more of") == all.npos && all.find(":0:0:") == all.npos) << all;
+}
+
 // The film is red for a second and then blue.
 TEST_F(Convert, FilmsBecomeStills) {
     if (std::system("command -v ffmpeg ffprobe >/dev/null") != 0) GTEST_SKIP() << "needs the ffmpeg program";
