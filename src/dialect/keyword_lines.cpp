@@ -14,7 +14,8 @@ struct Command {
     std::string_view word, value;
     Place place;  // of the `#`
     Place value_place;
-    bool plain;  // one blank between them, which the player wants
+    bool plain;          // one blank between them, which the player wants
+    bool blanks_behind;  // that the player takes for a part of the value
 };
 
 Command Split(const Line& line) {
@@ -24,7 +25,8 @@ Command Split(const Line& line) {
     size_t value = end;
     while (value < text.size() && IsBlank(text[value])) ++value;
     const Place place{line.place.line, line.place.column + static_cast<int32_t>(value)};
-    return {text.substr(1, end - 1), text.substr(value), line.place, place, value == end + 1};
+    return {text.substr(1, end - 1), text.substr(value), line.place, place,
+            value == end + 1,        line.blanks_behind};
 }
 
 // The number behind the head of a word such as WAV01, -1 when the word is no such.
@@ -36,7 +38,9 @@ int32_t NumberBehind(std::string_view word, std::string_view head, const DigitTa
 void Define(std::vector<Definition>* table, int32_t number, const Command& command, Reader* reader) {
     if (command.value.empty()) return;
     (*table)[static_cast<size_t>(number)] = {command.value, command.value_place};
-    if (!command.plain) reader->chart->needs |= kNeedNames;
+    const bool sounds = table == &reader->chart->sounds;
+    const bool found = sounds ? EndsLikeSound(command.value) : EndsLikePicture(command.value);
+    if (!command.plain || (command.blanks_behind && !found)) reader->chart->needs |= kNeedNames;
 }
 
 // #BPMxx and #STOPxx: a value that is no positive finite number defines nothing.

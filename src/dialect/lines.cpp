@@ -62,7 +62,7 @@ std::vector<Line> ReadLines(std::string_view bytes, LineTraits* traits) {
         while (begin < raw.size() && IsBlank(raw[begin])) ++begin;
         if (begin == raw.size() || raw[begin] != '#') continue;
         const int32_t column = static_cast<int32_t>(begin + 1 + (mark && number == 1 ? kMark.size() : 0));
-        lines.push_back({TrimBlanks(raw.substr(begin)), {number, column}});
+        lines.push_back({TrimBlanks(raw.substr(begin)), {number, column}, IsBlank(raw.back())});
         traits->mark |= mark && number == 1;
         traits->blanks |= begin > 0 || std::memchr(raw.data(), '\t', raw.size());
         traits->long_line |= raw.size() > 1023;

@@ -12,7 +12,8 @@ namespace dialect {
 // A command of the file: it begins with `#`; blanks at both ends are gone.
 struct Line {
     std::string_view text;
-    Place place;  // of the `#`
+    Place place;         // of the `#`
+    bool blanks_behind;  // that are gone
 };
 
 // What of the file's lines the player would read otherwise. Each makes the chart one to compile.

@@ -28,6 +28,11 @@ int32_t HexPair(const char* pair) {
     return low >= 16 ? high : high * 16 + low;
 }
 
+std::string_view NameOfFile(std::string_view name) {
+    const std::string_view trimmed = name.substr(0, name.find_last_not_of(' ') + 1);
+    return EndsLikeSound(trimmed) ? trimmed : name;
+}
+
 struct Start {
     int32_t measure;
     Fraction place;
@@ -99,7 +104,7 @@ void Reader::Keyword(std::string_view line) {
     const std::string_view word = line.substr(1);
     if (HasHead(word, "WAV")) {
         const int32_t number = line.size() >= 8 && line[6] == ' ' ? PlainNumber(line.data() + 4) : 0;
-        if (number > 0) files_[static_cast<size_t>(number)] = {0, line.substr(7), elsewhere_};
+        if (number > 0) files_[static_cast<size_t>(number)] = {0, NameOfFile(line.substr(7)), elsewhere_};
     } else if (HasHead(word, "PATH_WAV")) {
         elsewhere_ |= line.size() >= 12;
     } else if (HasHead(word, "BPM")) {

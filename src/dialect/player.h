@@ -9,7 +9,7 @@ namespace dialect {
 
 struct HeardSound {
     double ms;
-    std::string_view name;  // as the file's line has it
+    std::string_view name;  // as the file's line has it, without blanks behind it where those do not matter
     bool elsewhere;         // looked for in the folder of a #PATH_WAV
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <limits>
 
 namespace dialect {
@@ -10,6 +11,20 @@ std::string_view TrimBlanks(std::string_view text) {
     while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
     while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
     return text;
+}
+
+static bool HasEnding(std::string_view name, std::initializer_list<std::string_view> endings) {
+    const std::string_view ending = name.substr(std::min(name.rfind('.'), name.size()));
+    return std::any_of(endings.begin(), endings.end(),
+                       [&](std::string_view known) { return IsWord(ending, known); });
+}
+
+bool EndsLikeSound(std::string_view name) {
+    return HasEnding(name, {".OGG", ".OPUS", ".FLAC", ".MP3", ".WAV"});
+}
+
+bool EndsLikePicture(std::string_view name) {
+    return HasEnding(name, {".PNG", ".JPG", ".JPEG", ".GIF", ".BMP"});
 }
 
 bool HasHead(std::string_view text, std::string_view head) {

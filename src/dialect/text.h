@@ -23,6 +23,10 @@ constexpr bool IsLetter(char c) {
 }
 
 std::string_view TrimBlanks(std::string_view text);
+// Whether a name ends like the files that the player takes in the place of a missing sound or picture. With
+// blanks behind it, it then stands for the file without them.
+bool EndsLikeSound(std::string_view name);
+bool EndsLikePicture(std::string_view name);
 // Whether the text is the word; the word is in capitals, the text in any case.
 bool IsWord(std::string_view text, std::string_view word);
 bool HasHead(std::string_view text, std::string_view head);

@@ -237,6 +237,13 @@ TEST(Property, TheVerdictCountsWhatIsLost) {
     EXPECT_EQ(bad.played, 1);  // b.wav: a.wav is another file by the folded number, measure 2 is late
     EXPECT_EQ(bad.wrong, 3);
     EXPECT_TRUE(dialect::Judge("#WAV01 a.wav\n#00101:01\n", {}).refused);
+    // Blanks behind a name: the player plays the file without them as a substitute, if it ends like one.
+    const std::string blanks = Lines("#WAV01 a.wav  \n#WAV02 b.wav\n#00101:0102\n#00211:01\n");
+    EXPECT_TRUE(dialect::MakePlan(blanks, {}).unchanged);
+    EXPECT_EQ(dialect::Judge(blanks, {}).played, 3);
+    const std::string others = Lines("#WAV01 a.xa  \n#WAV02 b \n#00101:0102\n#00211:01\n");
+    EXPECT_EQ(dialect::Judge(others, {}).played, 0);
+    EXPECT_EQ(dialect::JudgeCompiled(others, {}).played, 3);
 }
 
 }  // namespace
