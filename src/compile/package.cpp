@@ -183,15 +183,15 @@ void Compiler::MakePlan() {
 
 Package Compiler::Run() {
     MakePlan();
-    package_.unchanged = plan_.unchanged;
     package_.needs = plan_.needs;
     if (settings_.list_used && !plan_.unchanged) NameFiles();
     if (!plan_.unchanged) {
         LoadMixed();
         FitStems(*source_, &plan_);
-        MakeFiles();
-        package_.text = dialect::WriteText(plan_);
+        package_.text = dialect::WriteOrLeave(&plan_);
     }
+    package_.unchanged = plan_.unchanged;
+    if (!plan_.unchanged) MakeFiles();
     std::stable_sort(plan_.findings.begin(), plan_.findings.end(), [](const auto& a, const auto& b) {
         return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);
     });

@@ -116,8 +116,12 @@ int32_t SpareParts(const Plan& plan);
 // Gives the stems' parts their numbers and names. To be called again when stems were split.
 void NumberStems(Plan* plan);
 
-// The text, with CR LF. Of a plan that is not unchanged.
+// The text, with CR LF. Of a plan that is not unchanged. When it would take more than kMostTextBytes it is
+// empty.
+constexpr size_t kMostTextBytes = size_t{64} << 20;
 std::string WriteText(const Plan& plan);
+// The same. A plan whose text is too large becomes unchanged, with a finding.
+std::string WriteOrLeave(Plan* plan);
 
 // How much of a chart is heard when the player reads its file as it stands.
 struct Verdict {

@@ -89,6 +89,7 @@ Verdict JudgeCompiled(std::string_view bytes, const Options& options) {
     if (plan.unchanged) return Judge(bytes, options);
     NumberStems(&plan);
     const std::string text = WriteText(plan);
+    if (text.empty()) return Judge(bytes, options);
     std::vector<HeardSound> heard;
     const bool taken = ReadAsPlayer(text, &heard);
     std::map<std::string_view, std::string_view> names;  // the author's by those of the text

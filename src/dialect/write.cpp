@@ -62,7 +62,9 @@ private:
     std::vector<Object> objects_;
 };
 
+// Objects on many grids make a text that is hundreds of times as long as the author's.
 void Measure::Line(int32_t channel, std::string_view data) {
+    if (text_->size() > kMostTextBytes) return;
     const char head[] = {'#',
                          static_cast<char>('0' + measure_ / 100),
                          static_cast<char>('0' + measure_ / 10 % 10),
@@ -255,13 +257,25 @@ std::string Writer::Run() {
     }
     Head();
     for (size_t m = 0; m < plan_.lengths.size(); ++m) OneMeasure(static_cast<int32_t>(m));
-    return std::move(text_);
+    return text_.size() <= kMostTextBytes ? std::move(text_) : std::string();
 }
 
 }  // namespace
 
 std::string WriteText(const Plan& plan) {
     return Writer(plan).Run();
+}
+
+std::string WriteOrLeave(Plan* plan) {
+    std::string text = WriteText(*plan);
+    if (text.empty()) {
+        plan->unchanged = true;
+        plan->findings.push_back({Severity::kError,
+                                  "too-large",
+                                  {},
+                                  "the text for the player would be too large, the chart is left as it is"});
+    }
+    return text;
 }
 
 }  // namespace dialect

@@ -76,7 +76,8 @@ Modern::Modern(std::string_view bytes, const std::string& path, const dialect::C
     FindLineStarts(bytes);
     if (plan_.unchanged) return;
     dialect::NumberStems(&plan_);
-    text_ = dialect::WriteText(plan_);
+    text_ = dialect::WriteOrLeave(&plan_);
+    if (plan_.unchanged) return;
     for (size_t begin = 0, end; begin < text_.size(); begin = end + 2) {
         end = std::min(text_.find("\r\n", begin), text_.size());
         lines_.push_back(std::string_view(text_).substr(begin, end - begin));
