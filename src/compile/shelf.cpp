@@ -37,6 +37,10 @@ uint64_t Shelf::Room() {
     return most;
 }
 
+unsigned Cores() {
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
 void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
     std::atomic<size_t> next = 0;
     std::mutex mutex;
@@ -50,7 +54,7 @@ void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
             next = count;
         }
     };
-    const size_t cores = std::min<size_t>(count, std::max(1u, std::thread::hardware_concurrency()));
+    const size_t cores = std::min<size_t>(count, Cores());
     std::vector<std::thread> threads;
     try {
         for (size_t i = 1; i < cores; ++i) threads.emplace_back(run);

@@ -12,6 +12,8 @@
 
 namespace compile {
 
+unsigned Cores();  // at least 1
+
 // Runs work(0) to work(count - 1), in any order, on all cores. An exception of one ends the others and comes
 // here.
 void OnAllCores(size_t count, const std::function<void(size_t)>& work);

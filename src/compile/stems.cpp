@@ -14,22 +14,24 @@ namespace {
 
 // Bounds that no chart made to be played comes near.
 constexpr double kMostStemMs = 10 * 60 * 1000.0;
-constexpr double kMostMixedMs = 48.0 * 60 * 60 * 1000;    // of all items together: some minutes of one core
-constexpr uint64_t kMostSplitting = uint64_t{512} << 20;  // bytes of the parts of one stem while it is split
-constexpr double kBytesPerMs = kStemRate * 4 / 1000.0;    // of WAV
+constexpr double kMostMixedMs = 48.0 * 60 * 60 * 1000;  // of all items together: some minutes of one core
+constexpr uint64_t kMostSplitting = uint64_t{512}
+                                    << 20;              // bytes of parts while stems are split, on all cores
+constexpr double kBytesPerMs = kStemRate * 4 / 1000.0;  // of WAV
 
 // Lends sounds to the mixer, one at a time.
 class Lender {
 public:
     explicit Lender(const StemSource& source) : source_(source) {}
 
-    dialect::Pcm operator()(int32_t number) {
+    dialect::Pcm operator()(int32_t number, size_t most_frames) {
         const SoundPtr sound = source_.shelf.Find(source_.names[static_cast<size_t>(number)]);
         if (!sound) return {};
-        samples_.resize(std::max<size_t>(sound->samples.size(), 1));
-        for (size_t i = 0; i < sound->samples.size(); ++i)
+        const size_t frames = std::min(sound->Frames(), most_frames);
+        samples_.resize(std::max<size_t>(samples_.size(), frames * 2 + 1));
+        for (size_t i = 0; i < frames * 2; ++i)
             samples_[i] = static_cast<float>(sound->samples[i]) * (1.0f / 32768.0f);
-        return {samples_.data(), sound->Frames()};
+        return {samples_.data(), frames};
     }
 
 private:
@@ -56,10 +58,9 @@ void BoundItems(const StemSource& source, dialect::Plan* plan) {
     dialect::Place first;
     for (dialect::Stem& stem : plan->stems) {
         const auto beyond = [&](const dialect::StemItem& item) {
-            const SoundPtr sound = source.shelf.Find(source.names[static_cast<size_t>(item.sound)]);
-            const double whole = sound ? sound->Ms() : 0.0;  // the lender converts all of it
-            if (item.start_ms + std::min(item.cut_ms, whole) <= kMostStemMs && whole <= left) {
-                left -= whole;
+            const double ms = SoundingMs(source, item);
+            if (item.start_ms + ms <= kMostStemMs && ms <= left) {
+                left -= ms;
                 return false;
             }
             if (dropped++ == 0) first = item.source;
@@ -96,13 +97,27 @@ void BoundBytes(const StemSource& source, dialect::Plan* plan) {
          std::to_string(emptied) + " stems are left out, since all of them take too much"});
 }
 
-int32_t MostParts(const StemSource& source, const dialect::Stem& stem, int32_t spare) {
+int32_t MostParts(const StemSource& source, const dialect::Stem& stem, uint64_t room, int32_t spare) {
     const uint64_t bytes = static_cast<uint64_t>(LengthOf(source, stem) * kBytesPerMs) * 2 + 1;
-    return static_cast<int32_t>(std::clamp<uint64_t>(kMostSplitting / bytes, 1, uint64_t(spare) + 1));
+    return static_cast<int32_t>(std::clamp<uint64_t>(room / bytes, 1, uint64_t(spare) + 1));
 }
 
-void Split(const StemSource& source, int32_t spare, dialect::Stem* stem) {
-    dialect::SplitStem(Lender(source), kStemRate, MostParts(source, *stem, spare), stem);
+void SplitAlone(const StemSource& source, int32_t spare, dialect::Stem* stem) {
+    dialect::SplitStem(Lender(source), kStemRate, MostParts(source, *stem, kMostSplitting, spare), stem);
+}
+
+// On all cores, each with its share of the room. A stem that would take more is split anew, alone, so that
+// the result does not depend on the cores.
+void SplitAll(const StemSource& source, int32_t spare, std::vector<dialect::Stem>* stems) {
+    const uint64_t share = kMostSplitting / Cores();
+    OnAllCores(stems->size(), [&](size_t i) {
+        dialect::Stem* stem = &(*stems)[i];
+        dialect::SplitStem(Lender(source), kStemRate, MostParts(source, *stem, share, spare), stem);
+    });
+    for (dialect::Stem& stem : *stems) {
+        if (stem.limited && stem.parts < MostParts(source, stem, kMostSplitting, spare))
+            SplitAlone(source, spare, &stem);
+    }
 }
 
 // 1.5 * 2^23 leaves the nearest integer in the low bits of the float, as SoundToWav rounds.
@@ -153,11 +168,11 @@ void FitStems(const StemSource& source, dialect::Plan* plan) {
         for (dialect::StemItem& item : stem.items) item.part = 0;
     }
     const int32_t spare = dialect::SpareParts(*plan);
-    OnAllCores(plan->stems.size(), [&](size_t i) { Split(source, spare, &plan->stems[i]); });
+    SplitAll(source, spare, &plan->stems);
     int32_t left = spare, limited = 0;
     dialect::Place first;
     for (dialect::Stem& stem : plan->stems) {
-        if (stem.parts - 1 > left) Split(source, left, &stem);
+        if (stem.parts - 1 > left) SplitAlone(source, left, &stem);
         left -= stem.parts - 1;
         if (stem.limited && limited++ == 0) first = stem.items[0].source;
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace dialect {
 
@@ -12,11 +13,15 @@ struct Span {
     size_t begin, frames;
 };
 
+// The frames after which the item is cut; SIZE_MAX: it rings out.
+size_t CutOf(const StemItem& item, double rate) {
+    const double cut = item.cut_ms * rate / 1000;
+    return cut < 1e15 ? static_cast<size_t>(std::llround(cut)) : SIZE_MAX;
+}
+
 Span SpanOf(const StemItem& item, const Pcm& pcm, double rate) {
     const size_t begin = static_cast<size_t>(std::llround(std::max(item.start_ms, 0.0) * rate / 1000));
-    const double cut = item.cut_ms * rate / 1000;
-    const size_t frames = pcm.samples ? pcm.frames : 0;
-    return {begin, cut < static_cast<double>(frames) ? static_cast<size_t>(std::llround(cut)) : frames};
+    return {begin, pcm.samples ? std::min(pcm.frames, CutOf(item, rate)) : 0};
 }
 
 bool Fits(const std::vector<float>& mix, const Pcm& pcm, Span span) {
@@ -41,9 +46,9 @@ void SplitStem(const PcmOf& pcm, double rate, int32_t most, Stem* stem) {
     std::vector<std::vector<float>> parts(1);
     stem->limited = false;
     for (StemItem& item : stem->items) {
-        const Pcm sound = pcm(item.sound);
+        const Pcm sound = pcm(item.sound, CutOf(item, rate));
         const Span span = SpanOf(item, sound, rate);
-        size_t part = 0;
+        size_t part = parts.size() - std::min(parts.size(), kMostTried);
         while (part < parts.size() && !Fits(parts[part], sound, span)) ++part;
         if (part == parts.size()) {
             if (static_cast<int32_t>(parts.size()) < most) {
@@ -63,7 +68,7 @@ std::vector<float> MixPart(const Stem& stem, int32_t part, const PcmOf& pcm, dou
     std::vector<float> mix;
     for (const StemItem& item : stem.items) {
         if (item.part != part) continue;
-        const Pcm sound = pcm(item.sound);
+        const Pcm sound = pcm(item.sound, CutOf(item, rate));
         AddTo(&mix, sound, SpanOf(item, sound, rate));
     }
     return mix;

@@ -12,7 +12,7 @@ using dialect::StemItem;
 constexpr double kRate = 1000;  // a frame is a millisecond
 
 // Sound n is constantly n / 10, 100 frames of stereo.
-dialect::Pcm Constant(int32_t sound) {
+dialect::Pcm Constant(int32_t sound, size_t) {
     static std::vector<std::vector<float>> sounds(11);
     auto& samples = sounds[static_cast<size_t>(sound)];
     samples.assign(200, static_cast<float>(sound) / 10);
@@ -56,10 +56,19 @@ TEST(Mix, LoudStemsAreSplitUntilThePartsRunOut) {
     EXPECT_TRUE(stem.limited);
 }
 
+// What is too loud for all parts costs no more than a few tries.
+TEST(Mix, ManyPartsAreNotAllTried) {
+    Stem stem = StemOf({20, {10, 0, 0, dialect::kWhole, {}}});
+    stem.items.push_back({10, 0, 100, dialect::kWhole, {}});
+    dialect::SplitStem(Constant, kRate, 99, &stem);
+    EXPECT_EQ(stem.parts, 20);
+    EXPECT_EQ(stem.items[20].part, 20 - 16);
+}
+
 TEST(Mix, AMissingFileIsSilence) {
     const Stem stem = StemOf({{1, 0, 10, dialect::kWhole, {}}});
     EXPECT_TRUE(dialect::MixPart(
-                    stem, 0, [](int32_t) { return dialect::Pcm{}; }, kRate)
+                    stem, 0, [](int32_t, size_t) { return dialect::Pcm{}; }, kRate)
                     .empty());
 }
 
@@ -75,7 +84,7 @@ TEST(Mix, SplitStemsAreNumberedAnew) {
     ASSERT_EQ(plan.stems.size(), 1u);
     const size_t own = plan.sounds.size();
     EXPECT_EQ(own + plan.mixed.size(), 600u);
-    EXPECT_EQ(dialect::SplitStems([](int32_t) { return Constant(6); }, kRate, &plan), 1);
+    EXPECT_EQ(dialect::SplitStems([](int32_t, size_t) { return Constant(6, 0); }, kRate, &plan), 1);
     EXPECT_EQ(plan.stems[0].parts, static_cast<int32_t>(575 - own - 1));
     EXPECT_EQ(dialect::SpareParts(plan), 0);
     const std::string out = dialect::WriteText(plan);
