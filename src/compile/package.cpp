@@ -22,11 +22,14 @@ constexpr int kMostFilms = 64;  // that are looked at: a look may start another 
 class Compiler {
 public:
     Compiler(std::string_view bytes, const std::string& folder, const Settings& settings)
-        : bytes_(bytes), folder_(folder), settings_(settings) {}
+        : bytes_(bytes), folder_(folder), settings_(settings) {
+        source_->stopped = source_->shelf.stopped = settings.stopped;
+    }
 
     Package Run();
 
 private:
+    bool Stopped() const { return settings_.stopped && settings_.stopped(); }
     double LengthOf(std::string_view name);
     void LoadMixed();
     void ListFiles();
@@ -40,6 +43,7 @@ private:
     const std::string folder_;
     const Settings& settings_;
     std::shared_ptr<StemSource> source_ = std::make_shared<StemSource>();
+    std::shared_ptr<Costs> costs_ = std::make_shared<Costs>();
     bool measured_ = false;
     int films_looked_at_ = 0;
     dialect::Options options_;
@@ -119,11 +123,11 @@ void Compiler::ListFiles() {
 
 void Compiler::FindFiles() {
     OnAllCores(package_.used.size(), [this](size_t i) {
+        if (Stopped()) return;
         UsedFile& file = package_.used[i];
         const std::string name = folder_ + file.name;
         file.path = FindNamed(name);
-        if (file.path.empty())
-            file.path = MakeSubstitute(SubstitutePaths(name, file.kind), file.kind, {}).path;
+        if (file.path.empty()) file.path = costs_->Make(SubstitutePaths(name, file.kind), file.kind, {}).path;
     });
 }
 
@@ -153,7 +157,7 @@ void Compiler::MakeFiles() {
                 {stem.names[part], MediaKind::kSound, StemMaker(source_, stem, static_cast<int32_t>(part))});
     }
     for (const dialect::Sheet& sheet : plan_.sheets)
-        package_.made.push_back({sheet.name, MediaKind::kPicture, SheetMaker(folder_, sheet)});
+        package_.made.push_back({sheet.name, MediaKind::kPicture, SheetMaker(folder_, sheet, costs_)});
     for (const dialect::Film& film : plan_.films)
         package_.films.push_back({FindFilm(folder_ + film.name), film});
 }
@@ -164,8 +168,8 @@ void Compiler::MakePlan() {
     if (settings_.film) {
         options_.film = [this](std::string_view name) {
             const std::string path = FindFilm(folder_ + std::string(name));
-            return path.empty() || ++films_looked_at_ > kMostFilms ? dialect::FilmLook()
-                                                                   : settings_.film(path);
+            return path.empty() || ++films_looked_at_ > kMostFilms || Stopped() ? dialect::FilmLook()
+                                                                                : settings_.film(path);
         };
     }
     options_.sound_ms = [this](std::string_view name) { return LengthOf(name); };

@@ -31,6 +31,8 @@ struct Settings {
     dialect::Choice choice;
     int64_t most_findings = dialect::kMostOfOneCode;  // that are kept, of each code and severity
     bool list_used = false;  // fill Package::used; looks for all files and decodes substitutes
+    // Asked on any thread, also by the makers. Once true, files are passed over, so that all ends soon.
+    std::function<bool()> stopped;
     // What the film of this path is; when not set, films stay blank. Called on one thread.
     std::function<dialect::FilmLook(const std::string& path)> film;
     // The name that the text has for a used file, when set. A chart that needs nothing else is changed for

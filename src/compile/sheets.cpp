@@ -4,7 +4,6 @@
 #include <cstring>
 #include <new>
 
-#include "compile/file.h"
 #include "display/dib.h"
 #include "platform/graphics/dib_format.h"
 #include "platform/substitutes/picture.h"
@@ -35,8 +34,8 @@ void DrawPicture(const DibPicture& picture, DWORD* cell) {
         DrawDibRows(picture, window);
 }
 
-void DrawCell(const std::string& name, DWORD* cell) {
-    const SharedBytes file = LoadFile(name, MediaKind::kPicture, kMaxPictureFile);
+void DrawCell(const std::string& name, Costs* costs, DWORD* cell) {
+    const SharedBytes file = LoadFile(name, MediaKind::kPicture, kMaxPictureFile, {}, costs);
     if (!file || file->Size() < kLeastBmp || std::memcmp(file->Data(), "BM", 2) != 0) return;
     CDib dib;  // its copy: finding the pixels mends the header
     dib.m_pData = new (std::nothrow) BYTE[file->Size()];
@@ -49,13 +48,13 @@ void DrawCell(const std::string& name, DWORD* cell) {
         DrawPicture(picture, cell);
 }
 
-bool MakeSheet(const std::vector<std::string>& names, const MayHold& may_hold, ByteBlock* bmp) {
+bool MakeSheet(const std::vector<std::string>& names, const MayHold& may_hold, Costs* costs, ByteBlock* bmp) {
     constexpr size_t kPixels = size_t{kSide} * kSide;
     if (may_hold && !may_hold(kPixels * 7)) return false;
     std::vector<DWORD> pixels(kPixels);
     for (size_t i = 0; i < names.size(); ++i) {
         const size_t x = i % kSheetSide * kCellSize, y = i / kSheetSide * kCellSize;
-        DrawCell(names[i], pixels.data() + y * kSide + x);
+        DrawCell(names[i], costs, pixels.data() + y * kSide + x);
     }
     const BmpRows rows = StartBmp(kSide, kSide, 24, bmp);
     if (!rows.pBottom) return false;
@@ -69,12 +68,12 @@ bool MakeSheet(const std::vector<std::string>& names, const MayHold& may_hold, B
 
 }  // namespace
 
-FileMaker SheetMaker(const std::string& folder, const dialect::Sheet& sheet) {
+FileMaker SheetMaker(const std::string& folder, const dialect::Sheet& sheet, std::shared_ptr<Costs> costs) {
     std::vector<std::string> names;
     for (const std::string& cell : sheet.cells) names.push_back(folder + cell);
-    return [names = std::move(names)](const MayHold& may_hold, ByteBlock* bmp) {
+    return [names = std::move(names), costs = std::move(costs)](const MayHold& may_hold, ByteBlock* bmp) {
         try {
-            return MakeSheet(names, may_hold, bmp);
+            return MakeSheet(names, may_hold, costs.get(), bmp);
         } catch (const std::bad_alloc&) {
             return false;
         }

@@ -68,7 +68,7 @@ void OnAllCores(size_t count, const std::function<void(size_t)>& work) {
 
 // A file that yields little or nothing costs its reading.
 void Shelf::LoadOne(const std::string& name, const std::string& path, Entry* entry) {
-    if (decoded_ > kMostDecoded) {
+    if (decoded_ > kMostDecoded || (stopped && stopped())) {
         entry->ms = kLongMs;
         return;
     }

@@ -28,6 +28,8 @@ public:
     // What a sound is taken to last that is not decoded any more: longer than any, so that it is not mixed.
     static constexpr double kLongMs = 2'000'000;
 
+    std::function<bool()> stopped;  // once true, no sound is loaded any more; when set
+
     // Loads those of the names that are not there, on all cores. Not while others use the shelf.
     void Load(const std::vector<std::string>& names);
     // Gives up all others.

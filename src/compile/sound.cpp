@@ -264,10 +264,13 @@ SoundPtr DecodeSound(const BYTE* bytes, size_t size) {
 SoundPtr LoadSound(const std::string& name) {
     static std::mutex large;
     std::unique_lock alone(large, std::defer_lock);
-    const SharedBytes file = LoadFile(name, MediaKind::kSound, kMostFile, [&](size_t bytes) {
-        if (bytes > kLarge && !alone.owns_lock()) alone.lock();
-        return true;
-    });
+    const SharedBytes file = LoadFile(
+        name, MediaKind::kSound, kMostFile,
+        [&](size_t bytes) {
+            if (bytes > kLarge && !alone.owns_lock()) alone.lock();
+            return true;
+        },
+        nullptr);
     return file ? DecodeSound(file->Data(), file->Size()) : nullptr;
 }
 

@@ -26,7 +26,7 @@ public:
 
     dialect::Pcm operator()(int32_t number, size_t most_frames) {
         const SoundPtr sound = source_.shelf.Find(source_.names[static_cast<size_t>(number)]);
-        if (!sound) return {};
+        if (!sound || (source_.stopped && source_.stopped())) return {};
         const size_t frames = std::min(sound->Frames(), most_frames);
         samples_.resize(std::max<size_t>(samples_.size(), frames * 2 + 1));
         for (size_t i = 0; i < frames * 2; ++i)

@@ -14,6 +14,7 @@ namespace compile {
 struct StemSource {
     Shelf shelf;
     std::vector<std::string> names;
+    std::function<bool()> stopped;  // once true, sounds are silent; when set
 };
 
 // Splits the stems within full scale and numbers them, on all cores. Leaves out, with findings, what would

@@ -109,6 +109,7 @@ void Compile(Job* job) {
     settings.choice = job->options.choice;
     if (job->options.all) settings.most_findings = kMostFindings;
     settings.list_used = true;
+    settings.stopped = tools::Stopped;
     settings.written_name = [&](const compile::UsedFile& file, const std::string& own) {
         return names.NameInText(file, own);
     };
@@ -253,6 +254,7 @@ ExitCode Convert(const Options& options) {
     if (!folder.Check(options.folder)) return fail(kUsage, folder.error());
     if (!ReadChart(&job, &why)) return fail(kChart, why);
     Compile(&job);
+    if (tools::Stopped()) return fail(kOutput, "interrupted; " + options.folder + " is unchanged");
     if (const dialect::Finding* refusal = FindRefusal(job.package))
         return fail(kChart, options.chart + ": " + refusal->text);
     if (!IsApart(job, folder, &why)) return fail(kUsage, options.folder + ": " + why);
