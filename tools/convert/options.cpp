@@ -20,8 +20,8 @@ const char kHelp[] =
     "  -h, --help      print this help and exit\n"
     "  -V, --version   print the version and exit\n"
     "\n"
-    "OUTDIR must not exist, be empty, or hold a package of lumetra-convert and nothing else, which is\n"
-    "replaced. OUTDIR changes only when the whole package has been written.\n"
+    "OUTDIR must be new or empty, or hold nothing but a package of lumetra-convert, which is replaced.\n"
+    "OUTDIR changes only when the whole package has been written.\n"
     "Exit codes: 0 done, 1 wrong usage or OUTDIR refused, 2 the chart cannot be read or played, 3 the\n"
     "output failed.\n";
 
