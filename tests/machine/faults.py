@@ -122,8 +122,8 @@ class Tool:
             now, old, new = (files.get(name), self.before.get(name), self.after.get(name))
             if now == new or (code != self.code and now == old):
                 continue
-            # By the system's rule a layer without memory is not shown, and nobody is told.
-            silent = (kind, self.name) == ("memory", "render")
+            # By the system's rules a layer, a title or a list without memory is left out, and nobody is told.
+            silent = kind == "memory" and self.name in ("render", "audio", "strip")
             if code == self.code and (kind == "write" or said == self.said) and not silent:
                 return f"{what}: {name} is not what it should be, and nothing tells it"
             if not partial and now is not None and now not in (old, new):
