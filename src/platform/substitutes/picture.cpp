@@ -33,15 +33,20 @@ uint32_t ReadBe(const BYTE* p, int nBytes) {
     return n;
 }
 
-uint64_t Work(uint64_t nWidth, uint64_t nHeight, uint64_t nScans) {
+// 0 for a size that is not decoded.
+uint64_t PixelsOf(uint64_t nWidth, uint64_t nHeight) {
     constexpr uint64_t kSide = kMaxPictureSide;
-    return nWidth <= kSide && nHeight <= kSide ? nWidth * nHeight * 3 * nScans : 0;
+    return nWidth <= kSide && nHeight <= kSide ? nWidth * nHeight : 0;
+}
+
+uint64_t Work(uint64_t nWidth, uint64_t nHeight) {
+    return PixelsOf(nWidth, nHeight) * 3;
 }
 
 // Walks the markers; what follows the start of a scan is skipped up to the next marker.
 uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
     constexpr BYTE kFrame = 0xC0, kLastFrame = 0xCF, kEnd = 0xD9, kScan = 0xDA;
-    uint64_t nWidth = 0, nHeight = 0, nScans = 0;
+    uint64_t nPixels = 0, nScans = 0;
     for (size_t i = 2; i + 9 <= nBytes;) {
         const BYTE nMarker = pFile[i + 1];
         if (pFile[i] != 0xFF || nMarker <= 1 || nMarker == 0xFF || (nMarker >= 0xD0 && nMarker <= 0xD7)) {
@@ -50,14 +55,13 @@ uint64_t JpegWork(const BYTE* pFile, size_t nBytes) {
         }
         if (nMarker == kEnd) break;
         // Each fourth marker among those of frames is something else.
-        if (nMarker == kFrame || (nMarker > kFrame && nMarker <= kLastFrame && nMarker % 4 != 0)) {
-            nHeight = ReadBe(pFile + i + 5, 2);
-            nWidth = ReadBe(pFile + i + 7, 2);
-        }
+        // The decoder takes the first; what looks like one further on may be anything.
+        if (nMarker == kFrame || (nMarker > kFrame && nMarker <= kLastFrame && nMarker % 4 != 0))
+            nPixels = std::max(nPixels, PixelsOf(ReadBe(pFile + i + 7, 2), ReadBe(pFile + i + 5, 2)));
         nScans += nMarker == kScan;
         i += 2 + ReadBe(pFile + i + 2, 2);
     }
-    return Work(nWidth, nHeight, std::max<uint64_t>(nScans, 1));
+    return nPixels * 3 * std::max<uint64_t>(nScans, 1);
 }
 
 // The larger of the screen and the first picture, which is decoded whole however small the screen is.
@@ -74,7 +78,7 @@ uint64_t GifWork(const BYTE* p, size_t nBytes) {
         nWidth = std::max<uint64_t>(nWidth, ReadLe16(p + i + 5));
         nHeight = std::max<uint64_t>(nHeight, ReadLe16(p + i + 7));
     }
-    return Work(nWidth, nHeight, 1);
+    return Work(nWidth, nHeight);
 }
 
 }  // namespace
@@ -84,7 +88,7 @@ uint64_t PictureWork(const BYTE* pFile, size_t nBytes) {
     const PictureKind kind = KindOfPicture(pFile, nBytes);
     if (kind == PictureKind::kJpeg) return JpegWork(pFile, nBytes);
     if (kind == PictureKind::kPng && nBytes >= kPngSize + 8)
-        return Work(ReadBe(pFile + kPngSize, 4), ReadBe(pFile + kPngSize + 4, 4), 1);
+        return Work(ReadBe(pFile + kPngSize, 4), ReadBe(pFile + kPngSize + 4, 4));
     return kind == PictureKind::kGif ? GifWork(pFile, nBytes) : 0;
 }
 

@@ -113,6 +113,8 @@ TEST(Door, WorkOfDecodingIsBounded) {
     for (int i = 0; i < 480; ++i) jpeg += std::string("\xFF\xDA\0\x08\x01\x01\0\0\0\0\x55\xFF\0\x55", 14);
     const uint64_t work = PictureWork(reinterpret_cast<const BYTE*>(jpeg.data()), jpeg.size());
     EXPECT_EQ(work, uint64_t{480} * 3 * 4096 * 4096);
+    jpeg += std::string("\xFF\xC0\0\x0B\x08\0\x01\0\x01", 9);  // what looks like another frame
+    EXPECT_EQ(PictureWork(reinterpret_cast<const BYTE*>(jpeg.data()), jpeg.size()), work);
     jpeg[3] = '\xCA';  // arithmetic coding
     EXPECT_EQ(PictureWork(reinterpret_cast<const BYTE*>(jpeg.data()), jpeg.size()), work);
     Budget budget;
