@@ -1,3 +1,4 @@
+#include <bit>
 #include <cstring>
 
 #include "chart/reader.h"
@@ -5,40 +6,53 @@
 void StartLines(LineScan* pScan, const char* pText, int64_t nSize) {
     pScan->pNext = pText;
     pScan->pEnd = pText + nSize;
-    pScan->pBreak = pScan->pNul = nullptr;
+    pScan->pLineEnd = pText;
 }
 
-static const char* FindByte(const char* pFrom, const char* pEnd, char c) {
-    const void* p = std::memchr(pFrom, c, static_cast<size_t>(pEnd - pFrom));
-    return p ? static_cast<const char*>(p) : pEnd;
-}
-
-// The NUL after the text makes reading one byte past a CR safe.
-static const char* FindBreak(const char* pFrom, const char* pEnd) {
-    const char* p = FindByte(pFrom, pEnd, '\r');
-    while (p < pEnd && p[1] != '\n') p = FindByte(p + 1, pEnd, '\r');
+// The next byte below 14, which NUL, TAB, LF and CR are; pEnd when there is none. Looks at eight bytes at
+// once: a byte found borrows from those above it, so only the lowest is sure.
+static const char* FindControl(const char* p, const char* pEnd) {
+    constexpr uint64_t ONES = 0x0101010101010101, HIGH = 0x8080808080808080;
+    for (; pEnd - p >= 8; p += 8) {
+        uint64_t nBytes;
+        std::memcpy(&nBytes, p, sizeof nBytes);
+        const uint64_t nFound = (nBytes - ONES * 14) & ~nBytes & HIGH;
+        if (nFound == 0) continue;
+        if constexpr (std::endian::native == std::endian::little) return p + std::countr_zero(nFound) / 8;
+        break;
+    }
+    while (p < pEnd && static_cast<unsigned char>(*p) >= 14) ++p;
     return p;
 }
 
-static const char* FindLineEnd(LineScan* pScan) {
-    if (!pScan->pBreak || pScan->pBreak < pScan->pNext) pScan->pBreak = FindBreak(pScan->pNext, pScan->pEnd);
-    if (!pScan->pNul || pScan->pNul < pScan->pNext) pScan->pNul = FindByte(pScan->pNext, pScan->pEnd, '\0');
-    return pScan->pBreak < pScan->pNul ? pScan->pBreak : pScan->pNul;
+// The end of the line: CR LF or NUL. *ppCut: its first LF or TAB, or the end. The NUL after the text makes
+// reading one byte past a CR safe.
+static const char* FindLineEnd(const char* p, const char* pEnd, const char** ppCut) {
+    *ppCut = nullptr;
+    for (;; ++p) {
+        p = FindControl(p, pEnd);
+        if (p == pEnd || *p == '\0' || (*p == '\r' && p[1] == '\n')) break;
+        if (!*ppCut && (*p == '\n' || *p == '\t')) *ppCut = p;
+    }
+    if (!*ppCut) *ppCut = p;
+    return p;
 }
 
 int TakeLine(LineScan* pScan, char* szLine) {
     if (pScan->pNext >= pScan->pEnd) return -1;
-    const char* pLine = pScan->pNext;
-    const char* p = FindLineEnd(pScan);
-    int64_t nLength = p - pLine;
+    const char* pCut;
+    const char* p = FindLineEnd(pScan->pNext, pScan->pEnd, &pCut);
+    pScan->pLineEnd = p;
+    int64_t nLength = pCut - pScan->pNext;
+    if (nLength > LINE_BUFFER - 1) nLength = LINE_BUFFER - 1;
+    std::memcpy(szLine, pScan->pNext, static_cast<size_t>(nLength));
+    // Callers test fixed columns before they check the length.
+    if (nLength < 8) {
+        std::memset(szLine + nLength, 0, 8);
+    } else {
+        szLine[nLength] = '\0';
+    }
     while (p < pScan->pEnd && (*p == '\r' || *p == '\n' || *p == '\0')) ++p;
     pScan->pNext = p;
-
-    if (nLength > LINE_BUFFER - 1) nLength = LINE_BUFFER - 1;
-    const char* pCut = FindByte(pLine, pLine + nLength, '\n');
-    nLength = FindByte(pLine, pCut, '\t') - pLine;
-    std::memcpy(szLine, pLine, static_cast<size_t>(nLength));
-    // Callers test fixed columns before they check the length.
-    std::memset(szLine + nLength, 0, nLength < 8 ? static_cast<size_t>(8 - nLength) : 1);
     return static_cast<int>(nLength);
 }

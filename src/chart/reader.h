@@ -5,13 +5,11 @@
 
 constexpr int LINE_BUFFER = 1024;  // a line is cut to 1023 bytes
 
-// A position in the text. Remembers the next line break and the next NUL, so that a text full of NULs or lone
-// CRs is scanned in linear time.
+// A position in the text.
 struct LineScan {
-    const char* pNext;   // read position
-    const char* pEnd;    // end of the text; points to a NUL
-    const char* pBreak;  // the next CR LF at or after pNext, pEnd when there is none; null: not searched yet
-    const char* pNul;    // the same for the next NUL
+    const char* pNext;     // read position
+    const char* pEnd;      // end of the text; points to a NUL
+    const char* pLineEnd;  // of the line taken last: its CR LF or NUL, or the text's end
 };
 
 void StartLines(LineScan* pScan, const char* pText, int64_t nSize);

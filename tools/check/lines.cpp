@@ -19,7 +19,7 @@ bool LineReader::Next(Line* line) {
     if (line->length < 0) return false;
     line->place = {number_, static_cast<int32_t>(begin - line_begin_ + 1)};
     line->raw = begin;
-    line->raw_end = scan_.pBreak < scan_.pNul ? scan_.pBreak : scan_.pNul;
+    line->raw_end = scan_.pLineEnd;
     return true;
 }
 
