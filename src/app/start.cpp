@@ -187,9 +187,10 @@ int Open(const LongOptions& options) {
 }
 
 void SayHowToStart() {
-    if (!g_bPlaying)
-        Say(std::string("the chart is not playing: press Enter in its window") +
-            (g_bHost ? "" : " or run lumetra --play") + " (-P plays at once)");
+    if (g_bPlaying) return;
+    Say(g_bHost
+            ? "the chart is not playing: press Enter in its window (-P plays at once)"
+            : "the chart is not playing: press Enter in its window or run lumetra --play (-P plays at once)");
 }
 
 }  // namespace app
