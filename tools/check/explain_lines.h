@@ -32,8 +32,8 @@ inline constexpr Explanation kLineExplanations[] = {
      "Replace the TAB with a blank, or delete it.",
      "`--fix` changes nothing here: the player would read what it has not read before."},
     {"trailing-blank",
-     "The player trims nothing. A blank becomes part of a title, of the name of a file, which is then not "
-     "found, or of the data, where two blanks move all objects of the line.",
+     "The player trims nothing. A blank becomes part of a title, of the name of a file, which is then found "
+     "at most as a substitute, or of the data, where two blanks move all objects of the line.",
      "#WAV01 kick.wav<BLANK>", "Delete the blanks.",
      "`--fix` deletes blanks and TABs at the end of a command, unless the player would then no longer take "
      "it as the same command, or a file with such a name exists."},
