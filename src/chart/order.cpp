@@ -82,12 +82,43 @@ static SortKey KeyOf(const BmsObject* p, int32_t nPlace) {
     return key;
 }
 
-static void SortSpan(BmsObject** ppList, int32_t nCount, const SortSpace& space) {
+static void MergeSpan(BmsObject** ppList, int32_t nCount, const SortSpace& space) {
     for (int32_t i = 0; i < nCount; ++i) space.pKeys[i] = KeyOf(ppList[i], i);
     SortKeys(space.pKeys, nCount, space.pSpare);
     std::memcpy(space.ppFrom, ppList, static_cast<size_t>(nCount) * sizeof *ppList);
     for (int32_t i = 0; i < nCount; ++i)
         ppList[i] = space.ppFrom[static_cast<uint32_t>(space.pKeys[i].qwChannel)];
+}
+
+// A measure of few objects: counts for each how many precede it. Unlike a merge it never branches on the
+// order of two objects, which is as good as random here, and a wrong guess costs as much as a dozen
+// comparisons.
+constexpr int32_t RANK_LIMIT = 32;
+
+static void RankSpan(BmsObject** ppList, int32_t nCount) {
+    SortKey aKey[RANK_LIMIT];
+    BmsObject* apFrom[RANK_LIMIT];
+    int32_t anRank[RANK_LIMIT];
+    for (int32_t i = 0; i < nCount; ++i) {
+        aKey[i] = KeyOf(ppList[i], i);
+        apFrom[i] = ppList[i];
+        int32_t nRank = 0;
+        for (int32_t j = 0; j < i; ++j) {
+            const int32_t nBefore = IsLess(aKey[j], aKey[i]);
+            nRank += nBefore;
+            anRank[j] += 1 - nBefore;
+        }
+        anRank[i] = nRank;
+    }
+    for (int32_t i = 0; i < nCount; ++i) ppList[anRank[i]] = apFrom[i];
+}
+
+static void SortSpan(BmsObject** ppList, int32_t nCount, const SortSpace& space) {
+    if (nCount <= RANK_LIMIT) {
+        RankSpan(ppList, nCount);
+    } else {
+        MergeSpan(ppList, nCount, space);
+    }
 }
 
 // Sorts measure by measure, which touches only as much of the space as the largest measure needs. False when
