@@ -1,3 +1,4 @@
+#include <array>
 #include <cstring>
 
 #include "chart/channels.h"
@@ -6,7 +7,7 @@
 #include "display/ddraw.h"
 #include "sound/dsound.h"
 
-ChannelKind GetChannelKind(int32_t nChannel) {
+static constexpr ChannelKind FindChannelKind(int32_t nChannel) {
     switch (nChannel) {
         case 1:
             return KIND_BGM;
@@ -24,6 +25,19 @@ ChannelKind GetChannelKind(int32_t nChannel) {
     }
     const int32_t nSide = nChannel >> 4, nLane = nChannel & 15;
     return nSide >= 1 && nSide <= 4 && nLane >= 1 && nLane <= 9 ? KIND_NOTE : KIND_NONE;
+}
+
+// A table, because the kinds of successive lines are unpredictable.
+static constexpr auto CHANNEL_KIND = [] {
+    std::array<uint8_t, 0x50> aTable{};  // no list has a channel above these
+    for (size_t i = 0; i < aTable.size(); ++i)
+        aTable[i] = static_cast<uint8_t>(FindChannelKind(static_cast<int32_t>(i)));
+    return aTable;
+}();
+
+ChannelKind GetChannelKind(int32_t nChannel) {
+    const auto nIndex = static_cast<uint32_t>(nChannel);
+    return nIndex < CHANNEL_KIND.size() ? static_cast<ChannelKind>(CHANNEL_KIND[nIndex]) : KIND_NONE;
 }
 
 static bool IsRest(const char* p) {
@@ -59,22 +73,9 @@ int32_t CBMS::CountChannel(int32_t nMeasure, int32_t nChannel, const char* pszDa
     int32_t nCount = 0;
     const int32_t nPairs = CountPairs(pszData);
     for (int32_t i = 0; i < nPairs; ++i) nCount += PairToBase36(pszData + 2 * i) > 0;
-    switch (GetChannelKind(nChannel)) {
-        case KIND_BGM:
-            m_nBgm += nCount;
-            break;
-        case KIND_TEMPO:
-            m_nTempo += nCount;
-            break;
-        case KIND_BGA:
-            m_nBga += nCount;
-            break;
-        case KIND_NOTE:
-            m_nNote += nCount;
-            break;
-        default:
-            break;
-    }
+    int32_t nNoList = 0;
+    int32_t* const apnCount[] = {&nNoList, &m_nBgm, &m_nLength, &m_nTempo, &m_nBga, &m_nNote};  // by kind
+    *apnCount[GetChannelKind(nChannel)] += nCount;
     return nCount;
 }
 
@@ -140,12 +141,12 @@ static void ReadPictures(CBMS* pBms, ListTail tail, int32_t nMeasure, int32_t nC
 }
 
 void CBMS::ReadChannel(int32_t nMeasure, int32_t nChannel, const char* pszData) {
-    switch (GetChannelKind(nChannel)) {
+    const ChannelKind nKind = GetChannelKind(nChannel);
+    const ListTail aSounds[] = {{m_pBgm, m_nBgm, &m_nBgmFill}, {m_pNote, m_nNote, &m_nNoteFill}};
+    switch (nKind) {
         case KIND_BGM:
-            ReadSounds(this, {m_pBgm, m_nBgm, &m_nBgmFill}, nMeasure, nChannel, pszData);
-            break;
         case KIND_NOTE:
-            ReadSounds(this, {m_pNote, m_nNote, &m_nNoteFill}, nMeasure, nChannel, pszData);
+            ReadSounds(this, aSounds[nKind == KIND_NOTE], nMeasure, nChannel, pszData);
             break;
         case KIND_TEMPO:
             ReadTempos(this, {m_pTempo, m_nTempo, &m_nTempoFill}, nMeasure, nChannel, pszData);
