@@ -10,7 +10,7 @@ static void ReadPath(char (*aszTable)[BMS_PATH], int32_t nFirst, const char* szL
     if (nLength < 8 || szLine[6] != ' ') return;
     const int32_t n = ObjNoToInt(szLine + 4);
     if (n < nFirst) return;
-    std::memcpy(aszTable[n], szDir, BMS_PATH);
+    std::memcpy(aszTable[n], szDir, std::strlen(szDir) + 1);
     AddFileName(aszTable[n], BMS_PATH, szLine + 7);
 }
 

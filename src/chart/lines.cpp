@@ -38,21 +38,32 @@ static const char* FindLineEnd(const char* p, const char* pEnd, const char** ppC
     return p;
 }
 
-int TakeLine(LineScan* pScan, char* szLine) {
-    if (pScan->pNext >= pScan->pEnd) return -1;
+const char* NextLine(LineScan* pScan, int* pnLength) {
+    const char* pLine = pScan->pNext;
+    if (pLine >= pScan->pEnd) return nullptr;
     const char* pCut;
-    const char* p = FindLineEnd(pScan->pNext, pScan->pEnd, &pCut);
+    const char* p = FindLineEnd(pLine, pScan->pEnd, &pCut);
     pScan->pLineEnd = p;
-    int64_t nLength = pCut - pScan->pNext;
-    if (nLength > LINE_BUFFER - 1) nLength = LINE_BUFFER - 1;
-    std::memcpy(szLine, pScan->pNext, static_cast<size_t>(nLength));
+    while (p < pScan->pEnd && (*p == '\r' || *p == '\n' || *p == '\0')) ++p;
+    pScan->pNext = p;
+    *pnLength = static_cast<int>(pCut - pLine < LINE_BUFFER - 1 ? pCut - pLine : LINE_BUFFER - 1);
+    return pLine;
+}
+
+void CopyLine(const char* pLine, int nLength, char* szLine) {
+    std::memcpy(szLine, pLine, static_cast<size_t>(nLength));
     // Callers test fixed columns before they check the length.
     if (nLength < 8) {
         std::memset(szLine + nLength, 0, 8);
     } else {
         szLine[nLength] = '\0';
     }
-    while (p < pScan->pEnd && (*p == '\r' || *p == '\n' || *p == '\0')) ++p;
-    pScan->pNext = p;
-    return static_cast<int>(nLength);
+}
+
+int TakeLine(LineScan* pScan, char* szLine) {
+    int nLength;
+    const char* pLine = NextLine(pScan, &nLength);
+    if (!pLine) return -1;
+    CopyLine(pLine, nLength, szLine);
+    return nLength;
 }

@@ -1,6 +1,7 @@
 #include "chart/reader.h"
 
 #include <cstdio>
+#include <cstring>
 #include <new>
 
 #include "chart/text.h"
@@ -28,14 +29,18 @@ char* ReadChartText(const char* pszPath, int64_t* pnSize) {
     return pText;
 }
 
-bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
+bool ReadPlace(const char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
     *pnMeasure = GetMeasureNo(szLine + 1);
     if (*pnMeasure < 0 || szLine[6] != ':') return false;
     *pnChannel = -1;
-    if (IsDigit(static_cast<unsigned char>(szLine[4])) && IsDigit(static_cast<unsigned char>(szLine[5]))) {
+    if (IsDigit(static_cast<unsigned char>(szLine[4])) && IsDigit(static_cast<unsigned char>(szLine[5])))
         *pnChannel = (szLine[4] - '0') * 16 + (szLine[5] - '0');
-        RemoveUnderscore(szLine + 7);
-    }
+    return true;
+}
+
+bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
+    if (!ReadPlace(szLine, pnMeasure, pnChannel)) return false;
+    if (*pnChannel >= 0) RemoveUnderscore(szLine + 7);
     return true;
 }
 
@@ -43,24 +48,49 @@ bool IsCommand(const char* szLine, int nLength) {
     return nLength > 4 && szLine[0] == '#';
 }
 
-// Walks over all possible commands. Calls fnChannel(measure, channel, data) or fnOther(line, length).
+// Calls fnChannel(measure, channel, data) or fnOther(line, length). Copies a line to remove its underscores.
 template <class OnChannel, class OnOther>
-static void ForCommands(const char* pText, int64_t nSize, OnChannel fnChannel, OnOther fnOther) {
-    char szLine[LINE_BUFFER];
-    LineScan scan;
-    StartLines(&scan, pText, nSize);
-    for (int nLength; (nLength = TakeLine(&scan, szLine)) >= 0;) {
-        if (!IsCommand(szLine, nLength)) continue;
-        int32_t nMeasure, nChannel;
-        if (!SplitChannel(szLine, &nMeasure, &nChannel)) {
-            fnOther(szLine, nLength);
-        } else if (nChannel >= 0) {
-            fnChannel(nMeasure, nChannel, szLine + 7);
-        }
+static void ReadCommand(const char* szLine, int nLength, OnChannel& fnChannel, OnOther& fnOther) {
+    int32_t nMeasure, nChannel;
+    if (!ReadPlace(szLine, &nMeasure, &nChannel)) {
+        fnOther(szLine, nLength);
+    } else if (nChannel < 0) {
+        return;
+    } else if (nLength > 7 && std::memchr(szLine + 7, '_', static_cast<size_t>(nLength - 7))) {
+        char szCopy[LINE_BUFFER];
+        CopyLine(szLine, nLength, szCopy);
+        RemoveUnderscore(szCopy + 7);
+        fnChannel(nMeasure, nChannel, szCopy + 7);
+    } else {
+        fnChannel(nMeasure, nChannel, szLine + 7);
     }
 }
 
-static void FirstPass(CBMS* pBms, const char* pText, int64_t nSize, char* szDir) {
+// Walks over all possible commands of the text, which ends with a NUL. Reads a line where it stands, with a
+// NUL for the byte after it, unless it is shorter than the columns that are tested without a look at its
+// length.
+template <class OnChannel, class OnOther>
+static void ForCommands(char* pText, int64_t nSize, OnChannel fnChannel, OnOther fnOther) {
+    LineScan scan;
+    StartLines(&scan, pText, nSize);
+    int nLength;
+    while (const char* pFound = NextLine(&scan, &nLength)) {
+        if (!IsCommand(pFound, nLength)) continue;
+        if (nLength < 8) {
+            char szShort[LINE_BUFFER];
+            CopyLine(pFound, nLength, szShort);
+            ReadCommand(szShort, nLength, fnChannel, fnOther);
+            continue;
+        }
+        char* pEnd = pText + (pFound - pText) + nLength;
+        const char cAfter = *pEnd;
+        *pEnd = '\0';
+        ReadCommand(pFound, nLength, fnChannel, fnOther);
+        *pEnd = cAfter;
+    }
+}
+
+static void FirstPass(CBMS* pBms, char* pText, int64_t nSize, char* szDir) {
     ForCommands(
         pText, nSize,
         [&](int32_t nMeasure, int32_t nChannel, const char* pszData) {
@@ -70,7 +100,7 @@ static void FirstPass(CBMS* pBms, const char* pText, int64_t nSize, char* szDir)
         [&](const char* szLine, int nLength) { ReadDefinition(pBms, szLine, nLength, szDir); });
 }
 
-static void SecondPass(CBMS* pBms, const char* pText, int64_t nSize, int32_t nMeasureBase) {
+static void SecondPass(CBMS* pBms, char* pText, int64_t nSize, int32_t nMeasureBase) {
     ForCommands(
         pText, nSize,
         [&](int32_t nMeasure, int32_t nChannel, const char* pszData) {

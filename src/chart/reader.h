@@ -13,8 +13,12 @@ struct LineScan {
 };
 
 void StartLines(LineScan* pScan, const char* pText, int64_t nSize);
-// Copies the next line to szLine, cut at its first LF or TAB; writes at least 8 bytes. Returns its length, or
-// -1 at the end of the text.
+// Finds the next line, cut at its first LF or TAB, and its length, at most LINE_BUFFER - 1. Null at the end
+// of the text.
+const char* NextLine(LineScan* pScan, int* pnLength);
+// Copies a line to szLine, LINE_BUFFER bytes. Fills up with NULs to column 7 at least.
+void CopyLine(const char* pLine, int nLength, char* szLine);
+// Copies the next line. Returns its length, or -1 at the end of the text.
 int TakeLine(LineScan* pScan, char* szLine);
 
 // Reads the whole file and appends a NUL. Free with delete[]. Null when it cannot be read or is too large.
@@ -24,8 +28,10 @@ char* ReadChartText(const char* pszPath, int64_t* pnSize);
 // True if the line can be a command: at least 5 characters, the first of them `#`.
 bool IsCommand(const char* szLine, int nLength);
 
-// Splits `#mmmcc:data`. False for any other line. Sets the channel to -1 for a line to be dropped. Removes
-// underscores from the data, which starts at column 7.
+// Measure and channel of a line `#mmmcc:data`, whose data starts at column 7. False for any other line. The
+// channel is -1 for a line to be dropped. szLine: 8 bytes at least.
+bool ReadPlace(const char* szLine, int32_t* pnMeasure, int32_t* pnChannel);
+// The same; removes underscores from the data unless the line is to be dropped.
 bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel);
 
 // First pass: #WAV, #BMP, #BGA and #PATH_WAV. szLine is a line of nLength bytes; szDir (BMS_PATH bytes) is

@@ -7,13 +7,6 @@
 #include "chart/digits.h"
 #include "platform/ascii.h"
 
-int HasHeadI(const char* pszText, const char* pszHead) {
-    for (; *pszHead; ++pszText, ++pszHead) {
-        if (AsciiUpper(*pszText) != AsciiUpper(*pszHead)) return 0;  // also stops at the text's NUL
-    }
-    return 1;
-}
-
 static void CutAt(char* pszText, char c) {
     for (char* p = pszText; (p = std::strchr(p, c)) != nullptr; ++p) *p = '\0';
 }
@@ -26,21 +19,8 @@ void CutTab(char* pszText) {
     CutAt(pszText, '\t');
 }
 
-int IsDigit(unsigned char c) {
-    return c >= '0' && c <= '9';
-}
-
 int IsBase36(unsigned char c) {
     return IsDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
-
-int32_t GetMeasureNo(const char* pszText) {
-    int32_t nMeasure = 0;
-    for (int i = 0; i < 3; ++i) {
-        if (!IsDigit(static_cast<unsigned char>(pszText[i]))) return -1;
-        nMeasure = nMeasure * 10 + (pszText[i] - '0');
-    }
-    return nMeasure;
 }
 
 void RemoveUnderscore(char* pszText) {
@@ -61,8 +41,10 @@ void AddFileName(char* pszDir, int nDirSize, const char* pszName) {
     const bool bClosed =
         n >= 1 && pszDir[n - 1] == '\\' && !(n >= 2 && IsSJisLead(static_cast<unsigned char>(pszDir[n - 2])));
     if (!bClosed && n < nDirSize - 1) pszDir[n++] = '\\';
-    while (*pszName && n < nDirSize - 1) pszDir[n++] = *pszName++;
-    pszDir[n] = '\0';
+    const int nRoom = nDirSize - 1 - n;
+    const int nName = static_cast<int>(strnlen(pszName, static_cast<size_t>(nRoom)));
+    std::memcpy(pszDir + n, pszName, static_cast<size_t>(nName));
+    pszDir[n + nName] = '\0';
 }
 
 void GetDirName(const char* pszPath, char* pszDir, int nDirSize) {

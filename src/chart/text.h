@@ -4,17 +4,33 @@
 
 #include <cstdint>
 
+#include "platform/ascii.h"
+
 // 1 if the text begins with the head, ignoring the case of a to z. 1 for an empty head.
-int HasHeadI(const char* pszText, const char* pszHead);
+inline int HasHeadI(const char* pszText, const char* pszHead) {
+    for (; *pszHead; ++pszText, ++pszHead) {
+        if (AsciiUpper(*pszText) != AsciiUpper(*pszHead)) return 0;  // also stops at the text's NUL
+    }
+    return 1;
+}
 
 void CutLF(char* pszText);   // replaces every LF by NUL
 void CutTab(char* pszText);  // replaces every TAB by NUL
 
-int IsDigit(unsigned char c);   // 0-9
+inline int IsDigit(unsigned char c) {
+    return c >= '0' && c <= '9';
+}
 int IsBase36(unsigned char c);  // 0-9, A-Z, a-z
 
 // The value of the first three bytes, 0 to 999, or -1 unless all are decimal digits.
-int32_t GetMeasureNo(const char* pszText);
+inline int32_t GetMeasureNo(const char* pszText) {
+    int32_t nMeasure = 0;
+    for (int i = 0; i < 3; ++i) {
+        if (!IsDigit(static_cast<unsigned char>(pszText[i]))) return -1;
+        nMeasure = nMeasure * 10 + (pszText[i] - '0');
+    }
+    return nMeasure;
+}
 
 void RemoveUnderscore(char* pszText);  // removes every `_`
 

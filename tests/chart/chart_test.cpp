@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "chart/charttime.h"
+#include "chart/reader.h"
 #include "chart/text.h"
 #include "host/headless/headless.h"
 #include "support/chart_file.h"
@@ -93,6 +94,17 @@ TEST(Chart, WhatCannotBeOpenedChangesNothing) {
         EXPECT_EQ(headless::Log(), ("CBMS::Load -> LoadError=" + path + "\n").substr(0, 259));
     }
     EXPECT_STREQ(chart.m_aszWav[1], "kept");
+}
+
+TEST(Chart, WhatFollowsTheEndOfALineIsNoLine) {
+    const std::string longest = "#ARTIST " + std::string(LINE_BUFFER - 8, 'a');
+    for (const std::string& line : {std::string("#BPM 100\t"), std::string("#BPM 100\n"), longest}) {
+        const ChartFile file("#BPM 100\r\n" + line + "#BPM 200\r\n#00111:_01\r\n");
+        CBMS chart(nullptr, nullptr);
+        EXPECT_EQ(chart.Load(file.Path().c_str(), 0), 3);
+        EXPECT_EQ(chart.m_dBPM, 100.0) << line;
+        EXPECT_EQ(chart.m_nNote, 1);
+    }
 }
 
 TEST(Chart, AMeasureBaseNeverLeavesTheTable) {
