@@ -7,6 +7,7 @@
 
 #include "platform/codec/acm_decoder.h"
 #include "platform/codec/ahead.h"
+#include "platform/codec/ima.h"
 #include "platform/watch.h"
 
 struct AcmStream {
@@ -36,13 +37,20 @@ bool CopyFrames(const AcmFormat& format, ACMSTREAMHEADER* pHeader) {
     return true;
 }
 
+bool DecodeBlocks(AcmStream* pStream, const BYTE* pSource, DWORD nBlocks, int16_t* pSamples) {
+    const AcmFormat& format = pStream->format;
+    if (format.method != AcmMethod::kIma) return pStream->decoder.Decode(pSource, nBlocks, pSamples);
+    DecodeIma(pSource, nBlocks, format.nBlockBytes, format.wfxPcm.nChannels, pSamples);
+    return true;
+}
+
 bool ConvertBlocks(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     const AcmFormat& format = pStream->format;
     const DWORD nBlockPcm = format.nBlockFrames * format.wfxPcm.nBlockAlign;
     const DWORD nBlocks =
         std::min(pHeader->cbSrcLength / format.nBlockBytes, pHeader->cbDstLength / nBlockPcm);
     if (nBlocks == 0) return true;
-    if (!pStream->decoder.Decode(pHeader->pbSrc, nBlocks, reinterpret_cast<int16_t*>(pHeader->pbDst)))
+    if (!DecodeBlocks(pStream, pHeader->pbSrc, nBlocks, reinterpret_cast<int16_t*>(pHeader->pbDst)))
         return false;
     pHeader->cbSrcLengthUsed = nBlocks * format.nBlockBytes;
     pHeader->cbDstLengthUsed = nBlocks * nBlockPcm;
@@ -60,7 +68,7 @@ bool ConvertLastBlock(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     pStream->lastBlock.assign(format.nBlockBytes, 0);
     pStream->lastFrames.resize(size_t{format.nBlockFrames} * format.wfxPcm.nChannels);
     std::copy_n(pHeader->pbSrc + pHeader->cbSrcLengthUsed, nBytes, pStream->lastBlock.begin());
-    if (!pStream->decoder.Decode(pStream->lastBlock.data(), 1, pStream->lastFrames.data())) return false;
+    if (!DecodeBlocks(pStream, pStream->lastBlock.data(), 1, pStream->lastFrames.data())) return false;
     std::memcpy(pHeader->pbDst + pHeader->cbDstLengthUsed, pStream->lastFrames.data(),
                 size_t{nFrames} * nFrame);
     pHeader->cbSrcLengthUsed += nBytes;

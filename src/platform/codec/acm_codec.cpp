@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/bytes.h"
+#include "platform/codec/ima.h"
 
 namespace {
 
@@ -61,7 +62,11 @@ bool SetAdpcm(const WAVEFORMATEX& source, DWORD nHeadBytes, DWORD nHeadFrames, A
 
 bool SetImaAdpcm(const WAVEFORMATEX& source, AcmFormat* pFormat) {
     // The codes are interleaved in groups of four bytes per channel.
-    return source.nBlockAlign % (4u * source.nChannels) == 0 && SetAdpcm(source, 4, 1, pFormat);
+    if (source.nBlockAlign % (kImaHeadBytes * source.nChannels) != 0 ||
+        !SetAdpcm(source, kImaHeadBytes, 1, pFormat))
+        return false;
+    pFormat->method = AcmMethod::kIma;
+    return true;
 }
 
 bool SetGsm(const WAVEFORMATEX& source, AcmFormat* pFormat) {
@@ -137,7 +142,7 @@ void WriteExtension(const AcmFormat& format, ByteWriter* pWriter) {
         pWriter->Number(1152, 2);  // block bytes, frames per block, delay: unused
         pWriter->Number(1, 2);
         pWriter->Number(0, 2);
-    } else if (format.wTag == WAVE_FORMAT_IMA_ADPCM || format.wTag == WAVE_FORMAT_GSM610) {
+    } else if (format.wTag == WAVE_FORMAT_GSM610) {
         pWriter->Number(2, 2);
         pWriter->Number(format.nBlockFrames, 2);
     } else {
@@ -148,7 +153,7 @@ void WriteExtension(const AcmFormat& format, ByteWriter* pWriter) {
 DWORD ExtensionBytes(const AcmFormat& format) {
     if (format.wTag == WAVE_FORMAT_ADPCM) return 4 + sizeof(kPredictors) / 2;
     if (format.wTag == WAVE_FORMAT_MPEGLAYER3) return 12;
-    return format.wTag == WAVE_FORMAT_IMA_ADPCM || format.wTag == WAVE_FORMAT_GSM610 ? 2 : 0;
+    return format.wTag == WAVE_FORMAT_GSM610 ? 2 : 0;
 }
 
 }  // namespace

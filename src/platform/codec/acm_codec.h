@@ -5,6 +5,7 @@
 
 enum class AcmMethod {
     kCopy,     // PCM that sound buffers accept
+    kIma,      // decoded here to 16-bit samples
     kSamples,  // the codec library decodes to 16-bit samples
     kFloats,   // the codec library decodes to floats, which are rounded and clamped here
 };
