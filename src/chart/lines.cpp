@@ -59,11 +59,3 @@ void CopyLine(const char* pLine, int nLength, char* szLine) {
         szLine[nLength] = '\0';
     }
 }
-
-int TakeLine(LineScan* pScan, char* szLine) {
-    int nLength;
-    const char* pLine = NextLine(pScan, &nLength);
-    if (!pLine) return -1;
-    CopyLine(pLine, nLength, szLine);
-    return nLength;
-}

@@ -38,12 +38,6 @@ bool ReadPlace(const char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
     return true;
 }
 
-bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel) {
-    if (!ReadPlace(szLine, pnMeasure, pnChannel)) return false;
-    if (*pnChannel >= 0) RemoveUnderscore(szLine + 7);
-    return true;
-}
-
 bool IsCommand(const char* szLine, int nLength) {
     return nLength > 4 && szLine[0] == '#';
 }

@@ -18,8 +18,6 @@ void StartLines(LineScan* pScan, const char* pText, int64_t nSize);
 const char* NextLine(LineScan* pScan, int* pnLength);
 // Copies a line to szLine, LINE_BUFFER bytes. Fills up with NULs to column 7 at least.
 void CopyLine(const char* pLine, int nLength, char* szLine);
-// Copies the next line. Returns its length, or -1 at the end of the text.
-int TakeLine(LineScan* pScan, char* szLine);
 
 // Reads the whole file and appends a NUL. Free with delete[]. Null when it cannot be read or is too large.
 // Drops cached folder listings.
@@ -31,8 +29,6 @@ bool IsCommand(const char* szLine, int nLength);
 // Measure and channel of a line `#mmmcc:data`, whose data starts at column 7. False for any other line. The
 // channel is -1 for a line to be dropped. szLine: 8 bytes at least.
 bool ReadPlace(const char* szLine, int32_t* pnMeasure, int32_t* pnChannel);
-// The same; removes underscores from the data unless the line is to be dropped.
-bool SplitChannel(char* szLine, int32_t* pnMeasure, int32_t* pnChannel);
 
 // First pass: #WAV, #BMP, #BGA and #PATH_WAV. szLine is a line of nLength bytes; szDir (BMS_PATH bytes) is
 // the current directory for sounds and pictures.

@@ -11,6 +11,13 @@
 namespace check {
 namespace {
 
+// As the player takes a line apart: without the underscores of the data, unless it drops the line.
+bool SplitChannel(char* text, int32_t* measure, int32_t* channel) {
+    if (!ReadPlace(text, measure, channel)) return false;
+    if (*channel >= 0) RemoveUnderscore(text + 7);
+    return true;
+}
+
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 const char* Find(const char* from, const char* end, char c) {

@@ -15,8 +15,9 @@ bool LineReader::Next(Line* line) {
         ++number_;
     }
     counted_ = begin;
-    line->length = TakeLine(&scan_, line->text);
-    if (line->length < 0) return false;
+    const char* found = NextLine(&scan_, &line->length);
+    if (!found) return false;
+    CopyLine(found, line->length, line->text);
     line->place = {number_, static_cast<int32_t>(begin - line_begin_ + 1)};
     line->raw = begin;
     line->raw_end = scan_.pLineEnd;
