@@ -480,9 +480,13 @@ class EndToEnd(unittest.TestCase):
                 time.sleep(0.1 if number % 10 == 0 else 0.002)
                 if number == 300:
                     handles, pages = used()
-            until("the last save", lambda: status().get("title") == "SAVE 999")
-            now = status()
-            self.assertEqual((now["watch"], now["refused"], now["state"]), (True, "", "running"))
+
+            def last():
+                now = status()
+                return now if (now.get("title"), now.get("state")) == ("SAVE 999", "running") else None
+
+            now = until("the last save", last)
+            self.assertEqual((now["watch"], now["refused"]), (True, ""))
             self.assertIn(now["measure"], range(20, 40))
             self.assertEqual(used()[0], handles)
             self.assertLess(used()[1] - pages, 512)
