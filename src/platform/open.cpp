@@ -20,6 +20,13 @@ Door& TheDoor() {
     return door;
 }
 
+DecodedPtr g_pDecoded;  // of the file opened last
+
+void Offer(DecodedPtr pDecoded) {
+    OfferDecoded(pDecoded.get());
+    g_pDecoded = std::move(pDecoded);
+}
+
 FileStream* OpenMade(const std::string& name) {
     const std::shared_ptr<const Substitute> pMade = TheDoor().Take(name);
     if (pMade->pBytes) return OpenStream(pMade->pBytes);
@@ -31,7 +38,7 @@ FileStream* OpenMade(const std::string& name) {
 FileStream* Converted(const std::string& name, FileStream* pFile) {
     BYTE aHead[kWaveHead];
     const size_t nHead = PeekStream(pFile, aHead, sizeof(aHead));
-    OfferDecoded(NeedsDecoding(aHead, nHead) ? TheDoor().TakeDecoded(name) : nullptr);
+    Offer(NeedsDecoding(aHead, nHead) ? TheDoor().TakeDecoded(name) : nullptr);
     const MediaKind kind = ForeignKind(aHead, nHead, name);
     if (kind == MediaKind::kNone && g_chartMaker) TheDoor().TellFilm(name);
     if (kind == MediaKind::kNone || !TheDoor().IsWanted(kind)) return pFile;
@@ -122,6 +129,6 @@ void FilesExpect(int nKind, const char* const* ppszNames, int nCount) {
 }
 
 void FilesExpectNoMore() {
-    OfferDecoded(nullptr);
+    Offer(nullptr);
     TheDoor().ExpectNoMore();
 }

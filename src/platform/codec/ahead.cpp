@@ -6,7 +6,8 @@
 
 namespace {
 
-thread_local DecodedPtr g_pOffered;
+// No owner: a destructor would have to be registered with the loader, which waits while it loads a library.
+thread_local const DecodedSound* g_pOffered = nullptr;
 
 bool IsSame(const AcmFormat& a, const AcmFormat& b) {
     return a.wTag == b.wTag && a.wBits == b.wBits && a.nBlockBytes == b.nBlockBytes &&
@@ -47,8 +48,8 @@ DecodedPtr DecodeAhead(const SharedBytes& pFile, const std::function<bool(size_t
     return pDecoded;
 }
 
-void OfferDecoded(DecodedPtr pDecoded) {
-    g_pOffered = std::move(pDecoded);
+void OfferDecoded(const DecodedSound* pDecoded) {
+    g_pOffered = pDecoded;
 }
 
 bool TakeDecoded(const AcmFormat& format, ACMSTREAMHEADER* pHeader) {

@@ -31,7 +31,7 @@ constexpr size_t kMostAhead = size_t{16} << 20;
 // for the bytes of the file and the samples. Safe on any thread.
 DecodedPtr DecodeAhead(const SharedBytes& pFile, const std::function<bool(size_t nBytes)>& mayHold);
 
-// What this thread's conversions may use from now on; null: nothing.
-void OfferDecoded(DecodedPtr pDecoded);
+// What this thread's conversions may use until the next call, and which must live as long; null: nothing.
+void OfferDecoded(const DecodedSound* pDecoded);
 // Fills the header as the first conversion of a stream would. False: nothing fits.
 bool TakeDecoded(const AcmFormat& format, ACMSTREAMHEADER* pHeader);
