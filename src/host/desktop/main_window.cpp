@@ -83,9 +83,11 @@ void PlayerWindow::Show(int x, int y, int width, int height, const uint32_t* pix
     }
     if (first >= last) return;
     if (!shown()) return;
-    if (native::PutPicture(this, m_picture, left, first, right - left, last - first)) return;
-    damage(FL_DAMAGE_USER1);
-    Fl::flush();
+    if (!native::PutPicture(this, m_picture, left, first, right - left, last - first)) {
+        damage(FL_DAMAGE_USER1);
+        Fl::flush();
+    }
+    desktop::PictureWasShown();
 }
 
 void PlayerWindow::draw() {

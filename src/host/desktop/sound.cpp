@@ -22,6 +22,9 @@ namespace {
 // server. With 256 frames a server underruns now and then while all processors are busy.
 constexpr int kFrames = 384;
 
+// How long a device may wait for the first picture.
+constexpr std::chrono::milliseconds kPictureFirst(10);
+
 // How often an open device is asked whether it is still there, and a lost one is tried again.
 constexpr std::chrono::milliseconds kLookAgain(500);
 constexpr std::chrono::hours kForEver(100000);
@@ -47,6 +50,21 @@ struct Output {
 
 // Never destroyed: its thread may outlive main.
 std::shared_ptr<Output>& g_output = *new std::shared_ptr<Output>;
+
+// Loading SDL with its forty libraries beside the start-up would hold up the first picture by a quarter: the
+// two share the process's map of memory, the loader's lock, and on a small machine the processors with the X
+// server.
+struct FirstPicture {
+    std::mutex lock;
+    std::condition_variable changed;
+    bool shown = false;
+};
+FirstPicture& g_first = *new FirstPicture;
+
+void AwaitFirstPicture() {
+    std::unique_lock<std::mutex> hold(g_first.lock);
+    g_first.changed.wait_for(hold, kPictureFirst, [] { return g_first.shown; });
+}
 
 void Pause(uint64_t nanoseconds) {
     std::this_thread::sleep_for(std::chrono::nanoseconds(nanoseconds));
@@ -177,6 +195,7 @@ void Run(const std::shared_ptr<Output>& output) {
     while (output->previous && !WaitUntil(output->previous.get(), &Output::closed, std::chrono::hours(1))) {
     }
     output->previous = nullptr;
+    AwaitFirstPicture();
     RunDevice(output.get());
     Set(output.get(), &Output::closed);
 }
@@ -210,6 +229,15 @@ bool SoundIsPending() {
 
 void AwaitSound(int milliseconds) {
     if (g_output) WaitUntil(g_output.get(), &Output::asked, std::chrono::milliseconds(milliseconds));
+}
+
+void desktop::PictureWasShown() {
+    {
+        const std::lock_guard<std::mutex> hold(g_first.lock);
+        if (g_first.shown) return;
+        g_first.shown = true;
+    }
+    g_first.changed.notify_all();
 }
 
 bool desktop::SoundHasClosed(int milliseconds) {
