@@ -87,7 +87,7 @@ void PlayerWindow::Show(int x, int y, int width, int height, const uint32_t* pix
         damage(FL_DAMAGE_USER1);
         Fl::flush();
     }
-    desktop::PictureWasShown();
+    PictureWasShown();
 }
 
 void PlayerWindow::draw() {

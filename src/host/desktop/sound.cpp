@@ -196,7 +196,7 @@ void Run(const std::shared_ptr<Output>& output) {
     }
     output->previous = nullptr;
     AwaitFirstPicture();
-    RunDevice(output.get());
+    if (!WaitUntil(output.get(), &Output::stop, std::chrono::milliseconds(0))) RunDevice(output.get());
     Set(output.get(), &Output::closed);
 }
 
