@@ -52,7 +52,7 @@ def package(folder):
     """song/ with a file of each kind, out/ with what is to be replaced."""
     os.makedirs(folder + "/song")
     os.makedirs(folder + "/out")
-    for name, source in (("pcm.wav", SOUNDS + "short_stereo16"), ("adpcm.wav", SOUNDS + "stream_ima"),
+    for name, source in (("pcm.wav", SOUNDS + "short_stereo16"), ("adpcm.wav", SOUNDS + "stream_ms_stereo"),
                          ("xa.xa", SOUNDS + "stream_xa"), ("ogg.ogg", MEDIA + "square.ogg"),
                          ("a.png", MEDIA + "rgb_31.png"), ("b.jpg", MEDIA + "shades.jpg")):
         shutil.copy(source, f"{folder}/song/{name}")
