@@ -61,8 +61,7 @@ bool SetAdpcm(const WAVEFORMATEX& source, DWORD nHeadBytes, DWORD nHeadFrames, A
 }
 
 bool SetImaAdpcm(const WAVEFORMATEX& source, AcmFormat* pFormat) {
-    // The codes are interleaved in groups of four bytes per channel.
-    if (source.nBlockAlign % (kImaHeadBytes * source.nChannels) != 0 ||
+    if (source.nBlockAlign % (kImaGroupBytes * source.nChannels) != 0 ||
         !SetAdpcm(source, kImaHeadBytes, 1, pFormat))
         return false;
     pFormat->method = AcmMethod::kIma;

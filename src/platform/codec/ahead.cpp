@@ -6,7 +6,8 @@
 
 namespace {
 
-// No owner: a destructor would have to be registered with the loader, which waits while it loads a library.
+// No owner: the C library registers a destructor under the loader's lock, so the first use on a thread would
+// wait until another thread has loaded its library.
 thread_local const DecodedSound* g_pOffered = nullptr;
 
 bool IsSame(const AcmFormat& a, const AcmFormat& b) {

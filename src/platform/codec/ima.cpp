@@ -8,10 +8,9 @@
 namespace {
 
 constexpr int kSteps = 89, kCodes = 16;
-constexpr DWORD kGroupBytes = 4;  // one channel's codes that stand together, the low half of a byte first
 
-// The step sizes of IMA's recommended practices for digital audio, 1992: each is a tenth larger than the
-// last.
+// The step sizes of IMA's recommended practices for digital audio, 1992. Each is about a tenth larger than
+// the one before it.
 constexpr int kStepSize[kSteps] = {
     7,    8,     9,     10,    11,    12,    13,    14,    16,    17,    19,    21,    23,    25,   28,
     31,   34,    37,    41,    45,    50,    55,    60,    66,    73,    80,    88,    97,    107,  118,
@@ -20,11 +19,11 @@ constexpr int kStepSize[kSteps] = {
     2272, 2499,  2749,  3024,  3327,  3660,  4026,  4428,  4871,  5358,  5894,  6484,  7132,  7845, 8630,
     9493, 10442, 11487, 12635, 13899, 15289, 16818, 18500, 20350, 22385, 24623, 27086, 29794, 32767};
 
-// What a code does to the step index; its top bit is the sign.
+// What a code adds to the step index.
 constexpr int kIndexChange[kCodes] = {-1, -1, -1, -1, 2, 4, 6, 8, -1, -1, -1, -1, 2, 4, 6, 8};
 
-// What a code adds to the sample: its bits stand for a whole, a half and a quarter of the step, each rounded
-// down.
+// What a code adds to the sample: an eighth of the step, and a whole, a half and a quarter of it for its
+// lower three bits, each rounded down. The top bit makes the sum negative.
 constexpr auto kChange = [] {
     std::array<std::array<int, kCodes>, kSteps> aTable{};
     for (int i = 0; i < kSteps; ++i) {
@@ -61,10 +60,10 @@ int16_t* DecodeBlock(const BYTE* p, const BYTE* pEnd, int16_t* pSamples) {
         p += kImaHeadBytes;
         *pSamples++ = static_cast<int16_t>(channel.nSample);
     }
-    for (; p < pEnd; p += kGroupBytes * nChannels) {
-        for (size_t i = 0; i < kGroupBytes; ++i) {
+    for (; p < pEnd; p += kImaGroupBytes * nChannels) {
+        for (size_t i = 0; i < kImaGroupBytes; ++i) {
             for (size_t c = 0; c < nChannels; ++c) {
-                const unsigned nCodes = p[c * kGroupBytes + i];
+                const unsigned nCodes = p[c * kImaGroupBytes + i];
                 pSamples[c] = aChannel[c].Next(nCodes & 15);
                 pSamples[c + nChannels] = aChannel[c].Next(nCodes >> 4);
             }

@@ -4,8 +4,9 @@
 
 #include "platform/wintypes.h"
 
-constexpr DWORD kImaHeadBytes =
-    4;  // of a block, per channel: the first sample, the step index, a byte unused
+// Bytes per channel: the head of a block, with the first sample, the step index and a byte unused; and the
+// codes that stand together, the low half of a byte first.
+constexpr DWORD kImaHeadBytes = 4, kImaGroupBytes = 4;
 
 // Decodes nBlocks blocks to interleaved samples. nBlockBytes: a multiple of 4 * nChannels, more than the
 // heads. Makes 2 * (nBlockBytes / nChannels - 4) + 1 frames a block. A step index beyond the table is
