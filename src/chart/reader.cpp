@@ -60,9 +60,8 @@ static void ReadCommand(const char* szLine, int nLength, OnChannel& fnChannel, O
     }
 }
 
-// Walks over all possible commands of the text, which ends with a NUL. Reads a line where it stands, with a
-// NUL for the byte after it, unless it is shorter than the columns that are tested without a look at its
-// length.
+// Walks over all possible commands of the text, which ends with a NUL. Reads a line where it stands: the byte
+// after it is a NUL meanwhile. Copies lines shorter than the columns that are tested before the length.
 template <class OnChannel, class OnOther>
 static void ForCommands(char* pText, int64_t nSize, OnChannel fnChannel, OnOther fnOther) {
     LineScan scan;

@@ -16,7 +16,7 @@ void StartLines(LineScan* pScan, const char* pText, int64_t nSize);
 // Finds the next line, cut at its first LF or TAB, and its length, at most LINE_BUFFER - 1. Null at the end
 // of the text.
 const char* NextLine(LineScan* pScan, int* pnLength);
-// Copies a line to szLine, LINE_BUFFER bytes. Fills up with NULs to column 7 at least.
+// Copies a line to szLine (LINE_BUFFER bytes) and ends it with a NUL, a short one with NULs up to column 7.
 void CopyLine(const char* pLine, int nLength, char* szLine);
 
 // Reads the whole file and appends a NUL. Free with delete[]. Null when it cannot be read or is too large.

@@ -20,7 +20,7 @@ Door& TheDoor() {
     return door;
 }
 
-DecodedPtr g_pDecoded;  // of the file opened last
+DecodedPtr g_pDecoded;  // what was offered last; files are opened by one thread
 
 void Offer(DecodedPtr pDecoded) {
     OfferDecoded(pDecoded.get());
