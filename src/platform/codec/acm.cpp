@@ -37,11 +37,20 @@ bool CopyFrames(const AcmFormat& format, ACMSTREAMHEADER* pHeader) {
     return true;
 }
 
-bool DecodeBlocks(AcmStream* pStream, const BYTE* pSource, DWORD nBlocks, int16_t* pSamples) {
+// nBlockBytes may be less than the format's only where BytesOfFrames says so.
+bool DecodeBlocks(AcmStream* pStream, const BYTE* pSource, DWORD nBlocks, DWORD nBlockBytes,
+                  int16_t* pSamples) {
     const AcmFormat& format = pStream->format;
     if (format.method != AcmMethod::kIma) return pStream->decoder.Decode(pSource, nBlocks, pSamples);
-    DecodeIma(pSource, nBlocks, format.nBlockBytes, format.wfxPcm.nChannels, pSamples);
+    DecodeIma(pSource, nBlocks, nBlockBytes, format.wfxPcm.nChannels, pSamples);
     return true;
+}
+
+// What has to be decoded for the first nFrames frames of a block: the codec library takes whole blocks only.
+// A loop of a few frames would otherwise decode a block of a hundred thousand in each round.
+DWORD BytesOfFrames(const AcmFormat& format, DWORD nFrames) {
+    return format.method == AcmMethod::kIma ? ImaBlockBytes(nFrames, format.wfxPcm.nChannels)
+                                            : format.nBlockBytes;
 }
 
 bool ConvertBlocks(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
@@ -50,7 +59,8 @@ bool ConvertBlocks(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     const DWORD nBlocks =
         std::min(pHeader->cbSrcLength / format.nBlockBytes, pHeader->cbDstLength / nBlockPcm);
     if (nBlocks == 0) return true;
-    if (!DecodeBlocks(pStream, pHeader->pbSrc, nBlocks, reinterpret_cast<int16_t*>(pHeader->pbDst)))
+    if (!DecodeBlocks(pStream, pHeader->pbSrc, nBlocks, format.nBlockBytes,
+                      reinterpret_cast<int16_t*>(pHeader->pbDst)))
         return false;
     pHeader->cbSrcLengthUsed = nBlocks * format.nBlockBytes;
     pHeader->cbDstLengthUsed = nBlocks * nBlockPcm;
@@ -65,10 +75,13 @@ bool ConvertLastBlock(AcmStream* pStream, ACMSTREAMHEADER* pHeader) {
     const DWORD nInBlock = nBytes == format.nBlockBytes ? format.nBlockFrames : AcmPartFrames(format, nBytes);
     const DWORD nFrames = std::min(nInBlock, (pHeader->cbDstLength - pHeader->cbDstLengthUsed) / nFrame);
     if (nFrames == 0) return true;
-    pStream->lastBlock.assign(format.nBlockBytes, 0);
+    const DWORD nDecoded = BytesOfFrames(format, nFrames);
+    pStream->lastBlock.assign(nDecoded, 0);
     pStream->lastFrames.resize(size_t{format.nBlockFrames} * format.wfxPcm.nChannels);
-    std::copy_n(pHeader->pbSrc + pHeader->cbSrcLengthUsed, nBytes, pStream->lastBlock.begin());
-    if (!DecodeBlocks(pStream, pStream->lastBlock.data(), 1, pStream->lastFrames.data())) return false;
+    std::copy_n(pHeader->pbSrc + pHeader->cbSrcLengthUsed, std::min(nBytes, nDecoded),
+                pStream->lastBlock.begin());
+    if (!DecodeBlocks(pStream, pStream->lastBlock.data(), 1, nDecoded, pStream->lastFrames.data()))
+        return false;
     std::memcpy(pHeader->pbDst + pHeader->cbDstLengthUsed, pStream->lastFrames.data(),
                 size_t{nFrames} * nFrame);
     pHeader->cbSrcLengthUsed += nBytes;

@@ -8,7 +8,12 @@
 // codes that stand together, the low half of a byte first.
 constexpr DWORD kImaHeadBytes = 4, kImaGroupBytes = 4;
 
-// Decodes nBlocks blocks to interleaved samples. nBlockBytes: a multiple of 4 * nChannels, more than the
+// Decodes nBlocks blocks to interleaved samples. nBlockBytes: a multiple of 4 * nChannels, at least the
 // heads. Makes 2 * (nBlockBytes / nChannels - 4) + 1 frames a block. A step index beyond the table is
 // clamped.
 void DecodeIma(const BYTE* pSource, DWORD nBlocks, DWORD nBlockBytes, DWORD nChannels, int16_t* pSamples);
+
+// Bytes of a block of that many frames, or of up to seven more.
+constexpr DWORD ImaBlockBytes(DWORD nFrames, DWORD nChannels) {
+    return (kImaHeadBytes + (nFrames - 1 + 7) / 8 * kImaGroupBytes) * nChannels;
+}
