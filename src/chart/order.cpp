@@ -1,5 +1,6 @@
 // Sorts a chart's objects. A chart file is nearly sorted: each line is sorted, and the lines of a measure
-// stand together. So the sort merges existing ascending runs, and only where they overlap.
+// stand together. So the sort goes measure by measure. Where a measure has many objects, it merges existing
+// ascending runs, and only where they overlap.
 #include <algorithm>
 #include <cstring>
 #include <new>

@@ -26,7 +26,7 @@ int RootY(int logical_y);
 
 void SetProgramIcon(const Icon& icon);  // of windows that are shown later; an empty one changes nothing
 
-void PictureWasShown();                 // the sound device, which may wait for the first one, goes ahead
+void PictureWasShown();                 // lets the sound device open, which waits for the first one
 bool SoundHasClosed(int milliseconds);  // waits at most so long for the device that CloseSound stopped
 
 int VirtualKey(int fltk_key, const char* text);  // 0 for a key that has no code here

@@ -51,9 +51,8 @@ struct Output {
 // Never destroyed: its thread may outlive main.
 std::shared_ptr<Output>& g_output = *new std::shared_ptr<Output>;
 
-// Loading SDL with its forty libraries beside the start-up would hold up the first picture by a quarter: the
-// two share the process's map of memory, the loader's lock, and on a small machine the processors with the X
-// server.
+// Loading SDL and its forty libraries at the same time would delay the first picture by a quarter: both need
+// the memory map and the loader's lock, and on a small machine they take the processors from the X server.
 struct FirstPicture {
     std::mutex lock;
     std::condition_variable changed;

@@ -37,7 +37,7 @@ bool CopyFrames(const AcmFormat& format, ACMSTREAMHEADER* pHeader) {
     return true;
 }
 
-// nBlockBytes may be less than the format's only where BytesOfFrames says so.
+// nBlockBytes: the format's, or what BytesOfFrames returns.
 bool DecodeBlocks(AcmStream* pStream, const BYTE* pSource, DWORD nBlocks, DWORD nBlockBytes,
                   int16_t* pSamples) {
     const AcmFormat& format = pStream->format;
@@ -46,8 +46,8 @@ bool DecodeBlocks(AcmStream* pStream, const BYTE* pSource, DWORD nBlocks, DWORD 
     return true;
 }
 
-// What has to be decoded for the first nFrames frames of a block: the codec library takes whole blocks only.
-// A loop of a few frames would otherwise decode a block of a hundred thousand in each round.
+// The bytes to decode for the first nFrames frames of a block. The codec library takes whole blocks only. For
+// a loop of a few frames in a block of a hundred thousand, that is most of the work.
 DWORD BytesOfFrames(const AcmFormat& format, DWORD nFrames) {
     return format.method == AcmMethod::kIma ? ImaBlockBytes(nFrames, format.wfxPcm.nChannels)
                                             : format.nBlockBytes;

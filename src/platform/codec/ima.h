@@ -13,7 +13,7 @@ constexpr DWORD kImaHeadBytes = 4, kImaGroupBytes = 4;
 // clamped.
 void DecodeIma(const BYTE* pSource, DWORD nBlocks, DWORD nBlockBytes, DWORD nChannels, int16_t* pSamples);
 
-// Bytes of a block of that many frames, or of up to seven more.
+// The bytes that hold the first nFrames (1 or more) frames of a block. Codes come in groups of eight.
 constexpr DWORD ImaBlockBytes(DWORD nFrames, DWORD nChannels) {
     return (kImaHeadBytes + (nFrames - 1 + 7) / 8 * kImaGroupBytes) * nChannels;
 }
